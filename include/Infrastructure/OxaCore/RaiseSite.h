@@ -1,0 +1,109 @@
+// The macros that stand where failures are raised and forwarded. All that they do is test and call.
+//
+//   OXA_RAISE_ERROR("Acme.Probe.Read", ProbeGone(3));
+//   OXA_RAISE_ERROR_IN_PLACE("Acme.Probe.Read", ProbeGone(3));   // a handler may settle it: then it returns
+//   OXA_RAISE_WARNING("Acme.Probe.Read", ProbeNoisy(3));
+//
+//   try { Read(path); } OXA_FORWARD_ERRORS
+//   try { Read(path); } OXA_FORWARD_ERRORS_WITH_INFO(OXA_VARIABLE(path), OXA_INFO("Step", "calibration"))
+//
+// The forwarding macros are the catch clauses: whatever leaves the block leaves it as an Error with one more
+// place on its unwind stack. Raises can return, so a function with a result needs a return behind the clauses.
+#ifndef INFRASTRUCTURE_OXACORE_RAISESITE_H
+#define INFRASTRUCTURE_OXACORE_RAISESITE_H
+
+#include <Infrastructure/OxaCore/CodeContext.h>
+#include <Infrastructure/OxaCore/Export.h>
+
+#include <exception>
+#include <initializer_list>
+#include <sstream>
+#include <string>
+
+#if defined(_MSC_VER)
+#define OXA_FUNCTION_SIGNATURE __FUNCSIG__
+#else
+#define OXA_FUNCTION_SIGNATURE __PRETTY_FUNCTION__
+#endif
+
+namespace Oxa::Core {
+
+class Error;
+class Warning;
+
+/// One detail of a place: a variable with its value, or an extra entry of the context table.
+struct PlaceDetail {
+  bool m_bVariable;
+  std::string m_sName;
+  std::string m_sValue;
+
+  /// `value` is printed through a stream; what can't be printed is left empty.
+  template <class T>
+  PlaceDetail(bool variable, const char* name, const T& value) : m_bVariable(variable), m_sName(name) {
+    std::ostringstream text;
+    text << value;
+    m_sValue = text.str();
+  }
+};
+
+/// A place in the code as the compiler knows it. Made by OXA_CODE_SITE; holds pointers to literals only.
+class OXACORE_API CodeSite {
+ public:
+  constexpr CodeSite(const char* file, int line, const char* buildTime, const char* signature)
+      : m_pFile(file), m_iLine(line), m_pBuildTime(buildTime), m_pSignature(signature) {}
+
+  /// The context of this place at this moment. Never throws: without memory it lacks what didn't fit.
+  CodeContext MakeContext() const noexcept;
+
+  /// Raises `error` here: see Error::RaiseError.
+  void Raise(const char* logName, Error& error, bool inPlace) const;
+  void Raise(const char* logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
+  void Raise(const char* logName, Warning& warning) const;
+  void Raise(const char* logName, Warning&& warning) const { Raise(logName, warning); }
+
+  /// Adds this place to `error` and rethrows it.
+  void Forward(Error& error, std::initializer_list<PlaceDetail> details = {}) const;
+  /// Raises a StdException from `exception`.
+  void Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details = {}) const;
+  /// Raises an UnknownError with an empty message for the exception that is being handled. The cancellation
+  /// of a thread passes untouched.
+  void ForwardUnknown(std::initializer_list<PlaceDetail> details = {}) const;
+
+  /// Reports a failed assertion; always false. See AssertFailed.
+  bool FailAssertion(const char* condition) const;
+
+ private:
+  CodeContext MakeContext(std::initializer_list<PlaceDetail> details) const noexcept;
+
+  const char* m_pFile;
+  int m_iLine;
+  const char* m_pBuildTime;
+  const char* m_pSignature;
+};
+
+}  // namespace Oxa::Core
+
+/// The place where this macro stands.
+#define OXA_CODE_SITE ::Oxa::Core::CodeSite(__FILE__, __LINE__, __TIMESTAMP__, OXA_FUNCTION_SIGNATURE)
+
+/// Raises the error that the last argument builds.
+#define OXA_RAISE_ERROR(logName, ...) OXA_CODE_SITE.Raise(logName, __VA_ARGS__, false)
+/// The same; a registered ErrorHandler may settle it, and the raise then returns.
+#define OXA_RAISE_ERROR_IN_PLACE(logName, ...) OXA_CODE_SITE.Raise(logName, __VA_ARGS__, true)
+/// Raises the warning that the last argument builds; always returns.
+#define OXA_RAISE_WARNING(logName, ...) OXA_CODE_SITE.Raise(logName, __VA_ARGS__)
+
+/// A local variable that is visible behind the try block, for OXA_FORWARD_ERRORS_WITH_INFO.
+#define OXA_VARIABLE(variable) ::Oxa::Core::PlaceDetail(true, #variable, variable)
+/// An extra key and value, for OXA_FORWARD_ERRORS_WITH_INFO.
+#define OXA_INFO(key, value) ::Oxa::Core::PlaceDetail(false, key, value)
+
+/// Catch clauses: every failure leaves the block as an Error with this place on its unwind stack.
+#define OXA_FORWARD_ERRORS OXA_FORWARD_ERRORS_WITH_INFO()
+/// The same, and the place carries the given OXA_VARIABLEs and OXA_INFOs.
+#define OXA_FORWARD_ERRORS_WITH_INFO(...)                                                          \
+  catch (::Oxa::Core::Error & oxaError) { OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__}); }        \
+  catch (::std::exception & oxaException) { OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}); }  \
+  catch (...) { OXA_CODE_SITE.ForwardUnknown({__VA_ARGS__}); }
+
+#endif

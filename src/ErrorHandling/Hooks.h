@@ -1,0 +1,57 @@
+// The one place where the library calls upward.
+//
+// A lock raises an error, and the alert manager that is told of it takes a lock: such circles are cut here.
+// Every entry starts with a default that does no harm, is filled in while the library loads, and goes back to
+// its default before the owner dies; a raise before or after that works and is told to nobody.
+#ifndef OXACORE_ERRORHANDLING_HOOKS_H
+#define OXACORE_ERRORHANDLING_HOOKS_H
+
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/Warning.h>
+
+#include <string>
+#include <vector>
+
+namespace Oxa::Core {
+
+struct Hooks {
+  /// Adds process, thread, host and system to the table of a context.
+  void (*addCircumstances)(AlertData& context);
+
+  /// The current call stack, innermost frame first, or null.
+  boost::shared_ptr<std::vector<CodeContext>> (*walkStack)(int maxFrames);
+
+  void (*errorRaised)(Error& error);
+  void (*errorHandled)(Error& error);
+
+  /// Whether a registered handler settled the error.
+  bool (*settleInPlace)(Error& error);
+
+  /// Whether a warning of the class (decorated name) may be told; counts it either way.
+  bool (*mayWarn)(const std::string& className);
+  void (*warningRaised)(Warning& warning);
+
+  /// Writes the alert as one XML element to standard error. Never throws.
+  void (*writeAlert)(AlertInfo& alert, const char* circumstance);
+
+  /// Receives the failed asserts that hosts want in the log.
+  void (*logFailedAssert)(AssertionFailure& failure);
+
+  /// Puts the record of a fatal error on disk; gives the folder, empty if there is none.
+  std::string (*reportFatalError)(Error& error);
+
+  /// Raises the use count of the fault adapter, or installs it; the second undoes one use.
+  void (*useFaultAdapter)();
+  void (*releaseFaultAdapter)();
+};
+
+/// The table in force.
+Hooks& TheHooks() noexcept;
+
+/// Puts the defaults back.
+void ResetHooks() noexcept;
+
+}  // namespace Oxa::Core
+
+#endif

@@ -1,0 +1,26 @@
+// Per-thread words, the hook at unload, and the channel to a debugger.
+#ifndef OXACORE_PLATFORM_STORAGE_H
+#define OXACORE_PLATFORM_STORAGE_H
+
+namespace Oxa::Core::Platform {
+
+/// A number that is this thread's alone: never 0, and never given to another thread of this process, not even
+/// after this one has ended (as thread ids are). Allocates nothing.
+unsigned long ThreadSerial() noexcept;
+
+/// Calls `routine` when the library is unloaded or the process exits, before every object of the library that
+/// was built earlier than this call dies. False if it can't be registered.
+bool CallAtUnload(void (*routine)()) noexcept;
+
+using DebuggerSink = void (*)(const char* text);
+
+/// Passes `text` to the debugger's output; standard error where the system has none.
+void WriteToDebugger(const char* text) noexcept;
+
+/// Sends the debugger's output to `sink`; null puts the default back. Gives the sink in force before, which is
+/// null for the default. For tests and for hosts that keep such output.
+DebuggerSink SetDebuggerSink(DebuggerSink sink) noexcept;
+
+}  // namespace Oxa::Core::Platform
+
+#endif
