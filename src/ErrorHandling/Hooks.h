@@ -1,8 +1,9 @@
 // The one place where the library calls upward.
 //
 // A lock raises an error, and the alert manager that is told of it takes a lock: such circles are cut here.
-// Every entry starts with a default that does no harm, is filled in while the library loads, and goes back to
-// its default before the owner dies; a raise before or after that works and is told to nobody.
+// Every entry starts with a default that does no harm and is filled in first thing while the library loads,
+// with functions that look for their owner at each call. A raise before the owner lives or after it has died
+// works, and is told to nobody.
 #ifndef OXACORE_ERRORHANDLING_HOOKS_H
 #define OXACORE_ERRORHANDLING_HOOKS_H
 
@@ -46,11 +47,8 @@ struct Hooks {
   void (*releaseFaultAdapter)();
 };
 
-/// The table in force.
+/// The table in force. Written only while the library loads, by one thread.
 Hooks& TheHooks() noexcept;
-
-/// Puts the defaults back.
-void ResetHooks() noexcept;
 
 }  // namespace Oxa::Core
 

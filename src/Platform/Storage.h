@@ -12,13 +12,17 @@ unsigned long ThreadSerial() noexcept;
 /// was built earlier than this call dies. False if it can't be registered.
 bool CallAtUnload(void (*routine)()) noexcept;
 
+/// Calls `routine` behind every static destructor of the process, just before the library is unmapped. One
+/// routine; null takes it back.
+void CallAtVeryEnd(void (*routine)()) noexcept;
+
 using DebuggerSink = void (*)(const char* text);
 
 /// Passes `text` to the debugger's output; standard error where the system has none.
 void WriteToDebugger(const char* text) noexcept;
 
-/// Sends the debugger's output to `sink`; null puts the default back. Gives the sink in force before, which is
-/// null for the default. For tests and for hosts that keep such output.
+/// Sends the debugger's output to `sink`; null puts the default back. Gives the sink in force before, which
+/// is null for the default. For tests and for hosts that keep such output.
 DebuggerSink SetDebuggerSink(DebuggerSink sink) noexcept;
 
 }  // namespace Oxa::Core::Platform

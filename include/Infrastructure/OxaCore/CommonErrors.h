@@ -29,7 +29,7 @@ class OXACORE_API NullPointer : public ErrorClass<NullPointer, LogicError> {
 /// "Caught std::exception - %1%": what OXA_FORWARD_ERRORS makes of a standard exception.
 class OXACORE_API StdException : public ErrorClass<StdException, LogicError> {
  public:
-  explicit StdException(const std::exception& exception);
+  explicit StdException(const std::exception& cause);
   ~StdException() override;
 };
 

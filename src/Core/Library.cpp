@@ -1,0 +1,122 @@
+// Birth and death of the library on one page: every object that it builds while it loads, in order. They die
+// in reverse order, behind the unload routine that the last line registers. What must be readable even after
+// that is an ImmortalText, an Immortal, or constant-initialised where it stands.
+//
+// Nothing that the globals do in their constructors may raise an error: the texts of Error come after them.
+
+#include <Infrastructure/OxaCore/AlertInfo.h>
+#include <Infrastructure/OxaCore/CodeContext.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/Globals.h>
+#include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/Singleton.h>
+
+#include <cstddef>
+#include <list>
+#include <new>
+#include <string>
+
+#include "Core/Immortal.h"
+#include "Core/LibraryGlobals.h"
+#include "Core/Life.h"
+#include "Platform/Storage.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+constexpr std::size_t uMAX_TEXTS = 64;
+alignas(std::string) unsigned char s_texts[uMAX_TEXTS][sizeof(std::string)];
+std::size_t s_uTexts = 0;
+
+// Nobody can call in any more; this gives back what long texts hold on the heap before the library goes.
+void DestroyTexts() {
+  while (s_uTexts > 0) {
+    std::launder(reinterpret_cast<std::string*>(s_texts[--s_uTexts]))->~basic_string();
+  }
+}
+
+}  // namespace
+
+const std::string& ImmortalText(const char* text) {
+  return *::new (static_cast<void*>(s_texts[s_uTexts++])) std::string(text);
+}
+
+namespace {
+
+[[maybe_unused]] const bool s_bConnected = (Platform::CallAtVeryEnd(&DestroyTexts), ConnectHooks(), true);
+
+}  // namespace
+
+// 1. Keys of contexts and alerts.
+const std::string& g_sNO_TEXT = ImmortalText("");
+
+const std::string& CodeContext::sFILE = ImmortalText("File");
+const std::string& CodeContext::sLINE = ImmortalText("Line");
+const std::string& CodeContext::sBUILD_TIME = ImmortalText("CompileTime");
+const std::string& CodeContext::sFUNCTION = ImmortalText("FunctionName");
+const std::string& CodeContext::sSIGNATURE = ImmortalText("FunctionSignature");
+const std::string& CodeContext::sPROCESS = ImmortalText("ProcessName");
+const std::string& CodeContext::sPROCESS_ID = ImmortalText("ProcessID");
+const std::string& CodeContext::sTHREAD = ImmortalText("ThreadName");
+const std::string& CodeContext::sTHREAD_ID = ImmortalText("ThreadID");
+const std::string& CodeContext::sHOST = ImmortalText("HostName");
+const std::string& CodeContext::sOPERATING_SYSTEM = ImmortalText("OperatingSystem");
+
+const std::string& AlertInfo::sMESSAGE = ImmortalText("Message");
+const std::string& AlertInfo::sSEVERITY = ImmortalText("Severity");
+const std::string& AlertInfo::sCATEGORY = ImmortalText("Category");
+const std::string& AlertInfo::sLOG_NAME = ImmortalText("LogName");
+const std::string& AlertInfo::sTIME_STAMP = ImmortalText("TimeStamp");
+const std::string& AlertInfo::sTYPE_NAME = ImmortalText("TypeName");
+
+// 4. The registry of singletons outlives every singleton, those of hosts included.
+namespace {
+
+Immortal<Mutex> s_registryMutex;
+Immortal<std::list<ISingletonRegistryEntry*>> s_registry;
+
+}  // namespace
+
+Mutex& SingletonRegistry::m_mutex = s_registryMutex.Get();
+std::list<ISingletonRegistryEntry*>& SingletonRegistry::m_registry = s_registry.Get();
+
+// 5. Threads, time and memory.
+
+// 6. The globals.
+namespace {
+
+class Globals : public ManagedGlobals {
+ public:
+  Globals() { SetLibraryGlobals(this); }
+  ~Globals() override {
+    DestroyAll();
+    SetLibraryGlobals(nullptr);
+  }
+};
+
+Globals s_globals;
+
+}  // namespace
+
+// 7. Categories and data keys of errors.
+const std::string& Error::sINHERITANCE = ImmortalText("Inheritance");
+
+const std::string& LogicError::sCATEGORY = ImmortalText("Logic");
+const std::string& IOError::sCATEGORY = ImmortalText("I/O");
+const std::string& OSError::sCATEGORY = ImmortalText("OperatingSystem");
+const std::string& HardwareError::sCATEGORY = ImmortalText("Hardware");
+const std::string& UnknownError::sCATEGORY = ImmortalText("Unknown");
+
+const std::string& InvalidParameter::sPARAM_NAME = ImmortalText("ParamName");
+const std::string& InvalidParameter::sPARAM_VALUE = ImmortalText("ParamValue");
+
+namespace {
+
+// Last of all, so that the unload routine runs first.
+[[maybe_unused]] const bool s_bUnloadHooked = Platform::CallAtUnload(&UnloadRoutine);
+
+}  // namespace
+
+}  // namespace Oxa::Core

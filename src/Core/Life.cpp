@@ -1,0 +1,92 @@
+#include "Core/Life.h"
+
+#include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/OxaCore.h>
+#include <Infrastructure/OxaCore/Singleton.h>
+
+#include <iostream>
+
+#include "Core/LibraryGlobals.h"
+#include "Core/LibraryState.h"
+#include "ErrorHandling/Hooks.h"
+#include "Platform/Machine.h"
+#include "Platform/Storage.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sSTARTED_UP = "Error handling started up via initial throw...";
+const char* const sMISSED_SHUTDOWN =
+    "Calling Oxa::Core::Shutdown from OxaCore.dll unload.  This may result in "
+    "false memory leak reporting.  To avoid this call Oxa::Core::Shutdown when "
+    "the application is exiting but not from an ::atexit() handler (e.g. from"
+    "ExitInstance)";
+
+// Initialize and Shutdown run on one thread each, by contract.
+bool s_bFirstInitialize = true;
+bool s_bShutDown = false;
+
+// Exists for the first throw only.
+class StartupError : public Error {
+ public:
+  StartupError() : Error(eERROR) { AppendInheritance(typeid(StartupError)); }
+  using Error::CreateCallStack;
+};
+
+void ThrowOnce() {
+  try {
+    StartupError error;
+    // Loads whatever call stacks need now rather than in the first real failure.
+    error.CreateCallStack();
+    throw StartupError(error);
+  } catch (StartupError&) {
+    std::cout << sSTARTED_UP << std::endl;
+    s_bFirstInitialize = false;
+  }
+}
+
+void DestroySingletons() {
+  try {
+    SingletonRegistry::DestroyAllSingletons();
+  } catch (...) {
+    // One bad destructor must not keep the other steps of the shut-down from running.
+  }
+}
+
+}  // namespace
+
+void Initialize() {
+  if (s_bFirstInitialize) ThrowOnce();
+  TheHooks().useFaultAdapter();
+}
+
+void Shutdown() {
+  if (s_bShutDown) return;
+  DestroySingletons();
+  s_bShutDown = true;
+}
+
+void UnloadRoutine() {
+  SetLibraryUnloading();
+  if (!s_bShutDown) {
+    Platform::WriteToDebugger(sMISSED_SHUTDOWN);
+    Shutdown();
+  }
+  TheHooks().releaseFaultAdapter();
+  if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
+}
+
+}  // namespace Oxa::Core
+
+void InitializeOxaCore() { Oxa::Core::Initialize(); }
+
+void ShutdownOxaCore() { Oxa::Core::Shutdown(); }
+
+bool IsOxaCoreDebug() {
+#if defined(OXACORE_DEBUG)
+  return true;
+#else
+  return false;
+#endif
+}

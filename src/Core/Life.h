@@ -1,0 +1,15 @@
+// The steps of the library's life that Library.cpp and the public functions take.
+#ifndef OXACORE_CORE_LIFE_H
+#define OXACORE_CORE_LIFE_H
+
+namespace Oxa::Core {
+
+/// Fills the hooks with the functions that find their owners. First thing while the library loads.
+void ConnectHooks();
+
+/// Runs once when the library is unloaded or the process exits, before any static object of the library dies.
+void UnloadRoutine();
+
+}  // namespace Oxa::Core
+
+#endif

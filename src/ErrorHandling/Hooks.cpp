@@ -1,0 +1,27 @@
+#include "ErrorHandling/Hooks.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+// Constant-initialised: a raise from the first static object on finds the defaults.
+Hooks s_hooks = {
+    /* addCircumstances */ [](AlertData&) {},
+    /* walkStack */ [](int) { return boost::shared_ptr<std::vector<CodeContext>>(); },
+    /* errorRaised */ [](Error&) {},
+    /* errorHandled */ [](Error&) {},
+    /* settleInPlace */ [](Error&) { return false; },
+    /* mayWarn */ [](const std::string&) { return true; },
+    /* warningRaised */ [](Warning&) {},
+    /* writeAlert */ [](AlertInfo&, const char*) {},
+    /* logFailedAssert */ [](AssertionFailure&) {},
+    /* reportFatalError */ [](Error&) { return std::string(); },
+    /* useFaultAdapter */ [] {},
+    /* releaseFaultAdapter */ [] {},
+};
+
+}  // namespace
+
+Hooks& TheHooks() noexcept { return s_hooks; }
+
+}  // namespace Oxa::Core

@@ -1,0 +1,60 @@
+#include <Infrastructure/OxaCore/RaiseSite.h>
+
+#include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/Warning.h>
+
+#include "ErrorHandling/FunctionName.h"
+#include "Platform/Faults.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sNO_LOG_NAME = "";
+
+}  // namespace
+
+CodeContext CodeSite::MakeContext() const noexcept { return MakeContext({}); }
+
+CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) const noexcept {
+  try {
+    CodeContext place(m_pFile, m_iLine, m_pBuildTime, FunctionName(m_pSignature), m_pSignature);
+    if (details.size() == 0) return place;
+    AlertData context = place.GetContextInfo();
+    AlertData variables;
+    for (const PlaceDetail& detail : details) {
+      (detail.m_bVariable ? variables : context)[detail.m_sName] = detail.m_sValue;
+    }
+    return CodeContext(context, variables);
+  } catch (...) {
+    return CodeContext(AlertData(), AlertData());
+  }
+}
+
+void CodeSite::Raise(const char* logName, Error& error, bool inPlace) const {
+  error.RaiseError(MakeContext(), logName, inPlace);
+}
+
+void CodeSite::Raise(const char* logName, Warning& warning) const {
+  warning.RaiseWarning(MakeContext(), logName);
+}
+
+void CodeSite::Forward(Error& error, std::initializer_list<PlaceDetail> details) const {
+  error.PushContext(MakeContext(details));
+  error.Rethrow();
+}
+
+void CodeSite::Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details) const {
+  StdException(exception).RaiseError(MakeContext(details), sNO_LOG_NAME, false);
+}
+
+void CodeSite::ForwardUnknown(std::initializer_list<PlaceDetail> details) const {
+  Platform::LetCancellationPass();
+  UnknownError(std::string()).RaiseError(MakeContext(details), sNO_LOG_NAME, false);
+}
+
+bool CodeSite::FailAssertion(const char* condition) const { return AssertFailed(condition, MakeContext()); }
+
+}  // namespace Oxa::Core

@@ -1,0 +1,53 @@
+#include "Platform/Storage.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+std::atomic<unsigned long> s_ulLastSerial{0};
+std::atomic<DebuggerSink> s_sink{nullptr};
+std::atomic<void (*)()> s_lastRoutine{nullptr};
+
+// Initial-exec: no allocation at the first touch on a thread, and nothing to destroy at its end.
+[[gnu::tls_model("initial-exec")]] thread_local unsigned long t_ulSerial = 0;
+
+void WriteToStandardError(const char* text) noexcept {
+  for (std::size_t left = std::strlen(text); left > 0;) {
+    const ssize_t written = ::write(STDERR_FILENO, text, left);
+    if (written <= 0) return;
+    text += written;
+    left -= static_cast<std::size_t>(written);
+  }
+}
+
+// Runs behind all static destructors: at exit behind every exit handler, at dlclose behind the library's own,
+// since destructors with a number come last.
+[[gnu::destructor(101)]] void RunLastRoutine() {
+  if (const auto routine = s_lastRoutine.load()) routine();
+}
+
+}  // namespace
+
+unsigned long ThreadSerial() noexcept {
+  if (t_ulSerial == 0) t_ulSerial = s_ulLastSerial.fetch_add(1, std::memory_order_relaxed) + 1;
+  return t_ulSerial;
+}
+
+bool CallAtUnload(void (*routine)()) noexcept { return std::atexit(routine) == 0; }
+
+void CallAtVeryEnd(void (*routine)()) noexcept { s_lastRoutine.store(routine); }
+
+void WriteToDebugger(const char* text) noexcept {
+  const DebuggerSink sink = s_sink.load();
+  (sink != nullptr ? sink : WriteToStandardError)(text);
+}
+
+DebuggerSink SetDebuggerSink(DebuggerSink sink) noexcept { return s_sink.exchange(sink); }
+
+}  // namespace Oxa::Core::Platform
