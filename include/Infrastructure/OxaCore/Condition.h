@@ -1,0 +1,94 @@
+// A monitor: a lock, and the place where its holders wait for one another.
+//
+// Hold it with a Lock, test what you wait for, and wait in a loop: a wake says "look again", never "it is so".
+// A notification with nobody waiting is lost; one that meets a timed wait in the moment it expires stays
+// pending and wakes the next waiter.
+//
+// Thread safety: any thread may use any operation; Wait and TimedWait by the holder only. The lock is
+// reentrant, but a wait releases one level only: don't nest it around a wait. Two Broadcasts at once are
+// excluded by the callers, who hold the monitor.
+// Failures: raised as OSError under "Oxa.Core.Condition". On every way out of a wait the caller holds the lock.
+//
+//   Condition m_changed{true};
+//   ...
+//   Lock lock(m_changed);
+//   while (m_readings.empty()) m_changed.Wait();
+#ifndef INFRASTRUCTURE_OXACORE_CONDITION_H
+#define INFRASTRUCTURE_OXACORE_CONDITION_H
+
+#include <Infrastructure/OxaCore/Export.h>
+#include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/Time.h>
+#include <Infrastructure/OxaCore/Warning.h>
+
+#include <atomic>
+
+namespace Oxa::Core {
+
+namespace Platform {
+class Event;
+}
+
+/// "A wait on a Condition object was ended by a unser mode APC".
+class OXACORE_API ConditionWaitEndedByAPC : public Warning {
+ public:
+  ConditionWaitEndedByAPC();
+  ~ConditionWaitEndedByAPC() override;
+};
+
+/// Lock and condition variable in one.
+class OXACORE_API Condition : public IMutex {
+ public:
+  /// `notifyBroadcasts` decides what Notify does. Without the memory for the system's objects the
+  /// constructor fails assertions, and all that the object then does is to raise.
+  explicit Condition(bool notifyBroadcasts);
+  Condition(const Condition&) = delete;
+  Condition& operator=(const Condition&) = delete;
+
+  /// Nobody may wait or hold the lock.
+  ~Condition() override;
+
+  /// Raises OSError: "Attempt to acquire lock timed out" when `timeout` (whole milliseconds; sINFINITE: no
+  /// limit) runs out; "Attempt to acquire lock abandoned" when the last owner's thread ended without
+  /// unlocking, in which case the caller nevertheless owns the lock; else the system's text.
+  void Lock(const Elapse& timeout = sINFINITE) override;
+
+  /// As Lock, but running out of time is the result false.
+  bool TryLock(const Elapse& timeout = sNO_WAIT) override;
+
+  /// Gives up one level. Does nothing for a thread that isn't the owner.
+  void Unlock() override;
+
+  /// Releases the lock, sleeps until woken, and takes the lock again. Releasing and falling asleep are one
+  /// step: no signal is lost in between. Woken waiters of one moment come in the order in which they began.
+  void Wait();
+
+  /// As Wait, true when woken, false when `timeout` (whole milliseconds, negative is 0; no value means
+  /// "without limit") is over.
+  bool TimedWait(const Elapse& timeout);
+
+  /// Wakes one waiter, if there is any. The caller needn't hold the lock.
+  void Signal();
+
+  /// Wakes all waiters. With two or more it returns when all have left the wait; they then take the lock one
+  /// after another. The caller may hold the lock.
+  void Broadcast();
+
+  /// Broadcast or Signal, as the constructor was told.
+  void Notify();
+
+ private:
+  void LeaveWait();
+
+  const bool m_notifyBroadcasts;
+  Platform::Event* m_hConditionSignal;
+  Platform::Event* m_hBroadcastCompleteSignal;
+  Platform::ReentrantLock* m_hMutex;
+  /// Threads in Wait or TimedWait, and as its top bit whether a broadcast is going on: one word, since a
+  /// broadcast must count and begin in one step.
+  std::atomic<unsigned int> m_waiters;
+};
+
+}  // namespace Oxa::Core
+
+#endif
