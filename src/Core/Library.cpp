@@ -10,6 +10,7 @@
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Globals.h>
 #include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 
 #include <cstddef>
@@ -83,6 +84,8 @@ Mutex& SingletonRegistry::m_mutex = s_registryMutex.Get();
 std::list<ISingletonRegistryEntry*>& SingletonRegistry::m_registry = s_registry.Get();
 
 // 5. Threads, time and memory.
+const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);
+const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
 
 // 6. The globals.
 namespace {
