@@ -1,0 +1,13 @@
+# What the scripts share; sourced by them, with the root of the repository as the working folder.
+
+cores=$(nproc 2>/dev/null || echo 2)
+
+# configure PRESET [ARGUMENT...]: Ninja for new build folders where it is there; old ones keep their generator.
+configure() {
+  preset=$1
+  shift
+  if [ ! -f "build/$preset/CMakeCache.txt" ] && command -v ninja >/dev/null; then
+    set -- -G Ninja "$@"
+  fi
+  cmake --preset "$preset" "$@"
+}
