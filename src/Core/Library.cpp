@@ -46,7 +46,7 @@ const std::string& ImmortalText(const char* text) {
 
 namespace {
 
-[[maybe_unused]] const bool s_bConnected = (Platform::CallAtVeryEnd(&DestroyTexts), ConnectHooks(), true);
+[[maybe_unused]] const bool s_bBegun = (Platform::CallAtVeryEnd(&DestroyTexts), BeginLife(), true);
 
 }  // namespace
 

@@ -27,6 +27,8 @@ const char* const sMISSED_SHUTDOWN =
 bool s_bFirstInitialize = true;
 bool s_bShutDown = false;
 
+unsigned long s_ulLoadedBy = 0;  // the process that loaded the library
+
 // Exists for the first throw only.
 class StartupError : public Error {
  public:
@@ -56,6 +58,11 @@ void DestroySingletons() {
 
 }  // namespace
 
+void BeginLife() {
+  s_ulLoadedBy = Platform::ProcessId();
+  ConnectHooks();
+}
+
 void Initialize() {
   if (s_bFirstInitialize) ThrowOnce();
   TheHooks().useFaultAdapter();
@@ -69,6 +76,8 @@ void Shutdown() {
 
 void UnloadRoutine() {
   SetLibraryUnloading();
+  // A child that was forked off ends alone: the shut-down is its parent's.
+  if (Platform::ProcessId() != s_ulLoadedBy) return;
   if (!s_bShutDown) {
     Platform::WriteToDebugger(sMISSED_SHUTDOWN);
     Shutdown();

@@ -4,7 +4,10 @@
 
 namespace Oxa::Core {
 
-/// Fills the hooks with the functions that find their owners. First thing while the library loads.
+/// First thing while the library loads.
+void BeginLife();
+
+/// Fills the hooks with functions that find their owners at each call.
 void ConnectHooks();
 
 /// Runs once when the library is unloaded or the process exits, before any static object of the library dies.

@@ -25,7 +25,7 @@ CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) co
     AlertData context = place.GetContextInfo();
     AlertData variables;
     for (const PlaceDetail& detail : details) {
-      (detail.m_bVariable ? variables : context)[detail.m_sName] = detail.m_sValue;
+      (detail.m_bVariable ? variables : context)[detail.m_pName] = detail.m_sValue;
     }
     return CodeContext(context, variables);
   } catch (...) {

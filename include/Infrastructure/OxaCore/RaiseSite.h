@@ -8,7 +8,8 @@
 //   try { Read(path); } OXA_FORWARD_ERRORS_WITH_INFO(OXA_VARIABLE(path), OXA_INFO("Step", "calibration"))
 //
 // The forwarding macros are the catch clauses: whatever leaves the block leaves it as an Error with one more
-// place on its unwind stack. Raises can return, so a function with a result needs a return behind the clauses.
+// place on its unwind stack. Raises can return, so a function with a result needs a return behind the
+// clauses.
 #ifndef INFRASTRUCTURE_OXACORE_RAISESITE_H
 #define INFRASTRUCTURE_OXACORE_RAISESITE_H
 
@@ -34,15 +35,20 @@ class Warning;
 /// One detail of a place: a variable with its value, or an extra entry of the context table.
 struct PlaceDetail {
   bool m_bVariable;
-  std::string m_sName;
+  const char* m_pName;
   std::string m_sValue;
 
-  /// `value` is printed through a stream; what can't be printed is left empty.
+  /// `value` is printed through a stream; one that can't be printed is left empty, since the failure that is
+  /// being forwarded matters more. `name` must outlive the detail.
   template <class T>
-  PlaceDetail(bool variable, const char* name, const T& value) : m_bVariable(variable), m_sName(name) {
-    std::ostringstream text;
-    text << value;
-    m_sValue = text.str();
+  PlaceDetail(bool variable, const char* name, const T& value) noexcept
+      : m_bVariable(variable), m_pName(name) {
+    try {
+      std::ostringstream text;
+      text << value;
+      m_sValue = text.str();
+    } catch (...) {
+    }
   }
 };
 
@@ -101,9 +107,15 @@ class OXACORE_API CodeSite {
 /// Catch clauses: every failure leaves the block as an Error with this place on its unwind stack.
 #define OXA_FORWARD_ERRORS OXA_FORWARD_ERRORS_WITH_INFO()
 /// The same, and the place carries the given OXA_VARIABLEs and OXA_INFOs.
-#define OXA_FORWARD_ERRORS_WITH_INFO(...)                                                          \
-  catch (::Oxa::Core::Error & oxaError) { OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__}); }        \
-  catch (::std::exception & oxaException) { OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}); }  \
-  catch (...) { OXA_CODE_SITE.ForwardUnknown({__VA_ARGS__}); }
+#define OXA_FORWARD_ERRORS_WITH_INFO(...)               \
+  catch (::Oxa::Core::Error & oxaError) {               \
+    OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__});     \
+  }                                                     \
+  catch (::std::exception & oxaException) {             \
+    OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}); \
+  }                                                     \
+  catch (...) {                                         \
+    OXA_CODE_SITE.ForwardUnknown({__VA_ARGS__});        \
+  }
 
 #endif
