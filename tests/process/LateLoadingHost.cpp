@@ -1,0 +1,91 @@
+// Loads the library, or a plug-in on it, at run time.
+//   cycles LIBRARY COUNT     loads, uses and unloads the library over and over
+//   late PLUGIN              raises from an object that was built before the library was loaded
+//   unload PLUGIN            raises, unloads, and ends
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using RaiseFunction = int (*)(const char*);
+using WarnFunction = void (*)(const char*);
+
+// Built before anything is loaded, so it dies after the library's static objects.
+struct OldObject {
+  RaiseFunction m_raise = nullptr;
+  WarnFunction m_warn = nullptr;
+  ~OldObject() {
+    if (m_raise != nullptr) std::printf("late raise threw: %d\n", m_raise("a late <error>"));
+    if (m_warn != nullptr) m_warn("a late warning");
+    std::fflush(stdout);
+  }
+};
+OldObject s_oldObject;
+
+[[noreturn]] void Fail(const char* what) {
+  std::fprintf(stderr, "%s: %s\n", what, ::dlerror());
+  std::exit(2);
+}
+
+void* Load(const char* name) {
+  void* const library = ::dlopen(name, RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) Fail("load");
+  return library;
+}
+
+template <class Function>
+Function Find(void* library, const char* name) {
+  void* const symbol = ::dlsym(library, name);
+  if (symbol == nullptr) Fail(name);
+  Function function;
+  static_assert(sizeof function == sizeof symbol);
+  std::memcpy(&function, &symbol, sizeof function);
+  return function;
+}
+
+long ResidentKiB() {
+  std::ifstream file("/proc/self/statm");
+  long total = 0;
+  long resident = 0;
+  file >> total >> resident;
+  return resident * ::sysconf(_SC_PAGESIZE) / 1024;
+}
+
+int Cycle(const char* name, int count) {
+  long atTenth = 0;
+  for (int i = 0; i < count; ++i) {
+    void* const library = Load(name);
+    // Every other turn leaves the shut-down to the unloading.
+    Find<void (*)()>(library, "InitializeOxaCore")();
+    if (i % 2 == 0) Find<void (*)()>(library, "ShutdownOxaCore")();
+    if (::dlclose(library) != 0) Fail("unload");
+    if (::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("still loaded");
+    if (i == 10) atTenth = ResidentKiB();
+  }
+  std::printf("cycles %d\ngrown by %ld KiB\n", count, ResidentKiB() - atTenth);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) return 2;
+  const std::string scenario = argv[1];
+  if (scenario == "cycles") return Cycle(argv[2], std::atoi(argv[3]));
+  void* const plugin = Load(argv[2]);
+  const auto raise = Find<RaiseFunction>(plugin, "RaiseFromPlugin");
+  std::printf("early raise threw: %d\n", raise("early"));
+  if (scenario == "late") {
+    s_oldObject.m_raise = raise;
+    s_oldObject.m_warn = Find<WarnFunction>(plugin, "WarnFromPlugin");
+  } else if (::dlclose(plugin) != 0) {
+    Fail("unload");
+  }
+  return 0;
+}

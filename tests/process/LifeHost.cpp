@@ -1,0 +1,119 @@
+// A host that is linked with the library: one scenario of its life per run.
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/OxaCore.h>
+#include <Infrastructure/OxaCore/Singleton.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace Oxa::Core;
+
+int Raise() {
+  try {
+    OXA_RAISE_ERROR("Test.Host", LogicError("from the host"));
+    return 0;
+  } catch (LogicError&) {
+    return 1;
+  }
+}
+
+// Dies before the library unloads, and may raise as at any time.
+struct StaticObject {
+  bool m_bRaise = false;
+  ~StaticObject() {
+    if (m_bRaise) std::printf("static object's raise threw: %d\n", Raise());
+  }
+};
+StaticObject s_staticObject;
+
+class Ledger : public Singleton<Ledger> {
+ public:
+  Ledger() { std::puts("ledger built"); }
+  ~Ledger() override { std::puts("ledger destroyed"); }
+};
+
+class Thrower : public Singleton<Thrower> {
+ protected:
+  void Destroy() override { throw std::runtime_error("bad destructor"); }
+};
+
+void InitializeTwice() {
+  InitializeOxaCore();
+  InitializeOxaCore();
+  ShutdownOxaCore();
+}
+
+void SingletonsDieAtShutdown() {
+  Ledger::Instance();
+  ShutdownOxaCore();
+  std::printf("instantiated: %d\n", Ledger::IsInstantiated());
+  ShutdownOxaCore();
+}
+
+void SingletonIsMadeAnewAfterShutdown() {
+  Ledger::Instance();
+  ShutdownOxaCore();
+  Ledger::Instance();
+  ShutdownOxaCore();
+  std::puts("end of main");
+}
+
+void BadSingletonHidesTheLaterOnes() {
+  Thrower::Instance();
+  Ledger::Instance();
+  ShutdownOxaCore();
+  std::printf("instantiated: %d\n", Ledger::IsInstantiated());
+}
+
+void ExitFromAnotherThread() {
+  std::thread([] { std::exit(7); }).join();
+}
+
+void ForkedChildExits() {
+  std::fflush(nullptr);
+  const pid_t child = ::fork();
+  if (child == 0) std::exit(5);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  std::printf("child ended with %d\n", WEXITSTATUS(status));
+  ShutdownOxaCore();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::map<std::string, std::function<void()>> scenarios = {
+      {"nothing", [] {}},
+      {"shutdown-only", [] { ShutdownOxaCore(); }},
+      {"initialize-twice", InitializeTwice},
+      {"static-raise",
+       [] {
+         s_staticObject.m_bRaise = true;
+         ShutdownOxaCore();
+       }},
+      {"raise-after-shutdown",
+       [] {
+         ShutdownOxaCore();
+         std::printf("raise threw: %d\n", Raise());
+       }},
+      {"singletons", SingletonsDieAtShutdown},
+      {"singleton-anew", SingletonIsMadeAnewAfterShutdown},
+      {"bad-singleton", BadSingletonHidesTheLaterOnes},
+      {"exit-from-thread", ExitFromAnotherThread},
+      {"fork", ForkedChildExits},
+  };
+  const auto scenario = scenarios.find(argc > 1 ? argv[1] : "");
+  if (scenario == scenarios.end()) return 2;
+  scenario->second();
+  return 0;
+}

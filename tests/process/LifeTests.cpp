@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "Support/ChildProcess.h"
+
+namespace {
+
+using TestSupport::ChildResult;
+using TestSupport::RunChild;
+
+const char* const sMISSED_SHUTDOWN =
+    "Calling Oxa::Core::Shutdown from OxaCore.dll unload.  This may result in false memory leak reporting.  "
+    "To "
+    "avoid this call Oxa::Core::Shutdown when the application is exiting but not from an ::atexit() handler "
+    "(e.g. fromExitInstance)";
+const char* const sSTARTED_UP = "Error handling started up via initial throw...\n";
+
+#if defined(OXACORE_SOAK)
+const char* const sCYCLES = "1000";
+#else
+const char* const sCYCLES = "100";
+#endif
+
+ChildResult Run(const char* scenario) { return RunChild({LIFE_HOST, scenario}); }
+
+int Count(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+TEST(Life, UnloadWithoutShutdownSaysSoAndShutsDown) {
+  const ChildResult result = Run("nothing");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ(sMISSED_SHUTDOWN, result.m_sError);
+  EXPECT_EQ("", result.m_sOutput);
+}
+
+TEST(Life, ShutdownWithoutInitializeWorks) {
+  const ChildResult result = Run("shutdown-only");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("", result.m_sError);
+  EXPECT_EQ("", result.m_sOutput);
+}
+
+TEST(Life, SecondInitializePrintsNothing) {
+  const ChildResult result = Run("initialize-twice");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ(sSTARTED_UP, result.m_sOutput);
+  EXPECT_EQ("", result.m_sError);
+}
+
+TEST(Life, StaticObjectsOfALinkedHostRaiseAsAtAnyTime) {
+  EXPECT_EQ("static object's raise threw: 1\n", Run("static-raise").m_sOutput);
+}
+
+TEST(Life, ErrorsAreStillThrownAfterShutdown) {
+  EXPECT_EQ("raise threw: 1\n", Run("raise-after-shutdown").m_sOutput);
+}
+
+TEST(Life, ShutdownDestroysSingletons) {
+  EXPECT_EQ("ledger built\nledger destroyed\ninstantiated: 0\n", Run("singletons").m_sOutput);
+}
+
+TEST(Life, SingletonMadeAfterShutdownDiesWithTheStaticObjects) {
+  EXPECT_EQ("ledger built\nledger destroyed\nledger built\nend of main\nledger destroyed\n",
+            Run("singleton-anew").m_sOutput);
+}
+
+TEST(Life, SingletonsBehindABadOneAreSkipped) {
+  const ChildResult result = Run("bad-singleton");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("ledger built\ninstantiated: 1\nledger destroyed\n", result.m_sOutput);
+}
+
+TEST(Life, ProcessMayExitFromAnotherThread) {
+  const ChildResult result = Run("exit-from-thread");
+  EXPECT_EQ(7, result.m_iStatus);
+  EXPECT_EQ(sMISSED_SHUTDOWN, result.m_sError);
+}
+
+TEST(Life, ForkedChildLeavesTheShutdownToItsParent) {
+  const ChildResult result = Run("fork");
+  EXPECT_EQ("child ended with 5\n", result.m_sOutput);
+  EXPECT_EQ("", result.m_sError);
+}
+
+TEST(Life, RaiseAfterTheUnloadRoutineGoesToStandardErrorAndReturns) {
+  const ChildResult result = RunChild({LATE_HOST, "late", LIFE_PLUGIN});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("early raise threw: 1\nlate raise threw: 0\n", result.m_sOutput);
+  EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Error Raised During OxaCore Shutdown</Circumstance>"));
+  EXPECT_EQ(1, Count(result.m_sError, "<Message>a late &lt;error&gt;</Message>"));
+  EXPECT_EQ(1, Count(result.m_sError, "<LogName>Test.Plugin</LogName>"));
+  EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Warning During OxaCore Shutdown</Circumstance>"));
+  EXPECT_EQ(1, Count(result.m_sError, "<Message>a late warning</Message>"));
+  EXPECT_EQ(0, Count(result.m_sError, "<ProcessName>"));
+}
+
+TEST(Life, PluginTakesTheLibraryWithIt) {
+  const ChildResult result = RunChild({LATE_HOST, "unload", LIFE_PLUGIN});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("early raise threw: 1\n", result.m_sOutput);
+  EXPECT_EQ(1, Count(result.m_sError, sMISSED_SHUTDOWN));
+}
+
+TEST(Life, LoadsAndUnloadsOverAndOver) {
+  const ChildResult result = RunChild({LATE_HOST, "cycles", OXACORE_LIBRARY, sCYCLES});
+  EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ(std::atoi(sCYCLES), Count(result.m_sOutput, sSTARTED_UP));
+  EXPECT_EQ(std::atoi(sCYCLES) / 2, Count(result.m_sError, sMISSED_SHUTDOWN));
+  long grown = -1;
+  const auto at = result.m_sOutput.find("grown by ");
+  ASSERT_NE(std::string::npos, at);
+  ASSERT_EQ(1, std::sscanf(result.m_sOutput.c_str() + at, "grown by %ld KiB", &grown));
+  EXPECT_LT(grown, 1024);
+}
+
+}  // namespace
