@@ -1,0 +1,179 @@
+#include "Platform/Clock.h"
+
+#include <errno.h>
+#include <sched.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <atomic>
+
+#include "Platform/Linux/Calendar.h"
+#include "Platform/Linux/CurrentZone.h"
+#include "Platform/Linux/ZoneTable.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr long long iTICKS_PER_SECOND = 10000000;
+constexpr long long iTICKS_PER_MILLISECOND = 10000;
+constexpr long long i1601_TO_1970 = 11644473600;  // seconds
+constexpr int iFIRST_YEAR = 1601;
+constexpr int iLAST_YEAR = 30827;
+
+// Seconds since 1970 at which the calendar begins and ends.
+constexpr long long iBEGIN = DaysFromDate(iFIRST_YEAR, 1, 1) * iSECONDS_PER_DAY;
+constexpr long long iEND = DaysFromDate(iLAST_YEAR + 1, 1, 1) * iSECONDS_PER_DAY;
+static_assert(iBEGIN == -i1601_TO_1970, "the calendar begins where the ticks do");
+
+ZoneTable s_loadedZone;
+std::atomic<long long> s_iNowOffset;
+std::atomic<long long> s_iMonotonicOffset;
+
+long long Wrap(unsigned long long ticks) { return static_cast<long long>(ticks); }
+
+long long ReadClock(clockid_t clock, const std::atomic<long long>& offset) {
+  timespec now;
+  clock_gettime(clock, &now);
+  const long long ticks = now.tv_sec * iTICKS_PER_SECOND + now.tv_nsec / 100;
+  return Wrap(static_cast<unsigned long long>(ticks) +
+              static_cast<unsigned long long>(offset.load(std::memory_order_relaxed)));
+}
+
+bool Within(int value, int least, int most) { return value >= least && value <= most; }
+
+bool IsTimeOfDay(const DateTime& fields) {
+  return Within(fields.m_iHour, 0, 23) && Within(fields.m_iMinute, 0, 59) &&
+         Within(fields.m_iSecond, 0, 59) && Within(fields.m_iMilliSecond, 0, 999);
+}
+
+// `extraYears` more years are let in at either end.
+bool IsDate(const DateTime& fields, int extraYears) {
+  return Within(fields.m_iYear, iFIRST_YEAR - extraYears, iLAST_YEAR + extraYears) &&
+         Within(fields.m_iMonth, 1, 12) &&
+         Within(fields.m_iDay, 1, DaysInMonth(fields.m_iYear, fields.m_iMonth));
+}
+
+long long ToSeconds(const DateTime& fields) {
+  return DaysFromDate(fields.m_iYear, fields.m_iMonth, fields.m_iDay) * iSECONDS_PER_DAY +
+         fields.m_iHour * 3600 + fields.m_iMinute * 60 + fields.m_iSecond;
+}
+
+// For seconds since 1970 that lie no more than a few days outside the calendar.
+DateTime ToFields(long long seconds, int milliSecond) {
+  const long long since = seconds - iBEGIN + 366 * iSECONDS_PER_DAY;  // never negative
+  const int second = static_cast<int>(since % iSECONDS_PER_DAY);
+  const CalendarDay day = DateFromDays(static_cast<int>(since / iSECONDS_PER_DAY) +
+                                       static_cast<int>(iBEGIN / iSECONDS_PER_DAY) - 366);
+  return {day.m_iYear, day.m_iMonth, day.m_iDay, second / 3600, second / 60 % 60, second % 60, milliSecond};
+}
+
+long long SecondsSince1970(long long ticks) { return ticks / iTICKS_PER_SECOND - i1601_TO_1970; }
+int MilliSecondsOf(long long ticks) {
+  return static_cast<int>(ticks % iTICKS_PER_SECOND / iTICKS_PER_MILLISECOND);
+}
+bool InCalendar(long long seconds) { return seconds >= iBEGIN && seconds < iEND; }
+
+char* Put2(char* to, int value) {
+  *to++ = static_cast<char>('0' + value / 10);
+  *to++ = static_cast<char>('0' + value % 10);
+  return to;
+}
+
+char* PutYear(char* to, int year) {
+  if (year >= 10000) *to++ = static_cast<char>('0' + year / 10000);
+  return Put2(Put2(to, year / 100 % 100), year % 100);
+}
+
+constexpr int iMAX_TEXT = 24;  // a year of five digits, and the rest
+
+// Writes the fields and gives the end of what it wrote.
+char* PutFields(char* to, const DateTime& fields) {
+  to = PutYear(to, fields.m_iYear);
+  *to++ = '/';
+  to = Put2(to, fields.m_iMonth);
+  *to++ = '/';
+  to = Put2(to, fields.m_iDay);
+  *to++ = ' ';
+  to = Put2(to, fields.m_iHour);
+  *to++ = ':';
+  to = Put2(to, fields.m_iMinute);
+  *to++ = ':';
+  to = Put2(to, fields.m_iSecond);
+  *to++ = '.';
+  *to++ = static_cast<char>('0' + fields.m_iMilliSecond / 100);
+  return Put2(to, fields.m_iMilliSecond % 100);
+}
+
+}  // namespace
+
+long long NowTicks() noexcept {
+  return Wrap(static_cast<unsigned long long>(ReadClock(CLOCK_REALTIME, s_iNowOffset)) +
+              i1601_TO_1970 * iTICKS_PER_SECOND);
+}
+
+long long MonotonicTicks() noexcept { return ReadClock(CLOCK_MONOTONIC, s_iMonotonicOffset); }
+
+int TicksToUtc(long long ticks, DateTime& utc) noexcept {
+  const long long seconds = SecondsSince1970(ticks);
+  if (ticks < 0 || !InCalendar(seconds)) return EINVAL;
+  utc = ToFields(seconds, MilliSecondsOf(ticks));
+  return 0;
+}
+
+int TicksToLocal(long long ticks, DateTime& local) noexcept {
+  const long long seconds = SecondsSince1970(ticks);
+  if (ticks < 0 || !InCalendar(seconds)) return EINVAL;
+  const long long localSeconds = seconds + CurrentOffset(seconds);
+  if (!InCalendar(localSeconds)) return EINVAL;
+  local = ToFields(localSeconds, MilliSecondsOf(ticks));
+  return 0;
+}
+
+int UtcToTicks(const DateTime& utc, long long& ticks) noexcept {
+  if (!IsDate(utc, 1) || !IsTimeOfDay(utc)) return EINVAL;
+  const long long seconds = ToSeconds(utc);
+  if (seconds < iBEGIN - 2 * iSECONDS_PER_DAY || seconds >= iEND + 2 * iSECONDS_PER_DAY) return EINVAL;
+  ticks = (seconds + i1601_TO_1970) * iTICKS_PER_SECOND + utc.m_iMilliSecond * iTICKS_PER_MILLISECOND;
+  return 0;
+}
+
+int LoadZone() noexcept { return ReadZone(getenv("TZ"), s_loadedZone); }
+
+int LocalToUtc(const DateTime& local, DateTime& utc) noexcept {
+  if (!IsDate(local, 0) || !IsTimeOfDay(local)) return EINVAL;
+  utc = ToFields(MomentOfLocal(s_loadedZone, ToSeconds(local)), local.m_iMilliSecond);
+  return 0;
+}
+
+int DateTimeText(const DateTime& fields, std::string& text) {
+  if (!IsDate(fields, 0) || !IsTimeOfDay(fields)) return EINVAL;
+  char buffer[iMAX_TEXT];
+  text.assign(buffer, PutFields(buffer, fields));
+  return 0;
+}
+
+std::string LocalTimeText(long long ticks) {
+  DateTime local;
+  if (TicksToLocal(ticks, local) != 0) return std::string();
+  char buffer[iMAX_TEXT];
+  return std::string(buffer, PutFields(buffer, local));
+}
+
+void SleepMilliseconds(unsigned int milliseconds) noexcept {
+  if (milliseconds == 0) {
+    sched_yield();
+    return;
+  }
+  timespec left = {static_cast<time_t>(milliseconds / 1000),
+                   static_cast<long>(milliseconds % 1000) * 1000000};
+  while (clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {
+  }
+}
+
+void SetClockOffset(long long now, long long monotonic) noexcept {
+  s_iNowOffset.store(now, std::memory_order_relaxed);
+  s_iMonotonicOffset.store(monotonic, std::memory_order_relaxed);
+}
+
+}  // namespace Oxa::Core::Platform

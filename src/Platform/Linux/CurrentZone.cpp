@@ -1,0 +1,140 @@
+// Text of the local time stands in every alert and every log entry, so that it must be cheap, and it must
+// work on every thread, also on one that is about to be ended. So there is no lock: tables of zones are read
+// once, published, and never changed or freed. A program that goes through more zones than there are places
+// reads the further ones anew at each change of season: slow, but right.
+#include "Platform/Linux/CurrentZone.h"
+
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <atomic>
+
+#include "Platform/Linux/ZoneTable.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr int iPLACES = 16;
+constexpr size_t uMAX_NAME = 128;
+constexpr long long iCHECK_INTERVAL_MS = 1000;
+
+// What a zone was read for: a value of TZ, or a state of the machine's own zone file.
+struct ZoneKey {
+  bool m_bNamed;
+  char m_name[uMAX_NAME];
+  long long m_fileState[5];
+};
+
+struct Place {
+  enum EState : int { eFREE, eBEING_FILLED, eREADY };
+  std::atomic<int> m_eState;
+  ZoneKey m_key;
+  ZoneTable m_zone;
+};
+
+// What this thread used last, so that the next time stamp needs no search.
+struct LastUse {
+  const Place* m_pPlace;
+  ZoneSegment m_segment;
+};
+
+Place s_places[iPLACES];
+std::atomic<Place*> s_pCurrent;
+std::atomic<long long> s_iNextCheck;
+thread_local LastUse s_lastUse;
+
+long long CoarseMilliseconds() {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
+}
+
+// False for a name that is too long to be kept.
+bool MakeKey(const char* tz, ZoneKey& key) {
+  memset(&key, 0, sizeof key);
+  if (tz != nullptr) {
+    const size_t length = strlen(tz);
+    if (length >= uMAX_NAME) return false;
+    key.m_bNamed = true;
+    memcpy(key.m_name, tz, length);
+    return true;
+  }
+  struct stat status;
+  if (stat(g_pMACHINE_ZONE_FILE, &status) != 0) return true;
+  key.m_fileState[0] = static_cast<long long>(status.st_dev);
+  key.m_fileState[1] = static_cast<long long>(status.st_ino);
+  key.m_fileState[2] = status.st_mtim.tv_sec;
+  key.m_fileState[3] = status.st_mtim.tv_nsec;
+  key.m_fileState[4] = status.st_size;
+  return true;
+}
+
+bool SameKey(const ZoneKey& a, const ZoneKey& b) {
+  return a.m_bNamed == b.m_bNamed && strcmp(a.m_name, b.m_name) == 0 &&
+         memcmp(a.m_fileState, b.m_fileState, sizeof a.m_fileState) == 0;
+}
+
+bool StillInForce(const ZoneKey& key, const char* tz) {
+  if (tz != nullptr) return key.m_bNamed && strcmp(tz, key.m_name) == 0;
+  return !key.m_bNamed && CoarseMilliseconds() < s_iNextCheck.load(std::memory_order_relaxed);
+}
+
+Place* FindPlace(const ZoneKey& key) {
+  for (Place& place : s_places) {
+    if (place.m_eState.load(std::memory_order_acquire) == Place::eREADY && SameKey(place.m_key, key)) {
+      return &place;
+    }
+  }
+  return nullptr;
+}
+
+// Two threads may read one zone into two places; that does no harm.
+Place* FillPlace(const ZoneKey& key, const char* tz) {
+  for (Place& place : s_places) {
+    int expected = Place::eFREE;
+    if (!place.m_eState.compare_exchange_strong(expected, Place::eBEING_FILLED)) continue;
+    place.m_key = key;
+    ReadZone(tz, place.m_zone);
+    place.m_eState.store(Place::eREADY, std::memory_order_release);
+    return &place;
+  }
+  return nullptr;
+}
+
+// The place of the zone in force, or null if it has none.
+__attribute__((noinline)) const Place* ChangePlace(const char* tz) {
+  const long long nextCheck = CoarseMilliseconds() + iCHECK_INTERVAL_MS;
+  ZoneKey key;
+  if (!MakeKey(tz, key)) return nullptr;
+  Place* place = FindPlace(key);
+  if (place == nullptr) place = FillPlace(key, tz);
+  if (place == nullptr) return nullptr;
+  s_iNextCheck.store(nextCheck, std::memory_order_relaxed);
+  s_pCurrent.store(place, std::memory_order_release);
+  return place;
+}
+
+__attribute__((noinline)) int OffsetWithoutPlace(const char* tz, long long seconds) {
+  ZoneTable zone;
+  ReadZone(tz, zone);
+  return SegmentAt(zone, seconds).m_iOffset;
+}
+
+}  // namespace
+
+int CurrentOffset(long long seconds) noexcept {
+  const char* const tz = getenv("TZ");
+  const Place* place = s_pCurrent.load(std::memory_order_acquire);
+  if (place == nullptr || !StillInForce(place->m_key, tz)) place = ChangePlace(tz);
+  if (place == nullptr) return OffsetWithoutPlace(tz, seconds);
+  LastUse& last = s_lastUse;
+  if (last.m_pPlace != place || seconds < last.m_segment.m_iFrom || seconds >= last.m_segment.m_iUntil) {
+    last = {place, SegmentAt(place->m_zone, seconds)};
+  }
+  return last.m_segment.m_iOffset;
+}
+
+}  // namespace Oxa::Core::Platform
