@@ -1,0 +1,159 @@
+// Observers: a NotificationSupport publishes, NotificationListeners hear, a Notification is one event.
+//
+// The mechanism knows no event types. A new event is a Notification that carries its data and, in Notify,
+// casts the listener at run time to the interface that it is meant for; a listener of another type is passed
+// over. One support can thus serve several kinds of listener.
+//
+// The links run both ways: a support knows its listeners, a listener its sources, and either may die first.
+// Delivery is synchronous, on the broadcasting thread, over a private copy of the list and without a lock: a
+// listener may add, remove and broadcast on the same support, and may block. Hence a listener can still be
+// called after its removal by another thread or during the same broadcast has returned, and a support doesn't
+// keep its listeners alive: whoever destroys a listener sees to it that no broadcast is under way.
+//
+// Thread safety: any thread may add, remove and broadcast.
+// Locks that a caller can meet, in this order: the one of all dying listeners and supports, the support's,
+// the listener's. AddNotificationSource, RemoveNotificationSource and NotificationSourceIsRemoved run with
+// the latter two held. Failures: what a listener throws can't stop a broadcast; it is told as a
+// ListenerErrorOnNotification.
+//
+//   class DoorOpened : public Notification {
+//    public:
+//     void Notify(NotificationListener& listener) override {
+//       if (auto* const guard = dynamic_cast<DoorGuard*>(&listener)) guard->DoorOpened();
+//     }
+//   };
+//   ...
+//   m_support.Broadcast(notification);
+#ifndef INFRASTRUCTURE_OXACORE_NOTIFICATIONS_H
+#define INFRASTRUCTURE_OXACORE_NOTIFICATIONS_H
+
+#include <Infrastructure/OxaCore/Export.h>
+#include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/Warning.h>
+
+#include <atomic>
+#include <list>
+#include <string>
+#include <unordered_set>
+
+namespace Oxa::Core {
+
+class NotificationSupport;
+
+/// What a support asks of a listener.
+class OXACORE_API IOxaNotificationListener {
+ public:
+  IOxaNotificationListener() = default;
+  IOxaNotificationListener(const IOxaNotificationListener&) = delete;
+  IOxaNotificationListener& operator=(const IOxaNotificationListener&) = delete;
+
+  /// The listener is in the list of `source` from now on.
+  virtual void AddNotificationSource(NotificationSupport& source) = 0;
+
+  /// `source` no longer knows the listener: it was removed, or `source` is dying.
+  virtual void RemoveNotificationSource(NotificationSupport& source) = 0;
+
+  virtual ~IOxaNotificationListener();
+};
+
+/// Base of everything that wants to hear. Its death removes it from every support that it hears.
+/// A subclass that must stop hearing before its own members die removes itself in its own destructor.
+class OXACORE_API NotificationListener : public IOxaNotificationListener {
+ public:
+  NotificationListener();
+
+  // For supports. A client calls AddListener and RemoveListener on the support.
+  void AddNotificationSource(NotificationSupport& source) override;
+  void RemoveNotificationSource(NotificationSupport& source) override;
+
+  /// A subclass no longer hears NotificationSourceIsRemoved for what this removes.
+  ~NotificationListener() override;
+
+ protected:
+  /// The link to `source` is gone, because the listener was removed or because `source` is being destroyed.
+  /// Called with the locks of both held; must not remove this listener from `source` again. What it throws
+  /// reaches the one who removed the listener; while a support dies it is dropped.
+  virtual void NotificationSourceIsRemoved(const NotificationSupport& source);
+
+ private:
+  using Sources = std::unordered_set<NotificationSupport*>;
+
+  Sources TakeSources();
+
+  Sources m_sources;  // not owned
+  Mutex m_mutex;      // guards m_sources
+};
+
+/// One event: knows which listener type it is for and what to call on it. Subclasses carry its data, usually
+/// as references to what outlives the broadcast.
+class OXACORE_API Notification {
+ public:
+  virtual ~Notification();
+
+  /// Tells `listener` if it is of the type that this event is for; does nothing otherwise.
+  virtual void Notify(NotificationListener& listener) = 0;
+
+ protected:
+  Notification() = default;
+  Notification(const Notification&) = default;
+  Notification& operator=(const Notification&) = default;
+};
+
+/// The list of listeners of whatever wants to publish.
+class OXACORE_API NotificationSupport {
+ public:
+  enum ENotificationOrder : int { eFIRST_ADDED_FIRST = 0, eLAST_ADDED_FIRST = 1 };
+
+  explicit NotificationSupport(ENotificationOrder order);
+  NotificationSupport(const NotificationSupport&) = delete;
+  NotificationSupport& operator=(const NotificationSupport&) = delete;
+
+  /// Tells every listener that this source is gone. Must not run while another operation on it does.
+  virtual ~NotificationSupport();
+
+  /// Appends `listener`, which is not owned. One that is there already is left where it is.
+  void AddListener(NotificationListener& listener);
+
+  /// Takes `listener` out; one that isn't there is no fault.
+  void RemoveListener(NotificationListener& listener);
+
+  void RemoveAllListeners();
+
+  /// Tells `notification` to every listener that is in the list now. With nobody in it this is one test,
+  /// without a lock and without an allocation. Throws only what is thrown for want of memory: std::bad_alloc.
+  void Broadcast(Notification& notification) {
+    if (HasListeners()) Deliver(notification);
+  }
+
+  /// Both read without the lock: what they tell may be over when they return.
+  bool HasListeners() const { return GetNumListeners() != 0; }
+  int GetNumListeners() const { return m_iListeners.load(std::memory_order_relaxed); }
+
+ protected:
+  /// Calls Notify and raises a ListenerErrorOnNotification for what it throws. Null does nothing.
+  void NotifyListener(Notification& notification, NotificationListener* listener);
+
+ private:
+  using Listeners = std::list<NotificationListener*>;
+
+  void Deliver(Notification& notification);
+  bool Knows(const NotificationListener& listener) const;
+  void Erase(NotificationListener& listener) noexcept;
+  void CountListeners() noexcept;
+
+  Listeners m_listeners;  // in order of addition; not owned
+  Mutex m_mutex;          // guards m_listeners
+  ENotificationOrder m_eOrder;
+  std::atomic<int> m_iListeners{0};  // the size of m_listeners, for those who don't take the lock
+};
+
+/// "Listener threw error during notification: %1%".
+class OXACORE_API ListenerErrorOnNotification : public Warning {
+ public:
+  explicit ListenerErrorOnNotification(const std::string& message);
+  ~ListenerErrorOnNotification() override;
+};
+
+}  // namespace Oxa::Core
+
+#endif
