@@ -1,0 +1,205 @@
+#include "Platform/Threads.h"
+
+#include <errno.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "Platform/Linux/Futex.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr int iSPIN_COUNT = 100;
+constexpr long long iNANOSECONDS_PER_MILLISECOND = 1000000;
+constexpr long long iLOOK_FOR_DEAD_OWNER_EVERY = 50 * iNANOSECONDS_PER_MILLISECOND;
+
+// Thread ids stay below 2^22, so the uppermost bit of a lock's word is free to tell of sleepers.
+constexpr std::uint32_t uSLEEPERS = 0x80000000u;
+constexpr std::uint32_t uHELD = 1;
+
+[[gnu::tls_model("initial-exec")]] thread_local std::uint32_t t_uThreadId = 0;
+
+[[gnu::noinline]] std::uint32_t AskThreadId() noexcept {
+  t_uThreadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  return t_uThreadId;
+}
+
+inline std::uint32_t Self() noexcept {
+  const std::uint32_t known = t_uThreadId;
+  return known != 0 ? known : AskThreadId();
+}
+
+// The one thread of a forked child has a new id.
+void ForgetThreadId() { t_uThreadId = 0; }
+
+[[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &ForgetThreadId); }
+
+bool ThreadIsGone(std::uint32_t id) noexcept {
+  const int saved = errno;
+  const bool gone = syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
+  errno = saved;
+  return gone;
+}
+
+using Word = std::atomic<std::uint32_t>;
+
+bool TakeFree(Word& word, std::uint32_t value) noexcept {
+  std::uint32_t expected = 0;
+  return word.compare_exchange_strong(expected, value, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+bool SpinForFree(Word& word, std::uint32_t value) noexcept {
+  for (int round = 0; round < iSPIN_COUNT; ++round) {
+    if (word.load(std::memory_order_relaxed) == 0 && TakeFree(word, value)) return true;
+    Pause();
+  }
+  return false;
+}
+
+// One round of a sleeper: takes the word if it is free, and otherwise leaves the mark that makes the owner wake
+// somebody. Gives whether the word was taken; `seen` is what it holds if not. Who has slept takes the word with
+// the mark on, since others may still sleep.
+bool TakeOrMark(Word& word, std::uint32_t value, std::uint32_t& seen) noexcept {
+  seen = word.load(std::memory_order_relaxed);
+  while (true) {
+    if (seen == 0) {
+      if (word.compare_exchange_weak(seen, value | uSLEEPERS, std::memory_order_acquire)) return true;
+    } else if ((seen & uSLEEPERS) != 0) {
+      return false;
+    } else if (word.compare_exchange_weak(seen, seen | uSLEEPERS, std::memory_order_relaxed)) {
+      seen |= uSLEEPERS;
+      return false;
+    }
+  }
+}
+
+void TakeSlowly(Word& word, std::uint32_t value) noexcept {
+  if (SpinForFree(word, value)) return;
+  std::uint32_t seen;
+  while (!TakeOrMark(word, value, seen)) FutexWait(&word, seen, Deadline::Never());
+}
+
+void Free(Word& word) noexcept {
+  if ((word.exchange(0, std::memory_order_release) & uSLEEPERS) != 0) FutexWake(&word, 1);
+}
+
+// What a thread that has ended still seems to own becomes the caller's.
+bool TakeFromDead(Word& word, std::uint32_t self, std::uint32_t seen) noexcept {
+  if (seen == 0 || !ThreadIsGone(seen & ~uSLEEPERS)) return false;
+  return word.compare_exchange_strong(seen, self | uSLEEPERS, std::memory_order_acquire);
+}
+
+Deadline EarlierOf(Deadline deadline, long long nanoseconds) noexcept {
+  if (deadline.IsNever() || deadline.NanosecondsLeft() > nanoseconds) return Deadline::In(nanoseconds);
+  return deadline;
+}
+
+EWaitEnd TakeAtOnceFromDead(Word& word, std::uint32_t self) noexcept {
+  const std::uint32_t seen = word.load(std::memory_order_relaxed);
+  return TakeFromDead(word, self, seen) ? EWaitEnd::eABANDONED : EWaitEnd::eTIMEOUT;
+}
+
+// As TakeSlowly, but looks from time to time whether the owner is still alive.
+EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline) noexcept {
+  if (deadline.HasPassed()) return TakeAtOnceFromDead(word, self);
+  if (SpinForFree(word, self)) return EWaitEnd::eSIGNALLED;
+  while (true) {
+    std::uint32_t seen;
+    if (TakeOrMark(word, self, seen)) return EWaitEnd::eSIGNALLED;
+    if (FutexWait(&word, seen, EarlierOf(deadline, iLOOK_FOR_DEAD_OWNER_EVERY))) continue;
+    if (TakeFromDead(word, self, word.load(std::memory_order_relaxed))) return EWaitEnd::eABANDONED;
+    if (deadline.HasPassed())
+      return TakeFree(word, self | uSLEEPERS) ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT;
+  }
+}
+
+}  // namespace
+
+unsigned long CurrentThreadId() noexcept { return Self(); }
+
+long long MonotonicNow() noexcept {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<long long>(now.tv_sec) * 1000 * iNANOSECONDS_PER_MILLISECOND + now.tv_nsec;
+}
+
+Deadline Deadline::In(long long nanoseconds) noexcept {
+  if (nanoseconds <= 0) return Deadline(iPASSED);
+  const long long now = MonotonicNow();
+  return Deadline(nanoseconds >= iNEVER - now ? iNEVER - 1 : now + nanoseconds);
+}
+
+Deadline Deadline::InMilliseconds(long long milliseconds) noexcept {
+  constexpr long long most = iNEVER / iNANOSECONDS_PER_MILLISECOND;
+  return In(milliseconds > most ? iNEVER : milliseconds <= 0 ? 0 : milliseconds * iNANOSECONDS_PER_MILLISECOND);
+}
+
+long long Deadline::NanosecondsLeft() const noexcept {
+  if (m_llMoment == iPASSED) return 0;
+  const long long left = m_llMoment - MonotonicNow();
+  return left > 0 ? left : 0;
+}
+
+bool Deadline::HasPassed() const noexcept { return !IsNever() && NanosecondsLeft() == 0; }
+
+void ShortLock::Lock() noexcept {
+  if (!TakeFree(m_uWord, uHELD)) TakeSlowly(m_uWord, uHELD);
+}
+
+bool ShortLock::TryLock() noexcept { return TakeFree(m_uWord, uHELD); }
+
+void ShortLock::Unlock() noexcept { Free(m_uWord); }
+
+void ReentrantLock::Lock() noexcept {
+  const std::uint32_t self = Self();
+  if (!TakeFree(m_uWord, self)) LockSlowly(self);
+}
+
+void ReentrantLock::LockSlowly(std::uint32_t self) noexcept {
+  if (!Reenter(self)) TakeSlowly(m_uWord, self);
+}
+
+bool ReentrantLock::Reenter(std::uint32_t self) noexcept {
+  if ((m_uWord.load(std::memory_order_relaxed) & ~uSLEEPERS) != self) return false;
+  m_uDepth.store(m_uDepth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  return true;
+}
+
+bool ReentrantLock::TryLock() noexcept {
+  const std::uint32_t self = Self();
+  return TakeFree(m_uWord, self) || Reenter(self);
+}
+
+WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
+  const std::uint32_t self = Self();
+  if (TakeFree(m_uWord, self) || Reenter(self)) return {EWaitEnd::eSIGNALLED, 0};
+  const EWaitEnd end = TakeBy(m_uWord, self, deadline);
+  if (end == EWaitEnd::eABANDONED) m_uDepth.store(0, std::memory_order_relaxed);
+  return {end, 0};
+}
+
+void ReentrantLock::Unlock() noexcept {
+  const std::uint32_t depth = m_uDepth.load(std::memory_order_relaxed);
+  if (depth == 0) {
+    Free(m_uWord);
+  } else {
+    m_uDepth.store(depth - 1, std::memory_order_relaxed);
+  }
+}
+
+// The own id can't come or go while this thread looks.
+bool ReentrantLock::IsOwner() const noexcept {
+  return (m_uWord.load(std::memory_order_relaxed) & ~uSLEEPERS) == Self();
+}
+
+int ReentrantLock::UnlockIfOwner() noexcept {
+  if (!IsOwner()) return EPERM;
+  Unlock();
+  return 0;
+}
+
+}  // namespace Oxa::Core::Platform

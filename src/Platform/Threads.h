@@ -1,0 +1,215 @@
+// Locks, events, semaphores and the ids of threads, as the library needs them of the system.
+//
+// Nothing here raises, logs, or touches anything else of the library. What can go wrong comes back as a result
+// with the system's own code. All times are of the monotonic clock. Any thread may call anything, unless an
+// operation says otherwise.
+#ifndef OXACORE_PLATFORM_THREADS_H
+#define OXACORE_PLATFORM_THREADS_H
+
+#include <atomic>
+#include <cstdint>
+
+namespace Oxa::Core::Platform {
+
+/// The system's id of the calling thread: never 0, and unlike that of any other thread now alive. Costs a
+/// nanosecond. In a forked child it is the child's own.
+unsigned long CurrentThreadId() noexcept;
+
+/// Nanoseconds of a clock that nobody sets, from some moment in the past.
+long long MonotonicNow() noexcept;
+
+/// The moment at which a wait gives up.
+class Deadline {
+ public:
+  static Deadline Never() noexcept { return Deadline(iNEVER); }
+
+  /// `nanoseconds` from now. Zero or less has passed already; what is beyond the clock's range is its end.
+  static Deadline In(long long nanoseconds) noexcept;
+  static Deadline InMilliseconds(long long milliseconds) noexcept;
+
+  bool IsNever() const noexcept { return m_llMoment == iNEVER; }
+
+  bool HasPassed() const noexcept;
+
+  /// At least 0. Not to be asked of a Deadline that never comes.
+  long long NanosecondsLeft() const noexcept;
+
+  /// Of the monotonic clock.
+  long long Moment() const noexcept { return m_llMoment; }
+
+ private:
+  static constexpr long long iNEVER = INT64_MAX;
+  static constexpr long long iPASSED = INT64_MIN;
+
+  explicit Deadline(long long moment) noexcept : m_llMoment(moment) {}
+
+  long long m_llMoment;
+};
+
+/// How a wait ended. Not every backend has every way.
+enum class EWaitEnd {
+  eSIGNALLED,     ///< got what it waited for
+  eABANDONED,     ///< got the lock, whose last owner's thread has ended without unlocking
+  eIO_COMPLETION, ///< the system ran a call-back on the thread instead
+  eTIMEOUT,       ///< the deadline passed
+  eFAILED,        ///< the system failed; its code tells why
+  eOTHER          ///< an end that the system doesn't explain
+};
+
+struct WaitResult {
+  EWaitEnd m_eEnd;
+  int m_iCode;  ///< the system's error code for eFAILED, else 0
+};
+
+/// A lock for a few instructions: not reentrant, no time limit. Constant-initialised and trivially
+/// destructible, so that it may stand in static storage and be used before anything is built and after
+/// everything has died. Nothing that can block or fail may be done under it.
+class ShortLock {
+ public:
+  constexpr ShortLock() noexcept = default;
+  ShortLock(const ShortLock&) = delete;
+  ShortLock& operator=(const ShortLock&) = delete;
+
+  void Lock() noexcept;
+  bool TryLock() noexcept;
+  void Unlock() noexcept;
+
+ private:
+  std::atomic<std::uint32_t> m_uWord{0};
+};
+
+/// Holds a ShortLock for the length of a scope.
+class ShortGuard {
+ public:
+  explicit ShortGuard(ShortLock& lock) noexcept : m_lock(lock) { m_lock.Lock(); }
+  ShortGuard(const ShortGuard&) = delete;
+  ShortGuard& operator=(const ShortGuard&) = delete;
+  ~ShortGuard() { m_lock.Unlock(); }
+
+ private:
+  ShortLock& m_lock;
+};
+
+/// A lock that its owner may take again. Constant-initialised and trivially destructible as well.
+class ReentrantLock {
+ public:
+  constexpr ReentrantLock() noexcept = default;
+  ReentrantLock(const ReentrantLock&) = delete;
+  ReentrantLock& operator=(const ReentrantLock&) = delete;
+
+  /// Takes the lock, however long that may last. Tries a little before it sleeps. A lock whose owner's thread
+  /// has ended is never had.
+  void Lock() noexcept;
+
+  /// One attempt; never waits.
+  bool TryLock() noexcept;
+
+  /// Takes the lock by `deadline`; at least one attempt is made. eSIGNALLED, eABANDONED or eTIMEOUT. After
+  /// eABANDONED, which comes within a fraction of a second of the wait or of the owner's end, the caller owns
+  /// the lock at one level, and the next one to get it knows nothing of it.
+  WaitResult LockBy(Deadline deadline) noexcept;
+
+  bool IsOwner() const noexcept;
+
+  /// Gives up one level. By the owner only.
+  void Unlock() noexcept;
+
+  /// The same, but for a thread that isn't the owner it does nothing and gives the system's code for that.
+  int UnlockIfOwner() noexcept;
+
+ private:
+  bool Reenter(std::uint32_t self) noexcept;
+  void LockSlowly(std::uint32_t self) noexcept;
+
+  std::atomic<std::uint32_t> m_uWord{0};   // owner's id, and a bit that tells of sleepers; 0: free
+  std::atomic<std::uint32_t> m_uDepth{0};  // levels beyond the first; the owner's alone
+};
+
+/// Tells by what happened lately whether it pays to spin before a sleep. It steers speed and nothing else, so
+/// that it doesn't matter when threads that meet here lose one another's lessons.
+class SpinAdvice {
+ public:
+  bool IsForIt() noexcept;
+
+  /// How a spin ended; gives it back.
+  bool Learn(bool success) noexcept;
+
+ private:
+  static constexpr std::uint32_t uBEST = 16;
+
+  std::atomic<std::uint32_t> m_uScore{uBEST};
+  std::atomic<std::uint32_t> m_uRefusals{0};
+};
+
+/// An event that resets itself: setting it lets one waiter through, now or later; setting it twice before
+/// anybody waits counts once. A set event is handed to the waiter that has waited longest, before anybody who
+/// comes later can take it.
+class Event {
+ public:
+  /// A new event, not set, or null without memory.
+  static Event* Create() noexcept;
+
+  /// Nobody may wait. Null does nothing.
+  static void Destroy(Event* event) noexcept;
+
+  void Set() noexcept;
+
+  /// Waits for the event. eSIGNALLED or eTIMEOUT.
+  WaitResult Wait(Deadline deadline) noexcept;
+
+  /// Gives up one level of `lock`, which the caller owns, and waits, as one step: no Set by a thread that takes
+  /// the lock afterwards is missed, and the waiter stands in line behind those who began before. With a lock
+  /// that the caller doesn't own it is eFAILED, and nothing happened.
+  WaitResult ReleaseAndWait(ReentrantLock& lock, Deadline deadline) noexcept;
+
+  /// Sets `other` and waits for this one, as one step.
+  WaitResult SetAndWait(Event& other, Deadline deadline) noexcept;
+
+ private:
+  struct Waiter;
+
+  Event() = default;
+  bool TakeOrEnqueue(Waiter& waiter) noexcept;
+  bool GiveUp(Waiter& waiter) noexcept;
+  WaitResult Sleep(Waiter& waiter, Deadline deadline) noexcept;
+  void Remove(Waiter& waiter) noexcept;
+
+  ShortLock m_lock;            // guards the next three, and the links and marks of the waiters
+  bool m_bSet = false;         // never while somebody is in line
+  Waiter* m_pFirst = nullptr;  // longest in line
+  Waiter* m_pLast = nullptr;
+  SpinAdvice m_spinAdvice;
+};
+
+/// Counts up and down, and lets nobody take it below 0. At most iMAXIMUM.
+class CountingSemaphore {
+ public:
+  static constexpr std::uint32_t iMAXIMUM = 0x7FFFFFFF;
+
+  /// A new one, or null and the system's code if `initial` is above the maximum or memory is out.
+  static CountingSemaphore* Create(std::uint32_t initial, int& code) noexcept;
+
+  /// Nobody may wait. Null does nothing.
+  static void Destroy(CountingSemaphore* semaphore) noexcept;
+
+  /// Adds `amount` and wakes as many. If that passes the maximum nothing is added, and the system's code comes
+  /// back; 0 otherwise.
+  int Post(std::uint32_t amount) noexcept;
+
+  /// Takes one by `deadline`; at least one attempt is made. eSIGNALLED or eTIMEOUT.
+  WaitResult Wait(Deadline deadline) noexcept;
+
+  std::uint32_t Value() const noexcept;
+
+ private:
+  explicit CountingSemaphore(std::uint32_t initial) noexcept : m_ullState(initial) {}
+  WaitResult WaitSlowly(Deadline deadline) noexcept;
+  WaitResult LeaveSleepers() noexcept;
+
+  std::atomic<std::uint64_t> m_ullState;  // low half: the value; high half: threads that sleep or are about to
+  SpinAdvice m_spinAdvice;
+};
+
+}  // namespace Oxa::Core::Platform
+
+#endif

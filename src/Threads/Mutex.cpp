@@ -1,0 +1,84 @@
+#include <Infrastructure/OxaCore/Lock.h>
+
+#include <new>
+
+#include "Core/LibraryState.h"
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+constexpr char sLOG_NAME[] = "Oxa.Core.Mutex";
+constexpr long long llPATIENCE_S = 5;  // of the destructor, once for the owner and once for timed waiters
+constexpr long long llNANOSECONDS_PER_TICK = 100;
+
+constexpr Elapse s_infinite(0x7FFFFFFF, Elapse::Seconds);
+constexpr Elapse s_noWait(0, Elapse::Seconds);
+
+Platform::Deadline DeadlineIn(const Elapse& timeout) {
+  const long long ticks = timeout.GetRawTimerTicks();
+  const long long most = 0x7FFFFFFFFFFFFFFF / llNANOSECONDS_PER_TICK;
+  return Platform::Deadline::In((ticks < most ? ticks : most) * llNANOSECONDS_PER_TICK);
+}
+
+}  // namespace
+
+const Elapse& IMutex::sINFINITE = s_infinite;
+const Elapse& IMutex::sNO_WAIT = s_noWait;
+
+IMutex::~IMutex() = default;
+
+Mutex::Mutex() : m_iTimedWaiters(0), m_bDestructionBegan(false) {
+  static_assert(sizeof(Platform::ReentrantLock) <= sizeof m_room, "the room in the header is too small");
+  static_assert(alignof(Platform::ReentrantLock) <= alignof(void*), "the room in the header is not aligned");
+  ::new (static_cast<void*>(m_room)) Platform::ReentrantLock;
+}
+
+Mutex::~Mutex() {
+  if (!IsExitingAfterFatalError() && (Native().TryLock() || Spin(Elapse(llPATIENCE_S)))) BeginDestruction();
+  Native().~ReentrantLock();
+}
+
+inline Platform::ReentrantLock& Mutex::Native() {
+  return *std::launder(reinterpret_cast<Platform::ReentrantLock*>(m_room));
+}
+
+inline bool Mutex::DestructionBegan() const { return m_bDestructionBegan.load(std::memory_order_relaxed); }
+
+void Mutex::Lock(const Elapse& timeout) {
+  if (DestructionBegan()) return;
+  if (timeout.GetRawTimerTicks() == s_infinite.GetRawTimerTicks()) return Native().Lock();
+  if (!TryLock(timeout)) OXA_RAISE_ERROR(sLOG_NAME, LockTimeout(timeout.ToString()));
+}
+
+// The first attempt comes before the clock is read and before this thread is counted: nearly all locks are free.
+bool Mutex::TryLock(const Elapse& timeout) {
+  const bool locked =
+      !DestructionBegan() && (Native().TryLock() || (timeout.GetRawTimerTicks() > 0 && Spin(timeout)));
+  if (DestructionBegan()) OXA_RAISE_ERROR(sLOG_NAME, MutexDestroyedBeforeLockAcquired());
+  return locked;
+}
+
+// Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free.
+bool Mutex::Spin(const Elapse& timeout) {
+  const Platform::Deadline deadline = DeadlineIn(timeout);
+  m_iTimedWaiters.fetch_add(1);
+  bool locked = Native().TryLock();
+  while (!locked && !DestructionBegan() && !deadline.HasPassed()) locked = Native().TryLock();
+  m_iTimedWaiters.fetch_sub(1);
+  return locked;
+}
+
+void Mutex::Unlock() { Native().Unlock(); }
+
+// With the lock held.
+void Mutex::BeginDestruction() {
+  m_bDestructionBegan.store(true);
+  const Platform::Deadline deadline = DeadlineIn(Elapse(llPATIENCE_S));
+  while (m_iTimedWaiters.load() != 0 && !deadline.HasPassed()) {
+  }
+  Native().Unlock();
+}
+
+}  // namespace Oxa::Core
