@@ -1,8 +1,8 @@
 // Locks, events, semaphores and the ids of threads, as the library needs them of the system.
 //
-// Nothing here raises, logs, or touches anything else of the library. What can go wrong comes back as a result
-// with the system's own code. All times are of the monotonic clock. Any thread may call anything, unless an
-// operation says otherwise.
+// Nothing here raises, logs, or touches anything else of the library. What can go wrong comes back as a
+// result with the system's own code. All times are of the monotonic clock. Any thread may call anything,
+// unless an operation says otherwise.
 #ifndef OXACORE_PLATFORM_THREADS_H
 #define OXACORE_PLATFORM_THREADS_H
 
@@ -48,12 +48,12 @@ class Deadline {
 
 /// How a wait ended. Not every backend has every way.
 enum class EWaitEnd {
-  eSIGNALLED,     ///< got what it waited for
-  eABANDONED,     ///< got the lock, whose last owner's thread has ended without unlocking
-  eIO_COMPLETION, ///< the system ran a call-back on the thread instead
-  eTIMEOUT,       ///< the deadline passed
-  eFAILED,        ///< the system failed; its code tells why
-  eOTHER          ///< an end that the system doesn't explain
+  eSIGNALLED,      ///< got what it waited for
+  eABANDONED,      ///< got the lock, whose last owner's thread has ended without unlocking
+  eIO_COMPLETION,  ///< the system ran a call-back on the thread instead
+  eTIMEOUT,        ///< the deadline passed
+  eFAILED,         ///< the system failed; its code tells why
+  eOTHER           ///< an end that the system doesn't explain
 };
 
 struct WaitResult {
@@ -157,9 +157,9 @@ class Event {
   /// Waits for the event. eSIGNALLED or eTIMEOUT.
   WaitResult Wait(Deadline deadline) noexcept;
 
-  /// Gives up one level of `lock`, which the caller owns, and waits, as one step: no Set by a thread that takes
-  /// the lock afterwards is missed, and the waiter stands in line behind those who began before. With a lock
-  /// that the caller doesn't own it is eFAILED, and nothing happened.
+  /// Gives up one level of `lock`, which the caller owns, and waits, as one step: no Set by a thread that
+  /// takes the lock afterwards is missed, and the waiter stands in line behind those who began before. With a
+  /// lock that the caller doesn't own it is eFAILED, and nothing happened.
   WaitResult ReleaseAndWait(ReentrantLock& lock, Deadline deadline) noexcept;
 
   /// Sets `other` and waits for this one, as one step.
@@ -192,8 +192,8 @@ class CountingSemaphore {
   /// Nobody may wait. Null does nothing.
   static void Destroy(CountingSemaphore* semaphore) noexcept;
 
-  /// Adds `amount` and wakes as many. If that passes the maximum nothing is added, and the system's code comes
-  /// back; 0 otherwise.
+  /// Adds `amount` and wakes as many. If that passes the maximum nothing is added, and the system's code
+  /// comes back; 0 otherwise.
   int Post(std::uint32_t amount) noexcept;
 
   /// Takes one by `deadline`; at least one attempt is made. eSIGNALLED or eTIMEOUT.
@@ -206,7 +206,8 @@ class CountingSemaphore {
   WaitResult WaitSlowly(Deadline deadline) noexcept;
   WaitResult LeaveSleepers() noexcept;
 
-  std::atomic<std::uint64_t> m_ullState;  // low half: the value; high half: threads that sleep or are about to
+  std::atomic<std::uint64_t>
+      m_ullState;  // low half: the value; high half: threads that sleep or are about to
   SpinAdvice m_spinAdvice;
 };
 

@@ -52,7 +52,8 @@ void Mutex::Lock(const Elapse& timeout) {
   if (!TryLock(timeout)) OXA_RAISE_ERROR(sLOG_NAME, LockTimeout(timeout.ToString()));
 }
 
-// The first attempt comes before the clock is read and before this thread is counted: nearly all locks are free.
+// The first attempt comes before the clock is read and before this thread is counted: nearly all locks are
+// free.
 bool Mutex::TryLock(const Elapse& timeout) {
   const bool locked =
       !DestructionBegan() && (Native().TryLock() || (timeout.GetRawTimerTicks() > 0 && Spin(timeout)));

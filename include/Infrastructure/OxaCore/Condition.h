@@ -1,13 +1,14 @@
 // A monitor: a lock, and the place where its holders wait for one another.
 //
-// Hold it with a Lock, test what you wait for, and wait in a loop: a wake says "look again", never "it is so".
-// A notification with nobody waiting is lost; one that meets a timed wait in the moment it expires stays
+// Hold it with a Lock, test what you wait for, and wait in a loop: a wake says "look again", never "it is
+// so". A notification with nobody waiting is lost; one that meets a timed wait in the moment it expires stays
 // pending and wakes the next waiter.
 //
 // Thread safety: any thread may use any operation; Wait and TimedWait by the holder only. The lock is
 // reentrant, but a wait releases one level only: don't nest it around a wait. Two Broadcasts at once are
 // excluded by the callers, who hold the monitor.
-// Failures: raised as OSError under "Oxa.Core.Condition". On every way out of a wait the caller holds the lock.
+// Failures: raised as OSError under "Oxa.Core.Condition". On every way out of a wait the caller holds the
+// lock.
 //
 //   Condition m_changed{true};
 //   ...

@@ -1,8 +1,8 @@
 // Locks: the one locking interface of the library, its in-process implementation, and the scoped guard.
 //
-// Contract of every IMutex: the owning thread may lock it again and must unlock it as many times. A time limit
-// that runs out is an error for Lock and a result for TryLock. IMutex::sINFINITE means no limit.
-// Thread safety: any thread may use any operation, but only the owner may unlock. A guard belongs to one thread.
+// Contract of every IMutex: the owning thread may lock it again and must unlock it as many times. A time
+// limit that runs out is an error for Lock and a result for TryLock. IMutex::sINFINITE means no limit. Thread
+// safety: any thread may use any operation, but only the owner may unlock. A guard belongs to one thread.
 // Failures: LockTimeout and MutexDestroyedBeforeLockAcquired, as told below; other implementations of IMutex
 // add their own.
 //
@@ -86,8 +86,8 @@ class OXACORE_API IMutex {
 
 /// The reentrant lock of one process. Not copyable.
 ///
-/// A wait without limit sleeps. A wait with a limit spins at full speed until it gets the lock or the limit is
-/// over: for short waits only.
+/// A wait without limit sleeps. A wait with a limit spins at full speed until it gets the lock or the limit
+/// is over: for short waits only.
 ///
 /// Destruction waits up to 5 seconds for an owner to let go. Threads inside a TryLock with a limit then leave
 /// with MutexDestroyedBeforeLockAcquired; threads asleep in a Lock without limit are the caller's problem.
@@ -99,8 +99,8 @@ class OXACORE_API Mutex : public IMutex {
   Mutex& operator=(const Mutex&) = delete;
   ~Mutex() override;
 
-  /// Raises LockTimeout ("Oxa.Core.Mutex") when a limit runs out. Once the destruction of this mutex has begun
-  /// it returns at once, without the lock and without an error.
+  /// Raises LockTimeout ("Oxa.Core.Mutex") when a limit runs out. Once the destruction of this mutex has
+  /// begun it returns at once, without the lock and without an error.
   void Lock(const Elapse& timeout = sINFINITE) override;
 
   /// A limit of zero or less makes exactly one attempt. sINFINITE is no special value here. Raises
@@ -119,7 +119,8 @@ class OXACORE_API Mutex : public IMutex {
 
   /// Room for the system's lock, so that a mutex allocates nothing; large enough for every backend.
   alignas(void*) unsigned char m_room[40];
-  std::atomic<int> m_iTimedWaiters;  ///< threads inside the timed loop of TryLock; the destructor waits for them
+  std::atomic<int>
+      m_iTimedWaiters;  ///< threads inside the timed loop of TryLock; the destructor waits for them
   std::atomic<bool> m_bDestructionBegan;
 };
 

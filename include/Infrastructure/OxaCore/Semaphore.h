@@ -73,7 +73,7 @@ class OXACORE_API MultiWait : public Semaphore {
  private:
   void addWaiter();
 
-  Mutex m_mutex;           ///< guards m_uWaiters, and keeps count and post together
+  Mutex m_mutex;  ///< guards m_uWaiters, and keeps count and post together
   unsigned int m_uWaiters;
 };
 

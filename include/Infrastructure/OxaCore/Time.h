@@ -45,7 +45,7 @@ class OXACORE_API Elapse {
   };
 
   /// See Assign. `Elapse(2)` is two seconds.
-  Elapse(long long value = 0, TimeUnits units = Seconds) : m_iTicks(0) {
+  constexpr Elapse(long long value = 0, TimeUnits units = Seconds) : m_iTicks(0) {
     if (units == Seconds) {
       m_iTicks = Multiply(value, 10000000);
     } else {
@@ -110,7 +110,7 @@ class OXACORE_API Elapse {
   static long long Subtract(long long a, long long b) {
     return static_cast<long long>(static_cast<unsigned long long>(a) - static_cast<unsigned long long>(b));
   }
-  static long long Multiply(long long a, long long b) {
+  static constexpr long long Multiply(long long a, long long b) {
     return static_cast<long long>(static_cast<unsigned long long>(a) * static_cast<unsigned long long>(b));
   }
 

@@ -103,8 +103,9 @@ void Event::Remove(Waiter& waiter) noexcept {
 }
 
 WaitResult Event::Sleep(Waiter& waiter, Deadline deadline) noexcept {
-  const bool handed = (!deadline.HasPassed() && SpinIfAdvised(m_spinAdvice, [&] { return waiter.Handed(); })) ||
-                      waiter.AwaitHand(deadline) || !GiveUp(waiter);
+  const bool handed =
+      (!deadline.HasPassed() && SpinIfAdvised(m_spinAdvice, [&] { return waiter.Handed(); })) ||
+      waiter.AwaitHand(deadline) || !GiveUp(waiter);
   return {handed ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
 }
 

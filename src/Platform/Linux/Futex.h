@@ -9,8 +9,8 @@
 
 namespace Oxa::Core::Platform {
 
-/// Sleeps while `word` holds `expected`; a wake may also come for no reason. False once `deadline` has passed.
-/// Leaves errno alone.
+/// Sleeps while `word` holds `expected`; a wake may also come for no reason. False once `deadline` has
+/// passed. Leaves errno alone.
 bool FutexWait(const void* word, std::uint32_t expected, Deadline deadline) noexcept;
 
 /// Wakes up to `count` sleepers of `word`, which needn't exist any more. Leaves errno alone.

@@ -60,9 +60,9 @@ bool SpinForFree(Word& word, std::uint32_t value) noexcept {
   return false;
 }
 
-// One round of a sleeper: takes the word if it is free, and otherwise leaves the mark that makes the owner wake
-// somebody. Gives whether the word was taken; `seen` is what it holds if not. Who has slept takes the word with
-// the mark on, since others may still sleep.
+// One round of a sleeper: takes the word if it is free, and otherwise leaves the mark that makes the owner
+// wake somebody. Gives whether the word was taken; `seen` is what it holds if not. Who has slept takes the
+// word with the mark on, since others may still sleep.
 bool TakeOrMark(Word& word, std::uint32_t value, std::uint32_t& seen) noexcept {
   seen = word.load(std::memory_order_relaxed);
   while (true) {
@@ -135,7 +135,9 @@ Deadline Deadline::In(long long nanoseconds) noexcept {
 
 Deadline Deadline::InMilliseconds(long long milliseconds) noexcept {
   constexpr long long most = iNEVER / iNANOSECONDS_PER_MILLISECOND;
-  return In(milliseconds > most ? iNEVER : milliseconds <= 0 ? 0 : milliseconds * iNANOSECONDS_PER_MILLISECOND);
+  return In(milliseconds > most ? iNEVER
+            : milliseconds <= 0 ? 0
+                                : milliseconds * iNANOSECONDS_PER_MILLISECOND);
 }
 
 long long Deadline::NanosecondsLeft() const noexcept {
