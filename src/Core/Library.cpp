@@ -12,6 +12,7 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
+#include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <cstddef>
 #include <list>
@@ -71,6 +72,15 @@ const std::string& AlertInfo::sCATEGORY = ImmortalText("Category");
 const std::string& AlertInfo::sLOG_NAME = ImmortalText("LogName");
 const std::string& AlertInfo::sTIME_STAMP = ImmortalText("TimeStamp");
 const std::string& AlertInfo::sTYPE_NAME = ImmortalText("TypeName");
+
+// 2. What XML writing needs.
+namespace {
+
+Immortal<XMLAttributeMap<std::string>> s_noAttributes;
+
+}  // namespace
+
+const XMLAttributeMap<std::string>& XMLWriter::sEMPTY_MAP = s_noAttributes.Get();
 
 // 4. The registry of singletons outlives every singleton, those of hosts included.
 namespace {

@@ -1,0 +1,212 @@
+// Writes an XML document onto any std::ostream through manipulators.
+//
+// A caller asks the writer for a manipulator and inserts it into a stream; nothing happens before that. The
+// writer keeps the logical state (open tags, and the start tag that has not been written yet, so that
+// attributes can still reach it); the layout is the formatter's.
+//
+// Escaping: only what goes through Text and the content of Tag is escaped. Names, attribute values, comments,
+// CDATA sections, markup and entity texts reach the stream as they are: escape what needs it beforehand, with
+// XMLFormatter::Escape.
+// Misuse is answered in silence: an end tag or an attribute without an open tag does nothing, an attribute
+// for a tag that has been written already is lost, and nothing checks that the document is well formed.
+// Failures: none of its own. The stream's state is the caller's affair.
+// Thread safety: none. Each thread or document uses a writer of its own.
+// Lifetime: a manipulator holds a pointer to its writer and must not outlive it. Works at any time, also
+// while the process's static objects die.
+//
+//   XMLWriter writer(XMLFormatter::CreateCompact());
+//   out << writer.StartDocA() << writer.StartTag("Probe") << writer.Attribute("id", "7")
+//       << writer.Tag("Name", "left & right") << writer.EndDoc();
+#ifndef INFRASTRUCTURE_OXACORE_XMLWRITER_H
+#define INFRASTRUCTURE_OXACORE_XMLWRITER_H
+
+#include <Infrastructure/OxaCore/Export.h>
+
+#include <boost/shared_ptr.hpp>
+#include <iosfwd>
+#include <list>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Oxa::Core {
+
+class XMLFormatter;
+
+/// The value of one attribute: a list of parts, whose texts are written one after the other.
+template <class String>
+class XMLAttributeValue : public std::list<String> {
+ public:
+  XMLAttributeValue() = default;
+  /// One part. Implicit, so that a text can stand wherever a value is wanted.
+  XMLAttributeValue(const String& text) : std::list<String>(1, text) {}
+  XMLAttributeValue(const typename String::value_type* text) : XMLAttributeValue(String(text)) {}
+
+  /// The parts joined, in order, with nothing between them.
+  String GetText() const {
+    String text;
+    for (const String& part : *this) text += part;
+    return text;
+  }
+};
+
+/// A name with its value.
+template <class String>
+struct XMLAttribute {
+  String name;
+  XMLAttributeValue<String> value;
+};
+
+/// The attributes of one tag, in the order of insertion, which is the order of output.
+template <class String>
+class XMLAttributeMap : public std::vector<XMLAttribute<String>> {
+ public:
+  /// The value under `name`; a new empty one at the end if there is none. Setting an attribute twice thus
+  /// replaces its value and keeps its first place.
+  XMLAttributeValue<String>& operator[](const String& name) {
+    for (XMLAttribute<String>& attribute : *this)
+      if (attribute.name == name) return attribute.value;
+    this->push_back(XMLAttribute<String>{name, XMLAttributeValue<String>()});
+    return this->back().value;
+  }
+};
+
+/// A tag that has been started and not ended.
+struct XMLOpenTag {
+  bool startWritten;  ///< whether the start tag has reached the stream
+  std::string name;
+  XMLAttributeMap<std::string> attributes;
+};
+
+/// Makes the manipulators and keeps the open tags.
+class OXACORE_API XMLWriter {
+ public:
+  using String = std::string;
+
+  /// What is inserted into a stream. A copyable value; inserting it again does its work again.
+  class OXACORE_API Manipulator {
+   public:
+    /// The work of one kind of manipulator, with the arguments that it needs.
+    class OXACORE_API Applicator {
+     public:
+      virtual ~Applicator();
+      virtual void Apply(std::ostream& out, const Manipulator& manipulator) const = 0;
+    };
+
+    Manipulator(XMLWriter* writer, boost::shared_ptr<const Applicator> applicator) noexcept;
+    Manipulator(const Manipulator& other) = default;
+    Manipulator(Manipulator&& other) = default;
+    Manipulator& operator=(const Manipulator& other) = default;
+    Manipulator& operator=(Manipulator&& other) = default;
+    virtual ~Manipulator();
+
+    /// Does the work on `out`; the same as inserting this into `out`.
+    virtual void Apply(std::ostream& out) const;
+
+    XMLWriter& GetWriter() const { return *m_pWriter; }
+
+   private:
+    XMLWriter* m_pWriter;
+    boost::shared_ptr<const Applicator> m_spApplicator;
+  };
+
+  /// The attributes of a tag that has none. Can be read at any time.
+  static const XMLAttributeMap<String>& sEMPTY_MAP;
+
+  /// A writer with no open tag. Null stands for XMLFormatter::CreatePrettyPrint().
+  explicit XMLWriter(boost::shared_ptr<XMLFormatter> aFormatter = boost::shared_ptr<XMLFormatter>());
+
+  /// Copies share the formatter and have open tags of their own.
+  XMLWriter(const XMLWriter& other);
+  XMLWriter& operator=(const XMLWriter& other);
+
+  /// Writes nothing: tags that are still open stay so.
+  virtual ~XMLWriter();
+
+  /// Takes a formatter (null as above) and forgets the open tags.
+  void Reset(boost::shared_ptr<XMLFormatter> aFormatter);
+
+  /// The XML declaration; with `aEndTags`, all open tags are ended first. Resets the formatter's layout.
+  Manipulator StartDocA(const String& aVersion = "1.0", const String& aEncoding = "UTF-8",
+                        bool aStandalone = false, bool aEndTags = true);
+  /// The same as EndAllTags.
+  Manipulator EndDoc();
+
+  /// A processing instruction that names a style sheet: its address and its type, as in "text/xsl".
+  Manipulator StyleSheet(const String& aHref, const String& aType);
+
+  /// Opens a tag. It is written with the next insertion that needs it there, and takes attributes until then.
+  Manipulator StartTag(const String& aName, const XMLAttributeMap<String>& aAttributes = sEMPTY_MAP);
+  /// Ends the innermost tag.
+  Manipulator EndTag();
+  /// Ends all open tags, the innermost first.
+  Manipulator EndAllTags();
+
+  /// A whole element: with a start tag, the escaped content and an end tag, or, without content, with one
+  /// empty-element tag.
+  Manipulator Tag(const String& aName, const String& aContent);
+  Manipulator Tag(const String& aName, const XMLAttributeMap<String>& aAttributes,
+                  const String& aContent = String());
+
+  /// Sets an attribute of the innermost tag, as long as that has not been written.
+  Manipulator Attribute(const String& aName, const XMLAttributeValue<String>& aValue);
+
+  /// Plain text, which is escaped. The stream is read to its end at the insertion and must live until then.
+  Manipulator Text(const String& aText);
+  Manipulator Text(std::istream& aStream);
+
+  /// A reference: "amp" and "&amp;" both give "&amp;". Text that begins with "&" is taken as it stands.
+  Manipulator EntityReference(const String& aReference);
+
+  /// Text that is XML already.
+  Manipulator Markup(const String& aMarkup);
+
+  /// A comment. With `aPreserve` a formatter leaves the line breaks in it as they are.
+  Manipulator Comment(const String& aText, bool aPreserve = false);
+
+  /// A CDATA section. With `aPreserve` a formatter leaves the text in it as it is; without, one that lays out
+  /// drops the white space of a stream and breaks what remains into lines, as suits encoded data.
+  /// The stream must live until the insertion.
+  Manipulator CDATASection(const String& aText, bool aPreserve = false);
+  Manipulator CDATASection(std::istream& aStream, bool aPreserve = false);
+
+ protected:
+  Manipulator TagManipulator(const String& aName, const XMLAttributeMap<String>& aAttributes,
+                             const String& aContent);
+  Manipulator AttributeManipulator(const String& aName, const XMLAttributeValue<String>& aValue);
+
+ private:
+  class ApplyStartDoc;
+  class ApplyStyleSheet;
+  class ApplyStartTag;
+  class ApplyEndTag;
+  class ApplyEndAllTags;
+  class ApplyTag;
+  class ApplyAttribute;
+  class ApplyText;
+  class ApplyTextStream;
+  class ApplyEntityReference;
+  class ApplyMarkup;
+  class ApplyComment;
+  class ApplyCDATA;
+  class ApplyCDATAStream;
+
+  template <class Work, class... Arguments>
+  Manipulator Make(Arguments&&... arguments);
+
+  XMLFormatter& WriteStartTag(std::ostream& out);
+  void PushTag(const String& name, const XMLAttributeMap<String>& attributes);
+  void SetAttribute(const String& name, const XMLAttributeValue<String>& value);
+  void WriteEndTag(std::ostream& out);
+  void WriteAllEndTags(std::ostream& out);
+
+  boost::shared_ptr<XMLFormatter> m_spFormatter;  // never null
+  std::list<XMLOpenTag> m_tags;                   // innermost first
+};
+
+/// Does the manipulator's work on `out` and gives `out`.
+OXACORE_API std::ostream& operator<<(std::ostream& out, const XMLWriter::Manipulator& manipulator);
+
+}  // namespace Oxa::Core
+
+#endif

@@ -1,0 +1,98 @@
+// The formatter that indents by two blanks and keeps lines near 80 columns.
+//
+// It follows the line and the column of what it writes itself; what somebody else writes onto the stream in
+// between goes unnoticed. Several line ends in a row, blank lines and blanks in front of ">" are part of the
+// layout that readers of these documents know.
+#ifndef OXACORE_XML_PRETTYPRINTFORMATTER_H
+#define OXACORE_XML_PRETTYPRINTFORMATTER_H
+
+#include <Infrastructure/OxaCore/XMLFormatter.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "XML/TextOutput.h"
+
+namespace Oxa::Core {
+
+class PrettyPrintFormatter : public XMLFormatter {
+ public:
+  PrettyPrintFormatter();
+  ~PrettyPrintFormatter() override;
+
+  void FormatStartDoc(std::ostream& os, const String& version, const String& encoding,
+                      bool standalone) override;
+  void FormatStartTag(std::ostream& os, const String& name, const Attributes& attributes,
+                      bool emptyTag) override;
+  void FormatTextStream(std::ostream& os, std::istream& text) override;
+  void FormatText(std::ostream& os, const String& text) override;
+  void FormatEndTag(std::ostream& os, const String& name) override;
+  void FormatProcessingInstruction(std::ostream& os, const String& target, const String& content,
+                                   bool preserve) override;
+  /// The markup is written as it stands, in the column where it comes; line and column follow it.
+  void FormatMarkupStream(std::ostream& os, std::istream& markup) override;
+  void FormatMarkup(std::ostream& os, const String& markup) override;
+  void FormatComment(std::ostream& os, const String& text, bool preserve) override;
+  void FormatCDATAStream(std::ostream& os, std::istream& text, bool preserve) override;
+  void FormatCDATA(std::ostream& os, const String& text, bool preserve) override;
+  void FormatEntityReference(std::ostream& os, const String& reference) override;
+
+  /// The blanks of one step of indentation.
+  virtual String GetIndent() const;
+
+ private:
+  struct StartTag {
+    std::uint64_t line;  // where it begins
+    std::size_t nameSize;
+  };
+
+  struct Block {
+    const String& prefix;
+    const String& text;
+    const String& suffix;
+    bool preserve;
+  };
+
+  const String& Indent() const { return m_indents.back(); }
+  bool IsAtIndent() const { return m_uColumn == Indent().size(); }
+
+  void EndLine(TextOutput& out);
+  void EndLines(TextOutput& out, int count);
+  void BreakLine(TextOutput& out);
+  void Put(TextOutput& out, std::string_view text);
+  void PutOnNewLine(TextOutput& out, const String& margin, std::string_view text);
+  void AlignToIndent(TextOutput& out);
+
+  void PutAttributes(TextOutput& out, const Attributes& attributes);
+  void PutAttribute(TextOutput& out, const XMLAttribute<String>& attribute);
+  void OpenLevel(std::uint64_t line, const String& name);
+  void CloseLevel();
+  bool EndTagFits(const String& name) const;
+
+  void PlaceText(TextOutput& out, const String& text);
+  void PutTextLines(TextOutput& out, const String& text);
+  void EndLongLine(TextOutput& out);
+
+  void PutBlock(std::ostream& os, const Block& block);
+  void PutBlockText(TextOutput& out, const Block& block);
+  void PutShortCDATA(TextOutput& out, const String& text);
+  void PutPreservedCDATA(TextOutput& out, const String& text);
+  void PutLinesOf(TextOutput& out, std::istream& text);
+  void PutPacked(TextOutput& out, std::istream& text);
+  void PutPackedLine(TextOutput& out, const String& indent, String& line);
+  void Follow(const char* text, std::size_t size);
+
+  std::uint64_t m_uLine = 1;    // of the line being written
+  std::uint64_t m_uColumn = 0;  // characters written on it
+  // The start tag that was written last in the document; its end tag doesn't take it back.
+  std::optional<StartTag> m_lastStartTag;
+  std::vector<String> m_indents;  // one per level, the current one last; never empty
+};
+
+}  // namespace Oxa::Core
+
+#endif

@@ -1,0 +1,61 @@
+// Gathers the pieces of one layout step and hands them to the stream in as few calls as it can.
+//
+// Unformatted on purpose: a width or a fill that a host left set on its stream is not meant for markup.
+#ifndef OXACORE_XML_TEXTOUTPUT_H
+#define OXACORE_XML_TEXTOUTPUT_H
+
+#include <cstring>
+#include <ostream>
+#include <string_view>
+
+namespace Oxa::Core {
+
+class TextOutput {
+ public:
+  explicit TextOutput(std::ostream& os) : m_rStream(os) {}
+  TextOutput(const TextOutput&) = delete;
+  TextOutput& operator=(const TextOutput&) = delete;
+
+  // Not in the destructor: what the stream throws on request has to get out.
+  void Flush() {
+    if (m_uUsed != 0) m_rStream.write(m_buffer, static_cast<std::streamsize>(m_uUsed));
+    m_uUsed = 0;
+  }
+
+  TextOutput& Put(const char* text, std::size_t size) {
+    if (size > sizeof m_buffer - m_uUsed) return PutBeyond(text, size);
+    std::memcpy(m_buffer + m_uUsed, text, size);
+    m_uUsed += size;
+    return *this;
+  }
+
+  TextOutput& operator<<(std::string_view text) { return Put(text.data(), text.size()); }
+  template <std::size_t Size>
+  TextOutput& operator<<(const char (&literal)[Size]) {
+    return Put(literal, Size - 1);
+  }
+  TextOutput& operator<<(char c) { return Put(&c, 1); }
+
+  /// A line end and a flush of the stream, as std::endl.
+  void EndLine() {
+    *this << '\n';
+    Flush();
+    m_rStream.flush();
+  }
+
+ private:
+  TextOutput& PutBeyond(const char* text, std::size_t size) {
+    Flush();
+    if (size <= sizeof m_buffer) return Put(text, size);
+    m_rStream.write(text, static_cast<std::streamsize>(size));
+    return *this;
+  }
+
+  std::ostream& m_rStream;
+  std::size_t m_uUsed = 0;
+  char m_buffer[512];
+};
+
+}  // namespace Oxa::Core
+
+#endif
