@@ -36,7 +36,7 @@ if(PROJECT_IS_TOP_LEVEL)
   target_compile_options(OxaCoreWarnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wcast-qual -Wformat=2 -Wundef)
-  if(OXACORE_SANITIZE)
+  if(OXACORE_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The sanitizers' own instrumentation makes the flow analysis of g++ 12 see ghosts.
     target_compile_options(OxaCoreWarnings INTERFACE -Wno-maybe-uninitialized -Wno-stringop-overflow -Wno-tsan)
   endif()

@@ -1,0 +1,75 @@
+#!/bin/sh
+# run.sh package|pkgconfig|folder SOURCE BUILD WORK
+# Builds and runs a tiny host in WORK, against the library installed from BUILD or with SOURCE as a folder.
+set -eu
+way=$1 source=$2 build=$3 work=$4
+here=$source/tests/install
+rm -rf "$work"
+mkdir -p "$work"
+prefix=$work/prefix
+
+fail() {
+  echo "$1"
+  exit 1
+}
+
+install_library() {
+  "$CMAKE" --install "$build" --prefix "$prefix" >"$work/install.log" || fail "cmake --install failed"
+}
+
+configure_host() {
+  "$CMAKE" -S "$here/$1" -B "$work/$1" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
+    ${LAUNCHER:+-DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER"} -DOXACORE_SOURCE="$source" -DASKED_VERSION="$2"
+}
+
+# The host must not get at the headers of the source tree by chance.
+check_host() {
+  out=$("$1") || fail "the host ended with status $?"
+  [ "$out" = "caught: Probe 3 is gone" ] || fail "the host says: $out"
+}
+
+with_package() {
+  install_library
+  configure_host host 2.1
+  "$CMAKE" --build "$work/host"
+  grep -q -e '-fnon-call-exceptions' "$work/host/compile_commands.json" || fail "the compile flag didn't reach the host"
+  ! grep -q "$source/include" "$work/host/compile_commands.json" || fail "the host reads headers of the source tree"
+  check_host "$work/host/host"
+  for wrong in 3.0 1.9 2.9; do
+    rm -rf "$work/host"
+    ! configure_host host $wrong >"$work/wrong.log" 2>&1 || fail "version $wrong was accepted"
+    grep -q "compatible" "$work/wrong.log" || fail "version $wrong was refused for another reason: $(cat "$work/wrong.log")"
+  done
+  check_tree
+}
+
+# What lies in the prefix, to the file: the library in its three names, the headers, two packages.
+check_tree() {
+  lib=$(dirname "$(find "$prefix" -name 'libOxaCore.so')")
+  [ "$(readlink "$lib/libOxaCore.so")" = libOxaCore.so.2 ] || fail "libOxaCore.so doesn't lead to the soname"
+  [ "$(readlink "$lib/libOxaCore.so.2")" = "libOxaCore.so.$VERSION" ] || fail "the soname doesn't lead to the library"
+  (cd "$source/include" && find . -name '*.h' | sort) >"$work/expected"
+  (cd "$prefix/include" && find . -type f | sort) >"$work/installed"
+  diff "$work/expected" "$work/installed" || fail "the headers differ from the public ones"
+}
+
+with_pkgconfig() {
+  command -v pkg-config >/dev/null || exit 77
+  install_library
+  PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name OxaCore.pc)")
+  export PKG_CONFIG_PATH
+  [ "$(pkg-config --modversion OxaCore)" = "$VERSION" ] || fail "pkg-config tells another version"
+  "$CXX" -std=c++17 $(pkg-config --cflags OxaCore) "$here/host/host.cpp" -o "$work/plain" $(pkg-config --libs OxaCore)
+  LD_LIBRARY_PATH=$(pkg-config --variable=libdir OxaCore)
+  export LD_LIBRARY_PATH
+  check_host "$work/plain"
+}
+
+with_folder() {
+  configure_host folder none
+  "$CMAKE" --build "$work/folder" --parallel 2
+  check_host "$work/folder/host"
+  [ ! -e "$work/folder/oxacore/tests" ] || fail "a host builds our tests"
+}
+
+with_"$way"
