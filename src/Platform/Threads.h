@@ -61,6 +61,9 @@ struct WaitResult {
   int m_iCode;  ///< the system's error code for eFAILED, else 0
 };
 
+/// The end of a wait on an object that could not be made.
+WaitResult NothingToWaitFor() noexcept;
+
 /// A lock for a few instructions: not reentrant, no time limit. Constant-initialised and trivially
 /// destructible, so that it may stand in static storage and be used before anything is built and after
 /// everything has died. Nothing that can block or fail may be done under it.
@@ -195,6 +198,9 @@ class CountingSemaphore {
   /// Adds `amount` and wakes as many. If that passes the maximum nothing is added, and the system's code
   /// comes back; 0 otherwise.
   int Post(std::uint32_t amount) noexcept;
+
+  /// Takes one if there is one.
+  bool TryTake() noexcept;
 
   /// Takes one by `deadline`; at least one attempt is made. eSIGNALLED or eTIMEOUT.
   WaitResult Wait(Deadline deadline) noexcept;

@@ -1,17 +1,7 @@
 #include <Infrastructure/OxaCore/SystemTools.h>
 
-#include <climits>
-
-#include "Platform/Machine.h"
-
-namespace {
-
-const char* const g_pNO_TEXT = "Failed to retrieve error message for code ";
-
-}  // namespace
+#include "ErrorHandling/SystemErrorMessage.h"
 
 std::string MSWindows::GetWindowsErrorMessage(unsigned long code) {
-  std::string text;
-  if (code <= INT_MAX && Oxa::Core::Platform::SystemErrorText(static_cast<int>(code), text)) return text;
-  return g_pNO_TEXT + std::to_string(code) + ".";
+  return Oxa::Core::SystemErrorMessage(code);
 }

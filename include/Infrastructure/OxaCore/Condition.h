@@ -27,8 +27,10 @@
 namespace Oxa::Core {
 
 namespace Platform {
+class Deadline;
 class Event;
-}
+struct WaitResult;
+}  // namespace Platform
 
 /// "A wait on a Condition object was ended by a unser mode APC".
 class OXACORE_API ConditionWaitEndedByAPC : public Warning {
@@ -79,6 +81,8 @@ class OXACORE_API Condition : public IMutex {
   void Notify();
 
  private:
+  Platform::WaitResult LockSlowly(const Elapse& timeout);
+  Platform::WaitResult WaitFor(Platform::Deadline deadline);
   void LeaveWait();
 
   const bool m_notifyBroadcasts;

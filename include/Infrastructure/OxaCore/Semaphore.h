@@ -13,11 +13,15 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/Time.h>
 
+#include <atomic>
+
 namespace Oxa::Core {
 
 namespace Platform {
 class CountingSemaphore;
-}
+class Deadline;
+struct WaitResult;
+}  // namespace Platform
 
 /// Counts what is free. At most 0x7FFFFFFF.
 class OXACORE_API Semaphore {
@@ -49,8 +53,10 @@ class OXACORE_API Semaphore {
   unsigned int GetCount() const;
 
  private:
+  Platform::WaitResult WaitBy(Platform::Deadline deadline);
+
   Platform::CountingSemaphore* m_hSemaphore;
-  unsigned int m_uInitial;
+  std::atomic<unsigned int> m_uRefused;  ///< what was posted or asked for but exceeded the maximum
 };
 
 /// A gate: holds any number of threads until one call releases them all.
@@ -60,7 +66,7 @@ class OXACORE_API MultiWait : public Semaphore {
  public:
   MultiWait();
 
-  /// Releases whoever still waits; they must be gone before the memory is.
+  /// Releases whoever still waits, and waits for them to leave. Nobody may come in any more.
   ~MultiWait() override;
 
   /// Waits for the next release. Null waits without limit and gives true; otherwise false when `*timeout` is
@@ -75,6 +81,7 @@ class OXACORE_API MultiWait : public Semaphore {
 
   Mutex m_mutex;  ///< guards m_uWaiters, and keeps count and post together
   unsigned int m_uWaiters;
+  std::atomic<unsigned int> m_uInside;  ///< threads in wait, whom the destructor sees off
 };
 
 }  // namespace Oxa::Core

@@ -47,6 +47,8 @@ int CountingSemaphore::Post(std::uint32_t amount) noexcept {
   return 0;
 }
 
+bool CountingSemaphore::TryTake() noexcept { return Take(m_ullState, 0); }
+
 WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
   if (Take(m_ullState, 0)) return {EWaitEnd::eSIGNALLED, 0};
   return WaitSlowly(deadline);

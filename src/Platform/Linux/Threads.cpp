@@ -146,6 +146,8 @@ long long Deadline::NanosecondsLeft() const noexcept {
   return left > 0 ? left : 0;
 }
 
+WaitResult NothingToWaitFor() noexcept { return {EWaitEnd::eFAILED, EINVAL}; }
+
 bool Deadline::HasPassed() const noexcept { return !IsNever() && NanosecondsLeft() == 0; }
 
 void ShortLock::Lock() noexcept {
