@@ -12,6 +12,7 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
+#include <Infrastructure/OxaCore/Time.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <cstddef>
@@ -22,6 +23,8 @@
 #include "Core/Immortal.h"
 #include "Core/LibraryGlobals.h"
 #include "Core/Life.h"
+#include "Time/LocalTime.h"
+
 #include "Platform/Storage.h"
 
 namespace Oxa::Core {
@@ -94,6 +97,13 @@ Mutex& SingletonRegistry::m_mutex = s_registryMutex.Get();
 std::list<ISingletonRegistryEntry*>& SingletonRegistry::m_registry = s_registry.Get();
 
 // 5. Threads, time and memory.
+namespace {
+
+[[maybe_unused]] const TimeZoneInfo s_zoneOfLoad;
+
+}  // namespace
+
+Time Time::s_unixEpochBase(1, 1, 1970, Elapse(0, Elapse::Seconds));
 const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);
 const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
 

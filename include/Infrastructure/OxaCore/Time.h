@@ -164,7 +164,8 @@ class OXACORE_API Time {
   Time(const Elapse& fromNow);
 
   /// Midnight, local time, of a date, plus `sinceMidnight`; without `year`, of the current local year. Raises
-  /// OsTimeApiError for a date that doesn't exist or a year outside 1601 to 30827.
+  /// OsTimeApiError for a date that doesn't exist or a year outside 1601 to 30827; if that returns, counts
+  /// from the tick 0 instead.
   Time(long month, long day, const Elapse& sinceMidnight);
   Time(long month, long day, long year, const Elapse& sinceMidnight);
 
@@ -253,7 +254,7 @@ class OXACORE_API Time {
   /// Reads the form of ToString, with white space around it; seconds may come without milliseconds, and the
   /// milliseconds are a count (".5" is 5 ms). False, with the value left as it was, if there are not exactly
   /// two parts, the first of three by '/', the second of three by ':'. Raises OsTimeApiError for a date or
-  /// time of day that doesn't exist; if that returns, the value is left and the result is true.
+  /// time of day that doesn't exist; false, with the value left as it was, if that returns.
   bool ParseString(const std::string& text);
 
  private:
