@@ -10,22 +10,23 @@ namespace Oxa::Core {
 
 namespace {
 
-void TellDebugger(const AssertionFailure& failure, const CodeContext& context) {
+// Assertions can fail while the library loads, before the texts of errors are there.
+void TellDebugger(const char* message, const CodeContext& context) {
   const std::string line = context.Get(CodeContext::sFILE) + "(" + context.Get(CodeContext::sLINE) +
-                           "): Failed Assertion(" + failure.what() + ")\n";
+                           "): Failed Assertion(" + message + ")\n";
   Platform::WriteToDebugger(line.c_str());
 }
 
 }  // namespace
 
 bool AssertFailed(const std::string& message, const CodeContext& context) {
-  TellDebugger(AssertionFailure(message), context);
+  TellDebugger(message.c_str(), context);
   return false;
 }
 
 bool LogAssertFailed(const std::string& message, const CodeContext& context) {
   AssertionFailure failure(message);
-  TellDebugger(failure, context);
+  TellDebugger(failure.what(), context);
   if (!IsLibraryUnloading()) TheHooks().logFailedAssert(failure);
   return false;
 }
