@@ -1,0 +1,198 @@
+// Fails every single allocation on the road of an alert, one after the other.
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Warning.h>
+#include <Infrastructure/OxaCore/XMLWriter.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <sstream>
+
+namespace {
+
+// Counted on the one thread of these tests; -1 fails nothing.
+long s_lAllocationsLeft = -1;
+bool s_bFailed = false;
+long s_lLive = 0;
+
+void* Allocate(std::size_t size) {
+  if (s_lAllocationsLeft == 0 && !s_bFailed) {
+    s_bFailed = true;
+    return nullptr;
+  }
+  if (s_lAllocationsLeft > 0) --s_lAllocationsLeft;
+  void* const memory = std::malloc(size == 0 ? 1 : size);
+  if (memory != nullptr) ++s_lLive;
+  return memory;
+}
+
+void Free(void* memory) {
+  if (memory == nullptr) return;
+  --s_lLive;
+  std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = Allocate(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
+
+namespace {
+
+using namespace Oxa::Core;
+
+class ProbeGone : public ErrorClass<ProbeGone, HardwareError> {
+ public:
+  explicit ProbeGone(int channel)
+      : ErrorClass(AlertMessage("The probe on channel %1% is gone and will not come back", channel)) {}
+};
+
+class ProbeNoisy : public Warning {
+ public:
+  explicit ProbeNoisy(int channel)
+      : Warning(AlertMessage("The probe on channel %1% is noisy and may fail soon", channel)) {}
+};
+
+class CountingListener : public AlertListener {
+ public:
+  void ErrorRaised(Error&) override { ++m_iRaised; }
+  void ErrorHandled(Error&) override { ++m_iHandled; }
+  void WarningRaised(Warning&) override { ++m_iWarnings; }
+  int m_iRaised = 0;
+  int m_iHandled = 0;
+  int m_iWarnings = 0;
+};
+
+void ForwardedRaise() {
+  try {
+    OXA_RAISE_ERROR("Oxa.Test.OutOfMemory", ProbeGone(3));
+  }
+  OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO("Step of the measurement", "calibration of the channel"))
+}
+
+// Whether the road was taken to its end; what leaves it but an Error or std::bad_alloc fails the test.
+bool TakeRoad(const std::function<void()>& road) {
+  try {
+    road();
+    return true;
+  } catch (const Error&) {
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  } catch (...) {
+    ADD_FAILURE() << "something else left the road";
+    return false;
+  }
+}
+
+struct Outcome {
+  int m_iRuns = 0;
+  int m_iBroken = 0;  // ended by std::bad_alloc
+};
+
+// Runs `road` with its first, its second, … allocation failing until there is none left to fail.
+Outcome FailEachAllocation(const std::function<void()>& road) {
+  constexpr int iENOUGH = 10000;
+  Outcome outcome;
+  for (; outcome.m_iRuns < iENOUGH; ++outcome.m_iRuns) {
+    s_bFailed = false;
+    s_lAllocationsLeft = outcome.m_iRuns;
+    const bool whole = TakeRoad(road);
+    s_lAllocationsLeft = -1;
+    if (!whole) ++outcome.m_iBroken;
+    if (!s_bFailed) break;
+  }
+  EXPECT_LT(outcome.m_iRuns, iENOUGH);
+  return outcome;
+}
+
+class OutOfMemory : public testing::Test {
+ protected:
+  OutOfMemory() { AlertManager::Instance()->AddAlertListener(m_listener); }
+  CountingListener m_listener;
+};
+
+TEST_F(OutOfMemory, RoadOfARaiseSurvivesEveryFailedAllocation) {
+  ASSERT_TRUE(TakeRoad(ForwardedRaise));  // pays for what is made once
+  testing::internal::CaptureStderr();
+  const Outcome outcome = FailEachAllocation(ForwardedRaise);
+  EXPECT_GT(outcome.m_iRuns, 20);
+  EXPECT_EQ(m_listener.m_iRaised, m_listener.m_iHandled);
+  testing::internal::GetCapturedStderr();
+
+  const int raised = m_listener.m_iRaised;
+  for (int i = 0; i < 2 * g_iMAX_ERROR_RECURSION_DEPTH; ++i) EXPECT_THROW(ForwardedRaise(), ProbeGone);
+  EXPECT_EQ(raised + 2 * g_iMAX_ERROR_RECURSION_DEPTH, m_listener.m_iRaised);
+  EXPECT_EQ(m_listener.m_iRaised, m_listener.m_iHandled);
+}
+
+TEST_F(OutOfMemory, RoadOfAWarningSurvivesEveryFailedAllocation) {
+  const auto warn = [] { OXA_RAISE_WARNING("Oxa.Test.OutOfMemory", ProbeNoisy(3)); };
+  warn();
+  testing::internal::CaptureStderr();
+  const Outcome outcome = FailEachAllocation(warn);
+  EXPECT_GT(outcome.m_iRuns, 10);
+  testing::internal::GetCapturedStderr();
+  const int warnings = m_listener.m_iWarnings;
+  warn();
+  EXPECT_EQ(warnings + 1, m_listener.m_iWarnings);
+}
+
+TEST_F(OutOfMemory, RoadOfARaiseLeaksNothing) {
+  TakeRoad(ForwardedRaise);
+  const auto leaks = [](long failAt) {
+    const long before = s_lLive;
+    s_bFailed = false;
+    s_lAllocationsLeft = failAt;
+    TakeRoad(ForwardedRaise);
+    s_lAllocationsLeft = -1;
+    return s_lLive - before;
+  };
+  testing::internal::CaptureStderr();
+  for (long failAt = 0; failAt < 400; ++failAt) {
+    leaks(failAt);  // what is kept on purpose, such as the thread's last error, changes once
+    EXPECT_EQ(0, leaks(failAt)) << "with allocation " << failAt << " failing";
+  }
+  testing::internal::GetCapturedStderr();
+}
+
+// An alert whose table could not be made: the very first allocation of its constructor fails.
+AlertInfo AlertWithoutTable() {
+  s_bFailed = false;
+  s_lAllocationsLeft = 0;
+  AlertInfo alert;
+  s_lAllocationsLeft = -1;
+  return alert;
+}
+
+TEST_F(OutOfMemory, AlertWithoutTableAnswersEverything) {
+  AlertInfo alert = AlertWithoutTable();
+  EXPECT_EQ("", alert.GetData(AlertInfo::sMESSAGE));
+  EXPECT_FALSE(alert.DataExists(AlertInfo::sMESSAGE));
+  EXPECT_FALSE(alert.SetData("Key", "value"));
+  EXPECT_EQ(-1, alert.GetSeverity());
+  alert.PushContext(CodeContext("a.cpp", 1, "", "", ""));
+  EXPECT_FALSE(alert.GetUnwindStack());
+  AlertData all{{"Old", "gone"}};
+  EXPECT_FALSE(alert.GetAllData(all));
+  EXPECT_EQ((AlertData{{"Message", "No error data due to memory allocation failure"}}), all);
+}
+
+TEST_F(OutOfMemory, AlertWithoutTableIsStillWellFormedXml) {
+  AlertInfo alert = AlertWithoutTable();
+  XMLWriter writer(XMLFormatter::CreateCompact());
+  std::ostringstream out;
+  alert.ToXML(writer, out, "");
+  EXPECT_EQ("<Alert><Message>No error data due to memory allocation failure</Message></Alert>", out.str());
+}
+
+}  // namespace
