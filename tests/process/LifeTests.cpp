@@ -115,7 +115,9 @@ TEST(Life, LoadsAndUnloadsOverAndOver) {
   const auto at = result.m_sOutput.find("grown by ");
   ASSERT_NE(std::string::npos, at);
   ASSERT_EQ(1, std::sscanf(result.m_sOutput.c_str() + at, "grown by %ld KiB", &grown));
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they keep freed memory for a while
   EXPECT_LT(grown, 1024);
+#endif
 }
 
 }  // namespace

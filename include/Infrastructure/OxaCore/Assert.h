@@ -19,8 +19,8 @@ OXACORE_API bool LogAssertFailed(const std::string& message, const CodeContext& 
 
 }  // namespace Oxa::Core
 
-/// Tests `condition` and reports its source text if it doesn't hold. The value is the outcome, so that code
+/// Tests the condition and reports its source text if it doesn't hold (variadic for the sake of commas). The value is the outcome, so that code
 /// can leave early: `if (!OXA_ASSERT(p != 0)) return;`
-#define OXA_ASSERT(condition) ((condition) ? true : OXA_CODE_SITE.FailAssertion(#condition))
+#define OXA_ASSERT(...) ((__VA_ARGS__) ? true : OXA_CODE_SITE.FailAssertion(#__VA_ARGS__))
 
 #endif
