@@ -1,15 +1,14 @@
 #include "ErrorHandling/LiveRaises.h"
 
-#include <mutex>
-
 #include "Platform/Storage.h"
+#include "Platform/Threads.h"
 
 namespace Oxa::Core {
 
 namespace {
 
 // Both constant-initialised and trivially destructible: errors may die after every static object.
-std::mutex s_mutex;  // guards the list and the links in the errors
+Platform::ShortLock s_lock;  // guards the list and the links in the errors
 LiveRaise s_ends;    // m_pNext is the oldest raise, m_pPrevious the newest
 
 void Link(LiveRaise& raise, LiveRaise* previous, LiveRaise* next) noexcept {
@@ -36,7 +35,7 @@ int Count(unsigned long thread) noexcept {
 }  // namespace
 
 int LiveRaises::Add(Error& error) noexcept {
-  const std::lock_guard<std::mutex> lock(s_mutex);
+  const Platform::ShortGuard guard(s_lock);
   LiveRaise& raise = error.m_liveRaise;
   raise.m_pError = &error;
   raise.m_ulThread = Platform::ThreadSerial();
@@ -45,7 +44,7 @@ int LiveRaises::Add(Error& error) noexcept {
 }
 
 void LiveRaises::Remove(Error& error) noexcept {
-  const std::lock_guard<std::mutex> lock(s_mutex);
+  const Platform::ShortGuard guard(s_lock);
   if (error.m_liveRaise.m_ulThread != 0) Unlink(error.m_liveRaise);
 }
 
@@ -53,7 +52,7 @@ void LiveRaises::MoveMark(const Error& from, Error& to) noexcept {
   to.m_bRaised = from.m_bRaised;
   from.m_bRaised = false;
   if (from.m_liveRaise.m_ulThread == 0) return;
-  const std::lock_guard<std::mutex> lock(s_mutex);
+  const Platform::ShortGuard guard(s_lock);
   const LiveRaise old = from.m_liveRaise;
   Unlink(from.m_liveRaise);
   to.m_liveRaise.m_pError = &to;
@@ -62,13 +61,13 @@ void LiveRaises::MoveMark(const Error& from, Error& to) noexcept {
 }
 
 int LiveRaises::CountOfThisThread() noexcept {
-  const std::lock_guard<std::mutex> lock(s_mutex);
+  const Platform::ShortGuard guard(s_lock);
   return Count(Platform::ThreadSerial());
 }
 
 std::optional<Error> LiveRaises::ForgetThisThread() {
   const unsigned long thread = Platform::ThreadSerial();
-  const std::lock_guard<std::mutex> lock(s_mutex);
+  const Platform::ShortGuard guard(s_lock);
   Error* first = nullptr;
   for (LiveRaise* raise = s_ends.m_pNext; raise != nullptr;) {
     LiveRaise* const next = raise->m_pNext;
