@@ -9,7 +9,7 @@ namespace {
 
 // Both constant-initialised and trivially destructible: errors may die after every static object.
 Platform::ShortLock s_lock;  // guards the list and the links in the errors
-LiveRaise s_ends;    // m_pNext is the oldest raise, m_pPrevious the newest
+LiveRaise s_ends;            // m_pNext is the oldest raise, m_pPrevious the newest
 
 void Link(LiveRaise& raise, LiveRaise* previous, LiveRaise* next) noexcept {
   raise.m_pPrevious = previous;

@@ -19,7 +19,9 @@ struct First {
 
 struct Second {
   // Looks up an older global while it dies: no lock may be held then.
-  ~Second() { s_deaths.push_back(s_pUnderTest->Get<First>("First") != nullptr ? "Second, First alive" : "Second"); }
+  ~Second() {
+    s_deaths.push_back(s_pUnderTest->Get<First>("First") != nullptr ? "Second, First alive" : "Second");
+  }
 };
 
 // Adds another global while it is being built itself.

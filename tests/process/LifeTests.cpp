@@ -23,7 +23,7 @@ const char* const sCYCLES = "1000";
 const char* const sCYCLES = "100";
 #endif
 
-ChildResult Run(const char* scenario) { return RunChild({LIFE_HOST, scenario}); }
+ChildResult RunLife(const char* scenario) { return RunChild({LIFE_HOST, scenario}); }
 
 int Count(const std::string& text, const std::string& part) {
   int count = 0;
@@ -32,57 +32,57 @@ int Count(const std::string& text, const std::string& part) {
 }
 
 TEST(Life, UnloadWithoutShutdownSaysSoAndShutsDown) {
-  const ChildResult result = Run("nothing");
+  const ChildResult result = RunLife("nothing");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ(sMISSED_SHUTDOWN, result.m_sError);
   EXPECT_EQ("", result.m_sOutput);
 }
 
 TEST(Life, ShutdownWithoutInitializeWorks) {
-  const ChildResult result = Run("shutdown-only");
+  const ChildResult result = RunLife("shutdown-only");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ("", result.m_sError);
   EXPECT_EQ("", result.m_sOutput);
 }
 
 TEST(Life, SecondInitializePrintsNothing) {
-  const ChildResult result = Run("initialize-twice");
+  const ChildResult result = RunLife("initialize-twice");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ(sSTARTED_UP, result.m_sOutput);
   EXPECT_EQ("", result.m_sError);
 }
 
 TEST(Life, StaticObjectsOfALinkedHostRaiseAsAtAnyTime) {
-  EXPECT_EQ("static object's raise threw: 1\n", Run("static-raise").m_sOutput);
+  EXPECT_EQ("static object's raise threw: 1\n", RunLife("static-raise").m_sOutput);
 }
 
 TEST(Life, ErrorsAreStillThrownAfterShutdown) {
-  EXPECT_EQ("raise threw: 1\n", Run("raise-after-shutdown").m_sOutput);
+  EXPECT_EQ("raise threw: 1\n", RunLife("raise-after-shutdown").m_sOutput);
 }
 
 TEST(Life, ShutdownDestroysSingletons) {
-  EXPECT_EQ("ledger built\nledger destroyed\ninstantiated: 0\n", Run("singletons").m_sOutput);
+  EXPECT_EQ("ledger built\nledger destroyed\ninstantiated: 0\n", RunLife("singletons").m_sOutput);
 }
 
 TEST(Life, SingletonMadeAfterShutdownDiesWithTheStaticObjects) {
   EXPECT_EQ("ledger built\nledger destroyed\nledger built\nend of main\nledger destroyed\n",
-            Run("singleton-anew").m_sOutput);
+            RunLife("singleton-anew").m_sOutput);
 }
 
 TEST(Life, SingletonsBehindABadOneAreSkipped) {
-  const ChildResult result = Run("bad-singleton");
+  const ChildResult result = RunLife("bad-singleton");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ("ledger built\ninstantiated: 1\nledger destroyed\n", result.m_sOutput);
 }
 
 TEST(Life, ProcessMayExitFromAnotherThread) {
-  const ChildResult result = Run("exit-from-thread");
+  const ChildResult result = RunLife("exit-from-thread");
   EXPECT_EQ(7, result.m_iStatus);
   EXPECT_EQ(sMISSED_SHUTDOWN, result.m_sError);
 }
 
 TEST(Life, ForkedChildLeavesTheShutdownToItsParent) {
-  const ChildResult result = Run("fork");
+  const ChildResult result = RunLife("fork");
   EXPECT_EQ("child ended with 5\n", result.m_sOutput);
   EXPECT_EQ("", result.m_sError);
 }
