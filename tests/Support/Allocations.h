@@ -1,11 +1,7 @@
-// Counts allocations, and lets one of them fail. Include in exactly one source file of a test program: it
-// replaces the program's operator new.
+// Counts allocations, and lets one of them fail. A test program that uses this compiles Allocations.cpp too,
+// which replaces its operator new, for the library as well.
 #ifndef OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
 #define OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
-
-#include <cstddef>
-#include <cstdlib>
-#include <new>
 
 namespace TestSupport {
 
@@ -15,10 +11,7 @@ struct Allocations {
   unsigned long m_ulFailing = 0;
 };
 
-inline Allocations& ThreadAllocations() noexcept {
-  static thread_local Allocations allocations;
-  return allocations;
-}
+Allocations& ThreadAllocations() noexcept;
 
 /// Makes the `number`th allocation of this thread from now on fail, once, until the end of the scope.
 class FailAllocation {
@@ -34,20 +27,6 @@ class FailAllocation {
   bool Happened() const { return ThreadAllocations().m_ulCount >= ThreadAllocations().m_ulFailing; }
 };
 
-inline void* CountedAllocation(std::size_t size) {
-  Allocations& allocations = ThreadAllocations();
-  if (++allocations.m_ulCount == allocations.m_ulFailing) throw std::bad_alloc();
-  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
-}
-
 }  // namespace TestSupport
-
-void* operator new(std::size_t size) { return TestSupport::CountedAllocation(size); }
-void* operator new[](std::size_t size) { return TestSupport::CountedAllocation(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 #endif
