@@ -1,0 +1,297 @@
+#include <Infrastructure/OxaCore/ReadersWriterMutex.h>
+
+#include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/Lock.h>
+
+#include <algorithm>
+#include <new>
+
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+/// Room for so many readers is kept from the start: a lock that allocates can fail.
+constexpr std::size_t g_USUAL_READERS = 16;
+
+/// A step as the logger hears of it.
+struct Step {
+  const char* m_pCode;
+  const char* m_pText;
+};
+
+constexpr Step g_CONSTRUCTED = {"RWC", "ReadersWriterMutex constructor"};
+constexpr Step g_DESTROYED = {"RWD", "ReadersWriterMutex destructor"};
+constexpr Step g_READER_STARTED = {"RW>", "WaitReaderLock started"};
+constexpr Step g_READER_SUCCEEDED = {"RW+", "WaitReaderLock succeeded"};
+constexpr Step g_TIMED_READER_STARTED = {"RT>", "TimedWaitReaderLock started"};
+constexpr Step g_TIMED_READER_SUCCEEDED = {"RT+", "TimedWaitReaderLock succeeded"};
+constexpr Step g_TIMED_READER_FAILED = {"RT<", "TimedWaitReaderLock failed"};
+constexpr Step g_TRY_READER_SUCCEEDED = {"RY+", "TryWaitReaderLock succeeded"};
+constexpr Step g_READER_STOOD_BACK = {"RLB", "ReaderLock broadcast writers"};
+constexpr Step g_READER_UNLOCKED = {"RL-", "ReaderUnlock"};
+constexpr Step g_READER_WOKE_WRITERS = {"RUB", "ReaderUnlock broadcast writers"};
+constexpr Step g_WRITER_STARTED = {"WW>", "WaitWriterLock started"};
+constexpr Step g_WRITER_SUCCEEDED = {"WW+", "WaitWriterLock succeeded"};
+constexpr Step g_TIMED_WRITER_STARTED = {"WT>", "TimedWaitWriterLock started"};
+constexpr Step g_TIMED_WRITER_SUCCEEDED = {"WT+", "TimedWaitWriterLock succeeded"};
+constexpr Step g_TIMED_WRITER_FAILED = {"WT<", "TimedWaitWriterLock failed"};
+constexpr Step g_WRITER_WOKE_READERS = {"WBR", "TimedWaitWriterLock broadcast readers"};
+constexpr Step g_TRY_WRITER_SUCCEEDED = {"WY+", "TryWaitWriterLock succeeded"};
+constexpr Step g_WRITER_UNLOCKED = {"WL-", "WriterUnlock"};
+constexpr Step g_WRITER_WOKE_ALL = {"WB*", "WriterUnlock broadcast all"};
+
+/// One thread more that waits; it counts until End, or until an error takes the thread out of the wait.
+class Waiting {
+ public:
+  explicit Waiting(int& count) : m_pCount(&count) { ++count; }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+  ~Waiting() { End(); }
+
+  void End() {
+    if (m_pCount != nullptr) --*m_pCount;
+    m_pCount = nullptr;
+  }
+
+ private:
+  int* m_pCount;
+};
+
+}  // namespace
+
+ReadersWriterMutex::ReadersWriterMutex(LogFunction logger)
+    : m_monitor(true), m_writer(0, 0), m_pLogger(logger) {
+  m_readers.reserve(g_USUAL_READERS);
+  if (m_pLogger == nullptr) return;
+  Lock monitor(m_monitor);
+  Trace(g_CONSTRUCTED);
+}
+
+ReadersWriterMutex::~ReadersWriterMutex() {
+  if (m_pLogger == nullptr) return;
+  try {
+    Lock monitor(m_monitor);
+    Trace(g_DESTROYED);
+  } catch (...) {
+    // A monitor that can't be had any more keeps nobody from dying.
+  }
+}
+
+void ReadersWriterMutex::WaitReaderLock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  Waiting waiting(m_iReadersWaiting);
+  Trace(g_READER_STARTED);
+  while (!PrivateTryWaitReaderLock(threadID)) m_monitor.Wait();
+  waiting.End();
+  Trace(g_READER_SUCCEEDED);
+}
+
+bool ReadersWriterMutex::TimedWaitReaderLock(const Elapse& timeout) {
+  const Time deadline(timeout);
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  Waiting waiting(m_iReadersWaiting);
+  Trace(g_TIMED_READER_STARTED);
+  bool locked = WaitForReaderTurn(threadID, deadline);
+  waiting.End();
+  locked = locked || PrivateTryWaitReaderLock(threadID);
+  Trace(locked ? g_TIMED_READER_SUCCEEDED : g_TIMED_READER_FAILED);
+  return locked;
+}
+
+bool ReadersWriterMutex::TryWaitReaderLock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  const bool locked = PrivateTryWaitReaderLock(threadID);
+  if (locked) Trace(g_TRY_READER_SUCCEEDED);
+  return locked;
+}
+
+void ReadersWriterMutex::ReaderUnlock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  const Readers::iterator it = FindReader(threadID);
+  if (!OXA_ASSERT(it != m_readers.end())) return;
+  if (!OXA_ASSERT(it->second > 0)) return;
+  const bool last = --it->second == 0;
+  if (last) RemoveReader(it);
+  Trace(g_READER_UNLOCKED);
+  if (!last || m_iWritersWaiting < 1) return;
+  Trace(g_READER_WOKE_WRITERS);
+  m_monitor.Broadcast();
+}
+
+void ReadersWriterMutex::WaitWriterLock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  Waiting waiting(m_iWritersWaiting);
+  Trace(g_WRITER_STARTED);
+  if (!PrivateTryWaitWriterLock(threadID)) WaitForWriterTurn(threadID);
+  waiting.End();
+  Trace(g_WRITER_SUCCEEDED);
+}
+
+bool ReadersWriterMutex::TimedWaitWriterLock(const Elapse& timeout) {
+  const Time deadline(timeout);
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  const bool upgrades = IsActiveReader(threadID);
+  Waiting waiting(m_iWritersWaiting);
+  Trace(g_TIMED_WRITER_STARTED);
+  bool locked = WaitForWriterTurn(threadID, deadline);
+  waiting.End();
+  if (!locked && PrivateTryWaitWriterLock(threadID)) {
+    if (upgrades) SetActive(threadID, true);
+    locked = true;
+  }
+  Trace(locked ? g_TIMED_WRITER_SUCCEEDED : g_TIMED_WRITER_FAILED);
+  if (!locked) LetReadersGo();
+  return locked;
+}
+
+bool ReadersWriterMutex::TryWaitWriterLock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  const bool locked = PrivateTryWaitWriterLock(threadID);
+  if (locked) Trace(g_TRY_WRITER_SUCCEEDED);
+  return locked;
+}
+
+void ReadersWriterMutex::WriterUnlock() {
+  const unsigned long threadID = Platform::CurrentThreadId();
+  Lock monitor(m_monitor);
+  const bool written = OXA_ASSERT(m_writer.second > 0);
+  const bool ours = OXA_ASSERT(m_writer.first == threadID);
+  if (!written || !ours) return;
+  --m_writer.second;
+  Trace(g_WRITER_UNLOCKED);
+  if (m_writer.second > 0 || (m_iWritersWaiting < 1 && m_iReadersWaiting < 1)) return;
+  // Only writers wait, and this thread's own read lock keeps them out: nobody could use the wake.
+  if (m_iReadersWaiting < 1 && IsActiveReader(threadID)) return;
+  Trace(g_WRITER_WOKE_ALL);
+  m_monitor.Broadcast();
+}
+
+/// One attempt to read, with the monitor held. Nested reads always pass: one that stood back for a waiting
+/// writer would wait for a thread that waits for it.
+bool ReadersWriterMutex::PrivateTryWaitReaderLock(unsigned long threadID) {
+  if (m_writer.second > 0 && m_writer.first != threadID) return false;
+  const Readers::iterator it = FindReader(threadID);
+  if (it != m_readers.end()) {
+    ++it->second;
+    return true;
+  }
+  if (m_writer.second == 0 && m_iWritersWaiting > 0) {
+    Trace(g_READER_STOOD_BACK);
+    m_monitor.Broadcast();
+    return false;
+  }
+  AddReader(threadID);
+  return true;
+}
+
+/// One attempt to write, with the monitor held. A reader that is alone is upgraded.
+bool ReadersWriterMutex::PrivateTryWaitWriterLock(unsigned long threadID) {
+  if (m_writer.second != 0) {
+    if (m_writer.first != threadID) return false;
+    ++m_writer.second;
+    return true;
+  }
+  if (m_activeReaders > 1) return false;
+  if (m_activeReaders == 1 && !IsActiveReader(threadID)) return false;
+  m_writer = {threadID, 1};
+  return true;
+}
+
+/// Tries until this thread reads or the time is over.
+bool ReadersWriterMutex::WaitForReaderTurn(unsigned long threadID, const Time& deadline) {
+  while (!PrivateTryWaitReaderLock(threadID)) {
+    if (!m_monitor.TimedWait(deadline.TimeLeft())) return false;
+  }
+  return true;
+}
+
+/// Waits until this thread writes, after a first attempt that failed. A reader that upgrades stands in no
+/// writer's way meanwhile: of two that upgrade at once, both step aside and one gets in.
+void ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID) {
+  const bool upgrades = IsActiveReader(threadID);
+  if (upgrades) SetActive(threadID, false);
+  try {
+    do {
+      m_monitor.Wait();
+    } while (!PrivateTryWaitWriterLock(threadID));
+  } catch (...) {
+    if (upgrades) SetActive(threadID, true);
+    throw;
+  }
+  if (upgrades) SetActive(threadID, true);
+}
+
+/// Tries until this thread writes or the time is over. Here a reader that upgrades stands in the way again
+/// for each attempt that follows a wake. When the time is over it is left standing aside.
+bool ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID, const Time& deadline) {
+  const bool upgrades = IsActiveReader(threadID);
+  while (!PrivateTryWaitWriterLock(threadID)) {
+    if (upgrades) SetActive(threadID, false);
+    if (!m_monitor.TimedWait(deadline.TimeLeft())) return false;
+    if (upgrades) SetActive(threadID, true);
+  }
+  return true;
+}
+
+/// Wakes the readers that stood back for a writer that gives up, if it was the last one.
+void ReadersWriterMutex::LetReadersGo() {
+  if (m_iWritersWaiting > 0 || m_writer.second != 0) return;
+  Trace(g_WRITER_WOKE_READERS);
+  m_monitor.Broadcast();
+}
+
+template <class Step>
+inline void ReadersWriterMutex::Trace(const Step& step) {
+  if (m_pLogger != nullptr) CallLogger(step.m_pCode, step.m_pText);
+}
+
+/// Tells the logger, with the monitor held. The map that it gets is made for it: without a logger nobody
+/// pays.
+void ReadersWriterMutex::CallLogger(const char* code, const char* text) {
+  try {
+    const ReaderCounts readers(m_readers.begin(), m_readers.end());
+    m_pLogger(m_writer, readers, m_iWritersWaiting, m_iReadersWaiting, code, text);
+  } catch (const std::bad_alloc&) {
+    // A step without memory for its report goes unreported: locks have to work then as well.
+  }
+}
+
+ReadersWriterMutex::Readers::iterator ReadersWriterMutex::FindReader(unsigned long threadID) noexcept {
+  return std::find_if(m_readers.begin(), m_readers.end(),
+                      [threadID](const Reader& reader) { return reader.first == threadID; });
+}
+
+bool ReadersWriterMutex::IsActiveReader(unsigned long threadID) noexcept {
+  const Readers::iterator it = FindReader(threadID);
+  return it != m_readers.end() && it->m_bActive;
+}
+
+/// Lets a thread that holds a read lock stand in the way of writers, or not.
+void ReadersWriterMutex::SetActive(unsigned long threadID, bool active) noexcept {
+  const Readers::iterator it = FindReader(threadID);
+  if (it == m_readers.end() || it->m_bActive == active) return;
+  it->m_bActive = active;
+  active ? ++m_activeReaders : --m_activeReaders;
+}
+
+void ReadersWriterMutex::AddReader(unsigned long threadID) {
+  m_readers.push_back({{threadID, 1}, true});
+  ++m_activeReaders;
+}
+
+void ReadersWriterMutex::RemoveReader(Readers::iterator reader) noexcept {
+  if (reader->m_bActive) --m_activeReaders;
+  *reader = m_readers.back();
+  m_readers.pop_back();
+}
+
+}  // namespace Oxa::Core
