@@ -1,9 +1,8 @@
 #include "Core/Life.h"
-#include "ErrorHandling/AlertManagerHooks.h"
 #include "ErrorHandling/Hooks.h"
 
 namespace Oxa::Core {
 
-void ConnectHooks() { AlertHooks::Connect(TheHooks()); }
+void ConnectHooks() {}
 
 }  // namespace Oxa::Core

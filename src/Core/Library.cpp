@@ -5,7 +5,6 @@
 // Nothing that the globals do in their constructors may raise an error: the texts of Error come after them.
 
 #include <Infrastructure/OxaCore/AlertInfo.h>
-#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CodeContext.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Error.h>
@@ -24,7 +23,6 @@
 #include "Core/Immortal.h"
 #include "Core/LibraryGlobals.h"
 #include "Core/Life.h"
-#include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
 
 #include "Platform/Storage.h"
@@ -87,10 +85,7 @@ Immortal<XMLAttributeMap<std::string>> s_noAttributes;
 
 const XMLAttributeMap<std::string>& XMLWriter::sEMPTY_MAP = s_noAttributes.Get();
 
-// 4. What dying listeners and sources take, and the registry of singletons: both outlive everything, the static
-// objects of hosts included.
-Immortal<Mutex> g_teardownMutex;
-
+// 4. The registry of singletons outlives every singleton, those of hosts included.
 namespace {
 
 Immortal<Mutex> s_registryMutex;
@@ -117,10 +112,7 @@ namespace {
 
 class Globals : public ManagedGlobals {
  public:
-  Globals() {
-    SetLibraryGlobals(this);
-    Add<AlertManager>("AlertManager");
-  }
+  Globals() { SetLibraryGlobals(this); }
   ~Globals() override {
     DestroyAll();
     SetLibraryGlobals(nullptr);
