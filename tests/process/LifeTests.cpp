@@ -17,11 +17,7 @@ const char* const sMISSED_SHUTDOWN =
     "(e.g. fromExitInstance)";
 const char* const sSTARTED_UP = "Error handling started up via initial throw...\n";
 
-#if defined(OXACORE_SOAK)
 const char* const sCYCLES = "1000";
-#else
-const char* const sCYCLES = "100";
-#endif
 
 ChildResult RunLife(const char* scenario) { return RunChild({LIFE_HOST, scenario}); }
 
