@@ -5,6 +5,7 @@
 // Nothing that the globals do in their constructors may raise an error: the texts of Error come after them.
 
 #include <Infrastructure/OxaCore/AlertInfo.h>
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CodeContext.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Error.h>
@@ -23,6 +24,7 @@
 #include "Core/Immortal.h"
 #include "Core/LibraryGlobals.h"
 #include "Core/Life.h"
+#include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
 
 #include "Platform/Storage.h"
@@ -85,7 +87,10 @@ Immortal<XMLAttributeMap<std::string>> s_noAttributes;
 
 const XMLAttributeMap<std::string>& XMLWriter::sEMPTY_MAP = s_noAttributes.Get();
 
-// 4. The registry of singletons outlives every singleton, those of hosts included.
+// 4. What dying listeners and sources take, and the registry of singletons: both outlive everything, the static
+// objects of hosts included.
+Immortal<Mutex> g_teardownMutex;
+
 namespace {
 
 Immortal<Mutex> s_registryMutex;
@@ -112,7 +117,10 @@ namespace {
 
 class Globals : public ManagedGlobals {
  public:
-  Globals() { SetLibraryGlobals(this); }
+  Globals() {
+    SetLibraryGlobals(this);
+    Add<AlertManager>("AlertManager");
+  }
   ~Globals() override {
     DestroyAll();
     SetLibraryGlobals(nullptr);

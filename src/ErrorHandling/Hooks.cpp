@@ -14,6 +14,7 @@ Hooks s_hooks = {
     /* mayWarn */ [](const std::string&) { return true; },
     /* warningRaised */ [](Warning&) {},
     /* writeAlert */ [](AlertInfo&, const char*) {},
+    /* writeAlertDocument */ [](AlertInfo&, const char*) {},
     /* logFailedAssert */ [](AssertionFailure&) {},
     /* reportFatalError */ [](Error&) { return std::string(); },
     /* useFaultAdapter */ [] {},

@@ -36,6 +36,9 @@ struct Hooks {
   /// Writes the alert as one XML element to standard error. Never throws.
   void (*writeAlert)(AlertInfo& alert, const char* circumstance);
 
+  /// The same as a whole XML document. Never throws.
+  void (*writeAlertDocument)(AlertInfo& alert, const char* circumstance);
+
   /// Receives the failed asserts that hosts want in the log.
   void (*logFailedAssert)(AssertionFailure& failure);
 

@@ -8,6 +8,11 @@ namespace Oxa::Core::Platform {
 /// after this one has ended (as thread ids are). Allocates nothing.
 unsigned long ThreadSerial() noexcept;
 
+/// Flags that are each thread's own and start out false. They allocate nothing and need no clean-up.
+enum class EThreadFlag : unsigned { eTELLING_FAILURE = 1 };
+bool HasThreadFlag(EThreadFlag flag) noexcept;
+void SetThreadFlag(EThreadFlag flag, bool value) noexcept;
+
 /// Calls `routine` when the library is unloaded or the process exits, before every object of the library that
 /// was built earlier than this call dies. False if it can't be registered.
 bool CallAtUnload(void (*routine)()) noexcept;

@@ -16,6 +16,7 @@ std::atomic<void (*)()> s_lastRoutine{nullptr};
 
 // Initial-exec: no allocation at the first touch on a thread, and nothing to destroy at its end.
 [[gnu::tls_model("initial-exec")]] thread_local unsigned long t_ulSerial = 0;
+[[gnu::tls_model("initial-exec")]] thread_local unsigned t_uFlags = 0;
 
 void WriteToStandardError(const char* text) noexcept {
   for (std::size_t left = std::strlen(text); left > 0;) {
@@ -37,6 +38,13 @@ void WriteToStandardError(const char* text) noexcept {
 unsigned long ThreadSerial() noexcept {
   if (t_ulSerial == 0) t_ulSerial = s_ulLastSerial.fetch_add(1, std::memory_order_relaxed) + 1;
   return t_ulSerial;
+}
+
+bool HasThreadFlag(EThreadFlag flag) noexcept { return (t_uFlags & static_cast<unsigned>(flag)) != 0; }
+
+void SetThreadFlag(EThreadFlag flag, bool value) noexcept {
+  const unsigned bit = static_cast<unsigned>(flag);
+  t_uFlags = value ? t_uFlags | bit : t_uFlags & ~bit;
 }
 
 bool CallAtUnload(void (*routine)()) noexcept { return std::atexit(routine) == 0; }

@@ -1,0 +1,26 @@
+// How the raise of an alert reaches the alert manager.
+#ifndef OXACORE_ERRORHANDLING_ALERTMANAGERHOOKS_H
+#define OXACORE_ERRORHANDLING_ALERTMANAGERHOOKS_H
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+
+#include "ErrorHandling/Hooks.h"
+
+namespace Oxa::Core {
+
+/// The entries of Hooks that are the alert manager's and the raw channel's. Each looks for the manager at
+/// every call and does nothing without one.
+struct AlertHooks {
+  static void Connect(Hooks& hooks) noexcept;
+
+ private:
+  static void TellErrorRaised(Error& error);
+  static void TellErrorHandled(Error& error);
+  static bool SettleInPlace(Error& error);
+  static bool MayWarn(const std::string& className);
+  static void TellWarningRaised(Warning& warning);
+};
+
+}  // namespace Oxa::Core
+
+#endif

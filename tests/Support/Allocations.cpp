@@ -1,0 +1,30 @@
+#include "Support/Allocations.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace TestSupport {
+
+namespace {
+
+thread_local Allocations t_allocations;
+
+void* Allocate(std::size_t size) {
+  if (++t_allocations.m_ulCount == t_allocations.m_ulFailing) throw std::bad_alloc();
+  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+Allocations& ThreadAllocations() noexcept { return t_allocations; }
+
+}  // namespace TestSupport
+
+void* operator new(std::size_t size) { return TestSupport::Allocate(size); }
+void* operator new[](std::size_t size) { return TestSupport::Allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }

@@ -1,0 +1,32 @@
+// Counts allocations, and lets one of them fail. A test program that uses this compiles Allocations.cpp too,
+// which replaces its operator new, for the library as well.
+#ifndef OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
+#define OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
+
+namespace TestSupport {
+
+/// This thread's allocations so far, and the number of the one that fails (0: none).
+struct Allocations {
+  unsigned long m_ulCount = 0;
+  unsigned long m_ulFailing = 0;
+};
+
+Allocations& ThreadAllocations() noexcept;
+
+/// Makes the `number`th allocation of this thread from now on fail, once, until the end of the scope.
+class FailAllocation {
+ public:
+  explicit FailAllocation(unsigned long number) {
+    ThreadAllocations().m_ulFailing = ThreadAllocations().m_ulCount + number;
+  }
+  FailAllocation(const FailAllocation&) = delete;
+  FailAllocation& operator=(const FailAllocation&) = delete;
+  ~FailAllocation() { ThreadAllocations().m_ulFailing = 0; }
+
+  /// Whether that allocation has come.
+  bool Happened() const { return ThreadAllocations().m_ulCount >= ThreadAllocations().m_ulFailing; }
+};
+
+}  // namespace TestSupport
+
+#endif
