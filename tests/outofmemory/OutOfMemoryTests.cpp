@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Warning.h>
+#include <Infrastructure/OxaCore/XMLFormatter.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <gtest/gtest.h>
