@@ -89,7 +89,7 @@ TEST(Life, RaiseAfterTheUnloadRoutineGoesToStandardErrorAndReturns) {
   EXPECT_EQ("early raise threw: 1\nlate raise threw: 0\n", result.m_sOutput);
   EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Error Raised During OxaCore Shutdown</Circumstance>"));
   EXPECT_EQ(1, Count(result.m_sError, "<Message>a late &lt;error&gt;</Message>"));
-  EXPECT_EQ(1, Count(result.m_sError, "<LogName>Test.Plugin</LogName>"));
+  EXPECT_EQ(2, Count(result.m_sError, "<LogName>Test.Plugin</LogName>"));
   EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Warning During OxaCore Shutdown</Circumstance>"));
   EXPECT_EQ(1, Count(result.m_sError, "<Message>a late warning</Message>"));
   EXPECT_EQ(0, Count(result.m_sError, "<ProcessName>"));
