@@ -14,12 +14,6 @@
 #include <type_traits>
 #include <vector>
 
-// Requests that no machine can meet are part of these tests: they are to fail like anywhere else.
-extern "C" const char* __asan_default_options();
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
-extern "C" const char* __tsan_default_options();
-extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
-
 namespace Oxa::Core {
 
 namespace {
