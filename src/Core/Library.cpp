@@ -13,6 +13,7 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
+#include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/Time.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
@@ -119,6 +120,7 @@ class Globals : public ManagedGlobals {
  public:
   Globals() {
     SetLibraryGlobals(this);
+    Add<System>("System");
     Add<AlertManager>("AlertManager");
   }
   ~Globals() override {

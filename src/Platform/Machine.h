@@ -12,7 +12,7 @@ namespace Oxa::Core::Platform {
 /// The id of the calling process: in a forked child the child's own.
 unsigned long ProcessId() noexcept;
 
-/// The whole path of the running program's file, in the system's own spelling, however long it is.
+/// The whole path of the running program's file, however long it is, with "/" between the folders.
 int ExecutablePath(std::string& path) noexcept;
 
 /// The machine's name in the network, whole.

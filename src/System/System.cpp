@@ -1,0 +1,108 @@
+#include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/System.h>
+
+#include "Core/LibraryGlobals.h"
+#include "Platform/Machine.h"
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sGLOBAL_NAME = "System";
+const char* const sPRODUCT_NAME = "OxaCore";
+const char* const sPRODUCT_VERSION = "2.1.6";
+const char* const sUNKNOWN_PROCESS = "Unknown";
+const char* const sUNKNOWN_PATH = "./";
+constexpr std::size_t uBUCKETS = 8;
+
+std::string ToText(unsigned long id) { return std::to_string(static_cast<unsigned int>(id)); }
+
+}  // namespace
+
+System::System()
+    : m_sProductName(sPRODUCT_NAME), m_sProductVersion(sPRODUCT_VERSION), m_threadNames(uBUCKETS) {
+  FindExecutable();
+  Platform::OperatingSystemName(m_sOsName);
+  Platform::HostName(m_sHostName);
+}
+
+System::~System() = default;
+
+void System::FindExecutable() {
+  std::string path;
+  Platform::ExecutablePath(path);
+  const std::size_t leaf = path.rfind('/') + 1;  // 0 without a separator
+  m_sProcessPath = leaf == 0 ? sUNKNOWN_PATH : path.substr(0, leaf);
+  m_sProcessName = leaf == path.size() ? sUNKNOWN_PROCESS : path.substr(leaf);
+}
+
+System* System::Instance() { return FindLibraryGlobal<System>(sGLOBAL_NAME); }
+
+// --- What doesn't change
+
+void System::GetProductName(std::string& name) const { name = m_sProductName; }
+
+void System::GetProductVersion(std::string& version) const { version = m_sProductVersion; }
+
+void System::GetHostName(std::string& name) const { name = m_sHostName; }
+
+void System::GetOsName(std::string& name) const { name = m_sOsName; }
+
+unsigned long System::GetProcessId() const { return Platform::ProcessId(); }
+
+void System::GetProcessId(std::string& id) const { id = ToText(GetProcessId()); }
+
+unsigned long System::GetCurrentThreadId() const { return Platform::CurrentThreadId(); }
+
+void System::GetCurrentThreadId(std::string& id) const { id = ToText(GetCurrentThreadId()); }
+
+unsigned long System::GetNumProcessors() const { return Platform::NumberOfProcessors(); }
+
+// --- The process
+
+void System::GetProcessName(std::string& name) const {
+  const ReaderLock lock(m_mutex);
+  name = m_sProcessName;
+}
+
+void System::SetProcessName(const std::string& name) {
+  const WriterLock lock(m_mutex);
+  m_sProcessName = name;
+}
+
+void System::GetProcessPath(std::string& path) const {
+  const ReaderLock lock(m_mutex);
+  path = m_sProcessPath;
+}
+
+void System::SetProcessPath(const std::string& path) {
+  const WriterLock lock(m_mutex);
+  m_sProcessPath = path;
+}
+
+// --- Threads
+
+void System::GetCurrentThreadName(std::string& name) const {
+  const unsigned long id = GetCurrentThreadId();
+  const ReaderLock lock(m_mutex);
+  const auto entry = m_threadNames.find(id);
+  if (entry == m_threadNames.end())
+    name.clear();
+  else
+    name = entry->second;
+}
+
+void System::SetCurrentThreadName(const std::string& name) {
+  const unsigned long id = GetCurrentThreadId();
+  const WriterLock lock(m_mutex);
+  const auto entry = m_threadNames.find(id);
+  if (entry != m_threadNames.end()) {
+    entry->second = name;
+    return;
+  }
+  const auto result = m_threadNames.emplace(id, name);
+  OXA_ASSERT(result.second == true);
+}
+
+}  // namespace Oxa::Core
