@@ -1,0 +1,46 @@
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "Platform/Threads.h"
+
+namespace Platform = Oxa::Core::Platform;
+
+TEST(ThreadIdOnLinux, IsTheKernels) {
+  EXPECT_EQ(static_cast<unsigned long>(syscall(SYS_gettid)), Platform::CurrentThreadId());
+  std::thread([] {
+    EXPECT_EQ(static_cast<unsigned long>(syscall(SYS_gettid)), Platform::CurrentThreadId());
+  }).join();
+}
+
+TEST(ThreadIdOnLinux, AForkedChildHasItsOwn) {
+  const unsigned long parent = Platform::CurrentThreadId();
+  const pid_t child = fork();
+  if (child == 0) {
+    const unsigned long own = Platform::CurrentThreadId();
+    _exit(own != parent && own == static_cast<unsigned long>(getpid()) ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_EQ(0, status);
+  EXPECT_EQ(parent, Platform::CurrentThreadId());
+}
+
+// A fork while others hold and wait: what the forking thread itself doesn't hold is stuck, all else works.
+TEST(ThreadIdOnLinux, LocksWorkInAForkedChild) {
+  Platform::ReentrantLock lock;
+  lock.Lock();
+  lock.Unlock();
+  const pid_t child = fork();
+  if (child == 0) {
+    lock.Lock();
+    const bool works = lock.IsOwner() && lock.TryLock();
+    _exit(works ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_EQ(0, status);
+}

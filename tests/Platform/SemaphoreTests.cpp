@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "Platform/Threads.h"
+#include "Support/Eventually.h"
+
+namespace Platform = Oxa::Core::Platform;
+using Platform::CountingSemaphore;
+using Platform::Deadline;
+using Platform::EWaitEnd;
+using TestSupport::MillisecondsOf;
+
+namespace {
+
+struct Destroy {
+  void operator()(CountingSemaphore* semaphore) const { CountingSemaphore::Destroy(semaphore); }
+};
+using Owned = std::unique_ptr<CountingSemaphore, Destroy>;
+
+Owned Make(std::uint32_t initial) {
+  int code = -1;
+  Owned semaphore(CountingSemaphore::Create(initial, code));
+  EXPECT_EQ(0, code);
+  return semaphore;
+}
+
+EWaitEnd WaitFor(CountingSemaphore& semaphore, long long milliseconds) {
+  return semaphore.Wait(Deadline::InMilliseconds(milliseconds)).m_eEnd;
+}
+
+}  // namespace
+
+TEST(CountingSemaphore, CountsDownToZeroAndNoFurther) {
+  const Owned semaphore = Make(2);
+  EXPECT_TRUE(semaphore->TryTake());
+  EXPECT_EQ(EWaitEnd::eSIGNALLED, WaitFor(*semaphore, 0));
+  EXPECT_FALSE(semaphore->TryTake());
+  EXPECT_EQ(EWaitEnd::eTIMEOUT, WaitFor(*semaphore, 0));
+  EXPECT_EQ(0u, semaphore->Value());
+}
+
+TEST(CountingSemaphore, WaitRunsOutOfTime) {
+  const Owned semaphore = Make(0);
+  EWaitEnd end{};
+  EXPECT_GE(MillisecondsOf([&] { end = WaitFor(*semaphore, 50); }), 50);
+  EXPECT_EQ(EWaitEnd::eTIMEOUT, end);
+  EXPECT_EQ(0, semaphore->Post(1));
+  EXPECT_EQ(EWaitEnd::eSIGNALLED, WaitFor(*semaphore, 0));
+}
+
+TEST(CountingSemaphore, AboveTheMaximumThereIsNone) {
+  int code = 0;
+  EXPECT_EQ(nullptr, CountingSemaphore::Create(0x80000000u, code));
+  EXPECT_NE(0, code);
+}
+
+TEST(CountingSemaphore, WhatWouldPassTheMaximumIsNotAdded) {
+  const Owned semaphore = Make(CountingSemaphore::iMAXIMUM - 1);
+  EXPECT_NE(0, semaphore->Post(2));
+  EXPECT_NE(0, semaphore->Post(0xFFFFFFFFu));
+  EXPECT_EQ(CountingSemaphore::iMAXIMUM - 1, semaphore->Value());
+  EXPECT_EQ(0, semaphore->Post(1));
+  EXPECT_EQ(CountingSemaphore::iMAXIMUM, semaphore->Value());
+  EXPECT_NE(0, semaphore->Post(1));
+  EXPECT_TRUE(semaphore->TryTake());
+  EXPECT_EQ(0, semaphore->Post(1));
+}
+
+TEST(CountingSemaphore, OnePostWakesAsManyAsItAdds) {
+  const Owned semaphore = Make(0);
+  std::atomic<int> through{0};
+  std::vector<std::thread> waiters;
+  for (int waiter = 0; waiter < 5; ++waiter)
+    waiters.emplace_back([&] {
+      semaphore->Wait(Deadline::Never());
+      ++through;
+    });
+  semaphore->Post(3);
+  EXPECT_TRUE(TestSupport::Eventually([&] { return through == 3; }));
+  semaphore->Post(2);
+  for (auto& waiter : waiters) waiter.join();
+  EXPECT_EQ(0u, semaphore->Value());
+}
+
+// What was posted was taken or is still there, with waits that run out in between.
+TEST(CountingSemaphore, NothingIsLostOrInventedUnderContention) {
+  constexpr int posts = 100000;
+  const Owned semaphore = Make(0);
+  std::atomic<int> taken{0}, posting{2};
+  std::vector<std::thread> workers;
+  for (int poster = 0; poster < 2; ++poster)
+    workers.emplace_back([&] {
+      for (int post = 0; post < posts; ++post) semaphore->Post(1);
+      --posting;
+    });
+  for (int taker = 0; taker < 3; ++taker)
+    workers.emplace_back([&] {
+      while (posting > 0 || semaphore->Value() > 0)
+        if (semaphore->Wait(Deadline::In(20000)).m_eEnd == EWaitEnd::eSIGNALLED) ++taken;
+    });
+  for (auto& worker : workers) worker.join();
+  EXPECT_EQ(2 * posts, taken);
+  EXPECT_EQ(0u, semaphore->Value());
+}
