@@ -29,7 +29,6 @@ TEST(ThreadIdOnLinux, AForkedChildHasItsOwn) {
   EXPECT_EQ(parent, Platform::CurrentThreadId());
 }
 
-// A fork while others hold and wait: what the forking thread itself doesn't hold is stuck, all else works.
 TEST(ThreadIdOnLinux, LocksWorkInAForkedChild) {
   Platform::ReentrantLock lock;
   lock.Lock();

@@ -1,0 +1,98 @@
+// What conditions and semaphores do when the system has nothing for them.
+#include <Infrastructure/OxaCore/Condition.h>
+#include <Infrastructure/OxaCore/Semaphore.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+
+using namespace Oxa::Core;
+
+namespace {
+
+std::atomic<int> s_iUntilFailure{0};  // the failing one of the allocations to come that may fail; 0: none
+
+const std::string sNO_OBJECT = std::strerror(EINVAL);
+
+template <class Object, class Argument>
+std::string ToldOfMaking(std::unique_ptr<Object>& object, int failing, Argument argument) {
+  testing::internal::CaptureStderr();
+  void* const room = std::malloc(sizeof(Object));
+  s_iUntilFailure = failing;
+  object.reset(::new (room) Object(argument));
+  s_iUntilFailure = 0;
+  return testing::internal::GetCapturedStderr();
+}
+
+std::string RaisedBy(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const OSError& error) {
+    return error.GetData(AlertInfo::sMESSAGE);
+  }
+  return "nothing";
+}
+
+bool Tells(const std::string& told, const std::string& assertion) {
+  return told.find("): Failed Assertion(" + assertion + ")") != std::string::npos;
+}
+
+constexpr const char* sHANDLES[] = {"0 != m_hConditionSignal", "0 != m_hBroadcastCompleteSignal",
+                                    "0 != m_hMutex"};
+
+}  // namespace
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (s_iUntilFailure > 0 && --s_iUntilFailure == 0) return nullptr;
+  return std::malloc(size);
+}
+void* operator new(std::size_t size) {
+  if (void* const memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
+TEST(NoMemory, EachHandleOfAConditionHasItsAssertion) {
+  for (int failing = 0; failing < 3; ++failing) {
+    std::unique_ptr<Condition> condition;
+    const std::string told = ToldOfMaking(condition, failing + 1, true);
+    for (int handle = 0; handle < 3; ++handle)
+      EXPECT_EQ(handle == failing, Tells(told, sHANDLES[handle])) << told;
+  }
+}
+
+TEST(NoMemory, AConditionWithoutALockRaises) {
+  std::unique_ptr<Condition> condition;
+  ToldOfMaking(condition, 3, true);
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->Lock(); }));
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->TryLock(); }));
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->Wait(); }));
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->TimedWait(Elapse(1)); }));
+  EXPECT_NO_THROW(condition->Unlock());
+  EXPECT_NO_THROW(condition->Notify());
+}
+
+TEST(NoMemory, AConditionWithoutASignalRaisesWhenWaitedOn) {
+  std::unique_ptr<Condition> condition;
+  ToldOfMaking(condition, 1, true);
+  condition->Lock();
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->Wait(); }));
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { condition->TimedWait(Elapse(1)); }));
+  EXPECT_NO_THROW(condition->Signal());
+}
+
+TEST(NoMemory, ASemaphoreHasItsAssertion) {
+  std::unique_ptr<Semaphore> semaphore;
+  EXPECT_TRUE(Tells(ToldOfMaking(semaphore, 1, 2u), "0 != m_hSemaphore"));
+  EXPECT_EQ(2u, semaphore->GetCount());
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { semaphore->Wait(); }));
+}
