@@ -155,12 +155,13 @@ TEST(ConditionStress, EveryBroadcastCompletesAndReachesAllThatWait) {
   Crowd crowd;
   crowd.Add(faithful, [&](Random&) {
     const Lock lock(condition);
-    const long long seen = generation;
+    thread_local long long seen = 0;
     while (generation == seen && !over) {
       condition.Wait();
       guarded.Visit();
     }
     if (generation != seen) ++answers;
+    seen = generation;
   });
   crowd.Add(3, [&](Random& random) {
     const Lock lock(condition);

@@ -49,17 +49,17 @@ constexpr const char* sHANDLES[] = {"0 != m_hConditionSignal", "0 != m_hBroadcas
 
 }  // namespace
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (s_iUntilFailure > 0 && --s_iUntilFailure == 0) return nullptr;
   return std::malloc(size);
 }
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
   if (void* const memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
 TEST(NoMemory, EachHandleOfAConditionHasItsAssertion) {
   for (int failing = 0; failing < 3; ++failing) {
