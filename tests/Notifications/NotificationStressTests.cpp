@@ -38,6 +38,16 @@ class Tick : public Notification {
   }
 };
 
+// As a subclass has to that others may remove on another thread: it leaves before it changes.
+class LeavingCounter : public Counter {
+ public:
+  explicit LeavingCounter(NotificationSupport& source) : m_source(source) {}
+  ~LeavingCounter() override { m_source.RemoveListener(*this); }
+
+ private:
+  NotificationSupport& m_source;
+};
+
 // Runs every job over and over, each on a thread of its own, with the thread's random source.
 void RunTogether(const std::vector<std::function<void(std::minstd_rand&)>>& jobs) {
   const auto end = std::chrono::steady_clock::now() + DURATION;
@@ -82,16 +92,17 @@ TEST(NotificationStress, ListenersComeAndGoDuringBroadcasts) {
   EXPECT_GT(broadcasts, 0);
 }
 
-// Sources and listeners die on different threads at once, whichever is first.
+// Sources and listeners die on different threads at once, whichever is first. The listeners are of the base
+// class: the vtable of a subclass changes at its death, which others may not see happen.
 TEST(NotificationStress, SourcesAndListenersDieAtOnce) {
   const auto end = std::chrono::steady_clock::now() + DURATION;
   long rounds = 0;
   for (; std::chrono::steady_clock::now() < end; ++rounds) {
     std::vector<std::unique_ptr<NotificationSupport>> sources;
-    std::vector<std::unique_ptr<Counter>> listeners;
+    std::vector<std::unique_ptr<NotificationListener>> listeners;
     for (int i = 0; i < 8; ++i) {
       sources.push_back(std::make_unique<NotificationSupport>(eFIRST));
-      listeners.push_back(std::make_unique<Counter>());
+      listeners.push_back(std::make_unique<NotificationListener>());
     }
     for (auto& source : sources) {
       for (auto& listener : listeners) source->AddListener(*listener);
@@ -114,10 +125,14 @@ TEST(NotificationStress, EverybodyIsRemovedWhileListenersDie) {
   NotificationSupport support(eFIRST);
   const auto removeAll = [&](std::minstd_rand&) { support.RemoveAllListeners(); };
   const auto liveShortly = [&](std::minstd_rand&) {
-    Counter counter;
+    NotificationListener listener;
+    support.AddListener(listener);
+  };
+  const auto leaveAndDie = [&](std::minstd_rand&) {
+    LeavingCounter counter(support);
     support.AddListener(counter);
   };
-  RunTogether({removeAll, liveShortly, liveShortly, liveShortly});
+  RunTogether({removeAll, liveShortly, liveShortly, leaveAndDie, leaveAndDie});
   EXPECT_FALSE(support.HasListeners());
 }
 

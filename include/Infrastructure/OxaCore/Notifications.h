@@ -57,7 +57,8 @@ class OXACORE_API IOxaNotificationListener {
 };
 
 /// Base of everything that wants to hear. Its death removes it from every support that it hears.
-/// A subclass that must stop hearing before its own members die removes itself in its own destructor.
+/// A subclass that must stop hearing before its own members die removes itself in its own destructor; so does
+/// one that another thread may remove, or whose source may die, in the same moment.
 class OXACORE_API NotificationListener : public IOxaNotificationListener {
  public:
   NotificationListener();
