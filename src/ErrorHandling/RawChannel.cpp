@@ -38,7 +38,6 @@ void Write(Compose compose, AlertInfo& alert, const char* circumstance) {
     const std::ios_base::Init streams;  // the first static object of a process may be what calls
     std::ostringstream text;
     compose(text, alert, circumstance);
-    text << '\n';
     std::cerr << text.str() << std::flush;
   } catch (...) {
     Platform::LetCancellationPass();
