@@ -5,6 +5,8 @@
 #include <Infrastructure/OxaCore/Singleton.h>
 
 #include <iostream>
+#include <limits>
+#include <locale>
 
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
@@ -56,10 +58,23 @@ void DestroySingletons() {
   }
 }
 
+// The standard library fills the character tables of its first locale when they are first asked for, without a
+// lock. The messages of alerts are formatted on any thread: the tables are to be there before any thread is.
+void FillCharacterTables() {
+  using Characters = std::ctype<char>;
+  const Characters& characters = std::use_facet<Characters>(std::locale::classic());
+  for (int code = 0; code <= std::numeric_limits<unsigned char>::max(); ++code) {
+    const char character = static_cast<char>(code);
+    characters.widen(character);
+    characters.narrow(character, '\0');
+  }
+}
+
 }  // namespace
 
 void BeginLife() {
   s_ulLoadedBy = Platform::ProcessId();
+  FillCharacterTables();
   ConnectHooks();
 }
 
