@@ -1,0 +1,33 @@
+// Reads a whole plan: one series a line.
+#ifndef STATION_PLAN_H
+#define STATION_PLAN_H
+
+#include <string>
+#include <vector>
+
+#include "PlanLine.h"
+
+namespace Station {
+
+/// What is to be measured, and what of the plan could not be read.
+struct Plan {
+  std::vector<Series> m_series;
+  std::vector<std::string> m_refusals;  ///< per refused line its place and what is wrong with it
+};
+
+/// Reads the plan in `text`. A line that can't be read is refused, and the next one is read: each refusal has
+/// been an InvalidParameter, forwarded from the field to the line to the plan. `name` is what refusals call
+/// the plan.
+Plan ReadPlan(const std::string& name, const std::string& text);
+
+/// The text of the file `file`. Raises PlanUnreadable if there is none, if it is a folder, or if it is longer
+/// than a plan can sensibly be; empty where that returns.
+std::string ReadPlanFile(const std::string& file);
+
+/// The plan that is built into the program, and what it is called.
+extern const char* const sDEFAULT_PLAN_NAME;
+std::string DefaultPlan();
+
+}  // namespace Station
+
+#endif

@@ -1,0 +1,34 @@
+// Reads the single fields of a line of a plan.
+//
+// Failures: each function raises an InvalidParameter that names the field and shows its text with the reason.
+// Where that raise returns, because the process is about to end, the result is 0.
+#ifndef STATION_PLANFIELD_H
+#define STATION_PLANFIELD_H
+
+#include <Infrastructure/OxaCore/Time.h>
+
+#include <string>
+
+namespace Station {
+
+/// The names of the fields, as messages show them.
+extern const char* const sNAME_FIELD;
+extern const char* const sINTERVAL_FIELD;
+extern const char* const sCOUNT_FIELD;
+extern const char* const sTOLERANCE_FIELD;
+
+/// Up to 20 letters, digits, '-', '_' and '.'; gives `text`.
+std::string ReadName(const std::string& text);
+
+/// More than 0 and at most 10 s, as in "500us". Units are ns, us, ms and s.
+Oxa::Core::Elapse ReadInterval(const std::string& text);
+
+/// 1 to 1000000.
+unsigned long ReadCount(const std::string& text);
+
+/// 0 or more; a unit is needed here too.
+Oxa::Core::Elapse ReadTolerance(const std::string& text);
+
+}  // namespace Station
+
+#endif

@@ -1,0 +1,61 @@
+// Takes the samples of one series, and settles on the spot that one of them was missed.
+//
+// Samples stand in a fixed rhythm: each is due one interval after the one before it. A sample whose time has
+// passed before its turn comes, because the system woke the sleeper too late, can't be taken: that is raised
+// as a SampleMissed, in place. RetryMissedSample, a handler, settles it by making a new appointment; without
+// a handler, or when it declines, the error is thrown.
+#ifndef STATION_SAMPLER_H
+#define STATION_SAMPLER_H
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/Time.h>
+
+#include <optional>
+#include <string>
+
+#include "Clock.h"
+#include "PlanLine.h"
+
+namespace Station {
+
+/// One thread; `clock` and `series` must outlive it.
+class Sampler {
+ public:
+  Sampler(Clock& clock, const Series& series) : m_clock(clock), m_series(series) {}
+
+  /// Sleeps until the next sample is due, and gives by how much the wake-up was late. Nothing if the user
+  /// wants the program to end, or if a missed sample was neither settled nor thrown. Raises SampleMissed.
+  std::optional<Oxa::Core::Elapse> TakeSample();
+
+  /// Forgets the rhythm: the next sample will be due one interval after it is asked for.
+  void StartAnew() { m_nextDue.reset(); }
+
+ private:
+  bool IsOvertaken();
+
+  Clock& m_clock;
+  const Series& m_series;
+  std::optional<Oxa::Core::Elapse> m_nextDue;  // nothing: no rhythm yet
+  unsigned long m_ulSample = 0;                // the one in hand, from 1
+};
+
+/// Settles a SampleMissed, up to a number of times.
+class RetryMissedSample : public Oxa::Core::ErrorHandler {
+ public:
+  /// `sampler` must outlive the handler's registration.
+  RetryMissedSample(Sampler& sampler, unsigned long limit) : m_sampler(sampler), m_ulLimit(limit) {}
+
+  /// Has the sample retried; false, which lets the error be thrown, once the limit is reached.
+  bool Handle(Oxa::Core::Error& error) override;
+
+  unsigned long GetRetries() const { return m_ulRetries; }
+
+ private:
+  Sampler& m_sampler;
+  unsigned long m_ulLimit;
+  unsigned long m_ulRetries = 0;
+};
+
+}  // namespace Station
+
+#endif

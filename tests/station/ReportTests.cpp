@@ -1,0 +1,69 @@
+#include "Report.h"
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/RaiseSite.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "FakeClock.h"
+#include "StationAlerts.h"
+
+namespace {
+
+using Oxa::Core::AlertManager;
+using Oxa::Core::InvalidParameter;
+using Station::Measurement;
+using Station::Plan;
+using Station::SampleLate;
+using StationTests::Elapse;
+using StationTests::Micro;
+
+Measurement Measured(const std::string& name, const std::vector<Elapse>& latenesses, unsigned long late,
+                     unsigned long retries) {
+  Measurement measurement;
+  measurement.m_series.m_sName = name;
+  measurement.m_latenesses = latenesses;
+  measurement.m_ulLate = late;
+  measurement.m_ulRetries = retries;
+  return measurement;
+}
+
+TEST(Report, HasARowPerSeries) {
+  std::ostringstream out;
+  Station::WriteTable(
+      out, {Measured("fast", {Micro(3), Elapse(12, Elapse::TimerTicks), Micro(2), Micro(1234567)}, 1, 0),
+            Measured("none", {}, 0, 0)});
+  EXPECT_EQ(
+      "\n"
+      "How late the system wakes a sleeper, in microseconds:\n"
+      "\n"
+      "series                   count     least    median      99 %  greatest  too late\n"
+      "fast                         4       1.2       2.0 1234567.0 1234567.0         1\n"
+      "none                         0         -         -         -         -         0\n",
+      out.str());
+}
+
+TEST(Report, CountsAlerts) {
+  AlertManager::Instance()->SetMaxWarnings(typeid(SampleLate).name(), 2, true);
+  for (int i = 0; i < 5; ++i) OXA_RAISE_WARNING("Test", SampleLate(1, "a", Micro(2), Micro(1)));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_THROW(OXA_RAISE_ERROR("Test", InvalidParameter("x", i)), InvalidParameter);
+  }
+  Plan plan;
+  plan.m_refusals = {"one", "two"};
+  std::ostringstream out;
+  Station::WriteAlertCounts(out, plan, {Measured("a", {}, 0, 4), Measured("b", {}, 0, 3)}, "out/alerts.xml");
+  EXPECT_EQ(
+      "\n"
+      "Lines refused:      2\n"
+      "Samples retried:    7\n"
+      "Errors survived:    3\n"
+      "Warnings raised:    2\n"
+      "Warnings silenced:  3\n"
+      "Alerts:             out/alerts.xml\n",
+      out.str());
+}
+
+}  // namespace
