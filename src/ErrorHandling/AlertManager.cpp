@@ -1,5 +1,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 
+#include <Infrastructure/OxaCore/System.h>
+
 #include <typeinfo>
 
 #include "Core/LibraryGlobals.h"
@@ -67,6 +69,7 @@ AlertManager::AlertManager()
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->Add<CurrentErrors>(sCURRENT_ERRORS);
   // First in a list that is served last-added-first: the records are kept after everybody else has heard.
   m_support.AddListener(*this);
+  if (const System* const system = System::Instance()) system->GetProcessPath(m_sFatalErrorBasePath);
   AlertManager* none = nullptr;
   s_manager.compare_exchange_strong(none, this);
 }

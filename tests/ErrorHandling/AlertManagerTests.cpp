@@ -1,5 +1,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 
+#include <Infrastructure/OxaCore/System.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -165,6 +167,13 @@ TEST(AlertManager, WarningOfAFailedBroadcastHasItsText) {
   const ErrorDuringAlertNotification warning("reason");
   EXPECT_EQ("Error occurred during an alert notification:\nreason", warning.GetData(AlertInfo::sMESSAGE));
   EXPECT_EQ(AlertInfo::eWARNING, warning.GetSeverity());
+}
+
+TEST(AlertManager, FatalReportsGoToTheProgramsFolderAtFirst) {
+  std::string folder;
+  System::Instance()->GetProcessPath(folder);
+  EXPECT_FALSE(folder.empty());
+  EXPECT_EQ(folder, AlertManager::Instance()->GetFatalErrorBasePath());
 }
 
 TEST(AlertManager, DumpPolicyIsReferencedMemoryAtFirst) {

@@ -2,12 +2,15 @@
 //   cycles LIBRARY COUNT     loads, uses and unloads the library over and over
 //   late PLUGIN              raises from an object that was built before the library was loaded
 //   unload PLUGIN            raises, unloads, and ends
+//   terminate-loaded LIBRARY     ends by std::terminate, with a handler of its own and the library loaded
+//   terminate-unloaded LIBRARY   the same after the library was unloaded again
 #include <dlfcn.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <string>
 
@@ -72,12 +75,26 @@ int Cycle(const char* name, int count) {
   return 0;
 }
 
+[[noreturn]] void OwnHandler() {
+  std::puts("the host's own handler");
+  std::fflush(stdout);
+  ::_exit(7);
+}
+
+[[noreturn]] void Terminate(const char* name, bool unload) {
+  std::set_terminate(&OwnHandler);
+  void* const library = Load(name);
+  if (unload && ::dlclose(library) != 0) Fail("unload");
+  std::terminate();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
   const std::string scenario = argv[1];
   if (scenario == "cycles") return Cycle(argv[2], std::atoi(argv[3]));
+  if (scenario.rfind("terminate-", 0) == 0) Terminate(argv[2], scenario == "terminate-unloaded");
   void* const plugin = Load(argv[2]);
   const auto raise = Find<RaiseFunction>(plugin, "RaiseFromPlugin");
   std::printf("early raise threw: %d\n", raise("early"));
