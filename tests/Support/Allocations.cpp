@@ -16,15 +16,32 @@ void* Allocate(std::size_t size) {
   throw std::bad_alloc();
 }
 
+void* AllocateOrNull(std::size_t size) noexcept {
+  try {
+    return Allocate(size);
+  } catch (std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 
 Allocations& ThreadAllocations() noexcept { return t_allocations; }
 
 }  // namespace TestSupport
 
+// All forms, or a sanitizer's own take the rest and miss their counterparts.
 void* operator new(std::size_t size) { return TestSupport::Allocate(size); }
 void* operator new[](std::size_t size) { return TestSupport::Allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return TestSupport::AllocateOrNull(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return TestSupport::AllocateOrNull(size);
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
