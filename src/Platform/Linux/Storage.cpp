@@ -1,10 +1,13 @@
 #include "Platform/Storage.h"
 
+#include <cxxabi.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
+
+// The identity of the library that this file is linked into; every one has its own.
+extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;
 
 namespace Oxa::Core::Platform {
 
@@ -47,7 +50,12 @@ void SetThreadFlag(EThreadFlag flag, bool value) noexcept {
   t_uFlags = value ? t_uFlags | bit : t_uFlags & ~bit;
 }
 
-bool CallAtUnload(void (*routine)()) noexcept { return std::atexit(routine) == 0; }
+// What atexit does, with the library named outright: the thread sanitizer puts an atexit of its own in its
+// place, which forgets whose routine it is and calls it when the library has been unmapped long since.
+bool CallAtUnload(void (*routine)()) noexcept {
+  const auto call = [](void* what) { reinterpret_cast<void (*)()>(what)(); };
+  return abi::__cxa_atexit(call, reinterpret_cast<void*>(routine), &__dso_handle) == 0;
+}
 
 void CallAtVeryEnd(void (*routine)()) noexcept { s_lastRoutine.store(routine); }
 
