@@ -28,8 +28,9 @@ ManagedGlobals::~ManagedGlobals() { DestroyAll(); }
 
 void ManagedGlobals::Insert(const Entry& entry) {
   const Oxa::Core::Lock lock(m_mutex);
+  GlobalEntryBase*& slot = m_entryMap[entry->GetKey()];
   m_entries.push_back(entry);
-  m_entryMap[entry->GetKey()] = entry.get();
+  slot = entry.get();
 }
 
 GlobalEntryBase* ManagedGlobals::Find(const std::string& key) const {

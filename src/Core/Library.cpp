@@ -18,6 +18,7 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <list>
 #include <new>
 #include <string>
@@ -48,6 +49,7 @@ void DestroyTexts() {
 }  // namespace
 
 const std::string& ImmortalText(const char* text) {
+  if (s_uTexts == uMAX_TEXTS) std::abort();  // one more text than the room above was made for
   return *::new (static_cast<void*>(s_texts[s_uTexts++])) std::string(text);
 }
 
@@ -57,7 +59,7 @@ namespace {
 
 }  // namespace
 
-// 1. Keys of contexts and alerts.
+// Keys of contexts and alerts.
 const std::string& g_sNO_TEXT = ImmortalText("");
 
 const std::string& CodeContext::sFILE = ImmortalText("File");
@@ -79,7 +81,7 @@ const std::string& AlertInfo::sLOG_NAME = ImmortalText("LogName");
 const std::string& AlertInfo::sTIME_STAMP = ImmortalText("TimeStamp");
 const std::string& AlertInfo::sTYPE_NAME = ImmortalText("TypeName");
 
-// 2. What XML writing needs.
+// What XML writing needs.
 namespace {
 
 Immortal<XMLAttributeMap<std::string>> s_noAttributes;
@@ -88,7 +90,7 @@ Immortal<XMLAttributeMap<std::string>> s_noAttributes;
 
 const XMLAttributeMap<std::string>& XMLWriter::sEMPTY_MAP = s_noAttributes.Get();
 
-// 4. What dying listeners and sources take, and the registry of singletons: both outlive everything, the static
+// What dying listeners and sources take, and the registry of singletons: both outlive everything, the static
 // objects of hosts included.
 Immortal<Mutex> g_teardownMutex;
 
@@ -102,7 +104,7 @@ Immortal<std::list<ISingletonRegistryEntry*>> s_registry;
 Mutex& SingletonRegistry::m_mutex = s_registryMutex.Get();
 std::list<ISingletonRegistryEntry*>& SingletonRegistry::m_registry = s_registry.Get();
 
-// 5. Threads, time and memory.
+// Threads, time and memory.
 namespace {
 
 [[maybe_unused]] const TimeZoneInfo s_zoneOfLoad;
@@ -113,7 +115,7 @@ Time Time::s_unixEpochBase(1, 1, 1970, Elapse(0, Elapse::Seconds));
 const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);
 const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
 
-// 6. The globals.
+// The globals.
 namespace {
 
 class Globals : public ManagedGlobals {
@@ -133,7 +135,7 @@ Globals s_globals;
 
 }  // namespace
 
-// 7. Categories and data keys of errors.
+// Categories and data keys of errors.
 const std::string& Error::sINHERITANCE = ImmortalText("Inheritance");
 
 const std::string& LogicError::sCATEGORY = ImmortalText("Logic");

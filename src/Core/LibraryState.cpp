@@ -13,9 +13,9 @@ std::atomic<bool> s_bExiting{false};
 
 }  // namespace
 
-bool IsLibraryUnloading() noexcept { return s_bUnloading.load(std::memory_order_relaxed); }
+bool IsLibraryUnloading() noexcept { return s_bUnloading.load(); }
 
-void SetLibraryUnloading() noexcept { s_bUnloading.store(true, std::memory_order_relaxed); }
+void SetLibraryUnloading() noexcept { s_bUnloading.store(true); }
 
 bool IsExitingAfterFatalError() noexcept { return s_bExiting.load(std::memory_order_relaxed); }
 

@@ -10,7 +10,9 @@
 
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "Platform/Faults.h"
 #include "Platform/Machine.h"
 #include "Platform/Storage.h"
 
@@ -54,6 +56,7 @@ void DestroySingletons() {
   try {
     SingletonRegistry::DestroyAllSingletons();
   } catch (...) {
+    Platform::LetCancellationPass();
     // One bad destructor must not keep the other steps of the shut-down from running.
   }
 }
@@ -98,6 +101,7 @@ void UnloadRoutine() {
     Shutdown();
   }
   TheHooks().releaseFaultAdapter();
+  AwaitAlertsInFlight();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
 }
 

@@ -75,7 +75,8 @@ AlertManager::AlertManager()
 }
 
 AlertManager::~AlertManager() {
-  std::set_terminate(m_previousTerminateHandler);
+  // Unless a host has put its own in front meanwhile.
+  if (std::get_terminate() == &OnTerminate) std::set_terminate(m_previousTerminateHandler);
   AlertManager* self = this;
   s_manager.compare_exchange_strong(self, nullptr);
 }

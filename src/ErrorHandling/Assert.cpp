@@ -2,8 +2,11 @@
 
 #include <Infrastructure/OxaCore/CommonErrors.h>
 
-#include "Core/LibraryState.h"
+#include <cstdlib>
+
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "Platform/Faults.h"
 #include "Platform/Storage.h"
 
 namespace Oxa::Core {
@@ -11,23 +14,31 @@ namespace Oxa::Core {
 namespace {
 
 // Assertions can fail while the library loads, before the texts of errors are there.
-void TellDebugger(const char* message, const CodeContext& context) {
-  const std::string line = context.Get(CodeContext::sFILE) + "(" + context.Get(CodeContext::sLINE) +
-                           "): Failed Assertion(" + message + ")\n";
-  Platform::WriteToDebugger(line.c_str());
+// Reports as far as memory allows: an assertion never throws.
+void TellDebugger(const std::string& message, const CodeContext& context) {
+  try {
+    const long line = std::strtol(context.Get(CodeContext::sLINE).c_str(), nullptr, 10);
+    const std::string report = context.Get(CodeContext::sFILE) + "(" + std::to_string(line) +
+                               "): Failed Assertion(" + message + ")\n";
+    Platform::WriteToDebugger(report.c_str());
+  } catch (...) {
+    Platform::LetCancellationPass();
+    Platform::WriteToDebugger(message.c_str());
+  }
 }
 
 }  // namespace
 
 bool AssertFailed(const std::string& message, const CodeContext& context) {
-  TellDebugger(message.c_str(), context);
+  TellDebugger(message, context);
   return false;
 }
 
 bool LogAssertFailed(const std::string& message, const CodeContext& context) {
+  TellDebugger(message, context);
   AssertionFailure failure(message);
-  TellDebugger(failure.what(), context);
-  if (!IsLibraryUnloading()) TheHooks().logFailedAssert(failure);
+  const AlertInFlight flight;
+  if (flight.MayProceed()) TheHooks().logFailedAssert(failure);
   return false;
 }
 

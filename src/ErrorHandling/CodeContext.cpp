@@ -1,8 +1,9 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 
 #include "Core/Immortal.h"
-#include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "Platform/Faults.h"
 
 namespace Oxa::Core {
 
@@ -27,8 +28,10 @@ CodeContext::CodeContext(const std::string& file, int line, const std::string& b
     StoreUnlessEmpty(m_contextInfo, sFUNCTION, function);
     StoreUnlessEmpty(m_contextInfo, sSIGNATURE, signature);
     // System may be gone by then, and nothing here may touch it.
-    if (!IsLibraryUnloading()) TheHooks().addCircumstances(m_contextInfo);
+    const AlertInFlight flight;
+    if (flight.MayProceed()) TheHooks().addCircumstances(m_contextInfo);
   } catch (...) {
+    Platform::LetCancellationPass();
     // A place is told as far as memory allows; the failure that it is told for matters more.
   }
 }
@@ -38,7 +41,11 @@ CodeContext::CodeContext(const AlertData& context, const AlertData& variables)
 
 CodeContext::CodeContext(const CodeContext& other) = default;
 
+CodeContext::CodeContext(CodeContext&& other) noexcept = default;
+
 CodeContext& CodeContext::operator=(const CodeContext& other) = default;
+
+CodeContext& CodeContext::operator=(CodeContext&& other) noexcept = default;
 
 CodeContext::~CodeContext() = default;
 

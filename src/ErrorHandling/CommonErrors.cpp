@@ -41,13 +41,15 @@ InvalidParameter::InvalidParameter(const Printed& parameter) : ErrorClass(std::s
 }
 
 InvalidParameter::InvalidParameter(const AlertData& data) : ErrorClass(std::string()) {
-  for (const auto& [key, value] : data) StoreText(key, value);
-  Construct(GetData(sPARAM_NAME), GetData(sPARAM_VALUE));
+  for (const auto& [key, value] : data) {
+    if (key != sSEVERITY && key != AlertInfo::sCATEGORY && key != sINHERITANCE) StoreText(key, value);
+  }
+  Construct(GetData(sPARAM_NAME), DataExists(sPARAM_VALUE) ? GetData(sPARAM_VALUE) : sNOT_PROVIDED);
 }
 
 InvalidParameter::~InvalidParameter() = default;
 
-void InvalidParameter::Construct(const std::string& name, const std::string& value) noexcept {
+void InvalidParameter::Construct(const std::string& name, const std::string& value) {
   const std::string message = AlertMessage("Invalid Parameter: %1% = %2%", name, value);
   StoreText(sPARAM_NAME, name);
   StoreText(sPARAM_VALUE, value);

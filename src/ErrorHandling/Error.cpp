@@ -3,8 +3,10 @@
 #include <Infrastructure/OxaCore/Warning.h>
 
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/LiveRaises.h"
+#include "Platform/Faults.h"
 #include "Platform/Symbols.h"
 
 namespace Oxa::Core {
@@ -17,13 +19,37 @@ const char* const sRECURSION_HALTED =
 const char* const sGENERIC_HALT =
     "Detected potential infinite error recursion, halted recursion and threw this generic error";
 const char* const sLOG_NAME_OF_SLICING = "Oxa.Core.Error";
+const char* const sLISTENER_NEVER_ENDS = "Error in alert listener during alert notification";
 constexpr int iMAX_FRAMES = 100;
 
 [[noreturn]] void HaltRecursion(Error& error) {
   TheHooks().writeAlert(error, sRECURSION_HALTED);
-  const std::optional<Error> first = LiveRaises::ForgetThisThread();
-  if (first) throw Error(*first);
+  Error first(AlertInfo::eERROR);
+  if (LiveRaises::ForgetThisThread(first)) throw Error(first);
   throw LogicError(sGENERIC_HALT);
+}
+
+void TellRaised(Error& error) {
+  const AlertInFlight flight;
+  if (flight.MayProceed()) TheHooks().errorRaised(error);
+}
+
+bool SettledInPlace(Error& error) {
+  const AlertInFlight flight;
+  return flight.MayProceed() && TheHooks().settleInPlace(error);
+}
+
+// Called from destructors. A listener that raises and handles errors of its own would be told of those in turn,
+// for ever.
+void TellHandled(Error& error) noexcept {
+  const Platform::HoldCancellation hold;
+  const AlertInFlight flight;
+  if (!flight.MayProceed()) return;
+  if (flight.Depth() > g_iMAX_ERROR_RECURSION_DEPTH) {
+    TheHooks().writeAlert(error, sLISTENER_NEVER_ENDS);
+  } else {
+    TheHooks().errorHandled(error);
+  }
 }
 
 // Takes the count back if an exception keeps the raise from coming about.
@@ -75,10 +101,16 @@ std::string Error::XMLElementName() { return "Error"; }
 
 boost::shared_ptr<Error> Error::Clone() { return boost::shared_ptr<Error>(new Error(*this)); }
 
+boost::shared_ptr<Error> Error::CloneUnraised() {
+  const boost::shared_ptr<Error> clone = Clone();
+  TakeRaisedMark(*clone);
+  return clone;
+}
+
 const char* Error::what() const noexcept { return GetData(sMESSAGE).c_str(); }
 
 void Error::Copy(const Error& other, bool transferRaised) {
-  if (this == &other) return;
+  if (this == &other && transferRaised) return;
   EndRaise();
   AlertInfo::operator=(other);
   m_bFatal = other.m_bFatal;
@@ -91,9 +123,9 @@ void Error::TakeRaisedMark(const Error& other) noexcept {
 
 void Error::EndRaise() noexcept {
   if (!m_bRaised) return;
+  // The mark goes first: a listener that copies the error must not have it told once more.
   LiveRaises::Remove(*this);
-  if (!m_bFatal) TheHooks().errorHandled(*this);
-  m_bRaised = false;
+  if (!m_bFatal) TellHandled(*this);
 }
 
 bool Error::GetRaisedStatus() const { return m_bRaised; }
@@ -114,8 +146,8 @@ void Error::RaiseError(const CodeContext& context, const std::string& logName, b
   AddCallStack(CreateCallStack());
   m_bRaised = true;
   counted.Keep();
-  TheHooks().errorRaised(*this);
-  if (inPlace && TheHooks().settleInPlace(*this)) return;
+  TellRaised(*this);
+  if (inPlace && SettledInPlace(*this)) return;
   Throw();
 }
 

@@ -35,51 +35,58 @@ int Count(unsigned long thread) noexcept {
 }  // namespace
 
 int LiveRaises::Add(Error& error) noexcept {
+  const unsigned long thread = Platform::ThreadSerial();
   const Platform::ShortGuard guard(s_lock);
+  const int count = Count(thread);
   LiveRaise& raise = error.m_liveRaise;
   raise.m_pError = &error;
-  raise.m_ulThread = Platform::ThreadSerial();
+  raise.m_ulThread = thread;
+  raise.m_bFirst = count == 0;
   Link(raise, s_ends.m_pPrevious, nullptr);
-  return Count(raise.m_ulThread);
+  return count + 1;
 }
 
 void LiveRaises::Remove(Error& error) noexcept {
   const Platform::ShortGuard guard(s_lock);
+  error.m_bRaised = false;
   if (error.m_liveRaise.m_ulThread != 0) Unlink(error.m_liveRaise);
 }
 
 void LiveRaises::MoveMark(const Error& from, Error& to) noexcept {
+  const Platform::ShortGuard guard(s_lock);
   to.m_bRaised = from.m_bRaised;
   from.m_bRaised = false;
   if (from.m_liveRaise.m_ulThread == 0) return;
-  const Platform::ShortGuard guard(s_lock);
-  const LiveRaise old = from.m_liveRaise;
+  const LiveRaise place = from.m_liveRaise;
   Unlink(from.m_liveRaise);
+  to.m_liveRaise = place;
   to.m_liveRaise.m_pError = &to;
-  to.m_liveRaise.m_ulThread = old.m_ulThread;
-  Link(to.m_liveRaise, old.m_pPrevious, old.m_pNext);
+  Link(to.m_liveRaise, place.m_pPrevious, place.m_pNext);
 }
 
 int LiveRaises::CountOfThisThread() noexcept {
-  const Platform::ShortGuard guard(s_lock);
-  return Count(Platform::ThreadSerial());
-}
-
-std::optional<Error> LiveRaises::ForgetThisThread() {
   const unsigned long thread = Platform::ThreadSerial();
   const Platform::ShortGuard guard(s_lock);
-  Error* first = nullptr;
+  return Count(thread);
+}
+
+bool LiveRaises::ForgetThisThread(Error& first) noexcept {
+  const unsigned long thread = Platform::ThreadSerial();
+  bool found = false;
+  const Platform::ShortGuard guard(s_lock);
   for (LiveRaise* raise = s_ends.m_pNext; raise != nullptr;) {
     LiveRaise* const next = raise->m_pNext;
     if (raise->m_ulThread == thread) {
-      if (first == nullptr) first = raise->m_pError;
+      if (raise->m_bFirst) {
+        // Under the lock, or an owner on another thread might destroy it meanwhile.
+        first.Copy(*raise->m_pError, false);
+        found = true;
+      }
       Unlink(*raise);
     }
     raise = next;
   }
-  // Copied while the lock keeps an owner on another thread from destroying it.
-  if (first == nullptr) return std::nullopt;
-  return std::optional<Error>(std::in_place, *first);
+  return found;
 }
 
 }  // namespace Oxa::Core

@@ -1,14 +1,13 @@
 // The raises that nobody has handled yet, of all threads, in one linked list.
 //
 // Each live raise is counted for the thread that raised it, also when the error travels to another thread and
-// dies there; that is why the list is the process's and not a word per thread. The links lie in the errors,
-// so that counting a raise allocates nothing.
+// dies there; that is why the list is the process's and not a word per thread. The links lie in the errors, so
+// that counting a raise allocates nothing. Raised marks and links are written with the list's lock held: an
+// error that has left its thread can still be forgotten by it.
 #ifndef OXACORE_ERRORHANDLING_LIVERAISES_H
 #define OXACORE_ERRORHANDLING_LIVERAISES_H
 
 #include <Infrastructure/OxaCore/Error.h>
-
-#include <optional>
 
 namespace Oxa::Core {
 
@@ -17,7 +16,7 @@ class LiveRaises {
   /// Counts `error` as the calling thread's newest raise. Gives the thread's count with it.
   static int Add(Error& error) noexcept;
 
-  /// Ends the raise that `error` stands for, if it stands for one.
+  /// Ends the raise that `error` stands for, if it stands for one, and takes its raised mark.
   static void Remove(Error& error) noexcept;
 
   /// Hands the raised mark of `from`, and with it the place in the list, to `to`.
@@ -25,8 +24,9 @@ class LiveRaises {
 
   static int CountOfThisThread() noexcept;
 
-  /// Forgets all raises of the calling thread and gives a plain copy of the first, if there was one.
-  static std::optional<Error> ForgetThisThread();
+  /// Forgets all raises of the calling thread. If the first of them, the one that was raised while there was no
+  /// other, is still alive, `first` becomes a copy of it without its mark.
+  static bool ForgetThisThread(Error& first) noexcept;
 };
 
 /// The number of live raises on the calling thread.

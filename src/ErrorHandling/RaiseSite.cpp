@@ -16,9 +16,11 @@ const char* const sNO_LOG_NAME = "";
 
 }  // namespace
 
-CodeContext CodeSite::MakeContext() const noexcept { return MakeContext({}); }
+void PlaceDetail::LetCancellationPass() { Platform::LetCancellationPass(); }
 
-CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) const noexcept {
+CodeContext CodeSite::MakeContext() const { return MakeContext({}); }
+
+CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) const {
   try {
     CodeContext place(m_pFile, m_iLine, m_pBuildTime, FunctionName(m_pSignature), m_pSignature);
     if (details.size() == 0) return place;
@@ -29,16 +31,17 @@ CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) co
     }
     return CodeContext(context, variables);
   } catch (...) {
+    Platform::LetCancellationPass();
     return CodeContext(AlertData(), AlertData());
   }
 }
 
-void CodeSite::Raise(const char* logName, Error& error, bool inPlace) const {
-  error.RaiseError(MakeContext(), logName, inPlace);
+void CodeSite::Raise(LogName logName, Error& error, bool inPlace) const {
+  error.RaiseError(MakeContext(), logName.Get(), inPlace);
 }
 
-void CodeSite::Raise(const char* logName, Warning& warning) const {
-  warning.RaiseWarning(MakeContext(), logName);
+void CodeSite::Raise(LogName logName, Warning& warning) const {
+  warning.RaiseWarning(MakeContext(), logName.Get());
 }
 
 void CodeSite::Forward(Error& error, std::initializer_list<PlaceDetail> details) const {

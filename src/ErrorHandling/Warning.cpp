@@ -3,6 +3,7 @@
 #include <typeinfo>
 
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "Platform/Symbols.h"
 
@@ -32,7 +33,9 @@ void Warning::RaiseWarning(const CodeContext& context, const std::string& logNam
     TheHooks().writeAlert(*this, sWARNING_DURING_SHUTDOWN);
     return;
   }
-  if (TheHooks().mayWarn(Platform::DecoratedName(typeid(*this)))) TheHooks().warningRaised(*this);
+  const AlertInFlight flight;
+  if (flight.MayProceed() && TheHooks().mayWarn(Platform::DecoratedName(typeid(*this))))
+    TheHooks().warningRaised(*this);
 }
 
 ErrorSlicedOnThrow::ErrorSlicedOnThrow(const std::string& className)

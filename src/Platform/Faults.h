@@ -8,6 +8,19 @@ namespace Oxa::Core::Platform {
 /// Returns for every other exception, which stays the one that is being handled.
 void LetCancellationPass();
 
+/// Keeps the cancellation of this thread waiting while it stands: for calls out of functions that nothing may
+/// leave.
+class HoldCancellation {
+ public:
+  HoldCancellation() noexcept;
+  HoldCancellation(const HoldCancellation&) = delete;
+  HoldCancellation& operator=(const HoldCancellation&) = delete;
+  ~HoldCancellation();
+
+ private:
+  int m_iBefore = 0;
+};
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -13,6 +13,9 @@ enum class EThreadFlag : unsigned { eTELLING_FAILURE = 1 };
 bool HasThreadFlag(EThreadFlag flag) noexcept;
 void SetThreadFlag(EThreadFlag flag, bool value) noexcept;
 
+/// A count that is each thread's own and starts at 0. Adds `change` and gives the new value.
+int ChangeThreadDepth(int change) noexcept;
+
 /// Calls `routine` when the library is unloaded or the process exits, before every object of the library that
 /// was built earlier than this call dies. False if it can't be registered.
 bool CallAtUnload(void (*routine)()) noexcept;
@@ -27,7 +30,7 @@ using DebuggerSink = void (*)(const char* text);
 void WriteToDebugger(const char* text) noexcept;
 
 /// Sends the debugger's output to `sink`; null puts the default back. Gives the sink in force before, which
-/// is null for the default. For tests and for hosts that keep such output.
+/// is null for the default.
 DebuggerSink SetDebuggerSink(DebuggerSink sink) noexcept;
 
 }  // namespace Oxa::Core::Platform

@@ -26,7 +26,7 @@ TEST(Assert, WritesFileLineAndMessageAndGivesFalse) {
 
 TEST(Assert, LogFormWritesTheSame) {
   bool result = true;
-  EXPECT_EQ("a.cpp(Unknown): Failed Assertion(x)\n", DebuggerOutput([&result] {
+  EXPECT_EQ("a.cpp(0): Failed Assertion(x)\n", DebuggerOutput([&result] {
               result = LogAssertFailed("x", CodeContext("a.cpp", -1, "", "", ""));
             }));
   EXPECT_FALSE(result);

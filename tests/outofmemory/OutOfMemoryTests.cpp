@@ -77,7 +77,7 @@ void ForwardedRaise() {
   try {
     OXA_RAISE_ERROR("Oxa.Test.OutOfMemory", ProbeGone(3));
   }
-  OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO("Step of the measurement", "calibration of the channel"))
+  OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO("StepOfTheMeasurement", "calibration of the channel"))
 }
 
 // Whether the road was taken to its end; what leaves it but an Error or std::bad_alloc fails the test.

@@ -5,8 +5,9 @@
 //
 // Thread safety: none. Copies of an alert SHARE one data table and one pair of stacks. An alert belongs to the
 // thread that raises it until it is told to listeners, and listeners treat it as read-only.
-// Failures: running out of memory is absorbed: an alert stays as far as it got, and every operation works on
-// an alert that has no table or no stack.
+// Failures: an alert that can't be built for want of memory stays as far as it got, and every operation works on
+// one that has no table or no stack. Setting and copying data, and ToXML, may throw std::bad_alloc.
+// Keys become names of XML elements as they stand: keep to letters and digits.
 #ifndef INFRASTRUCTURE_OXACORE_ALERTINFO_H
 #define INFRASTRUCTURE_OXACORE_ALERTINFO_H
 

@@ -1,8 +1,8 @@
 // Base of everything that wants to hear of errors and warnings.
 //
-// Register one with AlertManager::Instance()->AddAlertListener. Its operations are called on the thread that
-// raised, also for several threads at once, before anything unwinds; the alert is to be read only, and not to
-// be kept by reference. What they throw is told as a ListenerErrorOnNotification and goes no further.
+// Register one with AlertManager::Instance()->AddAlertListener. ErrorRaised and WarningRaised are called on the
+// thread that raises, before anything unwinds; ErrorHandled on the thread that lets the error go; all of them
+// for several threads at once. The alert is to be read only, and not to be kept by reference. What they throw is told as a ListenerErrorOnNotification and goes no further.
 // Thread safety: set the two filters before registering.
 //
 //   class Lamp : public AlertListener {

@@ -9,14 +9,15 @@
 
 namespace Oxa::Core {
 
-/// Reports on standard error that a message could not be formatted, and gives the text that stands for it
-/// (empty when there is no memory even for that).
-OXACORE_API std::string AlertMessageFailed() noexcept;
+/// For the clause that catches what went wrong with a message: says so on standard error and gives the text that
+/// stands for it (empty when there is no memory even for that). Only the cancellation of the thread passes.
+OXACORE_API std::string AlertMessageFailed();
 
 /// Puts `arguments`, in order, for "%1%", "%2%"… into a Boost.Format template: the message of an alert.
-/// Never throws: when formatting does, the result is "Failed to construct alert message due to exception."
+/// When formatting throws, the result is "Failed to construct alert message due to exception."; nothing leaves
+/// but the cancellation of the thread.
 template <class... Arguments>
-std::string AlertMessage(const char* messageTemplate, const Arguments&... arguments) noexcept {
+std::string AlertMessage(const char* messageTemplate, const Arguments&... arguments) {
   try {
     boost::format message(messageTemplate);
     static_cast<void>((message % ... % arguments));

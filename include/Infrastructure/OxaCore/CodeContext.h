@@ -1,7 +1,9 @@
 // One place in the code and the circumstances of the moment.
 //
 // Thread safety: none of its own; copies are deep, so that each thread may keep its own.
-// Failures: building one never raises. When memory runs out a context holds what fitted.
+// Failures: describing a place never raises; when memory runs out the context holds what fitted. Copies, and a
+// context built from tables, may throw std::bad_alloc.
+// Keys become names of XML elements, and names of variables become attributes, as they stand: keep to letters.
 #ifndef INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 #define INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 
@@ -41,6 +43,8 @@ class OXACORE_API CodeContext {
 
   CodeContext(const CodeContext& other);
   CodeContext& operator=(const CodeContext& other);
+  CodeContext(CodeContext&& other) noexcept;
+  CodeContext& operator=(CodeContext&& other) noexcept;
   virtual ~CodeContext();
 
   /// The value under `key`, or a reference to one static empty string.

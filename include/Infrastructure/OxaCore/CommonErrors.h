@@ -67,7 +67,8 @@ class OXACORE_API InvalidParameter : public ErrorClass<InvalidParameter, LogicEr
   template <class T>
   InvalidParameter(const std::string& name, const T& value) : InvalidParameter(Printed{name, Print(value)}) {}
 
-  /// From a table that holds "ParamName" and "ParamValue"; its other entries are taken over as well.
+  /// From a table that holds "ParamName" and, where there is one, "ParamValue". Its other entries are taken over
+  /// as well, but for what tells the class: severity, category and inheritance.
   explicit InvalidParameter(const AlertData& data);
 
   ~InvalidParameter() override;
@@ -78,13 +79,17 @@ class OXACORE_API InvalidParameter : public ErrorClass<InvalidParameter, LogicEr
     std::string m_sValue;
   };
   explicit InvalidParameter(const Printed& parameter);
-  void Construct(const std::string& name, const std::string& value) noexcept;
+  void Construct(const std::string& name, const std::string& value);
 
   template <class T>
   static std::string Print(const T& value) {
-    std::ostringstream text;
-    text << value;
-    return text.str();
+    try {
+      std::ostringstream text;
+      text << value;
+      return text.str();
+    } catch (...) {
+      return AlertMessageFailed();
+    }
   }
 };
 

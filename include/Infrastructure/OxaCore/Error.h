@@ -9,7 +9,9 @@
 // handler settles an error that was raised in place. The code after a raise must give a defined result.
 //
 // Thread safety: an error belongs to one thread at a time. Errors that cross threads (through
-// std::exception_ptr, or a Clone) are counted for the thread that raised them.
+// std::exception_ptr, or a Clone) are counted for the thread that raised them until they are destroyed. So keep
+// errors that are to be looked at later as unraised copies (CloneUnraised): the tenth raise that is still alive
+// on a thread is taken for an endless recursion.
 //
 //   class ProbeGone : public ErrorClass<ProbeGone, HardwareError> {
 //    public:
@@ -22,13 +24,14 @@
 #define INFRASTRUCTURE_OXACORE_ERROR_H
 
 #include <Infrastructure/OxaCore/AlertInfo.h>
-#include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/AlertMessage.h>
+#include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
 #include <boost/shared_ptr.hpp>
 #include <exception>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
 #include <vector>
 
@@ -44,7 +47,8 @@ struct LiveRaise {
   LiveRaise* m_pPrevious = nullptr;
   LiveRaise* m_pNext = nullptr;
   Error* m_pError = nullptr;
-  unsigned long m_ulThread = 0;  ///< 0: not linked
+  unsigned long m_ulThread = 0;  ///< the thread that raised; 0: not linked
+  bool m_bFirst = false;         ///< raised while its thread had no other live raise
 };
 
 /// An alert that stops the current operation; thrown by value, and only by its own Throw.
@@ -70,6 +74,9 @@ class OXACORE_API Error : public AlertInfo, public std::exception {
 
   /// A new object of the most derived class that shares this one's data and takes its raised mark.
   virtual boost::shared_ptr<Error> Clone();
+
+  /// The same without the raised mark, which stays where it is: for errors that are kept after they are handled.
+  boost::shared_ptr<Error> CloneUnraised();
 
   /// Raises this error at the place of `context`, under the dotted name `logName`. Throws a copy of the most
   /// derived class unless the library unloads, the process exits after a fatal error, or `inPlace` is true
@@ -130,7 +137,9 @@ class ErrorClass : public Base {
   }
 
  protected:
-  template <class... Arguments>
+  // A single argument of this class means a copy, also for a derived class that writes its own copy constructor.
+  template <class... Arguments, class = std::enable_if_t<sizeof...(Arguments) != 1 ||
+                                                         !(std::is_base_of_v<ErrorClass, Arguments> && ...)>>
   explicit ErrorClass(const Arguments&... arguments) : Base(arguments...) {
     this->AppendInheritance(typeid(Derived));
   }
@@ -144,16 +153,16 @@ class ErrorClass : public Base {
 };
 
 /// Declares a category: a class directly on Error with a text under AlertInfo::sCATEGORY.
-#define OXA_DECLARE_ERROR_CATEGORY(Class)                                        \
-  class OXACORE_API Class : public ErrorClass<Class, Error> {                    \
-   public:                                                                       \
-    static const std::string& sCATEGORY;                                         \
-    explicit Class(const std::string& message);                                  \
-    Class(const AlertData& data, const std::vector<CodeContext>& callStack,      \
-          const std::vector<CodeContext>& unwindStack);                          \
-    Class(const Class&) = default;                                               \
-    Class& operator=(const Class&) = default;                                    \
-    ~Class() override;                                                           \
+#define OXA_DECLARE_ERROR_CATEGORY(Class)                                   \
+  class OXACORE_API Class : public ErrorClass<Class, Error> {               \
+   public:                                                                  \
+    static const std::string& sCATEGORY;                                    \
+    explicit Class(const std::string& message);                             \
+    Class(const AlertData& data, const std::vector<CodeContext>& callStack, \
+          const std::vector<CodeContext>& unwindStack);                     \
+    Class(const Class&) = default;                                          \
+    Class& operator=(const Class&) = default;                               \
+    ~Class() override;                                                      \
   }
 
 OXA_DECLARE_ERROR_CATEGORY(LogicError);     ///< "Logic": a mistake of the program

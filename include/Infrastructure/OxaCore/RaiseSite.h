@@ -41,15 +41,29 @@ struct PlaceDetail {
   /// `value` is printed through a stream; one that can't be printed is left empty, since the failure that is
   /// being forwarded matters more. `name` must outlive the detail.
   template <class T>
-  PlaceDetail(bool variable, const char* name, const T& value) noexcept
-      : m_bVariable(variable), m_pName(name) {
+  PlaceDetail(bool variable, const char* name, const T& value) : m_bVariable(variable), m_pName(name) {
     try {
       std::ostringstream text;
       text << value;
       m_sValue = text.str();
     } catch (...) {
+      LetCancellationPass();
     }
   }
+
+  /// For the clause that catches what went wrong with the value.
+  OXACORE_API static void LetCancellationPass();
+};
+
+/// The dotted name under which an alert is raised. Null counts as empty.
+class LogName {
+ public:
+  constexpr LogName(const char* name) : m_pName(name != nullptr ? name : "") {}
+  LogName(const std::string& name) : m_pName(name.c_str()) {}
+  const char* Get() const { return m_pName; }
+
+ private:
+  const char* m_pName;
 };
 
 /// A place in the code as the compiler knows it. Made by OXA_CODE_SITE; holds pointers to literals only.
@@ -58,14 +72,14 @@ class OXACORE_API CodeSite {
   constexpr CodeSite(const char* file, int line, const char* buildTime, const char* signature)
       : m_pFile(file), m_iLine(line), m_pBuildTime(buildTime), m_pSignature(signature) {}
 
-  /// The context of this place at this moment. Never throws: without memory it lacks what didn't fit.
-  CodeContext MakeContext() const noexcept;
+  /// The context of this place at this moment; an empty one without the memory for it.
+  CodeContext MakeContext() const;
 
   /// Raises `error` here: see Error::RaiseError.
-  void Raise(const char* logName, Error& error, bool inPlace) const;
-  void Raise(const char* logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
-  void Raise(const char* logName, Warning& warning) const;
-  void Raise(const char* logName, Warning&& warning) const { Raise(logName, warning); }
+  void Raise(LogName logName, Error& error, bool inPlace) const;
+  void Raise(LogName logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
+  void Raise(LogName logName, Warning& warning) const;
+  void Raise(LogName logName, Warning&& warning) const { Raise(logName, warning); }
 
   /// Adds this place to `error` and rethrows it.
   void Forward(Error& error, std::initializer_list<PlaceDetail> details = {}) const;
@@ -79,7 +93,7 @@ class OXACORE_API CodeSite {
   bool FailAssertion(const char* condition) const;
 
  private:
-  CodeContext MakeContext(std::initializer_list<PlaceDetail> details) const noexcept;
+  CodeContext MakeContext(std::initializer_list<PlaceDetail> details) const;
 
   const char* m_pFile;
   int m_iLine;

@@ -72,11 +72,13 @@ class Singleton : public ISingletonRegistryEntry {
 
  protected:
   Singleton() { SingletonRegistry::Register(this); }
-  ~Singleton() override { SingletonRegistry::Unregister(this); }
+  ~Singleton() override {
+    m_bInstantiated.store(false, std::memory_order_relaxed);
+    SingletonRegistry::Unregister(this);
+  }
 
   void Destroy() override {
     const Oxa::Core::Lock lock(m_mutex);
-    m_bInstantiated.store(false, std::memory_order_relaxed);
     m_singleton.reset();
   }
 

@@ -11,8 +11,8 @@
 #define INFRASTRUCTURE_OXACORE_WARNING_H
 
 #include <Infrastructure/OxaCore/AlertInfo.h>
-#include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/AlertMessage.h>
+#include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
 #include <string>
@@ -31,7 +31,8 @@ class OXACORE_API Warning : public AlertInfo {
   std::string XMLElementName() override;
 
   /// Tells the listeners, unless warnings of this class are silenced. While the library unloads the warning
-  /// goes to standard error instead. Always returns.
+  /// goes to standard error instead. Returns always, but for
+  /// std::bad_alloc.
   void RaiseWarning(const CodeContext& context, const std::string& logName);
 
  protected:

@@ -1,6 +1,7 @@
 #include "Platform/Faults.h"
 
 #include <cxxabi.h>
+#include <pthread.h>
 
 namespace Oxa::Core::Platform {
 
@@ -14,5 +15,9 @@ __attribute__((no_sanitize("undefined"))) void LetCancellationPass() {
     // An ordinary exception: the caller deals with it.
   }
 }
+
+HoldCancellation::HoldCancellation() noexcept { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_iBefore); }
+
+HoldCancellation::~HoldCancellation() { pthread_setcancelstate(m_iBefore, nullptr); }
 
 }  // namespace Oxa::Core::Platform

@@ -1,6 +1,7 @@
 #include "Platform/Storage.h"
 
 #include <cxxabi.h>
+#include <errno.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -20,10 +21,12 @@ std::atomic<void (*)()> s_lastRoutine{nullptr};
 // Initial-exec: no allocation at the first touch on a thread, and nothing to destroy at its end.
 [[gnu::tls_model("initial-exec")]] thread_local unsigned long t_ulSerial = 0;
 [[gnu::tls_model("initial-exec")]] thread_local unsigned t_uFlags = 0;
+[[gnu::tls_model("initial-exec")]] thread_local int t_iDepth = 0;
 
 void WriteToStandardError(const char* text) noexcept {
   for (std::size_t left = std::strlen(text); left > 0;) {
     const ssize_t written = ::write(STDERR_FILENO, text, left);
+    if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return;
     text += written;
     left -= static_cast<std::size_t>(written);
@@ -49,6 +52,8 @@ void SetThreadFlag(EThreadFlag flag, bool value) noexcept {
   const unsigned bit = static_cast<unsigned>(flag);
   t_uFlags = value ? t_uFlags | bit : t_uFlags & ~bit;
 }
+
+int ChangeThreadDepth(int change) noexcept { return t_iDepth += change; }
 
 // What atexit does, with the library named outright: the thread sanitizer puts an atexit of its own in its
 // place, which forgets whose routine it is and calls it when the library has been unmapped long since.
