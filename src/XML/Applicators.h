@@ -5,11 +5,20 @@
 #include <Infrastructure/OxaCore/XMLFormatter.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <new>
 #include <string>
 
 namespace Oxa::Core {
 
-class XMLWriter::ApplyStartDoc : public Manipulator::Applicator {
+template <class Work>
+class CopyableApplicator : public XMLWriter::Manipulator::Applicator {
+ public:
+  Applicator* CopyTo(void* storage) const override {
+    return ::new (storage) Work(static_cast<const Work&>(*this));
+  }
+};
+
+class XMLWriter::ApplyStartDoc : public CopyableApplicator<XMLWriter::ApplyStartDoc> {
  public:
   ApplyStartDoc(const String& version, const String& encoding, bool standalone, bool endTags)
       : m_sVersion(version), m_sEncoding(encoding), m_bStandalone(standalone), m_bEndTags(endTags) {}
@@ -22,7 +31,7 @@ class XMLWriter::ApplyStartDoc : public Manipulator::Applicator {
   bool m_bEndTags;
 };
 
-class XMLWriter::ApplyStyleSheet : public Manipulator::Applicator {
+class XMLWriter::ApplyStyleSheet : public CopyableApplicator<XMLWriter::ApplyStyleSheet> {
  public:
   ApplyStyleSheet(const String& href, const String& type) : m_sHref(href), m_sType(type) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -32,10 +41,11 @@ class XMLWriter::ApplyStyleSheet : public Manipulator::Applicator {
   String m_sType;
 };
 
-class XMLWriter::ApplyStartTag : public Manipulator::Applicator {
+class XMLWriter::ApplyStartTag : public CopyableApplicator<XMLWriter::ApplyStartTag> {
  public:
-  ApplyStartTag(const String& name, const XMLAttributeMap<String>& attributes)
-      : m_sName(name), m_attributes(attributes) {}
+  ApplyStartTag(const String& name, const XMLAttributeMap<String>& attributes) : m_sName(name) {
+    if (!attributes.empty()) m_attributes = attributes;  // most tags have none
+  }
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
 
  private:
@@ -43,20 +53,22 @@ class XMLWriter::ApplyStartTag : public Manipulator::Applicator {
   XMLAttributeMap<String> m_attributes;
 };
 
-class XMLWriter::ApplyEndTag : public Manipulator::Applicator {
+class XMLWriter::ApplyEndTag : public CopyableApplicator<XMLWriter::ApplyEndTag> {
  public:
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
 };
 
-class XMLWriter::ApplyEndAllTags : public Manipulator::Applicator {
+class XMLWriter::ApplyEndAllTags : public CopyableApplicator<XMLWriter::ApplyEndAllTags> {
  public:
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
 };
 
-class XMLWriter::ApplyTag : public Manipulator::Applicator {
+class XMLWriter::ApplyTag : public CopyableApplicator<XMLWriter::ApplyTag> {
  public:
   ApplyTag(const String& name, const XMLAttributeMap<String>& attributes, const String& content)
-      : m_sName(name), m_attributes(attributes), m_sContent(content) {}
+      : m_sName(name), m_sContent(content) {
+    if (!attributes.empty()) m_attributes = attributes;
+  }
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
 
  private:
@@ -65,7 +77,7 @@ class XMLWriter::ApplyTag : public Manipulator::Applicator {
   String m_sContent;
 };
 
-class XMLWriter::ApplyAttribute : public Manipulator::Applicator {
+class XMLWriter::ApplyAttribute : public CopyableApplicator<XMLWriter::ApplyAttribute> {
  public:
   ApplyAttribute(const String& name, const XMLAttributeValue<String>& value)
       : m_sName(name), m_value(value) {}
@@ -76,7 +88,7 @@ class XMLWriter::ApplyAttribute : public Manipulator::Applicator {
   XMLAttributeValue<String> m_value;
 };
 
-class XMLWriter::ApplyText : public Manipulator::Applicator {
+class XMLWriter::ApplyText : public CopyableApplicator<XMLWriter::ApplyText> {
  public:
   explicit ApplyText(const String& text) : m_sText(text) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -85,7 +97,7 @@ class XMLWriter::ApplyText : public Manipulator::Applicator {
   String m_sText;
 };
 
-class XMLWriter::ApplyTextStream : public Manipulator::Applicator {
+class XMLWriter::ApplyTextStream : public CopyableApplicator<XMLWriter::ApplyTextStream> {
  public:
   explicit ApplyTextStream(std::istream& stream) : m_rStream(stream) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -94,7 +106,7 @@ class XMLWriter::ApplyTextStream : public Manipulator::Applicator {
   std::istream& m_rStream;
 };
 
-class XMLWriter::ApplyEntityReference : public Manipulator::Applicator {
+class XMLWriter::ApplyEntityReference : public CopyableApplicator<XMLWriter::ApplyEntityReference> {
  public:
   /// Keeps a text that begins with "&"; any other gets that in front and ";" behind.
   explicit ApplyEntityReference(const String& reference)
@@ -105,7 +117,7 @@ class XMLWriter::ApplyEntityReference : public Manipulator::Applicator {
   String m_sReference;
 };
 
-class XMLWriter::ApplyMarkup : public Manipulator::Applicator {
+class XMLWriter::ApplyMarkup : public CopyableApplicator<XMLWriter::ApplyMarkup> {
  public:
   explicit ApplyMarkup(const String& markup) : m_sMarkup(markup) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -114,7 +126,7 @@ class XMLWriter::ApplyMarkup : public Manipulator::Applicator {
   String m_sMarkup;
 };
 
-class XMLWriter::ApplyComment : public Manipulator::Applicator {
+class XMLWriter::ApplyComment : public CopyableApplicator<XMLWriter::ApplyComment> {
  public:
   ApplyComment(const String& text, bool preserve) : m_sText(text), m_bPreserve(preserve) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -124,7 +136,7 @@ class XMLWriter::ApplyComment : public Manipulator::Applicator {
   bool m_bPreserve;
 };
 
-class XMLWriter::ApplyCDATA : public Manipulator::Applicator {
+class XMLWriter::ApplyCDATA : public CopyableApplicator<XMLWriter::ApplyCDATA> {
  public:
   ApplyCDATA(const String& text, bool preserve) : m_sText(text), m_bPreserve(preserve) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;
@@ -134,7 +146,7 @@ class XMLWriter::ApplyCDATA : public Manipulator::Applicator {
   bool m_bPreserve;
 };
 
-class XMLWriter::ApplyCDATAStream : public Manipulator::Applicator {
+class XMLWriter::ApplyCDATAStream : public CopyableApplicator<XMLWriter::ApplyCDATAStream> {
  public:
   ApplyCDATAStream(std::istream& stream, bool preserve) : m_rStream(stream), m_bPreserve(preserve) {}
   void Apply(std::ostream& out, const Manipulator& manipulator) const override;

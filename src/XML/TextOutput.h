@@ -4,6 +4,7 @@
 #ifndef OXACORE_XML_TEXTOUTPUT_H
 #define OXACORE_XML_TEXTOUTPUT_H
 
+#include <cstddef>
 #include <cstring>
 #include <ostream>
 #include <string_view>
@@ -18,7 +19,7 @@ class TextOutput {
 
   // Not in the destructor: what the stream throws on request has to get out.
   void Flush() {
-    if (m_uUsed != 0) m_rStream.write(m_buffer, static_cast<std::streamsize>(m_uUsed));
+    if (m_uUsed != 0) Write(m_buffer, m_uUsed);
     m_uUsed = 0;
   }
 
@@ -37,19 +38,11 @@ class TextOutput {
   TextOutput& operator<<(char c) { return Put(&c, 1); }
 
   /// A line end and a flush of the stream, as std::endl.
-  void EndLine() {
-    *this << '\n';
-    Flush();
-    m_rStream.flush();
-  }
+  void EndLine();
 
  private:
-  TextOutput& PutBeyond(const char* text, std::size_t size) {
-    Flush();
-    if (size <= sizeof m_buffer) return Put(text, size);
-    m_rStream.write(text, static_cast<std::streamsize>(size));
-    return *this;
-  }
+  TextOutput& PutBeyond(const char* text, std::size_t size);
+  void Write(const char* text, std::size_t size);
 
   std::ostream& m_rStream;
   std::size_t m_uUsed = 0;

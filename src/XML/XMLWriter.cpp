@@ -1,6 +1,5 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
-#include <boost/make_shared.hpp>
 #include <new>
 #include <utility>
 
@@ -16,26 +15,39 @@ boost::shared_ptr<XMLFormatter> OrPrettyPrint(boost::shared_ptr<XMLFormatter> fo
   return formatter ? std::move(formatter) : XMLFormatter::CreatePrettyPrint();
 }
 
-// One object for all manipulators of a kind that has no arguments. It is never destroyed: documents are also
-// written while the process's static objects die.
-template <class Work>
-boost::shared_ptr<const XMLWriter::Manipulator::Applicator> Shared() {
-  alignas(Work) static unsigned char s_storage[sizeof(Work)];
-  static const Work& s_work = *::new (static_cast<void*>(s_storage)) Work;
-  return {boost::shared_ptr<void>(), &s_work};
-}
-
 }  // namespace
 
 // --- The manipulator
 
-XMLWriter::Manipulator::Manipulator(XMLWriter* writer,
-                                    boost::shared_ptr<const Applicator> applicator) noexcept
-    : m_pWriter(writer), m_spApplicator(std::move(applicator)) {}
+template <class Work, class... Arguments>
+XMLWriter::Manipulator::Manipulator(XMLWriter* writer, const Work*, Arguments&&... arguments)
+    : m_pWriter(writer),
+      m_pApplicator(::new (static_cast<void*>(m_storage)) Work(std::forward<Arguments>(arguments)...)) {
+  static_assert(sizeof(Work) <= sizeof m_storage && alignof(Work) <= alignof(void*));
+}
 
-XMLWriter::Manipulator::~Manipulator() = default;
+XMLWriter::Manipulator::Manipulator(const Manipulator& other)
+    : m_pWriter(other.m_pWriter),
+      m_pApplicator(other.m_pApplicator != nullptr ? other.m_pApplicator->CopyTo(m_storage) : nullptr) {}
 
-void XMLWriter::Manipulator::Apply(std::ostream& out) const { m_spApplicator->Apply(out, *this); }
+XMLWriter::Manipulator& XMLWriter::Manipulator::operator=(const Manipulator& other) {
+  if (this == &other) return *this;
+  Destroy();  // and without memory for the copy it stays so
+  if (other.m_pApplicator != nullptr) m_pApplicator = other.m_pApplicator->CopyTo(m_storage);
+  m_pWriter = other.m_pWriter;
+  return *this;
+}
+
+XMLWriter::Manipulator::~Manipulator() { Destroy(); }
+
+void XMLWriter::Manipulator::Destroy() noexcept {
+  if (m_pApplicator != nullptr) m_pApplicator->~Applicator();
+  m_pApplicator = nullptr;
+}
+
+void XMLWriter::Manipulator::Apply(std::ostream& out) const {
+  if (m_pApplicator != nullptr) m_pApplicator->Apply(out, *this);
+}
 
 std::ostream& operator<<(std::ostream& out, const XMLWriter::Manipulator& manipulator) {
   manipulator.Apply(out);
@@ -47,8 +59,14 @@ std::ostream& operator<<(std::ostream& out, const XMLWriter::Manipulator& manipu
 XMLWriter::XMLWriter(boost::shared_ptr<XMLFormatter> aFormatter)
     : m_spFormatter(OrPrettyPrint(std::move(aFormatter))) {}
 
-XMLWriter::XMLWriter(const XMLWriter& other) = default;
-XMLWriter& XMLWriter::operator=(const XMLWriter& other) = default;
+XMLWriter::XMLWriter(const XMLWriter& other) : m_spFormatter(other.m_spFormatter), m_tags(other.m_tags) {}
+
+XMLWriter& XMLWriter::operator=(const XMLWriter& other) {
+  m_tags = other.m_tags;
+  m_spFormatter = other.m_spFormatter;
+  return *this;
+}
+
 XMLWriter::~XMLWriter() = default;
 
 void XMLWriter::Reset(boost::shared_ptr<XMLFormatter> aFormatter) {
@@ -68,20 +86,26 @@ XMLFormatter& XMLWriter::WriteStartTag(std::ostream& out) {
 }
 
 void XMLWriter::PushTag(const String& name, const XMLAttributeMap<String>& attributes) {
-  m_tags.push_front(XMLOpenTag{false, name, attributes});
+  if (m_ended.empty()) m_ended.emplace_front();
+  XMLOpenTag& tag = m_ended.front();
+  tag.startWritten = false;
+  tag.name = name;
+  tag.attributes.clear();
+  if (!attributes.empty()) tag.attributes = attributes;
+  m_tags.splice(m_tags.begin(), m_ended, m_ended.begin());
 }
 
 void XMLWriter::SetAttribute(const String& name, const XMLAttributeValue<String>& value) {
   if (m_tags.empty()) return;
   XMLAttributeMap<String>& attributes = m_tags.front().attributes;
-  if (attributes.empty()) attributes.reserve(uUSUAL_ATTRIBUTES);
+  if (attributes.capacity() == 0) attributes.reserve(uUSUAL_ATTRIBUTES);
   attributes[name] = value;
 }
 
 void XMLWriter::WriteEndTag(std::ostream& out) {
   if (m_tags.empty()) return;
   WriteStartTag(out).FormatEndTag(out, m_tags.front().name);
-  m_tags.pop_front();
+  m_ended.splice(m_ended.begin(), m_tags, m_tags.begin());
 }
 
 void XMLWriter::WriteAllEndTags(std::ostream& out) {
@@ -92,7 +116,7 @@ void XMLWriter::WriteAllEndTags(std::ostream& out) {
 
 template <class Work, class... Arguments>
 XMLWriter::Manipulator XMLWriter::Make(Arguments&&... arguments) {
-  return Manipulator(this, boost::make_shared<const Work>(std::forward<Arguments>(arguments)...));
+  return Manipulator(this, static_cast<const Work*>(nullptr), std::forward<Arguments>(arguments)...);
 }
 
 XMLWriter::Manipulator XMLWriter::StartDocA(const String& aVersion, const String& aEncoding, bool aStandalone,
@@ -110,9 +134,9 @@ XMLWriter::Manipulator XMLWriter::StartTag(const String& aName, const XMLAttribu
   return Make<ApplyStartTag>(aName, aAttributes);
 }
 
-XMLWriter::Manipulator XMLWriter::EndTag() { return Manipulator(this, Shared<ApplyEndTag>()); }
+XMLWriter::Manipulator XMLWriter::EndTag() { return Make<ApplyEndTag>(); }
 
-XMLWriter::Manipulator XMLWriter::EndAllTags() { return Manipulator(this, Shared<ApplyEndAllTags>()); }
+XMLWriter::Manipulator XMLWriter::EndAllTags() { return Make<ApplyEndAllTags>(); }
 
 XMLWriter::Manipulator XMLWriter::Tag(const String& aName, const String& aContent) {
   return TagManipulator(aName, sEMPTY_MAP, aContent);

@@ -73,7 +73,7 @@ class XMLAttributeMap : public std::vector<XMLAttribute<String>> {
 
 /// A tag that has been started and not ended.
 struct XMLOpenTag {
-  bool startWritten;  ///< whether the start tag has reached the stream
+  bool startWritten = false;  ///< whether the start tag has reached the stream
   std::string name;
   XMLAttributeMap<std::string> attributes;
 };
@@ -86,18 +86,18 @@ class OXACORE_API XMLWriter {
   /// What is inserted into a stream. A copyable value; inserting it again does its work again.
   class OXACORE_API Manipulator {
    public:
-    /// The work of one kind of manipulator, with the arguments that it needs.
+    /// The work of one kind of manipulator, with copies of the arguments that it needs. It lives inside the
+    /// manipulator, so that making one costs no allocation of its own.
     class OXACORE_API Applicator {
      public:
       virtual ~Applicator();
       virtual void Apply(std::ostream& out, const Manipulator& manipulator) const = 0;
+      /// Builds a copy in raw storage that is large enough, and gives it.
+      virtual Applicator* CopyTo(void* storage) const = 0;
     };
 
-    Manipulator(XMLWriter* writer, boost::shared_ptr<const Applicator> applicator) noexcept;
-    Manipulator(const Manipulator& other) = default;
-    Manipulator(Manipulator&& other) = default;
-    Manipulator& operator=(const Manipulator& other) = default;
-    Manipulator& operator=(Manipulator&& other) = default;
+    Manipulator(const Manipulator& other);
+    Manipulator& operator=(const Manipulator& other);
     virtual ~Manipulator();
 
     /// Does the work on `out`; the same as inserting this into `out`.
@@ -106,8 +106,15 @@ class OXACORE_API XMLWriter {
     XMLWriter& GetWriter() const { return *m_pWriter; }
 
    private:
+    friend class XMLWriter;
+    template <class Work, class... Arguments>
+    Manipulator(XMLWriter* writer, const Work*, Arguments&&... arguments);
+
+    void Destroy() noexcept;
+
     XMLWriter* m_pWriter;
-    boost::shared_ptr<const Applicator> m_spApplicator;
+    Applicator* m_pApplicator;  // in the storage below
+    alignas(void*) unsigned char m_storage[14 * sizeof(void*)];
   };
 
   /// The attributes of a tag that has none. Can be read at any time.
@@ -202,6 +209,7 @@ class OXACORE_API XMLWriter {
 
   boost::shared_ptr<XMLFormatter> m_spFormatter;  // never null
   std::list<XMLOpenTag> m_tags;                   // innermost first
+  std::list<XMLOpenTag> m_ended;                  // kept for what they have allocated
 };
 
 /// Does the manipulator's work on `out` and gives `out`.
