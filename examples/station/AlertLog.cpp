@@ -9,6 +9,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "ShownText.h"
 #include "StationAlerts.h"
 
 namespace Station {
@@ -66,7 +67,8 @@ void AlertLog::Append(AlertInfo& alert, const std::string& circumstance) {
   std::ostringstream text;
   alert.ToXML(m_writer, text, circumstance);
   m_file.seekp(m_end);
-  Write(text.str());
+  // The station's own messages are fit for XML, but the names of programs and hosts need not be.
+  Write(ShownLines(text.str()));
 }
 
 void AlertLog::Write(const std::string& text) {

@@ -55,6 +55,7 @@ void Record(Measurement& measurement, const Elapse& lateness) {
 void TakeSamples(Measurement& measurement, Sampler& sampler, Progress& progress) {
   const Series& series = measurement.m_series;
   try {
+    progress.Show(series.m_sName, 0, series.m_ulCount);
     while (!measurement.IsComplete()) {
       const std::optional<Elapse> lateness = sampler.TakeSample();
       if (!lateness) return;

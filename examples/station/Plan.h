@@ -21,7 +21,7 @@ struct Plan {
 Plan ReadPlan(const std::string& name, const std::string& text);
 
 /// The text of the file `file`. Raises PlanUnreadable if there is none, if it is a folder, or if it is longer
-/// than a plan can sensibly be; empty where that returns.
+/// than 64 KiB; empty where that returns.
 std::string ReadPlanFile(const std::string& file);
 
 /// The plan that is built into the program, and what it is called.

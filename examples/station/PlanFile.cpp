@@ -14,9 +14,9 @@ namespace {
 
 const char* const sLOG_NAME = "Station.Plan.File";
 const char* const sIS_FOLDER = "it is a folder";
-const char* const sTOO_LONG = "it is longer than 1 MiB";
+const char* const sTOO_LONG = "it is longer than 64 KiB";
 const char* const sREAD_FAILED = "reading failed";
-constexpr std::size_t uLONGEST_PLAN = 1024 * 1024;
+constexpr std::size_t uLONGEST_PLAN = 64 * 1024;
 
 // Reads at most one byte more than is allowed, so that a file without end comes to one.
 std::string ReadAll(std::istream& stream) {

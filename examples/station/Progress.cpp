@@ -25,6 +25,7 @@ void Progress::Show(const std::string& series, unsigned long done, unsigned long
 void Progress::Clear() {
   if (m_bDrawn) m_out << sCLEAR_LINE << std::flush;
   m_bDrawn = false;
+  m_nextDrawing = {};
 }
 
 bool IsErrorOutputTerminal() { return ::isatty(STDERR_FILENO) == 1; }

@@ -20,7 +20,7 @@ class Progress {
   /// `done` of `count` samples of `series`. Draws at most ten times a second, since drawing costs time too.
   void Show(const std::string& series, unsigned long done, unsigned long count);
 
-  /// Takes the line away, to make room for other text.
+  /// Takes the line away, to make room for other text. What is shown next is drawn at once.
   void Clear();
 
  private:

@@ -99,6 +99,13 @@ TEST(AlertLog, HoldsAnErrorWithAllTheWayThatItCame) {
   EXPECT_THAT(text, HasSubstr("<Way>out</Way>"));
 }
 
+TEST(AlertLog, ShowsBytesThatXmlForbids) {
+  const TemporaryFolder folder;
+  const AlertLog log(folder.Path());
+  RaiseAndSurvive("a\x01\xB5z");
+  EXPECT_THAT(ReadFile(log.GetFile()), HasSubstr("Invalid Parameter: text = a\\x01\\xB5z"));
+}
+
 TEST(AlertLog, HoldsAWarning) {
   const TemporaryFolder folder;
   const AlertLog log(folder.Path());

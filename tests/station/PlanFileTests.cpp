@@ -55,11 +55,11 @@ TEST(PlanFile, ShowsItsNameInPrintableAscii) {
 
 TEST(PlanFile, HasAGreatestLength) {
   const TemporaryFolder folder;
-  const std::string longest(1024 * 1024, '#');
+  const std::string longest(64 * 1024, '#');
   EXPECT_EQ(longest, ReadPlanFile(folder.Write("longest", longest)));
   const std::string file = folder.Write("longer", longest + '#');
-  EXPECT_EQ("The plan \"" + file + "\" can't be read: it is longer than 1 MiB", WhyUnreadable(file));
-  EXPECT_EQ("The plan \"/dev/zero\" can't be read: it is longer than 1 MiB", WhyUnreadable("/dev/zero"));
+  EXPECT_EQ("The plan \"" + file + "\" can't be read: it is longer than 64 KiB", WhyUnreadable(file));
+  EXPECT_EQ("The plan \"/dev/zero\" can't be read: it is longer than 64 KiB", WhyUnreadable("/dev/zero"));
 }
 
 TEST(PlanFile, ThatFailsWhileItIsReadIsRefused) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <sstream>
 
 namespace {
@@ -25,6 +27,25 @@ TEST(Progress, DrawsOneLineOnATerminalAndTakesItAway) {
   EXPECT_EQ("\r\033[Kfast: 17 of 500", out.str());
   progress.Clear();
   EXPECT_EQ("\r\033[Kfast: 17 of 500\r\033[K", out.str());
+}
+
+TEST(Progress, DrawsAtOnceWhenItsLineWasTakenAway) {
+  std::ostringstream out;
+  Progress progress(out, true);
+  progress.Show("a", 9, 9);
+  progress.Clear();
+  progress.Show("b", 0, 5);
+  EXPECT_EQ("\r\033[Ka: 9 of 9\r\033[K\r\033[Kb: 0 of 5", out.str());
+}
+
+TEST(Progress, DrawsAtMostTenTimesASecond) {
+  const auto start = std::chrono::steady_clock::now();
+  std::ostringstream out;
+  Progress progress(out, true);
+  for (unsigned long i = 0; i < 1000; ++i) progress.Show("a", i, 1000);
+  const auto tenths = (std::chrono::steady_clock::now() - start) / std::chrono::milliseconds(100);
+  const std::string drawn = out.str();
+  EXPECT_LE(std::count(drawn.begin(), drawn.end(), '\r'), tenths + 1);
 }
 
 TEST(Progress, LeavesTheLineAloneIfItHasDrawnNothing) {
