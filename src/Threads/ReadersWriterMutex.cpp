@@ -4,6 +4,7 @@
 #include <Infrastructure/OxaCore/Lock.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "Platform/Threads.h"
@@ -14,6 +15,11 @@ namespace {
 
 /// Room for so many readers is kept from the start: a lock that allocates can fail.
 constexpr std::size_t g_USUAL_READERS = 16;
+
+constexpr std::uint64_t g_CLOSED = ~std::uint64_t{0};
+
+/// The bit of the gate that stands for a thread, among others.
+std::uint64_t GateBit(unsigned long threadID) { return std::uint64_t{1} << (threadID % 64); }
 
 /// A step as the logger hears of it.
 struct Step {
@@ -62,7 +68,7 @@ class Waiting {
 }  // namespace
 
 ReadersWriterMutex::ReadersWriterMutex(LogFunction logger)
-    : m_monitor(true), m_writer(0, 0), m_pLogger(logger) {
+    : m_monitor(true), m_writer(0, 0), m_pLogger(logger), m_uGate(logger != nullptr ? g_CLOSED : 0) {
   m_readers.reserve(g_USUAL_READERS);
   if (m_pLogger == nullptr) return;
   Lock monitor(m_monitor);
@@ -81,6 +87,7 @@ ReadersWriterMutex::~ReadersWriterMutex() {
 
 void ReadersWriterMutex::WaitReaderLock() {
   const unsigned long threadID = Platform::CurrentThreadId();
+  if (TakeSlot(threadID)) return;
   Lock monitor(m_monitor);
   Waiting waiting(m_iReadersWaiting);
   Trace(g_READER_STARTED);
@@ -90,8 +97,9 @@ void ReadersWriterMutex::WaitReaderLock() {
 }
 
 bool ReadersWriterMutex::TimedWaitReaderLock(const Elapse& timeout) {
-  const Time deadline(timeout);
   const unsigned long threadID = Platform::CurrentThreadId();
+  if (TakeSlot(threadID)) return true;
+  const Time deadline(timeout);
   Lock monitor(m_monitor);
   Waiting waiting(m_iReadersWaiting);
   Trace(g_TIMED_READER_STARTED);
@@ -104,6 +112,7 @@ bool ReadersWriterMutex::TimedWaitReaderLock(const Elapse& timeout) {
 
 bool ReadersWriterMutex::TryWaitReaderLock() {
   const unsigned long threadID = Platform::CurrentThreadId();
+  if (TakeSlot(threadID)) return true;
   Lock monitor(m_monitor);
   const bool locked = PrivateTryWaitReaderLock(threadID);
   if (locked) Trace(g_TRY_READER_SUCCEEDED);
@@ -112,6 +121,7 @@ bool ReadersWriterMutex::TryWaitReaderLock() {
 
 void ReadersWriterMutex::ReaderUnlock() {
   const unsigned long threadID = Platform::CurrentThreadId();
+  if (LeaveSlot(threadID)) return;
   Lock monitor(m_monitor);
   const Readers::iterator it = FindReader(threadID);
   if (!OXA_ASSERT(it != m_readers.end())) return;
@@ -127,6 +137,7 @@ void ReadersWriterMutex::ReaderUnlock() {
 void ReadersWriterMutex::WaitWriterLock() {
   const unsigned long threadID = Platform::CurrentThreadId();
   Lock monitor(m_monitor);
+  CloseGate();
   Waiting waiting(m_iWritersWaiting);
   Trace(g_WRITER_STARTED);
   if (!PrivateTryWaitWriterLock(threadID)) WaitForWriterTurn(threadID);
@@ -138,6 +149,7 @@ bool ReadersWriterMutex::TimedWaitWriterLock(const Elapse& timeout) {
   const Time deadline(timeout);
   const unsigned long threadID = Platform::CurrentThreadId();
   Lock monitor(m_monitor);
+  CloseGate();
   const bool upgrades = IsActiveReader(threadID);
   Waiting waiting(m_iWritersWaiting);
   Trace(g_TIMED_WRITER_STARTED);
@@ -148,15 +160,23 @@ bool ReadersWriterMutex::TimedWaitWriterLock(const Elapse& timeout) {
     locked = true;
   }
   Trace(locked ? g_TIMED_WRITER_SUCCEEDED : g_TIMED_WRITER_FAILED);
-  if (!locked) LetReadersGo();
+  if (!locked) {
+    UpdateGate();
+    LetReadersGo();
+  }
   return locked;
 }
 
 bool ReadersWriterMutex::TryWaitWriterLock() {
   const unsigned long threadID = Platform::CurrentThreadId();
   Lock monitor(m_monitor);
+  CloseGate();
   const bool locked = PrivateTryWaitWriterLock(threadID);
-  if (locked) Trace(g_TRY_WRITER_SUCCEEDED);
+  if (locked) {
+    Trace(g_TRY_WRITER_SUCCEEDED);
+  } else {
+    UpdateGate();
+  }
   return locked;
 }
 
@@ -166,7 +186,7 @@ void ReadersWriterMutex::WriterUnlock() {
   const bool written = OXA_ASSERT(m_writer.second > 0);
   const bool ours = OXA_ASSERT(m_writer.first == threadID);
   if (!written || !ours) return;
-  --m_writer.second;
+  if (--m_writer.second == 0) UpdateGate();
   Trace(g_WRITER_UNLOCKED);
   if (m_writer.second > 0 || (m_iWritersWaiting < 1 && m_iReadersWaiting < 1)) return;
   // Only writers wait, and this thread's own read lock keeps them out: nobody could use the wake.
@@ -189,7 +209,7 @@ bool ReadersWriterMutex::PrivateTryWaitReaderLock(unsigned long threadID) {
     m_monitor.Broadcast();
     return false;
   }
-  AddReader(threadID);
+  AddReader(threadID, 1);
   return true;
 }
 
@@ -200,8 +220,9 @@ bool ReadersWriterMutex::PrivateTryWaitWriterLock(unsigned long threadID) {
     ++m_writer.second;
     return true;
   }
-  if (m_activeReaders > 1) return false;
-  if (m_activeReaders == 1 && !IsActiveReader(threadID)) return false;
+  const std::size_t active = m_activeReaders + CountSlots();
+  if (active > 1) return false;
+  if (active == 1 && !IsActiveReader(threadID)) return false;
   m_writer = {threadID, 1};
   return true;
 }
@@ -218,6 +239,7 @@ bool ReadersWriterMutex::WaitForReaderTurn(unsigned long threadID, const Time& d
 /// writer's way meanwhile: of two that upgrade at once, both step aside and one gets in.
 void ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID) {
   const bool upgrades = IsActiveReader(threadID);
+  MoveToTable(threadID);
   if (upgrades) SetActive(threadID, false);
   try {
     do {
@@ -235,6 +257,7 @@ void ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID) {
 bool ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID, const Time& deadline) {
   const bool upgrades = IsActiveReader(threadID);
   while (!PrivateTryWaitWriterLock(threadID)) {
+    MoveToTable(threadID);
     if (upgrades) SetActive(threadID, false);
     if (!m_monitor.TimedWait(deadline.TimeLeft())) return false;
     if (upgrades) SetActive(threadID, true);
@@ -271,6 +294,7 @@ ReadersWriterMutex::Readers::iterator ReadersWriterMutex::FindReader(unsigned lo
 }
 
 bool ReadersWriterMutex::IsActiveReader(unsigned long threadID) noexcept {
+  if (SlotOf(threadID).m_ulThread.load(std::memory_order_relaxed) == threadID) return true;
   const Readers::iterator it = FindReader(threadID);
   return it != m_readers.end() && it->m_bActive;
 }
@@ -283,15 +307,87 @@ void ReadersWriterMutex::SetActive(unsigned long threadID, bool active) noexcept
   active ? ++m_activeReaders : --m_activeReaders;
 }
 
-void ReadersWriterMutex::AddReader(unsigned long threadID) {
-  m_readers.push_back({{threadID, 1}, true});
+void ReadersWriterMutex::AddReader(unsigned long threadID, unsigned long count) {
+  m_readers.push_back({{threadID, count}, true});
   ++m_activeReaders;
+  UpdateGate();
 }
 
 void ReadersWriterMutex::RemoveReader(Readers::iterator reader) noexcept {
   if (reader->m_bActive) --m_activeReaders;
   *reader = m_readers.back();
   m_readers.pop_back();
+  UpdateGate();
+}
+
+inline ReadersWriterMutex::Slot& ReadersWriterMutex::SlotOf(unsigned long threadID) noexcept {
+  return m_slots[threadID % uSLOTS];
+}
+
+/// Takes a read lock without the monitor, as long as no writer is about and nobody listens to the steps: then
+/// what the monitor would do is to enter the thread and to leave again, and nobody could tell the difference.
+///
+/// A reader shows itself in its slot and then looks at the gate; a writer closes the gate and then looks at
+/// the slots. Both in one order that all threads agree on, so that at least one of them sees the other. A
+/// reader that finds the gate closed behind itself steps back and goes by the monitor, where it wakes a writer
+/// that may have seen it.
+bool ReadersWriterMutex::TakeSlot(unsigned long threadID) noexcept {
+  Slot& slot = SlotOf(threadID);
+  const std::uint64_t bit = GateBit(threadID);
+  unsigned long holder = slot.m_ulThread.load(std::memory_order_relaxed);
+  if (holder == threadID) {
+    ++slot.m_ulCount;  // nested: passes the gate
+    return true;
+  }
+  if (holder != 0 || (m_uGate.load(std::memory_order_relaxed) & bit) != 0) return false;
+  if (!slot.m_ulThread.compare_exchange_strong(holder, threadID)) return false;
+  if ((m_uGate.load() & bit) != 0) {
+    slot.m_ulThread.store(0);
+    return false;
+  }
+  slot.m_ulCount = 1;
+  return true;
+}
+
+/// Gives back a read lock that stands in the thread's slot; false if there is none. The last one looks at the
+/// gate behind itself: a writer that closed it may wait for exactly this.
+bool ReadersWriterMutex::LeaveSlot(unsigned long threadID) {
+  Slot& slot = SlotOf(threadID);
+  if (slot.m_ulThread.load(std::memory_order_relaxed) != threadID) return false;
+  if (--slot.m_ulCount > 0) return true;
+  slot.m_ulThread.store(0);
+  if (m_uGate.load() != g_CLOSED) return true;
+  Lock monitor(m_monitor);
+  if (m_iWritersWaiting > 0) m_monitor.Broadcast();
+  return true;
+}
+
+std::size_t ReadersWriterMutex::CountSlots() const noexcept {
+  return static_cast<std::size_t>(std::count_if(
+      std::begin(m_slots), std::end(m_slots), [](const Slot& slot) { return slot.m_ulThread.load() != 0; }));
+}
+
+/// With the monitor held, ahead of any attempt to write: nobody takes a slot from now on.
+void ReadersWriterMutex::CloseGate() noexcept {
+  if (m_uGate.load(std::memory_order_relaxed) != g_CLOSED) m_uGate.store(g_CLOSED);
+}
+
+/// With the monitor held and the gate closed: the thread's read locks move from its slot to the table, where
+/// they can be set aside.
+void ReadersWriterMutex::MoveToTable(unsigned long threadID) {
+  Slot& slot = SlotOf(threadID);
+  if (slot.m_ulThread.load(std::memory_order_relaxed) != threadID) return;
+  AddReader(threadID, slot.m_ulCount);
+  slot.m_ulThread.store(0, std::memory_order_release);
+}
+
+/// Opens the gate, if nobody writes or waits to write, to all threads but those of the table. A reader's locks
+/// stand in one place, or their count would be two.
+void ReadersWriterMutex::UpdateGate() noexcept {
+  if (m_pLogger != nullptr || m_writer.second != 0 || m_iWritersWaiting != 0) return;
+  std::uint64_t gate = 0;
+  for (const Reader& reader : m_readers) gate |= GateBit(reader.first);
+  m_uGate.store(gate, std::memory_order_release);
 }
 
 }  // namespace Oxa::Core

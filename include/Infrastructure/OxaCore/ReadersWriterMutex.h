@@ -12,8 +12,8 @@
 // While WaitWriterLock waits for an upgrade the same holds for its duration: what was read before is to be
 // read again once the write lock is held.
 //
-// Thread safety: every operation may be called from any thread at any time. The destructor needs that nobody
-// uses the mutex any more.
+// Thread safety: every operation may be called from any thread at any time. The destructor needs that every
+// other call has returned.
 // Failures: timed and try forms answer false. Misuse is a failed assertion, and nothing is changed then. The
 // errors of Condition pass through. A lock that ends by an error is not held.
 //
@@ -31,7 +31,9 @@
 #include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/Time.h>
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -91,6 +93,15 @@ class OXACORE_API ReadersWriterMutex {
   };
   using Readers = std::vector<Reader>;
 
+  /// Keeps the read locks of one thread, taken while no writer was about; see TakeSlot. As long as a line of
+  /// cache, so that readers on different cores don't slow one another down.
+  struct alignas(16) Slot {
+    std::atomic<unsigned long> m_ulThread{0};  ///< 0: free
+    unsigned long m_ulCount = 0;               ///< never 0 for long; touched by m_ulThread only
+    char m_room[64 - sizeof(std::atomic<unsigned long>) - sizeof(unsigned long)];
+  };
+  static constexpr std::size_t uSLOTS = 8;
+
   bool PrivateTryWaitReaderLock(unsigned long threadID);
   bool PrivateTryWaitWriterLock(unsigned long threadID);
   void CallLogger(const char* code, const char* text);
@@ -102,10 +113,18 @@ class OXACORE_API ReadersWriterMutex {
   bool WaitForWriterTurn(unsigned long threadID, const Time& deadline);
   void LetReadersGo();
 
+  Slot& SlotOf(unsigned long threadID) noexcept;
+  bool TakeSlot(unsigned long threadID) noexcept;
+  bool LeaveSlot(unsigned long threadID);
+  std::size_t CountSlots() const noexcept;
+  void CloseGate() noexcept;
+  void MoveToTable(unsigned long threadID);
+  void UpdateGate() noexcept;
+
   Readers::iterator FindReader(unsigned long threadID) noexcept;
   bool IsActiveReader(unsigned long threadID) noexcept;
   void SetActive(unsigned long threadID, bool active) noexcept;
-  void AddReader(unsigned long threadID);
+  void AddReader(unsigned long threadID, unsigned long count);
   void RemoveReader(Readers::iterator reader) noexcept;
 
   Condition m_monitor;                               ///< guards all fields below; where everybody waits
@@ -115,6 +134,12 @@ class OXACORE_API ReadersWriterMutex {
   int m_iReadersWaiting = 0;
   std::size_t m_activeReaders = 0;  ///< how many of m_readers stand in the way of writers
   LogFunction m_pLogger;
+
+  // Beside the monitor, and touched without it.
+  /// Whose read locks must go by the monitor: a bit for the threads of m_readers each; all bits while somebody
+  /// writes or waits to write, or where a logger hears of every step. Written with the monitor held.
+  std::atomic<std::uint64_t> m_uGate;
+  Slot m_slots[uSLOTS];
 };
 
 /// Holds a read lock for the length of a scope. For one thread.
