@@ -8,8 +8,18 @@
 
 namespace Oxa::Core {
 
-inline bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-inline bool IsSpace(wchar_t c) { return std::iswspace(static_cast<std::wint_t>(c)) != 0; }
+// The characters below 128 are the same in every locale, and nearly all that are ever asked about.
+inline bool IsAsciiSpace(unsigned int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+inline bool IsSpace(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 128 ? IsAsciiSpace(byte) : std::isspace(byte) != 0;
+}
+
+inline bool IsSpace(wchar_t c) {
+  const auto code = static_cast<std::wint_t>(c);
+  return code < 128 ? IsAsciiSpace(code) : std::iswspace(code) != 0;
+}
 
 inline char ToUpper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
 inline wchar_t ToUpper(wchar_t c) { return static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(c))); }

@@ -49,13 +49,34 @@ Text<Char> BreakLines(View<Char> text, std::size_t width, Char breakChar) {
   return lines += WithoutOuterSpace(text.substr(pos));
 }
 
-// Fills a vector from the front, so that texts that are there already lend their memory to the new ones.
+// Fills a vector from the front: texts that are there already lend their memory to the new ones, and pieces are
+// gathered first, so that the vector grows in few steps.
 template <class Char>
 class PieceWriter {
  public:
   explicit PieceWriter(std::vector<Text<Char>>& out) : m_out(out) {}
 
   void Add(View<Char> piece) {
+    if (m_uGathered == uROOM) Flush();
+    m_gathered[m_uGathered++] = piece;
+  }
+
+  int Finish() {
+    Flush();
+    m_out.resize(m_uCount);
+    return static_cast<int>(m_uCount);
+  }
+
+ private:
+  static constexpr std::size_t uROOM = 16;
+
+  void Flush() {
+    if (m_uCount + m_uGathered > m_out.capacity()) m_out.reserve(2 * m_uCount + m_uGathered);
+    for (std::size_t i = 0; i < m_uGathered; ++i) Write(m_gathered[i]);
+    m_uGathered = 0;
+  }
+
+  void Write(View<Char> piece) {
     if (m_uCount < m_out.size()) {
       m_out[m_uCount].assign(piece.data(), piece.size());
     } else {
@@ -64,39 +85,52 @@ class PieceWriter {
     ++m_uCount;
   }
 
-  int Finish() {
-    m_out.resize(m_uCount);
-    return static_cast<int>(m_uCount);
-  }
-
- private:
   std::vector<Text<Char>>& m_out;
   std::size_t m_uCount = 0;
+  View<Char> m_gathered[uROOM];
+  std::size_t m_uGathered = 0;
 };
 
-template <class Char>
-int SplitText(View<Char> text, View<Char> delimiter, std::vector<Text<Char>>& out) {
+// `delimiter` is a text or one character, which is found much faster.
+template <class Char, class Delimiter>
+int SplitAt(View<Char> text, Delimiter delimiter, std::size_t delimiterSize, std::vector<Text<Char>>& out) {
   PieceWriter<Char> pieces(out);
   std::size_t begin = 0;
-  std::size_t found = delimiter.empty() ? View<Char>::npos : text.find(delimiter);
-  while (found != View<Char>::npos) {
+  for (std::size_t found; (found = text.find(delimiter, begin)) != View<Char>::npos;
+       begin = found + delimiterSize) {
     pieces.Add(text.substr(begin, found - begin));
-    begin = found + delimiter.size();
-    found = text.find(delimiter, begin);
   }
   pieces.Add(text.substr(begin));
   return pieces.Finish();
 }
 
 template <class Char>
-Text<Char> JoinTexts(const std::vector<Text<Char>>& pieces, const Text<Char>& delimiter) {
-  Text<Char> joined;
-  if (pieces.empty()) return joined;
+int SplitText(View<Char> text, View<Char> delimiter, std::vector<Text<Char>>& out) {
+  if (delimiter.size() == 1) return SplitAt(text, delimiter.front(), 1, out);
+  if (!delimiter.empty()) return SplitAt(text, delimiter, delimiter.size(), out);
+  PieceWriter<Char> whole(out);
+  whole.Add(text);
+  return whole.Finish();
+}
+
+template <class Char>
+Char* PutText(Char* to, View<Char> text) {
+  if (text.size() == 1) {
+    *to = text.front();
+  } else {
+    std::char_traits<Char>::copy(to, text.data(), text.size());
+  }
+  return to + text.size();
+}
+
+template <class Char>
+Text<Char> JoinTexts(const std::vector<Text<Char>>& pieces, View<Char> delimiter) {
+  if (pieces.empty()) return Text<Char>();
   std::size_t size = (pieces.size() - 1) * delimiter.size();
   for (const Text<Char>& piece : pieces) size += piece.size();
-  joined.reserve(size);
-  joined += pieces.front();
-  for (std::size_t i = 1; i < pieces.size(); ++i) joined.append(delimiter).append(pieces[i]);
+  Text<Char> joined(size, Char());
+  Char* to = PutText<Char>(joined.data(), pieces.front());
+  for (std::size_t i = 1; i < pieces.size(); ++i) to = PutText<Char>(PutText(to, delimiter), pieces[i]);
   return joined;
 }
 
@@ -163,10 +197,10 @@ int Split(const TUnicodeStr& text, const TUnicodeStr& delimiter, std::vector<TUn
 }
 
 std::string Join(const std::vector<std::string>& pieces, const std::string& delimiter) {
-  return JoinTexts(pieces, delimiter);
+  return JoinTexts(pieces, ViewOf(delimiter));
 }
 TUnicodeStr Join(const std::vector<TUnicodeStr>& pieces, const TUnicodeStr& delimiter) {
-  return JoinTexts(pieces, delimiter);
+  return JoinTexts(pieces, ViewOf(delimiter));
 }
 
 void Escape(std::string& text, char separator) {

@@ -57,9 +57,10 @@ bool GetLocalSystemTime(long long ticks, Platform::DateTime& local) {
 }
 
 std::string GetLocalTimeString(long long ticks) {
+  std::string text = Platform::LocalTimeText(ticks);
+  if (!text.empty()) return text;
   Platform::DateTime local;
   GetLocalSystemTime(ticks, local);
-  std::string text;
   const int failure = Platform::DateTimeText(local, text);
   if (failure != 0) OXA_RAISE_ERROR(g_pLOG_NAME, Time::OsTimeApiError(SystemText(failure)));
   return text;

@@ -53,7 +53,7 @@ void ReadSeconds(std::string_view text, DateTime& fields) {
   fields.m_iMilliSecond = whole ? 0 : Field(ReadField(parts[1]));
 }
 
-bool ReadFields(std::string_view text, DateTime& fields) {
+bool ReadLenient(std::string_view text, DateTime& fields) {
   std::string_view parts[2];
   std::string_view date[3];
   std::string_view clock[3];
@@ -66,6 +66,36 @@ bool ReadFields(std::string_view text, DateTime& fields) {
   fields.m_iMinute = Field(ReadField(clock[1]));
   ReadSeconds(clock[2], fields);
   return true;
+}
+
+// Digits at fixed places; any other character makes `bad` nonzero.
+template <int COUNT>
+int Digits(const char* at, unsigned int& bad) {
+  unsigned int number = 0;
+  for (int i = 0; i < COUNT; ++i) {
+    const unsigned int digit = static_cast<unsigned char>(at[i]) - unsigned{'0'};
+    bad |= static_cast<unsigned int>(digit > 9);
+    number = number * 10 + digit;
+  }
+  return static_cast<int>(number);
+}
+
+// Text exactly as ToString writes it needs no searching.
+bool ReadExact(std::string_view text, DateTime& fields) {
+  constexpr std::string_view sFORM = "yyyy/MM/dd HH:mm:ss.fff";
+  if (text.size() != sFORM.size()) return false;
+  for (const std::size_t place : {4, 7, 10, 13, 16, 19}) {
+    if (text[place] != sFORM[place]) return false;
+  }
+  unsigned int bad = 0;
+  const char* const at = text.data();
+  fields = {Digits<4>(at, bad),      Digits<2>(at + 5, bad),  Digits<2>(at + 8, bad), Digits<2>(at + 11, bad),
+            Digits<2>(at + 14, bad), Digits<2>(at + 17, bad), Digits<3>(at + 20, bad)};
+  return bad == 0;
+}
+
+bool ReadFields(std::string_view text, DateTime& fields) {
+  return ReadExact(text, fields) || ReadLenient(text, fields);
 }
 
 bool IsMonth(long month) { return month >= 1 && month <= 12; }

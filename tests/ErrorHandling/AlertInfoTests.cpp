@@ -1,4 +1,5 @@
 #include <Infrastructure/OxaCore/AlertInfo.h>
+#include <Infrastructure/OxaCore/Time.h>
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,23 @@ TEST(AlertInfo, CopiesHaveTheirOwnSeverityNumber) {
   second.SetSeverity(AlertInfo::eERROR);
   EXPECT_EQ(-1, first.GetSeverity());
   EXPECT_EQ("Error", first.GetData(AlertInfo::sSEVERITY));
+}
+
+TEST(AlertInfo, CopiesTakeTheSeverityNumber) {
+  OpenAlert first;
+  first.SetSeverity(AlertInfo::eCRITICAL);
+  EXPECT_EQ(AlertInfo::eCRITICAL, AlertInfo(first).GetSeverity());
+  AlertInfo second;
+  second = first;
+  EXPECT_EQ(AlertInfo::eCRITICAL, second.GetSeverity());
+}
+
+TEST(AlertInfo, TimeStampIsTheTimeOfConstruction) {
+  const std::string before = Oxa::Core::Time().ToString();
+  const AlertInfo alert;
+  const std::string after = Oxa::Core::Time().ToString();
+  EXPECT_LE(before, alert.GetData(AlertInfo::sTIME_STAMP));
+  EXPECT_GE(after, alert.GetData(AlertInfo::sTIME_STAMP));
 }
 
 TEST(AlertInfo, BuiltFromStoredPartsItHoldsDeepCopiesAndNoSeverity) {

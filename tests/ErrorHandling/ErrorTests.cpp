@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <regex>
 #include <stdexcept>
 
 namespace {
@@ -55,6 +56,13 @@ class CountsRethrows : public ErrorClass<CountsRethrows, IOError> {
 
 class Unprintable {};
 std::ostream& operator<<(std::ostream&, const Unprintable&) { throw std::runtime_error("no text"); }
+
+// Writes its own copy constructor, as a class with a handle of its own would.
+class OwnCopy : public ErrorClass<OwnCopy, LogicError> {
+ public:
+  OwnCopy() : ErrorClass(std::string("own copy")) {}
+  OwnCopy(const OwnCopy& other) : ErrorClass(other) {}
+};
 
 std::string Inheritance(const std::initializer_list<const char*>& names) {
   std::string chain;
@@ -109,6 +117,27 @@ TEST(Error, InheritanceNamesTheChainBaseFirst) {
             DerivedFromBasic(1).GetData(Error::sINHERITANCE));
 }
 
+TEST(Error, OwnCopyConstructorLeavesTheInheritanceAlone) {
+  const std::string chain =
+      Inheritance({typeid(Error).name(), typeid(LogicError).name(), typeid(OwnCopy).name()});
+  try {
+    OXA_RAISE_ERROR("Oxa.Test", OwnCopy());
+  } catch (OwnCopy& error) {
+    EXPECT_EQ(chain, error.Clone()->GetData(Error::sINHERITANCE));
+  }
+}
+
+TEST(Error, LogNameMayBeAStringOrNull) {
+  const std::string name = "Oxa.Test.String";
+  try {
+    OXA_RAISE_ERROR(name, BasicError());
+  } catch (BasicError& error) {
+    EXPECT_EQ(name, error.GetData(AlertInfo::sLOG_NAME));
+  }
+  const char* const null = nullptr;
+  EXPECT_THROW(OXA_RAISE_ERROR(null, BasicError()), BasicError);
+}
+
 TEST(Error, TemplateTakesPositionalArguments) {
   const ManyArguments error('a', -15, 15, -31, 31, 1.5F, 2.5, "Basic Message");
   EXPECT_EQ("a,-15,f,-31,1f,1.5,2.5,Basic Message", error.GetData(AlertInfo::sMESSAGE));
@@ -138,6 +167,7 @@ TEST(Error, CloneHasTheTypeAndTheDataOfItsSource) {
 }
 
 TEST(Error, RaiseRecordsPlaceAndLogName) {
+  const int line = __LINE__ + 2;
   try {
     OXA_RAISE_ERROR("Oxa.Test.Place", BasicError());
     FAIL() << "the raise returned";
@@ -146,11 +176,13 @@ TEST(Error, RaiseRecordsPlaceAndLogName) {
     ASSERT_EQ(1u, e.GetUnwindStack()->size());
     const CodeContext& place = e.GetUnwindStack()->front();
     EXPECT_NE(std::string::npos, place.Get(CodeContext::sFILE).find("ErrorTests.cpp"));
-    EXPECT_NE("Unknown", place.Get(CodeContext::sLINE));
+    EXPECT_EQ(std::to_string(line), place.Get(CodeContext::sLINE));
     EXPECT_NE(std::string::npos, place.Get(CodeContext::sFUNCTION).find("TestBody"));
     EXPECT_EQ(std::string::npos, place.Get(CodeContext::sFUNCTION).find('('));
     EXPECT_NE(std::string::npos, place.Get(CodeContext::sSIGNATURE).find("void "));
-    EXPECT_FALSE(place.Get(CodeContext::sBUILD_TIME).empty());
+    EXPECT_TRUE(
+        std::regex_match(place.Get(CodeContext::sBUILD_TIME),
+                         std::regex("[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}")));
   }
 }
 
@@ -313,6 +345,14 @@ TEST(InvalidParameter, BuildsItsMessageFromNameAndValue) {
   const InvalidParameter fromTable(AlertData{{"ParamName", "a"}, {"ParamValue", "b"}});
   EXPECT_STREQ("Invalid Parameter: a = b", fromTable.what());
   EXPECT_EQ("Logic", fromTable.GetData(AlertInfo::sCATEGORY));
+  const InvalidParameter more(AlertData{{"ParamName", "a"}, {"Severity", "Critical"}, {"Extra", "kept"}});
+  EXPECT_STREQ("Invalid Parameter: a = {Not Provided}", more.what());
+  EXPECT_EQ("Error", more.GetData(AlertInfo::sSEVERITY));
+  EXPECT_EQ("kept", more.GetData("Extra"));
+  testing::internal::CaptureStderr();
+  EXPECT_STREQ("Invalid Parameter: a = Failed to construct alert message due to exception.",
+               InvalidParameter("a", Unprintable()).what());
+  EXPECT_EQ("Failed to construct alert due to exception!\n", testing::internal::GetCapturedStderr());
 }
 
 template <class Class, class Base>

@@ -1,4 +1,5 @@
 // A host that is linked with the library: one scenario of its life per run.
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Singleton.h>
@@ -6,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -79,6 +81,49 @@ void ExitFromAnotherThread() {
   std::thread([] { std::exit(7); }).join();
 }
 
+// Both live to the very end.
+class HangingListener : public AlertListener {
+ public:
+  void ErrorRaised(Error&) override {
+    m_bHeard = true;
+    for (;;) ::pause();
+  }
+  std::atomic<bool> m_bHeard{false};
+};
+
+class EndingListener : public AlertListener {
+ public:
+  void ErrorRaised(Error&) override { std::exit(6); }
+};
+
+void ExitWhileOtherThreadsRaise() {
+  std::atomic<int> raises{0};
+  for (int i = 0; i < 4; ++i) {
+    std::thread([&raises] {
+      for (;;) {
+        Raise();
+        ++raises;
+      }
+    }).detach();
+  }
+  while (raises < 100) std::this_thread::yield();
+  // Not a return: the counter must stay while the threads use it.
+  std::exit(0);
+}
+
+void ExitWhileAlertIsBeingTold() {
+  HangingListener* const listener = new HangingListener;
+  AlertManager::Instance()->AddAlertListener(*listener);
+  std::thread([] { Raise(); }).detach();
+  while (!listener->m_bHeard) std::this_thread::yield();
+  std::exit(4);
+}
+
+void ExitFromListener() {
+  AlertManager::Instance()->AddAlertListener(*new EndingListener);
+  Raise();
+}
+
 void ForkedChildExits() {
   std::fflush(nullptr);
   const pid_t child = ::fork();
@@ -110,6 +155,9 @@ int main(int argc, char** argv) {
       {"singleton-anew", SingletonIsMadeAnewAfterShutdown},
       {"bad-singleton", BadSingletonHidesTheLaterOnes},
       {"exit-from-thread", ExitFromAnotherThread},
+      {"exit-while-raising", ExitWhileOtherThreadsRaise},
+      {"exit-while-telling", ExitWhileAlertIsBeingTold},
+      {"exit-from-listener", ExitFromListener},
       {"fork", ForkedChildExits},
   };
   const auto scenario = scenarios.find(argc > 1 ? argv[1] : "");

@@ -77,6 +77,16 @@ TEST(Life, ProcessMayExitFromAnotherThread) {
   EXPECT_EQ(sMISSED_SHUTDOWN, result.m_sError);
 }
 
+TEST(Life, ProcessMayExitWhileOtherThreadsRaise) {
+  for (int i = 0; i < 30; ++i) EXPECT_EQ(0, RunLife("exit-while-raising").m_iStatus);
+}
+
+TEST(Life, HangingListenerDoesNotKeepTheProcessFromItsEnd) {
+  EXPECT_EQ(4, RunLife("exit-while-telling").m_iStatus);
+}
+
+TEST(Life, ListenerMayEndTheProcess) { EXPECT_EQ(6, RunLife("exit-from-listener").m_iStatus); }
+
 TEST(Life, ForkedChildLeavesTheShutdownToItsParent) {
   const ChildResult result = RunLife("fork");
   EXPECT_EQ("child ended with 5\n", result.m_sOutput);
@@ -92,7 +102,11 @@ TEST(Life, RaiseAfterTheUnloadRoutineGoesToStandardErrorAndReturns) {
   EXPECT_EQ(2, Count(result.m_sError, "<LogName>Test.Plugin</LogName>"));
   EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Warning During OxaCore Shutdown</Circumstance>"));
   EXPECT_EQ(1, Count(result.m_sError, "<Message>a late warning</Message>"));
-  EXPECT_EQ(0, Count(result.m_sError, "<ProcessName>"));
+  for (const char* key :
+       {"ProcessName", "ProcessID", "ThreadName", "ThreadID", "HostName", "OperatingSystem"})
+    EXPECT_EQ(0, Count(result.m_sError, std::string("<") + key + ">")) << key;
+  for (const char* key : {"File", "Line", "CompileTime", "FunctionName", "FunctionSignature"})
+    EXPECT_EQ(2, Count(result.m_sError, std::string("<") + key + ">")) << key;
 }
 
 TEST(Life, PluginTakesTheLibraryWithIt) {

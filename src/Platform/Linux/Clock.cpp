@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <sched.h>
 #include <stdlib.h>
+#include <string.h>
 #include <time.h>
 
 #include <atomic>
@@ -75,34 +76,66 @@ int MilliSecondsOf(long long ticks) {
 bool InCalendar(long long seconds) { return seconds >= iBEGIN && seconds < iEND; }
 
 char* Put2(char* to, int value) {
-  *to++ = static_cast<char>('0' + value / 10);
-  *to++ = static_cast<char>('0' + value % 10);
-  return to;
-}
-
-char* PutYear(char* to, int year) {
-  if (year >= 10000) *to++ = static_cast<char>('0' + year / 10000);
-  return Put2(Put2(to, year / 100 % 100), year % 100);
+  to[0] = static_cast<char>('0' + value / 10);
+  to[1] = static_cast<char>('0' + value % 10);
+  return to + 2;
 }
 
 constexpr int iMAX_TEXT = 24;  // a year of five digits, and the rest
 
-// Writes the fields and gives the end of what it wrote.
-char* PutFields(char* to, const DateTime& fields) {
-  to = PutYear(to, fields.m_iYear);
+// "1998/08/23 "; gives the end of what it wrote.
+char* PutDate(char* to, int year, int month, int day) {
+  if (year >= 10000) *to++ = static_cast<char>('0' + year / 10000);
+  to = Put2(Put2(to, year / 100 % 100), year % 100);
   *to++ = '/';
-  to = Put2(to, fields.m_iMonth);
+  to = Put2(to, month);
   *to++ = '/';
-  to = Put2(to, fields.m_iDay);
+  to = Put2(to, day);
   *to++ = ' ';
-  to = Put2(to, fields.m_iHour);
+  return to;
+}
+
+// "02:33:17.123"; gives the end of what it wrote.
+char* PutTimeOfDay(char* to, int second, int milliSecond) {
+  to = Put2(to, second / 3600);
   *to++ = ':';
-  to = Put2(to, fields.m_iMinute);
+  to = Put2(to, second / 60 % 60);
   *to++ = ':';
-  to = Put2(to, fields.m_iSecond);
+  to = Put2(to, second % 60);
   *to++ = '.';
-  *to++ = static_cast<char>('0' + fields.m_iMilliSecond / 100);
-  return Put2(to, fields.m_iMilliSecond % 100);
+  *to++ = static_cast<char>('0' + milliSecond / 100);
+  return Put2(to, milliSecond % 100);
+}
+
+// The day whose date this thread put last: time stamps that follow each other are nearly always of one day.
+struct LastDay {
+  int m_iDay;  // since the calendar began, plus 1; 0 is none
+  int m_iLength;
+  char m_text[12];
+};
+
+thread_local LastDay s_lastDay;
+
+char* PutLocalTime(char* to, long long localSeconds, int milliSecond) {
+  const long long since = localSeconds - iBEGIN;
+  const int day = static_cast<int>(since / iSECONDS_PER_DAY) + 1;
+  LastDay& last = s_lastDay;
+  if (last.m_iDay != day) {
+    const CalendarDay date = DateFromDays(static_cast<int>(iBEGIN / iSECONDS_PER_DAY) + day - 1);
+    last.m_iLength =
+        static_cast<int>(PutDate(last.m_text, date.m_iYear, date.m_iMonth, date.m_iDay) - last.m_text);
+    last.m_iDay = day;
+  }
+  memcpy(to, last.m_text, sizeof last.m_text);
+  return PutTimeOfDay(to + last.m_iLength, static_cast<int>(since % iSECONDS_PER_DAY), milliSecond);
+}
+
+// The local time of a moment, in seconds since 1970 as though it were UTC.
+int LocalSecondsOf(long long ticks, long long& localSeconds) {
+  const long long seconds = SecondsSince1970(ticks);
+  if (ticks < 0 || !InCalendar(seconds)) return EINVAL;
+  localSeconds = seconds + CurrentOffset(seconds);
+  return InCalendar(localSeconds) ? 0 : EINVAL;
 }
 
 }  // namespace
@@ -122,12 +155,10 @@ int TicksToUtc(long long ticks, DateTime& utc) noexcept {
 }
 
 int TicksToLocal(long long ticks, DateTime& local) noexcept {
-  const long long seconds = SecondsSince1970(ticks);
-  if (ticks < 0 || !InCalendar(seconds)) return EINVAL;
-  const long long localSeconds = seconds + CurrentOffset(seconds);
-  if (!InCalendar(localSeconds)) return EINVAL;
-  local = ToFields(localSeconds, MilliSecondsOf(ticks));
-  return 0;
+  long long localSeconds = 0;
+  const int failure = LocalSecondsOf(ticks, localSeconds);
+  if (failure == 0) local = ToFields(localSeconds, MilliSecondsOf(ticks));
+  return failure;
 }
 
 int UtcToTicks(const DateTime& utc, long long& ticks) noexcept {
@@ -149,15 +180,17 @@ int LocalToUtc(const DateTime& local, DateTime& utc) noexcept {
 int DateTimeText(const DateTime& fields, std::string& text) {
   if (!IsDate(fields, 0) || !IsTimeOfDay(fields)) return EINVAL;
   char buffer[iMAX_TEXT];
-  text.assign(buffer, PutFields(buffer, fields));
+  char* const clock = PutDate(buffer, fields.m_iYear, fields.m_iMonth, fields.m_iDay);
+  const int second = fields.m_iHour * 3600 + fields.m_iMinute * 60 + fields.m_iSecond;
+  text.assign(buffer, PutTimeOfDay(clock, second, fields.m_iMilliSecond));
   return 0;
 }
 
 std::string LocalTimeText(long long ticks) {
-  DateTime local;
-  if (TicksToLocal(ticks, local) != 0) return std::string();
+  long long localSeconds = 0;
+  if (LocalSecondsOf(ticks, localSeconds) != 0) return std::string();
   char buffer[iMAX_TEXT];
-  return std::string(buffer, PutFields(buffer, local));
+  return std::string(buffer, PutLocalTime(buffer, localSeconds, MilliSecondsOf(ticks)));
 }
 
 void SleepMilliseconds(unsigned int milliseconds) noexcept {
