@@ -44,7 +44,7 @@ ManagedGlobals::Entry ManagedGlobals::Take(const std::string& key) {
       std::find_if(m_entries.begin(), m_entries.end(),
                    [entry = Find(key)](const Entry& candidate) { return candidate.get() == entry; });
   if (found == m_entries.end()) return {};
-  const Entry entry = *found;
+  Entry entry = *found;
   m_entries.erase(found);
   m_entryMap.erase(key);
   return entry;
@@ -53,7 +53,7 @@ ManagedGlobals::Entry ManagedGlobals::Take(const std::string& key) {
 ManagedGlobals::Entry ManagedGlobals::TakeNewest() {
   const Oxa::Core::Lock lock(m_mutex);
   if (m_entries.empty()) return {};
-  const Entry entry = m_entries.back();
+  Entry entry = m_entries.back();
   m_entries.pop_back();
   m_entryMap.erase(entry->GetKey());
   return entry;

@@ -102,7 +102,7 @@ std::string Error::XMLElementName() { return "Error"; }
 boost::shared_ptr<Error> Error::Clone() { return boost::shared_ptr<Error>(new Error(*this)); }
 
 boost::shared_ptr<Error> Error::CloneUnraised() {
-  const boost::shared_ptr<Error> clone = Clone();
+  boost::shared_ptr<Error> clone = Clone();
   TakeRaisedMark(*clone);
   return clone;
 }

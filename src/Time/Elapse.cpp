@@ -101,9 +101,9 @@ double Elapse::GetElapsed(TimeUnits units) const {
     case NanoSeconds:
       return static_cast<double>(nanoseconds);
     case MicroSeconds:
-      return static_cast<double>(nanoseconds / Time::NSEC_PER_USEC);
+      return static_cast<double>(nanoseconds / Time::NSEC_PER_USEC);  // NOLINT(bugprone-integer-division)
     case MilliSeconds:
-      return static_cast<double>(nanoseconds / Time::NSEC_PER_MSEC);
+      return static_cast<double>(nanoseconds / Time::NSEC_PER_MSEC);  // NOLINT(bugprone-integer-division)
     case Seconds:
       return ticks / 1.0e7;
     case Minutes:

@@ -8,7 +8,7 @@
 #include <cstring>
 
 // The identity of the library that this file is linked into; every one has its own.
-extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;
+extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;  // NOLINT(bugprone-reserved-identifier)
 
 namespace Oxa::Core::Platform {
 
