@@ -254,6 +254,35 @@ TEST(ReadersWriterStress, EightThreadsUntraced) { Play(8, nullptr); }
 TEST(ReadersWriterStress, EightThreadsTraced) { Play(8, &CheckTrace); }
 TEST(ReadersWriterStress, ThreeThreadsUntraced) { Play(3, nullptr); }
 
+/// Nothing but the two steps in which a reader and a writer may miss one another, as often as can be.
+TEST(ReadersWriterStress, AReaderAndAWriterNeverMissOneAnother) {
+  Playground playground(nullptr);
+  std::thread reader([&playground] {
+    while (!playground.m_bStop) {
+      if (!playground.m_mutex.TryWaitReaderLock()) continue;
+      Expect(playground, playground.m_iWriters.load(std::memory_order_relaxed) == 0,
+             "a writer beside a reader");
+      playground.m_mutex.ReaderUnlock();
+      playground.m_lSteps.fetch_add(1, std::memory_order_relaxed);
+    }
+  });
+  const auto end = std::chrono::steady_clock::now() + g_DURATION / 2;
+  while (std::chrono::steady_clock::now() < end && playground.m_lFaults == 0) {
+    if (!playground.m_mutex.TryWaitWriterLock()) continue;
+    playground.m_iWriters.store(1, std::memory_order_relaxed);
+    for (int i = 0; i < 20; ++i) ++playground.m_lFirst;
+    playground.m_iWriters.store(0, std::memory_order_relaxed);
+    playground.m_mutex.WriterUnlock();
+    ++playground.m_lWrites;
+  }
+  playground.m_bStop = true;
+  reader.join();
+  EXPECT_EQ(0, playground.m_lFaults);
+  EXPECT_GT(playground.m_lWrites, 0);
+  EXPECT_GT(playground.m_lSteps, 0);
+  std::printf("%ld reads, %ld writes\n", playground.m_lSteps.load(), playground.m_lWrites.load());
+}
+
 }  // namespace
 
 }  // namespace Oxa::Core::Testing
