@@ -73,6 +73,7 @@ int LiveRaises::CountOfThisThread() noexcept {
 bool LiveRaises::ForgetThisThread(Error& first) noexcept {
   const unsigned long thread = Platform::ThreadSerial();
   bool found = false;
+  const AlertInfo replaced(first);  // nothing is freed under the lock
   const Platform::ShortGuard guard(s_lock);
   for (LiveRaise* raise = s_ends.m_pNext; raise != nullptr;) {
     LiveRaise* const next = raise->m_pNext;
