@@ -118,20 +118,26 @@ const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
 // The globals.
 namespace {
 
-class Globals : public ManagedGlobals {
+Immortal<ManagedGlobals> s_globals;
+
+// Builds the globals and lets the container die. Not in a child that was forked off: a thread that exists in the
+// parent only may hold its locks.
+class Globals {
  public:
   Globals() {
-    SetLibraryGlobals(this);
-    Add<System>("System");
-    Add<AlertManager>("AlertManager");
+    SetLibraryGlobals(&s_globals.Get());
+    s_globals.Get().Add<System>("System");
+    s_globals.Get().Add<AlertManager>("AlertManager");
   }
-  ~Globals() override {
-    DestroyAll();
+  Globals(const Globals&) = delete;
+  Globals& operator=(const Globals&) = delete;
+  ~Globals() {
     SetLibraryGlobals(nullptr);
+    if (LoadedByThisProcess()) s_globals.Get().~ManagedGlobals();
   }
 };
 
-Globals s_globals;
+Globals s_theGlobals;
 
 }  // namespace
 

@@ -81,6 +81,8 @@ void BeginLife() {
   ConnectHooks();
 }
 
+bool LoadedByThisProcess() noexcept { return Platform::ProcessId() == s_ulLoadedBy; }
+
 void Initialize() {
   if (s_bFirstInitialize) ThrowOnce();
   TheHooks().useFaultAdapter();
@@ -95,7 +97,7 @@ void Shutdown() {
 void UnloadRoutine() {
   SetLibraryUnloading();
   // A child that was forked off ends alone: the shut-down is its parent's.
-  if (Platform::ProcessId() != s_ulLoadedBy) return;
+  if (!LoadedByThisProcess()) return;
   if (!s_bShutDown) {
     Platform::WriteToDebugger(sMISSED_SHUTDOWN);
     Shutdown();

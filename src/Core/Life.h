@@ -7,6 +7,9 @@ namespace Oxa::Core {
 /// First thing while the library loads.
 void BeginLife();
 
+/// False in a child that was forked off since.
+bool LoadedByThisProcess() noexcept;
+
 /// Fills the hooks with functions that find their owners at each call.
 void ConnectHooks();
 

@@ -3,6 +3,7 @@
 
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/RawChannel.h"
 #include "Platform/Threads.h"
@@ -34,13 +35,14 @@ void AlertManager::OnTerminate() {
 }
 
 void AlertManager::ReportUncaughtError() noexcept {
+  const AlertInFlight flight;
   UnknownError unknown{std::string()};
   Error current(AlertInfo::eERROR);
   Error* error = &unknown;
   try {
     if (FindCurrentError(current)) error = &current;
     AlertManager* const manager = Instance();
-    if (manager != nullptr && !IsLibraryUnloading()) manager->OnFatalError(*error);
+    if (manager != nullptr && flight.MayProceed()) manager->OnFatalError(*error);
   } catch (...) {
     // Nothing may keep the error from standard error, nor the process from its end.
   }
@@ -49,12 +51,18 @@ void AlertManager::ReportUncaughtError() noexcept {
 
 void AlertManager::OnFatalError(Error& error) {
   error.m_bFatal = true;
+  std::string path;
   try {
-    m_sFatalErrorPath = TheHooks().reportFatalError(error);
+    path = TheHooks().reportFatalError(error);
   } catch (...) {
-    m_sFatalErrorPath.clear();
+    // Whoever listens is told all the same.
   }
-  UncaughtFatalErrorNotification notification(error, m_sFatalErrorPath);
+  {
+    // Two threads may die at once.
+    const Lock lock(m_errorsMutex);
+    m_sFatalErrorPath = path;
+  }
+  UncaughtFatalErrorNotification notification(error, path);
   Broadcast(notification);
 }
 

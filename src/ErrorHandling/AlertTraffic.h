@@ -3,6 +3,8 @@
 #ifndef OXACORE_ERRORHANDLING_ALERTTRAFFIC_H
 #define OXACORE_ERRORHANDLING_ALERTTRAFFIC_H
 
+#include <Infrastructure/OxaCore/Error.h>
+
 namespace Oxa::Core {
 
 /// Stands around every call out to the owners of alerts.
@@ -16,12 +18,16 @@ class AlertInFlight {
   /// False once the library is unloading: the owners must not be called any more.
   bool MayProceed() const noexcept;
 
-  /// How many of these stand on this thread, this one included.
-  int Depth() const noexcept { return m_iDepth; }
+  /// Whether so many of these stand on this thread that listeners must be calling each other without end. The
+  /// alert then goes to the raw channel.
+  bool NeverEnds() const noexcept { return m_iDepth > g_iMAX_ERROR_RECURSION_DEPTH; }
 
  private:
   int m_iDepth;
 };
+
+/// The circumstance under which an alert of such a depth is written.
+constexpr char sLISTENERS_NEVER_END[] = "Error in alert listener during alert notification";
 
 /// Called once the library is marked as unloading. Waits until no other thread tells an alert, or for a second:
 /// a listener may hang.

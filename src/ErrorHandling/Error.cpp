@@ -19,7 +19,6 @@ const char* const sRECURSION_HALTED =
 const char* const sGENERIC_HALT =
     "Detected potential infinite error recursion, halted recursion and threw this generic error";
 const char* const sLOG_NAME_OF_SLICING = "Oxa.Core.Error";
-const char* const sLISTENER_NEVER_ENDS = "Error in alert listener during alert notification";
 constexpr int iMAX_FRAMES = 100;
 
 [[noreturn]] void HaltRecursion(Error& error) {
@@ -31,7 +30,12 @@ constexpr int iMAX_FRAMES = 100;
 
 void TellRaised(Error& error) {
   const AlertInFlight flight;
-  if (flight.MayProceed()) TheHooks().errorRaised(error);
+  if (!flight.MayProceed()) return;
+  if (flight.NeverEnds()) {
+    TheHooks().writeAlert(error, sLISTENERS_NEVER_END);
+  } else {
+    TheHooks().errorRaised(error);
+  }
 }
 
 bool SettledInPlace(Error& error) {
@@ -45,8 +49,8 @@ void TellHandled(Error& error) noexcept {
   const Platform::HoldCancellation hold;
   const AlertInFlight flight;
   if (!flight.MayProceed()) return;
-  if (flight.Depth() > g_iMAX_ERROR_RECURSION_DEPTH) {
-    TheHooks().writeAlert(error, sLISTENER_NEVER_ENDS);
+  if (flight.NeverEnds()) {
+    TheHooks().writeAlert(error, sLISTENERS_NEVER_END);
   } else {
     TheHooks().errorHandled(error);
   }

@@ -34,8 +34,12 @@ void Warning::RaiseWarning(const CodeContext& context, const std::string& logNam
     return;
   }
   const AlertInFlight flight;
-  if (flight.MayProceed() && TheHooks().mayWarn(Platform::DecoratedName(typeid(*this))))
+  if (!flight.MayProceed()) return;
+  if (flight.NeverEnds()) {
+    TheHooks().writeAlert(*this, sLISTENERS_NEVER_END);
+  } else if (TheHooks().mayWarn(Platform::DecoratedName(typeid(*this)))) {
     TheHooks().warningRaised(*this);
+  }
 }
 
 ErrorSlicedOnThrow::ErrorSlicedOnThrow(const std::string& className)

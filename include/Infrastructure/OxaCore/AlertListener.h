@@ -2,12 +2,16 @@
 //
 // Register one with AlertManager::Instance()->AddAlertListener. ErrorRaised and WarningRaised are called on the
 // thread that raises, before anything unwinds; ErrorHandled on the thread that lets the error go; all of them
-// for several threads at once. The alert is to be read only, and not to be kept by reference. What they throw is told as a ListenerErrorOnNotification and goes no further.
-// Thread safety: set the two filters before registering.
+// for several threads at once. The alert is to be read only. Don't keep a reference to it; of an error keep a
+// CloneUnraised, since a copy would take the raised mark. What a listener throws is told as a
+// ListenerErrorOnNotification and goes no further.
+// Thread safety: set the two filters before registering. A subclass removes itself in its own destructor, before
+// its members die.
 //
 //   class Lamp : public AlertListener {
 //    public:
 //     Lamp() { m_severityMask = AlertInfo::eERROR | AlertInfo::eCRITICAL; }
+//     ~Lamp() override { AlertManager::Instance()->RemoveAlertListener(*this); }
 //     void ErrorRaised(Error& error) override { SwitchOn(error.what()); }
 //   };
 #ifndef INFRASTRUCTURE_OXACORE_ALERTLISTENER_H

@@ -5,7 +5,8 @@
 // Thread safety: any thread may call anything, except the set-up of fatal reports (base path, information,
 // dump policy), which a host does once. Locks that a caller can meet: one for the records of errors and their
 // handlers, held around handler calls, then the handler's own; one for the records of warnings; one in
-// CurrentErrors. None is held during a broadcast. All are reentrant. Failures: nothing that a listener throws
+// CurrentErrors. None is held during a
+// broadcast, unless a handler raises: listeners then hear that with the first two held. All are reentrant. Failures: nothing that a listener throws
 // reaches the code that raised.
 //
 //   class Retry : public ErrorHandler {
@@ -267,8 +268,10 @@ class OXACORE_API AlertManager : public AlertListener {
   void AddAlertListener(AlertListener& listener);
   void RemoveAlertListener(AlertListener& listener);
 
-  /// `className` is a decorated name, typeid(T).name(), as in the inheritance of an error. A null handler, or
-  /// one that the class has already, is ignored.
+  /// `className` is a decorated name, typeid(T).name(), as in the inheritance of an error; classes of one name in
+  /// different anonymous namespaces share theirs. A null handler, or one that the class has already, is ignored.
+  /// A handler is shared until it is removed, or until the library is unloaded: a plug-in removes its own before
+  /// it goes. One that is removed while handlers are being asked may still be asked.
   void AddErrorHandler(const std::string& className, boost::shared_ptr<ErrorHandler> handler);
   void RemoveErrorHandler(const std::string& className, boost::shared_ptr<ErrorHandler> handler);
 
