@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -15,6 +16,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -124,6 +126,74 @@ void ExitFromListener() {
   Raise();
 }
 
+// Children are forked off while other threads hold what locks they will; each must come to its end.
+void ForkWhileOtherThreadsRaise() {
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> raisers;
+  for (int i = 0; i < 3; ++i) {
+    raisers.emplace_back([&stop] {
+      while (!stop) Raise();
+    });
+  }
+  int ended = 0;
+  for (int i = 0; i < 50; ++i) {
+    const pid_t child = ::fork();
+    if (child == 0) std::exit(5);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 5) ++ended;
+  }
+  stop = true;
+  for (std::thread& raiser : raisers) raiser.join();
+  std::printf("%d children ended\n", ended);
+  ShutdownOxaCore();
+}
+
+class SlowWitness : public AlertListener {
+ public:
+  void UncaughtFatalError(Error& error, const std::string&) override {
+    m_bHeard = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    std::printf("uncaught: %s\n", error.what());
+    std::fflush(stdout);
+  }
+  std::atomic<bool> m_bHeard{false};
+};
+
+// The process ends regularly while the end of a thread is still being reported.
+void ExitWhileAThreadDies() {
+  SlowWitness* const witness = new SlowWitness;
+  AlertManager::Instance()->AddAlertListener(*witness);
+  std::thread([] { OXA_RAISE_ERROR("Test.Host", LogicError("dying")); }).detach();
+  while (!witness->m_bHeard) std::this_thread::yield();
+}
+
+class RaisingListener : public AlertListener {
+ public:
+  void ErrorRaised(Error&) override { OXA_RAISE_ERROR("Test.Host", IOError("the disk is full")); }
+  void WarningRaised(Warning&) override {
+    OXA_RAISE_WARNING("Test.Host", ErrorSlicedOnThrow("never ending"));
+  }
+};
+
+void TwoListenersThatRaise() {
+  RaisingListener first;
+  RaisingListener second;
+  AlertManager::Instance()->AddAlertListener(first);
+  AlertManager::Instance()->AddAlertListener(second);
+  AlertManager::Instance()->SetMaxWarnings(typeid(ErrorSlicedOnThrow).name(), 0, true);
+  AlertManager::Instance()->SetMaxWarnings(typeid(ListenerErrorOnNotification).name(), 0, true);
+  Raise();
+  std::puts("came back");
+}
+
+void ListenerThatWarnsAtEveryWarning() {
+  RaisingListener listener;
+  AlertManager::Instance()->AddAlertListener(listener);
+  OXA_RAISE_WARNING("Test.Host", ErrorSlicedOnThrow("first"));
+  std::puts("came back");
+}
+
 void ForkedChildExits() {
   std::fflush(nullptr);
   const pid_t child = ::fork();
@@ -158,7 +228,11 @@ int main(int argc, char** argv) {
       {"exit-while-raising", ExitWhileOtherThreadsRaise},
       {"exit-while-telling", ExitWhileAlertIsBeingTold},
       {"exit-from-listener", ExitFromListener},
+      {"exit-while-dying", ExitWhileAThreadDies},
       {"fork", ForkedChildExits},
+      {"fork-while-raising", ForkWhileOtherThreadsRaise},
+      {"two-raising-listeners", TwoListenersThatRaise},
+      {"warning-listener", ListenerThatWarnsAtEveryWarning},
   };
   const auto scenario = scenarios.find(argc > 1 ? argv[1] : "");
   if (scenario == scenarios.end()) return 2;

@@ -93,6 +93,29 @@ TEST(Life, ForkedChildLeavesTheShutdownToItsParent) {
   EXPECT_EQ("", result.m_sError);
 }
 
+TEST(Life, ForkedChildrenEndWhateverLocksTheParentHeld) {
+  EXPECT_EQ("50 children ended\n", RunLife("fork-while-raising").m_sOutput);
+}
+
+TEST(Life, ProcessWaitsForTheReportOfADyingThread) {
+  const ChildResult result = RunLife("exit-while-dying");
+  EXPECT_EQ("uncaught: dying\n", result.m_sOutput);
+  EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Fatal unhandled error</Circumstance>"));
+}
+
+TEST(Life, ListenersThatRaiseAtEveryErrorComeToAnEnd) {
+  const ChildResult result = RunLife("two-raising-listeners");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("came back\n", result.m_sOutput);
+}
+
+TEST(Life, ListenerThatWarnsAtEveryWarningComesToAnEnd) {
+  const ChildResult result = RunLife("warning-listener");
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("came back\n", result.m_sOutput);
+  EXPECT_EQ(1, Count(result.m_sError, "Error in alert listener during alert notification"));
+}
+
 TEST(Life, RaiseAfterTheUnloadRoutineGoesToStandardErrorAndReturns) {
   const ChildResult result = RunChild({LATE_HOST, "late", LIFE_PLUGIN});
   EXPECT_EQ(0, result.m_iStatus);

@@ -168,8 +168,11 @@ TEST_F(RaiseHooks, ListenerThatRaisesWhenItHearsOfAHandledErrorComesToAnEnd) {
   };
   TheHooks().writeAlert = [](AlertInfo&, const char* circumstance) { s_calls.push_back(circumstance); };
   EXPECT_THROW(OXA_RAISE_ERROR("Test", LogicError("x")), LogicError);
-  ASSERT_EQ(11u, s_calls.size());
-  EXPECT_EQ("Error in alert listener during alert notification", s_calls.back());
+  // Ten listeners deep; then the error that the tenth raises is only written, and so is its end.
+  const std::vector<std::string> written(2, "Error in alert listener during alert notification");
+  std::vector<std::string> expected(10, "handled");
+  expected.insert(expected.end(), written.begin(), written.end());
+  EXPECT_EQ(expected, s_calls);
 }
 
 TEST_F(RaiseHooks, UnraisedCloneLeavesTheMark) {
