@@ -36,7 +36,9 @@ Mutex::Mutex() : m_iTimedWaiters(0), m_bDestructionBegan(false) {
 }
 
 Mutex::~Mutex() {
-  if (!IsExitingAfterFatalError() && (Native().TryLock() || Spin(Elapse(llPATIENCE_S)))) BeginDestruction();
+  bool dying;
+  if (!IsExitingAfterFatalError() && (Native().TryLock() || Spin(Elapse(llPATIENCE_S), dying)))
+    BeginDestruction();
   Native().~ReentrantLock();
 }
 
@@ -52,21 +54,30 @@ void Mutex::Lock(const Elapse& timeout) {
   if (!TryLock(timeout)) OXA_RAISE_ERROR(sLOG_NAME, LockTimeout(timeout.ToString()));
 }
 
-// The first attempt comes before the clock is read and before this thread is counted: nearly all locks are
-// free.
+// The first attempt comes before the clock is read and before this thread is counted: nearly all locks are free.
 bool Mutex::TryLock(const Elapse& timeout) {
-  const bool locked =
-      !DestructionBegan() && (Native().TryLock() || (timeout.GetRawTimerTicks() > 0 && Spin(timeout)));
-  if (DestructionBegan()) OXA_RAISE_ERROR(sLOG_NAME, MutexDestroyedBeforeLockAcquired());
+  bool dying = DestructionBegan();
+  bool locked = false;
+  if (!dying) {
+    locked = Native().TryLock();
+    if (!locked && timeout.GetRawTimerTicks() > 0) {
+      locked = Spin(timeout, dying);
+    } else {
+      dying = DestructionBegan();
+    }
+  }
+  if (dying) OXA_RAISE_ERROR(sLOG_NAME, MutexDestroyedBeforeLockAcquired());
   return locked;
 }
 
-// Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free.
-bool Mutex::Spin(const Elapse& timeout) {
+// Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free. Nothing here
+// may be touched once this thread is no longer counted, since the destructor waits for counted ones only.
+bool Mutex::Spin(const Elapse& timeout, bool& dying) {
   const Platform::Deadline deadline = DeadlineIn(timeout);
   m_iTimedWaiters.fetch_add(1);
   bool locked = Native().TryLock();
   while (!locked && !DestructionBegan() && !deadline.HasPassed()) locked = Native().TryLock();
+  dying = DestructionBegan();
   m_iTimedWaiters.fetch_sub(1);
   return locked;
 }

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
 #include <atomic>
+#include <csignal>
 #include <ctime>
 #include <memory>
 #include <string>
@@ -30,31 +33,67 @@ bool OtherThreadCanLock(Mutex& mutex) {
   return locked;
 }
 
-// Processor time of the calling thread, in milliseconds.
-double ThreadMilliseconds() {
+double MillisecondsOn(clockid_t clock) {
   timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  clock_gettime(clock, &time);
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-// A place for a mutex whose memory stays readable after its destruction, as that of a static object does.
-class Site {
+// Processor time of the calling thread.
+double ThreadMilliseconds() { return MillisecondsOn(CLOCK_THREAD_CPUTIME_ID); }
+
+// A thread that waits for `mutex` with a limit and can be frozen in the midst of it, by a signal whose handler
+// doesn't come back. The destructor of the mutex waits for it then, and shows its state to others.
+class FrozenWaiter {
  public:
-  Site() : m_pMutex(::new (static_cast<void*>(m_room)) Mutex) {}
-  Mutex& operator*() { return *m_pMutex; }
-  void Destroy() { m_pMutex->~Mutex(); }
+  explicit FrozenWaiter(Mutex& mutex) : m_thread([this, &mutex] { Wait(mutex); }) {
+    EXPECT_TRUE(Eventually([this] { return m_bStarted.load(); }));
+    clockid_t clock;
+    pthread_getcpuclockid(m_thread.native_handle(), &clock);
+    EXPECT_TRUE(Eventually([&] { return MillisecondsOn(clock) > 10; }));  // it spins: inside for sure
+    s_iState = iRUNNING;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+      s_iState = iFROZEN;
+      while (s_iState == iFROZEN) {
+      }
+    };
+    sigaction(SIGUSR1, &action, nullptr);
+    pthread_kill(m_thread.native_handle(), SIGUSR1);
+    EXPECT_TRUE(Eventually([] { return s_iState == iFROZEN; }));
+  }
+  ~FrozenWaiter() { m_thread.join(); }
+
+  static void Thaw() { s_iState = iTHAWED; }
+  bool WasTurnedAway() const { return m_bTurnedAway; }
 
  private:
-  alignas(Mutex) unsigned char m_room[sizeof(Mutex)];
-  Mutex* m_pMutex;
+  static constexpr int iRUNNING = 0, iFROZEN = 1, iTHAWED = 2;
+  static inline std::atomic<int> s_iState{iRUNNING};
+
+  void Wait(Mutex& mutex) {
+    m_bStarted = true;
+    try {
+      mutex.TryLock(Elapse(60));
+    } catch (const MutexDestroyedBeforeLockAcquired& error) {
+      EXPECT_EQ("Oxa.Core.Mutex", error.GetData(AlertInfo::sLOG_NAME));
+      EXPECT_EQ("Oxa::Core::Mutex::TryLock", error.GetUnwindStack()->front().Get(CodeContext::sFUNCTION));
+      m_bTurnedAway = true;
+    }
+  }
+
+  std::atomic<bool> m_bStarted{false};
+  std::atomic<bool> m_bTurnedAway{false};
+  std::thread m_thread;  // last: it uses the others
 };
 
-// By full name: these may meet a mutex whose destructor is at work or through, and with it its virtual table.
-[[gnu::no_sanitize("undefined")]] void LockDying(Mutex& mutex, const Elapse& timeout) {
-  mutex.Mutex::Lock(timeout);
-}
-[[gnu::no_sanitize("undefined")]] bool TryLockDying(Mutex& mutex, const Elapse& timeout) {
-  return mutex.Mutex::TryLock(timeout);
+bool SaysThatItIsDying(Mutex& mutex, const Elapse& timeout) {
+  try {
+    mutex.TryLock(timeout);
+  } catch (const MutexDestroyedBeforeLockAcquired&) {
+    return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -166,44 +205,52 @@ TEST(Mutex, ATimedLockGetsWhatIsGivenUpInTime) {
   waiter.join();
 }
 
-// The owner itself destroys, so that the waiter can't come first.
-TEST(Mutex, AWaiterOfADyingMutexGetsTheError) {
-  Site site;
-  (*site).Lock();
-  std::atomic<int> phase{0};
-  std::thread waiter([&] {
-    phase = 1;
-    try {
-      TryLockDying(*site, Elapse(60));
-    } catch (const MutexDestroyedBeforeLockAcquired& error) {
-      EXPECT_EQ("Oxa.Core.Mutex", error.GetData(AlertInfo::sLOG_NAME));
-      EXPECT_EQ("Oxa::Core::Mutex::TryLock", error.GetUnwindStack()->front().Get(CodeContext::sFUNCTION));
-      phase = 2;
-    }
+// The owner destroys, so that no waiter can come first, and the destructor is kept busy by the frozen one.
+TEST(Mutex, ADyingMutexTurnsEverybodyAway) {
+  auto mutex = std::make_unique<Mutex>();
+  Mutex& dying = *mutex;
+  dying.Lock();
+  FrozenWaiter waiter(dying);
+  std::thread others([&] {
+    EXPECT_TRUE(Eventually([&] { return SaysThatItIsDying(dying, Elapse(0)); }));
+    EXPECT_TRUE(SaysThatItIsDying(dying, Elapse(1)));
+    EXPECT_NO_THROW(dying.Lock());           // comes back at once,
+    EXPECT_NO_THROW(dying.Lock(Elapse(1)));  // with nothing in hand
+    FrozenWaiter::Thaw();
   });
-  ASSERT_TRUE(Eventually([&] { return phase == 1; }));
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // whether it waits or comes later: the same
-  EXPECT_LT(MillisecondsOf([&] { site.Destroy(); }), 4500);
-  waiter.join();
-  EXPECT_EQ(2, phase);
+  EXPECT_LT(MillisecondsOf([&] { mutex.reset(); }), 20000);
+  others.join();
+  EXPECT_TRUE(Eventually([&] { return waiter.WasTurnedAway(); }));
 }
 
-TEST(Mutex, OnceDestructionHasBegunNothingIsHeld) {
-  Site site;
-  site.Destroy();
-  EXPECT_NO_THROW(LockDying(*site, IMutex::sINFINITE));
-  EXPECT_NO_THROW(LockDying(*site, Elapse(1)));
-  EXPECT_THROW(TryLockDying(*site, Elapse(0)), MutexDestroyedBeforeLockAcquired);
-  EXPECT_THROW(TryLockDying(*site, Elapse(1)), MutexDestroyedBeforeLockAcquired);
+TEST(Mutex, DestructionDoesNotWaitForAFrozenWaiterForEver) {
+  alignas(Mutex) unsigned char room[sizeof(Mutex)];
+  Mutex* const mutex = ::new (static_cast<void*>(room)) Mutex;
+  mutex->Lock();
+  FrozenWaiter waiter(*mutex);
+  const double took = MillisecondsOf([&] { mutex->~Mutex(); });
+  EXPECT_GE(took, 5000);
+  EXPECT_LT(took, 20000);
+  ::new (static_cast<void*>(room)) Mutex;  // the waiter will look for one
+  FrozenWaiter::Thaw();
 }
 
 TEST(Mutex, AMutexThatStaysHeldIsDestroyedAfterFiveSeconds) {
-  Site site;
-  Holder holder([&] { (*site).Lock(); }, [] {});
-  const double took = MillisecondsOf([&] { site.Destroy(); });
+  auto mutex = std::make_unique<Mutex>();
+  Mutex& dying = *mutex;
+  const Holder holder([&] { dying.Lock(); }, [] {});
+  std::atomic<bool> destroying{false};
+  std::thread other([&] {
+    EXPECT_TRUE(Eventually([&] { return destroying.load(); }));
+    EXPECT_FALSE(dying.TryLock(Elapse(1)));  // nobody is turned away as long as it isn't the destructor's
+  });
+  const double took = MillisecondsOf([&] {
+    destroying = true;
+    mutex.reset();
+  });
+  other.join();
   EXPECT_GE(took, 5000);
   EXPECT_LT(took, 20000);
-  EXPECT_NO_THROW(TryLockDying(*site, Elapse(0)));  // deleted without having touched the flag
 }
 
 TEST(Mutex, DestructionOfAFreeMutexDoesNotWait) {

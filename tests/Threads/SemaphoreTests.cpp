@@ -102,9 +102,15 @@ TEST(Semaphore, WaitSleepsUntilSomethingIsPosted) {
   Semaphore semaphore(0);
   std::atomic<int> taken{0};
   std::vector<std::thread> waiters;
-  waiters.emplace_back([&] { semaphore.Wait(), ++taken; });
-  waiters.emplace_back([&] { EXPECT_TRUE(semaphore.TimedWait(Elapse(60))), ++taken; });
-  waiters.emplace_back([&] { EXPECT_TRUE(semaphore.TimedWait(Elapse(0x7FFFFFFF))), ++taken; });
+  const auto add = [&](const std::function<bool()>& wait) {
+    waiters.emplace_back([&taken, wait] {
+      EXPECT_TRUE(wait());
+      ++taken;
+    });
+  };
+  add([&] { return semaphore.Wait(), true; });
+  add([&] { return semaphore.TimedWait(Elapse(60)); });
+  add([&] { return semaphore.TimedWait(Elapse(0x7FFFFFFF)); });
   semaphore.Post(1);
   EXPECT_TRUE(Eventually([&] { return taken == 1; }));
   semaphore.Post(2);
@@ -202,9 +208,8 @@ TEST(MultiWait, TheDestructorLetsEverybodyThrough) {
           gate.wait(nullptr);
           ++through;
         });
-      // All are inside once their number was let through and counted again; a probe with a limit tells when.
       EXPECT_TRUE(Eventually([&] { return entering == 4; }));
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));  // for the step into the gate
     }
     for (auto& waiter : waiters) waiter.join();
     EXPECT_EQ(4, through);

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ostream>
 #include <string>
 
 #include "ErrorHandling/Hooks.h"
@@ -26,6 +27,8 @@ struct Row {
   bool m_bWarns;
   const char* m_pOther;
 };
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.m_pName; }
 
 const Row rows[] = {
     {"Condition::Lock", g_conditionLockTexts, "Oxa.Core.Condition", "Attempt to acquire lock abandoned",

@@ -112,7 +112,7 @@ class OXACORE_API Mutex : public IMutex {
   void Unlock() override;
 
  private:
-  bool Spin(const Elapse& timeout);
+  bool Spin(const Elapse& timeout, bool& dying);
   bool DestructionBegan() const;
   void BeginDestruction();
   Platform::ReentrantLock& Native();
