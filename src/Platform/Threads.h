@@ -93,6 +93,24 @@ class ShortGuard {
   ShortLock& m_lock;
 };
 
+/// Tells by what happened lately whether it pays to spin before a sleep. It steers speed and nothing else, so
+/// that it doesn't matter when threads that meet here lose one another's lessons.
+class SpinAdvice {
+ public:
+  constexpr SpinAdvice() noexcept = default;
+
+  bool IsForIt() noexcept;
+
+  /// How a spin ended; gives it back.
+  bool Learn(bool success) noexcept;
+
+ private:
+  static constexpr std::uint32_t uBEST = 16;
+
+  std::atomic<std::uint32_t> m_uScore{uBEST};
+  std::atomic<std::uint32_t> m_uRefusals{0};
+};
+
 /// A lock that its owner may take again. Constant-initialised and trivially destructible as well.
 class ReentrantLock {
  public:
@@ -126,22 +144,7 @@ class ReentrantLock {
 
   std::atomic<std::uint32_t> m_uWord{0};   // owner's id, and a bit that tells of sleepers; 0: free
   std::atomic<std::uint32_t> m_uDepth{0};  // levels beyond the first; the owner's alone
-};
-
-/// Tells by what happened lately whether it pays to spin before a sleep. It steers speed and nothing else, so
-/// that it doesn't matter when threads that meet here lose one another's lessons.
-class SpinAdvice {
- public:
-  bool IsForIt() noexcept;
-
-  /// How a spin ended; gives it back.
-  bool Learn(bool success) noexcept;
-
- private:
-  static constexpr std::uint32_t uBEST = 16;
-
-  std::atomic<std::uint32_t> m_uScore{uBEST};
-  std::atomic<std::uint32_t> m_uRefusals{0};
+  SpinAdvice m_spinAdvice;
 };
 
 /// An event that resets itself: setting it lets one waiter through, now or later; setting it twice before
@@ -208,12 +211,14 @@ class CountingSemaphore {
   std::uint32_t Value() const noexcept;
 
  private:
-  explicit CountingSemaphore(std::uint32_t initial) noexcept : m_ullState(initial) {}
-  WaitResult WaitSlowly(Deadline deadline) noexcept;
-  WaitResult LeaveSleepers() noexcept;
+  explicit CountingSemaphore(std::uint32_t initial) noexcept : m_llBalance(initial) {}
+  void HandOut(std::uint32_t count) noexcept;
+  bool TryTakeHandedOut() noexcept;
+  bool AwaitHandOut(Deadline deadline) noexcept;
+  bool Withdraw() noexcept;
 
-  std::atomic<std::uint64_t>
-      m_ullState;  // low half: the value; high half: threads that sleep or are about to
+  std::atomic<std::int64_t> m_llBalance;       // the value, or minus the waiters that nobody has posted for
+  std::atomic<std::uint32_t> m_uHandedOut{0};  // posted for waiters, and not fetched by them yet
   SpinAdvice m_spinAdvice;
 };
 

@@ -1,31 +1,11 @@
 #include <errno.h>
 
+#include <algorithm>
 #include <new>
 
 #include "Platform/Linux/Futex.h"
 
 namespace Oxa::Core::Platform {
-
-namespace {
-
-constexpr std::uint64_t ullONE_SLEEPER = std::uint64_t{1} << 32;
-
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the value is slept on as the word's first half");
-
-std::uint32_t ValueOf(std::uint64_t state) noexcept { return static_cast<std::uint32_t>(state); }
-std::uint32_t SleepersOf(std::uint64_t state) noexcept { return static_cast<std::uint32_t>(state >> 32); }
-
-// Takes one from the value, and `less` from the rest. False if there is none.
-bool Take(std::atomic<std::uint64_t>& word, std::uint64_t less) noexcept {
-  std::uint64_t state = word.load(std::memory_order_relaxed);
-  while (ValueOf(state) > 0)
-    if (word.compare_exchange_weak(state, state - 1 - less, std::memory_order_acquire,
-                                   std::memory_order_relaxed))
-      return true;
-  return false;
-}
-
-}  // namespace
 
 CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) noexcept {
   code = EINVAL;
@@ -37,42 +17,70 @@ CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) n
 
 void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete semaphore; }
 
+// Adds first and looks then: the sum has room for far more than the maximum, and what is too much is taken back.
 int CountingSemaphore::Post(std::uint32_t amount) noexcept {
-  std::uint64_t state = m_ullState.load(std::memory_order_relaxed);
-  do {
-    if (amount > iMAXIMUM - ValueOf(state)) return EOVERFLOW;
-  } while (!m_ullState.compare_exchange_weak(state, state + amount, std::memory_order_release,
-                                             std::memory_order_relaxed));
-  if (SleepersOf(state) > 0) FutexWake(&m_ullState, static_cast<int>(amount));
+  if (amount > iMAXIMUM) return EOVERFLOW;
+  const std::int64_t before = m_llBalance.fetch_add(amount, std::memory_order_release);
+  if (before + amount > iMAXIMUM) {
+    m_llBalance.fetch_sub(amount, std::memory_order_relaxed);
+    return EOVERFLOW;
+  }
+  if (before < 0) HandOut(static_cast<std::uint32_t>(std::min<std::int64_t>(-before, amount)));
   return 0;
 }
 
-bool CountingSemaphore::TryTake() noexcept { return Take(m_ullState, 0); }
+void CountingSemaphore::HandOut(std::uint32_t count) noexcept {
+  const void* const word = &m_uHandedOut;
+  m_uHandedOut.fetch_add(count, std::memory_order_release);
+  FutexWake(word, static_cast<int>(count));
+}
+
+bool CountingSemaphore::TryTake() noexcept {
+  std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
+  while (balance > 0)
+    if (m_llBalance.compare_exchange_weak(balance, balance - 1, std::memory_order_acquire,
+                                          std::memory_order_relaxed))
+      return true;
+  return false;
+}
+
+bool CountingSemaphore::TryTakeHandedOut() noexcept {
+  std::uint32_t handedOut = m_uHandedOut.load(std::memory_order_relaxed);
+  while (handedOut > 0)
+    if (m_uHandedOut.compare_exchange_weak(handedOut, handedOut - 1, std::memory_order_acquire,
+                                           std::memory_order_relaxed))
+      return true;
+  return false;
+}
 
 WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
-  if (Take(m_ullState, 0)) return {EWaitEnd::eSIGNALLED, 0};
-  return WaitSlowly(deadline);
+  if (!deadline.IsNever() && deadline.HasPassed())
+    return {TryTake() ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
+  if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return {EWaitEnd::eSIGNALLED, 0};
+  return {AwaitHandOut(deadline) ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
 }
 
-WaitResult CountingSemaphore::WaitSlowly(Deadline deadline) noexcept {
-  if (deadline.HasPassed()) return {EWaitEnd::eTIMEOUT, 0};
-  if (SpinIfAdvised(m_spinAdvice, [this] { return Take(m_ullState, 0); })) return {EWaitEnd::eSIGNALLED, 0};
-  m_ullState.fetch_add(ullONE_SLEEPER, std::memory_order_relaxed);
-  while (true) {
-    if (Take(m_ullState, ullONE_SLEEPER)) return {EWaitEnd::eSIGNALLED, 0};
-    if (!FutexWait(&m_ullState, 0, deadline)) return LeaveSleepers();
-  }
+bool CountingSemaphore::AwaitHandOut(Deadline deadline) noexcept {
+  if (SpinIfAdvised(m_spinAdvice, [this] { return TryTakeHandedOut(); })) return true;
+  while (!TryTakeHandedOut())
+    if (!FutexWait(&m_uHandedOut, 0, deadline)) {
+      if (Withdraw()) return false;
+      deadline = Deadline::Never();  // a poster has counted on this thread already
+    }
+  return true;
 }
 
-// Out of time; whoever was woken for what lies there in this moment takes it.
-WaitResult CountingSemaphore::LeaveSleepers() noexcept {
-  if (Take(m_ullState, ullONE_SLEEPER)) return {EWaitEnd::eSIGNALLED, 0};
-  m_ullState.fetch_sub(ullONE_SLEEPER, std::memory_order_relaxed);
-  return {EWaitEnd::eTIMEOUT, 0};
+// Takes back what the wait took from the balance, unless a post has paid for it.
+bool CountingSemaphore::Withdraw() noexcept {
+  std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
+  while (balance < 0)
+    if (m_llBalance.compare_exchange_weak(balance, balance + 1, std::memory_order_relaxed)) return true;
+  return false;
 }
 
 std::uint32_t CountingSemaphore::Value() const noexcept {
-  return ValueOf(m_ullState.load(std::memory_order_relaxed));
+  const std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
+  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(balance, 0, iMAXIMUM));
 }
 
 }  // namespace Oxa::Core::Platform

@@ -77,8 +77,7 @@ bool TakeOrMark(Word& word, std::uint32_t value, std::uint32_t& seen) noexcept {
   }
 }
 
-void TakeSlowly(Word& word, std::uint32_t value) noexcept {
-  if (SpinForFree(word, value)) return;
+void TakeAsleep(Word& word, std::uint32_t value) noexcept {
   std::uint32_t seen;
   while (!TakeOrMark(word, value, seen)) FutexWait(&word, seen, Deadline::Never());
 }
@@ -103,10 +102,10 @@ EWaitEnd TakeAtOnceFromDead(Word& word, std::uint32_t self) noexcept {
   return TakeFromDead(word, self, seen) ? EWaitEnd::eABANDONED : EWaitEnd::eTIMEOUT;
 }
 
-// As TakeSlowly, but looks from time to time whether the owner is still alive.
-EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline) noexcept {
+// As TakeAsleep, but looks from time to time whether the owner is still alive.
+EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline, SpinAdvice& advice) noexcept {
   if (deadline.HasPassed()) return TakeAtOnceFromDead(word, self);
-  if (SpinForFree(word, self)) return EWaitEnd::eSIGNALLED;
+  if (advice.IsForIt() && advice.Learn(SpinForFree(word, self))) return EWaitEnd::eSIGNALLED;
   while (true) {
     std::uint32_t seen;
     if (TakeOrMark(word, self, seen)) return EWaitEnd::eSIGNALLED;
@@ -151,7 +150,7 @@ WaitResult NothingToWaitFor() noexcept { return {EWaitEnd::eFAILED, EINVAL}; }
 bool Deadline::HasPassed() const noexcept { return !IsNever() && NanosecondsLeft() == 0; }
 
 void ShortLock::Lock() noexcept {
-  if (!TakeFree(m_uWord, uHELD)) TakeSlowly(m_uWord, uHELD);
+  if (!TakeFree(m_uWord, uHELD) && !SpinForFree(m_uWord, uHELD)) TakeAsleep(m_uWord, uHELD);
 }
 
 bool ShortLock::TryLock() noexcept { return TakeFree(m_uWord, uHELD); }
@@ -164,7 +163,9 @@ void ReentrantLock::Lock() noexcept {
 }
 
 void ReentrantLock::LockSlowly(std::uint32_t self) noexcept {
-  if (!Reenter(self)) TakeSlowly(m_uWord, self);
+  if (Reenter(self)) return;
+  if (m_spinAdvice.IsForIt() && m_spinAdvice.Learn(SpinForFree(m_uWord, self))) return;
+  TakeAsleep(m_uWord, self);
 }
 
 bool ReentrantLock::Reenter(std::uint32_t self) noexcept {
@@ -181,7 +182,7 @@ bool ReentrantLock::TryLock() noexcept {
 WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
   const std::uint32_t self = Self();
   if (TakeFree(m_uWord, self) || Reenter(self)) return {EWaitEnd::eSIGNALLED, 0};
-  const EWaitEnd end = TakeBy(m_uWord, self, deadline);
+  const EWaitEnd end = TakeBy(m_uWord, self, deadline, m_spinAdvice);
   if (end == EWaitEnd::eABANDONED) m_uDepth.store(0, std::memory_order_relaxed);
   return {end, 0};
 }
