@@ -3,7 +3,6 @@
 #include <Infrastructure/OxaCore/Error.h>
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <vector>
 
@@ -20,27 +19,6 @@ const char* const sLOG_NAME = "Oxa.Core.NotificationSupport";
 const char* const sMESSAGE_TEMPLATE = "Listener threw error during notification: %1%";
 const char* const sUNKNOWN_ERROR = "Unknown Error";
 const char* const sFAILED_WHILE_TELLING = "Error in alert listener during alert notification";
-
-// The private copy of a list that a broadcast walks. Up to a usual number of listeners it needs no
-// allocation.
-class Recipients {
- public:
-  Recipients(const std::list<NotificationListener*>& listeners, Mutex& mutex) {
-    const Lock lock(mutex);
-    m_uCount = listeners.size();
-    if (m_uCount > m_few.size()) m_many.resize(m_uCount);
-    std::copy(listeners.begin(), listeners.end(), m_uCount > m_few.size() ? m_many.data() : m_few.data());
-  }
-  std::size_t Count() const { return m_uCount; }
-  NotificationListener* operator[](std::size_t index) const {
-    return m_uCount > m_few.size() ? m_many[index] : m_few[index];
-  }
-
- private:
-  std::size_t m_uCount;
-  std::array<NotificationListener*, 32> m_few;  // not initialised: only the first m_uCount are read
-  std::vector<NotificationListener*> m_many;
-};
 
 // Keeps the first failure of a walk that must reach everybody, and lets it go on afterwards.
 class FirstFailure {
@@ -71,7 +49,46 @@ void TellFailure(const char* message, Error* error) {
 
 }  // namespace
 
-Notification::~Notification() = default;
+// The private copy of the list that a broadcast walks. It is read without the lock where that is possible, and
+// needs no allocation up to a usual number of listeners.
+class NotificationSupport::Recipients {
+ public:
+  explicit Recipients(NotificationSupport& support) {
+    if (!CopyPublished(support)) CopyLocked(support);
+  }
+  Recipients(const Recipients&) = delete;
+  Recipients& operator=(const Recipients&) = delete;
+
+  std::size_t Count() const { return m_uCount; }
+  NotificationListener* operator[](std::size_t index) const { return m_pFirst[index]; }
+
+ private:
+  // False if the list is too long, or is being changed: no matter what was read then.
+  bool CopyPublished(const NotificationSupport& support) {
+    const std::uint32_t version = support.m_uVersion.load(std::memory_order_acquire);
+    m_uCount = static_cast<std::size_t>(support.m_iListeners.load(std::memory_order_acquire));
+    if (version % 2 != 0 || m_uCount > uPUBLISHED) return false;
+    for (std::size_t i = 0; i != m_uCount; ++i) {
+      m_few[i] = support.m_published[i].load(std::memory_order_acquire);
+    }
+    m_pFirst = m_few;
+    return support.m_uVersion.load(std::memory_order_relaxed) == version;
+  }
+
+  void CopyLocked(NotificationSupport& support) {
+    const Lock lock(support.m_mutex);
+    m_many.assign(support.m_listeners.begin(), support.m_listeners.end());
+    m_uCount = m_many.size();
+    m_pFirst = m_many.data();
+  }
+
+  std::size_t m_uCount;
+  NotificationListener* const* m_pFirst;
+  NotificationListener* m_few[uPUBLISHED];  // only the first m_uCount are written and read
+  std::vector<NotificationListener*> m_many;
+};
+
+void Notification::AnchorTypeInformation() const {}
 
 NotificationSupport::NotificationSupport(ENotificationOrder order) : m_eOrder(order) {}
 
@@ -88,7 +105,7 @@ void NotificationSupport::AddListener(NotificationListener& listener) {
   const Lock lock(m_mutex);
   if (Knows(listener)) return;
   m_listeners.push_back(&listener);
-  CountListeners();
+  Publish();
   try {
     listener.AddNotificationSource(*this);
   } catch (...) {
@@ -120,12 +137,12 @@ void NotificationSupport::RemoveAllListeners() {
     }
   }
   m_listeners.clear();
-  CountListeners();
+  Publish();
   failure.Rethrow();
 }
 
 void NotificationSupport::Deliver(Notification& notification) {
-  const Recipients recipients(m_listeners, m_mutex);
+  const Recipients recipients(*this);
   FirstFailure failure;
   for (std::size_t served = 0; served != recipients.Count(); ++served) {
     const bool forward = m_eOrder == eFIRST_ADDED_FIRST;
@@ -159,11 +176,19 @@ bool NotificationSupport::Knows(const NotificationListener& listener) const {
 
 void NotificationSupport::Erase(NotificationListener& listener) noexcept {
   m_listeners.remove(&listener);
-  CountListeners();
+  Publish();
 }
 
-void NotificationSupport::CountListeners() noexcept {
-  m_iListeners.store(static_cast<int>(m_listeners.size()), std::memory_order_relaxed);
+// Under the lock. Whoever reads an entry that is written here also reads the odd version, or a later one.
+void NotificationSupport::Publish() noexcept {
+  const std::uint32_t version = m_uVersion.load(std::memory_order_relaxed);
+  m_uVersion.store(version + 1, std::memory_order_relaxed);
+  std::size_t entry = 0;
+  for (auto at = m_listeners.begin(); at != m_listeners.end() && entry != uPUBLISHED; ++at) {
+    m_published[entry++].store(*at, std::memory_order_release);
+  }
+  m_iListeners.store(static_cast<int>(m_listeners.size()), std::memory_order_release);
+  m_uVersion.store(version + 2, std::memory_order_release);
 }
 
 ListenerErrorOnNotification::ListenerErrorOnNotification(const std::string& message)

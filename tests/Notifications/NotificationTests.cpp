@@ -292,6 +292,53 @@ TEST(Notifications, BroadcastReachesEachOnceHoweverMany) {
   }
 }
 
+// Two listeners in one object, of which only the second is for TypedEvent by itself; the first by a side step.
+struct Left : NotificationListener {
+  long m_lPadding = 0;
+};
+struct Right : NotificationListener {
+  std::vector<int> m_heard;
+};
+struct Both : Left, Right {};
+struct Deeper : Both {
+  long m_lMore = 0;
+};
+
+class TypedEvent : public NotificationTo<Right> {
+ public:
+  explicit TypedEvent(int value) : m_iValue(value) {}
+
+ private:
+  void Tell(Right& listener) override { listener.m_heard.push_back(m_iValue); }
+  int m_iValue;
+};
+
+TEST(Notifications, TypedEventFindsItsListenersWhereverTheyLie) {
+  NotificationSupport support(eFIRST);
+  Right right1;
+  Both both;
+  Both bothAgain;
+  Deeper deeper;
+  Right right2;
+  Left left;
+  ForeignListener foreign;
+  for (NotificationListener* listener : std::initializer_list<NotificationListener*>{
+           &right1, static_cast<Left*>(&both), static_cast<Right*>(&both), static_cast<Right*>(&bothAgain),
+           static_cast<Left*>(&deeper), &foreign, &left, &right2}) {
+    support.AddListener(*listener);
+  }
+  TypedEvent event(3);
+  support.Broadcast(event);
+  EXPECT_THAT(right1.m_heard, ElementsAre(3));
+  EXPECT_THAT(both.m_heard, ElementsAre(3, 3)) << "once as each of its two listeners";
+  EXPECT_THAT(bothAgain.m_heard, ElementsAre(3));
+  EXPECT_THAT(deeper.m_heard, ElementsAre(3));
+  EXPECT_THAT(right2.m_heard, ElementsAre(3));
+  TypedEvent copy(event);
+  support.Broadcast(copy);
+  EXPECT_THAT(right2.m_heard, ElementsAre(3, 3));
+}
+
 TEST(Notifications, EventsAreCopyable) {
   const Event event(5);
   Event copy(event);

@@ -32,8 +32,11 @@
 #include <Infrastructure/OxaCore/Warning.h>
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <list>
 #include <string>
+#include <typeinfo>
 #include <unordered_set>
 
 namespace Oxa::Core {
@@ -89,7 +92,7 @@ class OXACORE_API NotificationListener : public IOxaNotificationListener {
 /// as references to what outlives the broadcast.
 class OXACORE_API Notification {
  public:
-  virtual ~Notification();
+  virtual ~Notification() = default;  // inline: every broadcast pays for it
 
   /// Tells `listener` if it is of the type that this event is for; does nothing otherwise.
   virtual void Notify(NotificationListener& listener) = 0;
@@ -98,6 +101,57 @@ class OXACORE_API Notification {
   Notification() = default;
   Notification(const Notification&) = default;
   Notification& operator=(const Notification&) = default;
+
+ private:
+  /// Does nothing and is never called. Its place out of line makes the type information one across libraries.
+  virtual void AnchorTypeInformation() const;
+};
+
+/// An event for listeners of one type, `Listener`: casts each and calls Tell; others are passed over. Listeners of
+/// the same class are cast once in the life of the event, so that many of them cost little. One thread at a time.
+///
+///   class DoorOpened : public NotificationTo<DoorGuard> {
+///     void Tell(DoorGuard& guard) override { guard.DoorOpened(); }
+///   };
+template <class Listener>
+class NotificationTo : public Notification {
+ public:
+  void Notify(NotificationListener& listener) final {
+    if (!IsLearnt(listener)) Learn(listener);
+    if (m_bFound) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + m_iWay));
+  }
+
+ protected:
+  NotificationTo() noexcept : m_pClass(nullptr) {}
+  NotificationTo(const NotificationTo&) noexcept : NotificationTo() {}
+  NotificationTo& operator=(const NotificationTo&) noexcept { return *this; }
+
+  virtual void Tell(Listener& listener) = 0;
+
+ private:
+  // How far behind the beginning of the whole object `listener` lies: an object can have several in it.
+  static std::ptrdiff_t PlaceOf(NotificationListener& listener) {
+    return reinterpret_cast<char*>(&listener) - static_cast<char*>(dynamic_cast<void*>(&listener));
+  }
+
+  // From the same place in an object of the same class it is the same way to its Listener.
+  bool IsLearnt(NotificationListener& listener) const {
+    return m_pClass == &typeid(listener) && m_iPlace == PlaceOf(listener);
+  }
+
+  void Learn(NotificationListener& listener) {
+    auto* const found = dynamic_cast<Listener*>(&listener);
+    m_pClass = &typeid(listener);
+    m_iPlace = PlaceOf(listener);
+    m_bFound = found != nullptr;
+    m_iWay = m_bFound ? reinterpret_cast<char*>(found) - reinterpret_cast<char*>(&listener) : 0;
+  }
+
+  const std::type_info*
+      m_pClass;  // null: nothing is learnt, and the rest is not set; most events meet nobody
+  std::ptrdiff_t m_iPlace;
+  std::ptrdiff_t m_iWay;
+  bool m_bFound;
 };
 
 /// The list of listeners of whatever wants to publish.
@@ -138,14 +192,22 @@ class OXACORE_API NotificationSupport {
   using Listeners = std::list<NotificationListener*>;
 
   void Deliver(Notification& notification);
+  class Recipients;
+
   bool Knows(const NotificationListener& listener) const;
   void Erase(NotificationListener& listener) noexcept;
-  void CountListeners() noexcept;
+  void Publish() noexcept;
 
   Listeners m_listeners;  // in order of addition; not owned
-  Mutex m_mutex;          // guards m_listeners
+  Mutex m_mutex;          // guards m_listeners, and writing to what follows m_eOrder
   ENotificationOrder m_eOrder;
-  std::atomic<int> m_iListeners{0};  // the size of m_listeners, for those who don't take the lock
+
+  // What those read who don't take the lock: the size of m_listeners, and its front. The version is odd while
+  // the two are being written.
+  static constexpr std::size_t uPUBLISHED = 16;
+  std::atomic<int> m_iListeners{0};
+  std::atomic<std::uint32_t> m_uVersion{0};
+  std::atomic<NotificationListener*> m_published[uPUBLISHED] = {};
 };
 
 /// "Listener threw error during notification: %1%".
