@@ -95,14 +95,15 @@ void Condition::Signal() {
 }
 
 // Counting the waiters and beginning the broadcast are one step, or the last of them might leave in between
-// and nobody would end the broadcast.
+// and nobody would end the broadcast. Where there is nothing to wait on, the waiters still wake one another.
 void Condition::Broadcast() {
+  if (m_hConditionSignal == nullptr) return;
   unsigned int waiters = m_waiters.load();
   do {
     if (waiters <= 1) return Signal();
   } while (!m_waiters.compare_exchange_weak(waiters, waiters | uBROADCASTING));
-  if (m_hBroadcastCompleteSignal != nullptr && m_hConditionSignal != nullptr)
-    m_hBroadcastCompleteSignal->SetAndWait(*m_hConditionSignal, Platform::Deadline::Never());
+  if (m_hBroadcastCompleteSignal == nullptr) return m_hConditionSignal->Set();
+  m_hBroadcastCompleteSignal->SetAndWait(*m_hConditionSignal, Platform::Deadline::Never());
 }
 
 void Condition::Notify() {

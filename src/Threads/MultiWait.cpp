@@ -22,9 +22,14 @@ class Presence {
 
 MultiWait::MultiWait() : Semaphore(0), m_uWaiters(0), m_uInside(0) {}
 
+// Whoever is inside gets one, whether it was counted at the release or is counted only now, and also if what was
+// posted for it went to somebody who took it as from a plain semaphore.
 MultiWait::~MultiWait() {
   releaseWaiters();
-  while (m_uInside.load() != 0) std::this_thread::yield();
+  while (m_uInside.load() != 0) {
+    Post(1);
+    std::this_thread::yield();
+  }
 }
 
 // Who leaves because the time is over isn't taken back out of the count: the gate's deliberate behaviour.

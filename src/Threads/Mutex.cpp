@@ -82,7 +82,9 @@ bool Mutex::Spin(const Elapse& timeout, bool& dying) {
   return locked;
 }
 
-void Mutex::Unlock() { Native().Unlock(); }
+// Asks, since a guard may stand for a lock that it never got: Lock comes back without it where a raise returns and
+// from a dying mutex.
+void Mutex::Unlock() { Native().UnlockIfOwner(); }
 
 // With the lock held.
 void Mutex::BeginDestruction() {

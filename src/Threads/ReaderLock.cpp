@@ -1,9 +1,11 @@
 #include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/ReadersWriterMutex.h>
 
+#include "Threads/LockAddress.h"
+
 namespace Oxa::Core {
 
-ReaderLock::ReaderLock(const ReadersWriterMutex& mutex) : ReaderLock(&mutex) {}
+ReaderLock::ReaderLock(const ReadersWriterMutex& mutex) : ReaderLock(AddressOf(mutex)) {}
 
 ReaderLock::ReaderLock(const ReadersWriterMutex* mutex) : m_rwMutex(const_cast<ReadersWriterMutex*>(mutex)) {
   if (!OXA_ASSERT(m_rwMutex != 0)) return;

@@ -65,6 +65,24 @@ class Waiting {
   int* m_pCount;
 };
 
+/// Runs `action` at the end of the scope, however that is left, unless it was cancelled.
+template <class Action>
+class AtEnd {
+ public:
+  explicit AtEnd(const Action& action) : m_action(action) {}
+  AtEnd(const AtEnd&) = delete;
+  AtEnd& operator=(const AtEnd&) = delete;
+  ~AtEnd() {
+    if (!m_bCancelled) m_action();
+  }
+
+  void Cancel() { m_bCancelled = true; }
+
+ private:
+  const Action m_action;
+  bool m_bCancelled = false;
+};
+
 }  // namespace
 
 ReadersWriterMutex::ReadersWriterMutex(LogFunction logger)
@@ -138,10 +156,12 @@ void ReadersWriterMutex::WaitWriterLock() {
   const unsigned long threadID = Platform::CurrentThreadId();
   Lock monitor(m_monitor);
   CloseGate();
+  AtEnd givenUp([this] { LetReadersGo(); });
   Waiting waiting(m_iWritersWaiting);
   Trace(g_WRITER_STARTED);
   if (!PrivateTryWaitWriterLock(threadID)) WaitForWriterTurn(threadID);
   waiting.End();
+  givenUp.Cancel();
   Trace(g_WRITER_SUCCEEDED);
 }
 
@@ -151,6 +171,7 @@ bool ReadersWriterMutex::TimedWaitWriterLock(const Elapse& timeout) {
   Lock monitor(m_monitor);
   CloseGate();
   const bool upgrades = IsActiveReader(threadID);
+  AtEnd givenUp([this] { LetReadersGo(); });
   Waiting waiting(m_iWritersWaiting);
   Trace(g_TIMED_WRITER_STARTED);
   bool locked = WaitForWriterTurn(threadID, deadline);
@@ -160,10 +181,7 @@ bool ReadersWriterMutex::TimedWaitWriterLock(const Elapse& timeout) {
     locked = true;
   }
   Trace(locked ? g_TIMED_WRITER_SUCCEEDED : g_TIMED_WRITER_FAILED);
-  if (!locked) {
-    UpdateGate();
-    LetReadersGo();
-  }
+  if (locked) givenUp.Cancel();
   return locked;
 }
 
@@ -241,32 +259,37 @@ void ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID) {
   const bool upgrades = IsActiveReader(threadID);
   MoveToTable(threadID);
   if (upgrades) SetActive(threadID, false);
-  try {
-    do {
-      m_monitor.Wait();
-    } while (!PrivateTryWaitWriterLock(threadID));
-  } catch (...) {
+  const AtEnd putBack([this, threadID, upgrades] {
     if (upgrades) SetActive(threadID, true);
-    throw;
-  }
-  if (upgrades) SetActive(threadID, true);
+  });
+  do {
+    m_monitor.Wait();
+  } while (!PrivateTryWaitWriterLock(threadID));
 }
 
 /// Tries until this thread writes or the time is over. Here a reader that upgrades stands in the way again
-/// for each attempt that follows a wake. When the time is over it is left standing aside.
+/// for each attempt that follows a wake. When the time is over it is left standing aside; an error puts it back.
 bool ReadersWriterMutex::WaitForWriterTurn(unsigned long threadID, const Time& deadline) {
   const bool upgrades = IsActiveReader(threadID);
+  AtEnd putBack([this, threadID, upgrades] {
+    if (upgrades) SetActive(threadID, true);
+  });
   while (!PrivateTryWaitWriterLock(threadID)) {
     MoveToTable(threadID);
     if (upgrades) SetActive(threadID, false);
-    if (!m_monitor.TimedWait(deadline.TimeLeft())) return false;
+    if (!m_monitor.TimedWait(deadline.TimeLeft())) {
+      putBack.Cancel();
+      return false;
+    }
     if (upgrades) SetActive(threadID, true);
   }
   return true;
 }
 
-/// Wakes the readers that stood back for a writer that gives up, if it was the last one.
+/// After a writer that gives up or that an error took out of its wait: if it was the last one, the gate opens,
+/// and the readers that stood back for it wake.
 void ReadersWriterMutex::LetReadersGo() {
+  UpdateGate();
   if (m_iWritersWaiting > 0 || m_writer.second != 0) return;
   Trace(g_WRITER_WOKE_READERS);
   m_monitor.Broadcast();
@@ -387,7 +410,7 @@ void ReadersWriterMutex::UpdateGate() noexcept {
   if (m_pLogger != nullptr || m_writer.second != 0 || m_iWritersWaiting != 0) return;
   std::uint64_t gate = 0;
   for (const Reader& reader : m_readers) gate |= GateBit(reader.first);
-  m_uGate.store(gate, std::memory_order_release);
+  m_uGate.store(gate);
 }
 
 }  // namespace Oxa::Core

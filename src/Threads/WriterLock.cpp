@@ -1,9 +1,11 @@
 #include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/ReadersWriterMutex.h>
 
+#include "Threads/LockAddress.h"
+
 namespace Oxa::Core {
 
-WriterLock::WriterLock(const ReadersWriterMutex& mutex) : WriterLock(&mutex) {}
+WriterLock::WriterLock(const ReadersWriterMutex& mutex) : WriterLock(AddressOf(mutex)) {}
 
 WriterLock::WriterLock(const ReadersWriterMutex* mutex) : m_rwMutex(const_cast<ReadersWriterMutex*>(mutex)) {
   if (!OXA_ASSERT(m_rwMutex != 0)) return;

@@ -136,10 +136,12 @@ class OXACORE_API ReadersWriterMutex {
   LogFunction m_pLogger;
 
   // Beside the monitor, and touched without it.
+  Slot m_slots[uSLOTS];
+  /// Behind the slots, whose last one has room at its end: every reader looks here, and would lose the line to
+  /// whoever changes a slot or a field beside it.
   /// Whose read locks must go by the monitor: a bit for the threads of m_readers each; all bits while somebody
   /// writes or waits to write, or where a logger hears of every step. Written with the monitor held.
   std::atomic<std::uint64_t> m_uGate;
-  Slot m_slots[uSLOTS];
 };
 
 /// Holds a read lock for the length of a scope. For one thread.
