@@ -101,11 +101,19 @@ void AlertInfo::SetSeverity(ESeverity severity) {
 }
 
 void AlertInfo::PushContext(const CodeContext& context) {
-  if (!m_spUnwindStack) return;
   try {
-    m_spUnwindStack->push_back(context);
+    PushContext(CodeContext(context));
   } catch (const std::bad_alloc&) {
     // The alert flies on without this place.
+  }
+}
+
+void AlertInfo::PushContext(CodeContext&& context) {
+  if (!m_spUnwindStack) return;
+  try {
+    m_spUnwindStack->push_back(std::move(context));
+  } catch (const std::bad_alloc&) {
+    // As above.
   }
 }
 

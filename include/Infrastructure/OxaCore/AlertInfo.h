@@ -68,6 +68,7 @@ class OXACORE_API AlertInfo {
 
   /// Appends a place to the unwind stack, if there is one and memory allows.
   void PushContext(const CodeContext& context);
+  void PushContext(CodeContext&& context);
 
   /// Where the fault was, innermost frame first. Null until an error makes one.
   boost::shared_ptr<std::vector<CodeContext>> GetCallStack() const;
