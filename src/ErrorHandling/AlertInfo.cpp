@@ -1,6 +1,7 @@
 #include <Infrastructure/OxaCore/AlertInfo.h>
 
 #include <boost/make_shared.hpp>
+#include <utility>
 
 #include "Core/Immortal.h"
 #include "Platform/Clock.h"
