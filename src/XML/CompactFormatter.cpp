@@ -9,6 +9,23 @@
 
 namespace Oxa::Core {
 
+namespace {
+
+// A stream as the filter wants its source.
+struct FilterSource {
+  using char_type = char;
+  using category = boost::iostreams::source_tag;
+
+  std::streamsize read(char* chunk, std::streamsize size) {
+    const std::streamsize got = input.Read(chunk, size);
+    return got > 0 ? got : -1;
+  }
+
+  TextInput& input;
+};
+
+}  // namespace
+
 CompactFormatter::CompactFormatter() = default;
 CompactFormatter::~CompactFormatter() = default;
 
@@ -34,11 +51,11 @@ void CompactFormatter::FormatStartTag(std::ostream& os, const String& name, cons
 }
 
 void CompactFormatter::FormatTextStream(std::ostream& os, std::istream& text) {
-  std::streambuf* const source = text.rdbuf();
-  if (source == nullptr) return;
   TextOutput out(os);
+  TextInput input(text);
+  FilterSource source{input};
   XMLTranscodeFilter<String> filter;
-  PutChunks(out, [&](char* chunk, std::streamsize size) { return filter.read(*source, chunk, size); });
+  PutChunks(out, [&](char* chunk, std::streamsize size) { return filter.read(source, chunk, size); });
   out.Flush();
 }
 

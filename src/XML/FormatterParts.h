@@ -5,9 +5,9 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <istream>
-#include <streambuf>
 #include <string>
 
+#include "XML/TextInput.h"
 #include "XML/TextOutput.h"
 
 namespace Oxa::Core {
@@ -25,7 +25,7 @@ inline void PutValue(TextOutput& out, const XMLAttributeValue<std::string>& valu
   for (const std::string& part : value) out << part;
 }
 
-/// Reads what `reader` (a stream buffer or a filter over one) gives, chunk by chunk, and puts it out.
+/// Puts out what `read` gives, chunk by chunk; it gives 0 or less at the end.
 template <class Read>
 void PutChunks(TextOutput& out, const Read& read) {
   char chunk[4096];
@@ -35,18 +35,8 @@ void PutChunks(TextOutput& out, const Read& read) {
 
 /// Copies `source` to its end.
 inline void PutStream(TextOutput& out, std::istream& source) {
-  if (std::streambuf* buffer = source.rdbuf())
-    PutChunks(out, [buffer](char* chunk, std::streamsize size) { return buffer->sgetn(chunk, size); });
-}
-
-/// Calls `work` with each character of `source`, to its end.
-template <class Work>
-void ForEachCharacter(std::istream& source, const Work& work) {
-  using Traits = std::char_traits<char>;
-  std::streambuf* const buffer = source.rdbuf();
-  if (buffer == nullptr) return;
-  for (Traits::int_type c = buffer->sbumpc(); c != Traits::eof(); c = buffer->sbumpc())
-    work(Traits::to_char_type(c));
+  TextInput input(source);
+  PutChunks(out, [&](char* chunk, std::streamsize size) { return input.Read(chunk, size); });
 }
 
 }  // namespace Oxa::Core

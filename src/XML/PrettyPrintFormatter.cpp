@@ -1,10 +1,9 @@
 #include "XML/PrettyPrintFormatter.h"
 
-#include <cctype>
-#include <istream>
-
+#include "StringTools/Characters.h"
 #include "XML/Escape.h"
 #include "XML/FormatterParts.h"
+#include "XML/TextInput.h"
 
 namespace Oxa::Core {
 
@@ -19,25 +18,17 @@ constexpr std::size_t uUSUAL_DEPTH = 10;
 constexpr char sCDATA_BEGIN[] = "<![CDATA[";
 constexpr char sCDATA_END[] = "]]>";
 
-bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-
 bool HasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 // Calls `work` with each line of `text`, without the white space around it. A line feed at the very end has
 // an empty line behind it.
 template <class Work>
 void ForEachLine(std::string_view text, const Work& work) {
   for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
-    work(Trimmed(text.substr(0, end)));
+    work(WithoutOuterSpace(text.substr(0, end)));
     text.remove_prefix(end + 1);
   }
-  work(Trimmed(text));
+  work(WithoutOuterSpace(text));
 }
 
 // With the blank that follows every attribute.
@@ -236,9 +227,11 @@ void PrettyPrintFormatter::EndLongLine(TextOutput& out) {
 void PrettyPrintFormatter::FormatTextStream(std::ostream& os, std::istream& text) {
   TextOutput out(os);
   BreakLine(out);
+  TextInput input(text);
   String line;
   String buffer;
-  while (std::getline(text, line)) PutOnNewLine(out, Indent(), Trimmed(EscapeInto(line, buffer)));
+  while (input.GetLine(line))
+    PutOnNewLine(out, Indent(), WithoutOuterSpace(std::string_view(EscapeInto(line, buffer))));
   EndLine(out);
   m_uColumn = 0;
 }
@@ -254,7 +247,7 @@ void PrettyPrintFormatter::FormatMarkup(std::ostream& os, const String& markup) 
 
 void PrettyPrintFormatter::FormatMarkupStream(std::ostream& os, std::istream& markup) {
   TextOutput out(os);
-  ForEachCharacter(markup, [&](char c) {
+  TextInput(markup).ForEach([&](char c) {
     out << c;
     Follow(&c, 1);
   });
@@ -339,13 +332,14 @@ void PrettyPrintFormatter::FormatCDATAStream(std::ostream& os, std::istream& tex
   m_uColumn = 0;
 }
 
-// As they stand: a last line without a line end gets none.
+// As they stand: a last line without a line end gets none. A line end is one of the layout as well.
 void PrettyPrintFormatter::PutLinesOf(TextOutput& out, std::istream& text) {
-  String line;
-  while (std::getline(text, line)) {
-    out << line;
-    if (!text.eof()) EndLine(out);
-  }
+  TextInput(text).ForEach([&](char c) {
+    if (c == '\n')
+      EndLine(out);
+    else
+      out << c;
+  });
 }
 
 // Encoded data: its white space means nothing, and it comes in lines of one length.
@@ -354,7 +348,7 @@ void PrettyPrintFormatter::PutPacked(TextOutput& out, std::istream& text) {
   const std::size_t width = uPACKED_WIDTH - indent.size();
   String line;
   EndLine(out);
-  ForEachCharacter(text, [&](char c) {
+  TextInput(text).ForEach([&](char c) {
     if (IsSpace(c)) return;
     line += c;
     if (line.size() < width) return;

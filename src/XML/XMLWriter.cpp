@@ -1,6 +1,7 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <new>
+#include <ostream>
 #include <utility>
 
 #include "XML/Applicators.h"
@@ -47,6 +48,7 @@ void XMLWriter::Manipulator::Destroy() noexcept {
 
 void XMLWriter::Manipulator::Apply(std::ostream& out) const {
   if (m_pApplicator != nullptr) m_pApplicator->Apply(out, *this);
+  out.width(0);  // used up, as by every insertion
 }
 
 std::ostream& operator<<(std::ostream& out, const XMLWriter::Manipulator& manipulator) {
@@ -72,6 +74,7 @@ XMLWriter::~XMLWriter() = default;
 void XMLWriter::Reset(boost::shared_ptr<XMLFormatter> aFormatter) {
   m_spFormatter = OrPrettyPrint(std::move(aFormatter));
   m_tags.clear();
+  m_ended.clear();
 }
 
 // --- What the manipulators do
@@ -90,8 +93,7 @@ void XMLWriter::PushTag(const String& name, const XMLAttributeMap<String>& attri
   XMLOpenTag& tag = m_ended.front();
   tag.startWritten = false;
   tag.name = name;
-  tag.attributes.clear();
-  if (!attributes.empty()) tag.attributes = attributes;
+  tag.attributes = attributes;
   m_tags.splice(m_tags.begin(), m_ended, m_ended.begin());
 }
 
@@ -105,6 +107,7 @@ void XMLWriter::SetAttribute(const String& name, const XMLAttributeValue<String>
 void XMLWriter::WriteEndTag(std::ostream& out) {
   if (m_tags.empty()) return;
   WriteStartTag(out).FormatEndTag(out, m_tags.front().name);
+  m_tags.front().attributes.clear();  // they may be large, and nobody asks for them any more
   m_ended.splice(m_ended.begin(), m_tags, m_tags.begin());
 }
 

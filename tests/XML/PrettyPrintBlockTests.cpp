@@ -59,6 +59,11 @@ TEST(PrettyPrintBlock, PreservedCommentKeepsItsLines) {
   EXPECT_EQ("<!--  one\t\n\n  two -->\n", Comment(" one\t\n\n  two", true));
 }
 
+TEST(PrettyPrintBlock, LongPreservedCommentKeepsItsLinesOnLinesOfItsOwn) {
+  const std::string text = Times(60, 'v') + "\n  " + Times(20, 'v');
+  EXPECT_EQ("<!-- \n  " + text + "\n -->\n", Comment(text, true));
+}
+
 TEST(PrettyPrintBlock, CommentInALevel) {
   Pretty doc;
   doc.out << doc.writer.StartTag("r") << doc.writer.StartTag("s") << doc.writer.Comment("a\nb")
@@ -200,4 +205,24 @@ TEST(PrettyPrintBlock, PreservedCDataStreamStaysAsItIs) {
   EXPECT_EQ("\n\n<![CDATA[ one \n\ttwo]]>\n\n", CDataStream(" one \n\ttwo", true));
   EXPECT_EQ("\n\n<![CDATA[one\n\n]]>\n\n", CDataStream("one\n\n", true));
   EXPECT_EQ("\n\n<![CDATA[]]>\n\n", CDataStream("", true));
+}
+
+TEST(PrettyPrintBlock, CDataStreamLosesEveryKindOfWhiteSpace) {
+  EXPECT_EQ("\n\n<![CDATA[\n  ABCDEFG\n]]>\n\n", CDataStream("A B\tC\nD\vE\fF\rG", false));
+}
+
+// The end tag would otherwise be taken for one on its start tag's line.
+TEST(PrettyPrintBlock, LinesOfCDataAreCounted) {
+  for (const bool fromStream : {false, true}) {
+    for (const bool preserve : {false, true}) {
+      std::istringstream data("x");
+      Pretty doc;
+      doc.out << doc.writer.StartTag("r") << doc.writer.StartTag("s")
+              << (fromStream ? doc.writer.CDATASection(data, preserve)
+                             : doc.writer.CDATASection(Times(69, 'v'), true))
+              << doc.writer.EndAllTags();
+      const std::string content = !fromStream ? Times(69, 'v') : preserve ? "x" : "\n  x\n";
+      EXPECT_EQ("<r>\n  <s>\n\n<![CDATA[" + content + "]]>\n\n  </s>\n</r>\n", doc.Text());
+    }
+  }
 }

@@ -187,6 +187,38 @@ TEST(PrettyPrint, TextStreamAtTheStartOfALine) {
   EXPECT_EQ("\nt\n\n", doc.Text());
 }
 
+// White space is what the C library calls so: also vertical tabs and form feeds.
+TEST(PrettyPrint, LinesLoseEveryKindOfWhiteSpaceAroundThem) {
+  const std::string space = " \t\r\v\f";
+  std::istringstream stream(space + "s t" + space);
+  Pretty doc;
+  doc.out << doc.writer.Text(space + "one" + space + "\n" + space + "t w o" + space)
+          << doc.writer.Text(stream);
+  EXPECT_EQ("one\nt w o\n\ns t\n", doc.Text());
+}
+
+TEST(PrettyPrint, TextInLinesAtTheStartOfALineHasNoBlankLineInFront) {
+  Pretty doc;
+  doc.out << doc.writer.StartTag("a") << doc.writer.Tag("e", "") << doc.writer.Text("one\ntwo")
+          << doc.writer.EndTag();
+  EXPECT_EQ("<a>\n  <e/>\n  one\n  two\n</a>\n", doc.Text());
+}
+
+TEST(PrettyPrint, LineIsEndedBehindAReferenceThatReachesColumnEighty) {
+  Pretty doc;
+  doc.out << doc.writer.EntityReference(Times(78, 'v')) << doc.writer.EntityReference("y");
+  EXPECT_EQ("&" + Times(78, 'v') + ";\n&y;", doc.Text());
+}
+
+// The name of an empty element doesn't count when a text is placed.
+TEST(PrettyPrint, EmptyElementIsNotRemembered) {
+  Pretty doc;
+  doc.out << doc.writer.StartTag("a") << doc.writer.Tag(Times(60, 'v'), "") << doc.writer.Text(Times(10, 'x'))
+          << doc.writer.Text(Times(10, 'y')) << doc.writer.EndTag();
+  EXPECT_EQ("<a>\n  <" + Times(60, 'v') + "/>\n  " + Times(10, 'x') + Times(10, 'y') + "\n</a>\n",
+            doc.Text());
+}
+
 // --- Levels
 
 TEST(PrettyPrint, EveryLevelIndentsByTwoBlanks) {
@@ -223,6 +255,21 @@ TEST(PrettyPrint, StartOfADocumentStartsTheLayoutAnew) {
   EXPECT_EQ("u</b>\n</a>\n", doc.Text());
 }
 
+TEST(PrettyPrint, StartOfADocumentForgetsTheLastStartTag) {
+  Pretty doc;
+  doc.out << doc.writer.StartTag("a") << doc.writer.Text("t")
+          << doc.writer.StartDocA("1.0", "UTF-8", false, false);
+  doc.out.str("");
+  doc.out << doc.writer.Text(Times(70, 'v')) << doc.writer.Text(Times(9, 'v'));
+  EXPECT_EQ(Times(79, 'v'), doc.Text());
+}
+
+TEST(PrettyPrint, StartOfADocumentIsAtTheStartOfALineAfterwards) {
+  Pretty doc;
+  doc.out << doc.writer.Text("t") << doc.writer.StartDocA() << doc.writer.Tag("b", "");
+  EXPECT_EQ("t<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<b/>\n", doc.Text());
+}
+
 // --- Attributes
 
 TEST(PrettyPrint, AttributesThatReachColumnEightyStayOnTheLine) {
@@ -248,6 +295,27 @@ TEST(PrettyPrint, AttributesBeyondColumnEightyGoOneToALine) {
           "        third=\"x\" />\n"
           "</r>\n",
       doc.Text());
+}
+
+TEST(PrettyPrint, AttributesBreakBeyondColumnEighty) {
+  for (const std::size_t size : {66u, 67u}) {
+    Map map;
+    map["a"] = "1";
+    map["b"] = Times(size, 'v');
+    Pretty doc;
+    doc.out << doc.writer.Tag("t", map);
+    const std::string between = size == 66 ? "" : "\n   ";
+    EXPECT_EQ("<t a=\"1\" " + between + "b=\"" + Times(size, 'v') + "\" />\n", doc.Text());
+  }
+}
+
+TEST(PrettyPrint, AttributesInsertedOneByOneGiveTheSame) {
+  Pretty doc;
+  doc.out << doc.writer.StartTag("r") << doc.writer.StartTag("TagWithAttributes")
+          << doc.writer.Attribute("name1", "value1") << doc.writer.Attribute("name2", "value2")
+          << doc.writer.EndAllTags();
+  EXPECT_EQ("<r>\n  <TagWithAttributes name1=\"value1\" name2=\"value2\" ></TagWithAttributes>\n</r>\n",
+            doc.Text());
 }
 
 TEST(PrettyPrint, OneAttributeTooWideFollowsTheName) {

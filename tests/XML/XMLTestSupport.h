@@ -23,14 +23,27 @@ inline Map TwoAttributes() {
   return map;
 }
 
+/// How the example's last start tag gets its attributes.
+enum class Attributes { eBY_MAP, eONE_BY_ONE };
+
+/// Starts the tag with the attributes of TwoAttributes.
+inline void StartTagWithAttributes(XMLWriter& writer, std::ostream& out, Attributes how) {
+  if (how == Attributes::eBY_MAP)
+    out << writer.StartTag("TagWithAttributes", TwoAttributes());
+  else
+    out << writer.StartTag("TagWithAttributes") << writer.Attribute("name1", "value1")
+        << writer.Attribute("name2", "value2");
+}
+
 /// A document with every kind of piece that most documents have.
-inline void WriteExample(XMLWriter& writer, std::ostream& out) {
+inline void WriteExample(XMLWriter& writer, std::ostream& out, Attributes how = Attributes::eBY_MAP) {
   Map one;
   one["name"] = "value";
   out << writer.StartDocA("1.0", "UTF-8", false, true) << writer.StartTag("Test")
       << writer.Comment("A comment", false) << writer.Tag("AnEmptyTag", "")
-      << writer.Tag("EmptyTagWithAttribute", one) << writer.StartTag("TagWithAttributes", TwoAttributes())
-      << writer.Text("1 < 2") << writer.CDATASection("<CDATA Test>Entity usage: &amp;</CDATA Test>", false)
+      << writer.Tag("EmptyTagWithAttribute", one);
+  StartTagWithAttributes(writer, out, how);
+  out << writer.Text("1 < 2") << writer.CDATASection("<CDATA Test>Entity usage: &amp;</CDATA Test>", false)
       << writer.EndTag() << writer.Text("content") << writer.EndAllTags() << writer.EndDoc();
 }
 

@@ -39,6 +39,15 @@ TEST(XMLWriter, AttributesInsertedOneByOneGiveTheSame) {
   EXPECT_EQ(map.Text(), single.Text());
 }
 
+TEST(XMLWriter, ExampleWithAttributesInsertedOneByOneIsTheSame) {
+  Compact compact;
+  WriteExample(compact.writer, compact.out, Attributes::eONE_BY_ONE);
+  EXPECT_EQ(sCOMPACT_EXAMPLE, compact.Text());
+  Pretty pretty;
+  WriteExample(pretty.writer, pretty.out, Attributes::eONE_BY_ONE);
+  EXPECT_EQ(sPRETTY_EXAMPLE, pretty.Text());
+}
+
 // --- Attribute values and maps
 
 TEST(XMLAttributeMap, KeepsTheOrderOfInsertion) {
@@ -176,6 +185,26 @@ TEST(XMLWriter, MoreAttributesThanUsual) {
   EXPECT_EQ(expected + "></a>", doc.Text());
 }
 
+// What a writer keeps of ended tags to use again doesn't show.
+TEST(XMLWriter, TagBehindAnEndedOneHasNoneOfItsAttributes) {
+  Compact doc;
+  doc.out << doc.writer.StartTag("a") << doc.writer.Attribute("k", "v") << doc.writer.EndTag()
+          << doc.writer.StartTag("b") << doc.writer.EndTag() << doc.writer.StartTag("c", TwoAttributes())
+          << doc.writer.EndTag() << doc.writer.StartTag("d") << doc.writer.Attribute("l", "w")
+          << doc.writer.EndTag();
+  EXPECT_EQ("<a k=\"v\"></a><b></b><c name1=\"value1\" name2=\"value2\"></c><d l=\"w\"></d>", doc.Text());
+}
+
+TEST(XMLWriter, TagBehindAResetHasNoAttributesOfEarlierOnes) {
+  Compact doc;
+  doc.out << doc.writer.StartTag("a", TwoAttributes()) << doc.writer.EndTag()
+          << doc.writer.StartTag("b", TwoAttributes());
+  doc.out.str("");
+  doc.writer.Reset(XMLFormatter::CreateCompact());
+  doc.out << doc.writer.StartTag("c") << doc.writer.StartTag("d") << doc.writer.EndAllTags();
+  EXPECT_EQ("<c><d></d></c>", doc.Text());
+}
+
 // --- Tags
 
 TEST(XMLWriter, TagWithAndWithoutContent) {
@@ -192,6 +221,23 @@ TEST(XMLWriter, TagOpensNothing) {
   Compact doc;
   doc.out << doc.writer.Tag("a", "t") << doc.writer.EndTag() << doc.writer.EndAllTags();
   EXPECT_EQ("<a>t</a>", doc.Text());
+}
+
+// A derived writer makes manipulators of its own of what Tag and Attribute are made of.
+TEST(XMLWriter, DerivedWriterMakesTagsAndAttributes) {
+  class Derived : public XMLWriter {
+   public:
+    Derived() : XMLWriter(XMLFormatter::CreateCompact()) {}
+    Manipulator Pair(const std::string& content) { return TagManipulator("pair", TwoAttributes(), content); }
+    Manipulator Number(int number) { return AttributeManipulator("number", std::to_string(number)); }
+  };
+  Derived writer;
+  std::ostringstream out;
+  out << writer.StartTag("a") << writer.Number(7) << writer.Pair("<") << writer.Pair("") << writer.EndTag();
+  EXPECT_EQ(
+      "<a number=\"7\"><pair name1=\"value1\" name2=\"value2\">&lt;</pair>"
+      "<pair name1=\"value1\" name2=\"value2\"/></a>",
+      out.str());
 }
 
 TEST(XMLWriter, EndAllTagsEndsTheInnermostFirst) {
@@ -383,6 +429,18 @@ TEST(XMLWriter, WidthOfTheStreamIsNotForMarkup) {
   doc.out.fill('*');
   doc.out << doc.writer.Tag("a", "t");
   EXPECT_EQ("<a>t</a>", doc.Text());
+}
+
+TEST(XMLWriter, WidthOfTheStreamIsUsedUp) {
+  Compact doc;
+  doc.out.width(6);
+  doc.out << doc.writer.Tag("a", "") << 7;
+  doc.out.width(6);
+  doc.out << doc.writer.StartTag("b") << 8;
+  doc.out.width(6);
+  doc.writer.EndTag().Apply(doc.out);
+  doc.out << 9;
+  EXPECT_EQ("<a/>78<b></b>9", doc.Text());
 }
 
 TEST(XMLWriter, BrokenStreamIsTheCallersAffair) {

@@ -4,8 +4,13 @@
 // factories of XMLFormatter: the compact one adds no white space at all; the pretty printer indents by two
 // blanks and keeps lines near 80 columns.
 //
-// Failures: none; a stream's state is its owner's affair. What a stream's own exception mask asks for is
-// thrown by the stream.
+// Failures: exhausted memory raises what the containers raise (std::bad_alloc); nothing else comes from here.
+// The state of the stream written to is its owner's affair: one that has failed takes nothing, and what its
+// exception mask asks for it throws itself.
+// A stream that texts are taken from is never the cause of an exception, whatever its mask says. One that isn't
+// good (failbit, badbit or eofbit) gives nothing and keeps its state. One that was read has eofbit afterwards.
+// One whose buffer throws counts as ended there and has badbit afterwards; what it gave before is written, and
+// so is what closes the section.
 // Thread safety: the compact formatter has no state, and any number of threads may use one at once. The
 // pretty printer follows line and column: one document, and so one thread, at a time.
 #ifndef INFRASTRUCTURE_OXACORE_XMLFORMATTER_H
@@ -35,6 +40,15 @@ class OXACORE_API XMLFormatter {
 
   /// A formatter that indents by two blanks and keeps lines near 80 columns. Raw markup is written as it
   /// stands, without being laid out anew.
+  /// The layout adds white space to the content, and changes some of what is there: texts with line feeds and
+  /// text streams (each line loses the white space around it and gets its indentation), texts that don't fit
+  /// on the line of their start tag (a line end and blanks in front and behind), CDATA sections of more than
+  /// 68 characters with their indentation, and CDATA streams. `preserve` keeps the inside of comments,
+  /// processing instructions and CDATA sections as it is, but for the line ends that a long comment or
+  /// processing instruction gets in front and behind. What has to come back to the byte goes into a preserved
+  /// CDATA section or through the compact formatter.
+  /// Line and column count only what this formatter writes: ordinary output onto the stream in between goes
+  /// unnoticed.
   static boost::shared_ptr<XMLFormatter> CreatePrettyPrint();
 
   /// Replaces "<", ">", "&", "'" and the double quote by their predefined entities; everything else, also
@@ -48,24 +62,37 @@ class OXACORE_API XMLFormatter {
   /// The XML declaration; the standalone part is there only if `standalone`. Starts a new layout.
   virtual void FormatStartDoc(std::ostream& os, const String& version, const String& encoding,
                               bool standalone) = 0;
+  /// A start tag with its attributes in their order, or, with `emptyTag`, an empty-element tag, which opens no
+  /// level. Name and values are written as they are.
   virtual void FormatStartTag(std::ostream& os, const String& name, const Attributes& attributes,
                               bool emptyTag) = 0;
   /// Plain text, to be escaped; the stream is read to its end, piece by piece.
   virtual void FormatTextStream(std::ostream& os, std::istream& text) = 0;
+  /// Plain text, to be escaped.
   virtual void FormatText(std::ostream& os, const String& text) = 0;
+  /// The end tag of that name. Nothing checks that it is the one that is open.
   virtual void FormatEndTag(std::ostream& os, const String& name) = 0;
+  /// A processing instruction, its target and its content as they are. With `preserve` line feeds in the
+  /// content stay; without, a formatter that lays out may lay it out line by line.
   virtual void FormatProcessingInstruction(std::ostream& os, const String& target, const String& content,
                                            bool preserve) = 0;
-  /// Text that is XML already.
+  /// Text that is XML already; the stream is read to its end, piece by piece.
   virtual void FormatMarkupStream(std::ostream& os, std::istream& markup) = 0;
+  /// Text that is XML already.
   virtual void FormatMarkup(std::ostream& os, const String& markup) = 0;
+  /// A comment; `preserve` as for processing instructions. A "--" in it is not detected.
   virtual void FormatComment(std::ostream& os, const String& text, bool preserve) = 0;
+  /// A CDATA section of what the stream gives, read to its end, piece by piece. With `preserve` as it stands;
+  /// without, a formatter that lays out drops white space and breaks what remains into lines. A "]]>" in it is
+  /// not detected.
   virtual void FormatCDATAStream(std::ostream& os, std::istream& text, bool preserve) = 0;
+  /// A CDATA section. With `preserve` the text is written as it stands; without, a formatter that lays out may
+  /// lay a long one out line by line. A "]]>" in it is not detected.
   virtual void FormatCDATA(std::ostream& os, const String& text, bool preserve) = 0;
   /// A reference in its final form, such as "&amp;".
   virtual void FormatEntityReference(std::ostream& os, const String& reference) = 0;
 
-  /// The processing instruction "xml-stylesheet".
+  /// The processing instruction "xml-stylesheet", by FormatProcessingInstruction.
   void FormatStyleSheet(std::ostream& os, const String& aHref, const String& aType);
 
   /// A whole element: an empty-element tag if `content` is empty.

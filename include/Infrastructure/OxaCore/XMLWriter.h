@@ -5,11 +5,19 @@
 // attributes can still reach it); the layout is the formatter's.
 //
 // Escaping: only what goes through Text and the content of Tag is escaped. Names, attribute values, comments,
-// CDATA sections, markup and entity texts reach the stream as they are: escape what needs it beforehand, with
-// XMLFormatter::Escape.
+// CDATA sections, markup and entity texts reach the stream as they are. Escape names and values that need it
+// beforehand, with XMLFormatter::Escape. In comments and CDATA sections nothing can be escaped: "--" or "-->"
+// in a comment, "]]>" in a CDATA section, or markup that isn't well-formed are not detected, and the document
+// that comes of them is broken.
 // Misuse is answered in silence: an end tag or an attribute without an open tag does nothing, an attribute
 // for a tag that has been written already is lost, and nothing checks that the document is well formed.
-// Failures: none of its own. The stream's state is the caller's affair.
+// Failures: none of its own, but exhausted memory raises what the containers raise (std::bad_alloc). The state
+// of the stream written to is the caller's affair: once that has failed, nothing reaches it, and the writer goes
+// on as if it had. Only what its exception mask asks for is thrown, by the stream itself. Streams that texts are
+// taken from are never the cause of an exception; XMLFormatter.h tells what becomes of their state.
+// Ordinary output may stand between manipulators (`out << writer.Text("t") << 7`), but the pretty printer
+// doesn't see it: its line and column don't count it, and what follows may be laid out differently. A width
+// that is set on the stream is not applied to markup, and is used up by the insertion.
 // Thread safety: none. Each thread or document uses a writer of its own.
 // Lifetime: a manipulator holds a pointer to its writer and must not outlive it. Works at any time, also
 // while the process's static objects die.
@@ -83,7 +91,9 @@ class OXACORE_API XMLWriter {
  public:
   using String = std::string;
 
-  /// What is inserted into a stream. A copyable value; inserting it again does its work again.
+  /// What is inserted into a stream. A copyable value with copies of its arguments; inserting it again does its
+  /// work again. But one that was made with a stream holds a reference to it: the first insertion reads that to
+  /// its end, and a second finds nothing more in it.
   class OXACORE_API Manipulator {
    public:
     /// The work of one kind of manipulator, with copies of the arguments that it needs. It lives inside the
@@ -91,18 +101,22 @@ class OXACORE_API XMLWriter {
     class OXACORE_API Applicator {
      public:
       virtual ~Applicator();
+      /// Does the work on `out` for `manipulator`, which knows the writer.
       virtual void Apply(std::ostream& out, const Manipulator& manipulator) const = 0;
       /// Builds a copy in raw storage that is large enough, and gives it.
       virtual Applicator* CopyTo(void* storage) const = 0;
     };
 
+    /// Copies what `other` holds; std::bad_alloc without memory for that. An assignment that fails leaves this
+    /// empty: to insert it does nothing then.
     Manipulator(const Manipulator& other);
     Manipulator& operator=(const Manipulator& other);
     virtual ~Manipulator();
 
-    /// Does the work on `out`; the same as inserting this into `out`.
+    /// Does the work on `out` and sets its width to 0; the same as inserting this into `out`.
     virtual void Apply(std::ostream& out) const;
 
+    /// The writer that made this.
     XMLWriter& GetWriter() const { return *m_pWriter; }
 
    private:
@@ -159,6 +173,9 @@ class OXACORE_API XMLWriter {
   Manipulator Attribute(const String& aName, const XMLAttributeValue<String>& aValue);
 
   /// Plain text, which is escaped. The stream is read to its end at the insertion and must live until then.
+  /// The pretty printer may put line ends and blanks around it, and lays a text with line feeds, and every
+  /// stream, out line by line without the white space around each. Where that matters, use the compact
+  /// formatter or a preserved CDATA section.
   Manipulator Text(const String& aText);
   Manipulator Text(std::istream& aStream);
 
@@ -168,16 +185,19 @@ class OXACORE_API XMLWriter {
   /// Text that is XML already.
   Manipulator Markup(const String& aMarkup);
 
-  /// A comment. With `aPreserve` a formatter leaves the line breaks in it as they are.
+  /// A comment. With `aPreserve` a formatter leaves the line breaks in it as they are. "--" must not be in it.
   Manipulator Comment(const String& aText, bool aPreserve = false);
 
-  /// A CDATA section. With `aPreserve` a formatter leaves the text in it as it is; without, one that lays out
-  /// drops the white space of a stream and breaks what remains into lines, as suits encoded data.
-  /// The stream must live until the insertion.
+  /// A CDATA section. "]]>" must not be in it. With `aPreserve` a formatter leaves the text in it as it is.
+  /// Without, the pretty printer changes it: a text that has, with its indentation, more than 68 characters
+  /// gets lines of its own, indented, each without the white space around it; and a stream loses all white
+  /// space and is broken into lines, as suits encoded data. The compact formatter never changes it.
+  /// The stream is read to its end at the insertion and must live until then.
   Manipulator CDATASection(const String& aText, bool aPreserve = false);
   Manipulator CDATASection(std::istream& aStream, bool aPreserve = false);
 
  protected:
+  /// What Tag and Attribute forward to, for derived writers.
   Manipulator TagManipulator(const String& aName, const XMLAttributeMap<String>& aAttributes,
                              const String& aContent);
   Manipulator AttributeManipulator(const String& aName, const XMLAttributeValue<String>& aValue);
