@@ -1,4 +1,4 @@
-// What the system says about this process and the machine under it.
+// What the system says about this process, its threads and the machine under it.
 //
 // No function raises or throws, takes a lock of ours or logs. Those that give an int give 0, or the system's
 // error code, and leave their argument untouched in that case. Any thread may call.
@@ -9,8 +9,13 @@
 
 namespace Oxa::Core::Platform {
 
-/// The id of the calling process: in a forked child the child's own.
+/// The id of the calling process: in a forked child the child's own. Costs a nanosecond.
 unsigned long ProcessId() noexcept;
+
+/// Tells the system what the calling thread is called, for debuggers and lists of threads. As much of the name
+/// is told as the system has room for; a failure is ignored. In the first thread of a process this may be
+/// what lists of processes show.
+void TellThreadName(const char* name) noexcept;
 
 /// The whole path of the running program's file, however long it is, with "/" between the folders.
 int ExecutablePath(std::string& path) noexcept;

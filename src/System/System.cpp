@@ -1,9 +1,11 @@
-#include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/System.h>
+
+#include <Infrastructure/OxaCore/Assert.h>
 
 #include "Core/LibraryGlobals.h"
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
+#include "System/Executable.h"
 
 namespace Oxa::Core {
 
@@ -12,8 +14,6 @@ namespace {
 const char* const sGLOBAL_NAME = "System";
 const char* const sPRODUCT_NAME = "OxaCore";
 const char* const sPRODUCT_VERSION = "2.1.6";
-const char* const sUNKNOWN_PROCESS = "Unknown";
-const char* const sUNKNOWN_PATH = "./";
 constexpr std::size_t uBUCKETS = 8;
 
 std::string ToText(unsigned long id) { return std::to_string(static_cast<unsigned int>(id)); }
@@ -32,9 +32,9 @@ System::~System() = default;
 void System::FindExecutable() {
   std::string path;
   Platform::ExecutablePath(path);
-  const std::size_t leaf = path.rfind('/') + 1;  // 0 without a separator
-  m_sProcessPath = leaf == 0 ? sUNKNOWN_PATH : path.substr(0, leaf);
-  m_sProcessName = leaf == path.size() ? sUNKNOWN_PROCESS : path.substr(leaf);
+  const Executable executable = SplitExecutable(path);
+  m_sProcessPath = executable.folder;
+  m_sProcessName = executable.leaf;
 }
 
 System* System::Instance() { return FindLibraryGlobal<System>(sGLOBAL_NAME); }
@@ -94,6 +94,7 @@ void System::GetCurrentThreadName(std::string& name) const {
 }
 
 void System::SetCurrentThreadName(const std::string& name) {
+  Platform::TellThreadName(name.c_str());
   const unsigned long id = GetCurrentThreadId();
   const WriterLock lock(m_mutex);
   const auto entry = m_threadNames.find(id);

@@ -114,6 +114,31 @@ TEST(System, SetProcessNameTakesWhatItIsGiven) {
   System::Instance()->SetProcessName(before);
 }
 
+// Nobody ever reads half of a text.
+TEST(System, ProcessNameAndPathAreSetWhileOthersAsk) {
+  const std::string nameBefore = Ask(&System::GetProcessName), pathBefore = Ask(&System::GetProcessPath);
+  const std::string texts[] = {std::string(100, 'a'), std::string(3000, 'b')};
+  System::Instance()->SetProcessName(texts[0]);
+  System::Instance()->SetProcessPath(texts[0]);
+  std::atomic<int> wrong{0};
+  const auto isOne = [&texts](const std::string& text) { return text == texts[0] || text == texts[1]; };
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 6; ++number) {
+    threads.emplace_back([&, sets = number < 2] {
+      for (int round = 0; round < 500; ++round) {
+        if (sets) System::Instance()->SetProcessName(texts[round % 2]);
+        if (sets) System::Instance()->SetProcessPath(texts[round % 2]);
+        if (!isOne(Ask(&System::GetProcessName))) ++wrong;
+        if (!isOne(Ask(&System::GetProcessPath))) ++wrong;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, wrong);
+  System::Instance()->SetProcessName(nameBefore);
+  System::Instance()->SetProcessPath(pathBefore);
+}
+
 TEST(System, ProcessIdIsANumberAndItsText) {
   EXPECT_EQ(Platform::ProcessId(), System::Instance()->GetProcessId());
   EXPECT_EQ(std::to_string(Platform::ProcessId()), Ask(&System::GetProcessId));

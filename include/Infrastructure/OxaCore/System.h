@@ -65,6 +65,10 @@ class OXACORE_API System {
   /// The name of the calling thread; empty for one that was never named. A thread whose id the system has used
   /// before has inherited the name that went with it.
   void GetCurrentThreadName(std::string& name) const;
+  /// Names the calling thread, or renames it, for alerts and logs; an empty text takes the name back. The name
+  /// outlives the thread, until the system gives its id to another one and that is named. The system is told
+  /// too, so that debuggers and lists of threads show as much of the name as they have room for (15 bytes on
+  /// Linux); whether it takes it is not looked at.
   void SetCurrentThreadName(const std::string& name);
 
   /// Processors of the machine, asked of the system each time.

@@ -2,14 +2,16 @@
 
 #include <errno.h>
 #include <limits.h>
-#include <stdio.h>
+#include <pthread.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include <memory>
+#include <atomic>
 #include <new>
+
+#include "Platform/Linux/Distribution.h"
 
 namespace Oxa::Core::Platform {
 
@@ -18,7 +20,15 @@ namespace {
 constexpr char sEXECUTABLE_LINK[] = "/proc/self/exe";
 constexpr char sDELETED_MARK[] = " (deleted)";
 constexpr const char* sDISTRIBUTION_FILES[] = {"/etc/os-release", "/usr/lib/os-release"};
-constexpr char sDISTRIBUTION_KEY[] = "PRETTY_NAME=";
+
+constexpr size_t uTHREAD_NAME_SIZE = 16;  // with the closing 0
+
+// 0: not asked yet. Asking is a system call, and every context of an alert wants to know.
+std::atomic<unsigned long> s_uProcessId{0};
+
+void ForgetProcessId() { s_uProcessId.store(0, std::memory_order_relaxed); }
+
+[[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &ForgetProcessId); }
 
 // Runs what gives an error code; running out of memory is one too.
 template <class Operation>
@@ -59,42 +69,28 @@ void DropDeletedMark(std::string& path) {
     path.resize(path.size() - strlen(sDELETED_MARK));
 }
 
-// The value of a shell assignment, without its quotes and escapes.
-std::string Unquote(const char* value) {
-  std::string text;
-  char quote = 0;
-  for (const char* at = value; *at != 0 && *at != '\n'; ++at) {
-    if (quote == 0 && (*at == '"' || *at == '\'')) {
-      quote = *at;
-    } else if (*at == quote) {
-      quote = 0;
-    } else {
-      if (*at == '\\' && quote != '\'' && at[1] != 0 && at[1] != '\n') ++at;
-      text += *at;
-    }
-  }
-  return text;
-}
-
-std::string ReadDistribution(FILE* file) {
-  const size_t keyLength = strlen(sDISTRIBUTION_KEY);
-  char line[1024];
-  while (fgets(line, sizeof line, file) != nullptr)
-    if (strncmp(line, sDISTRIBUTION_KEY, keyLength) == 0) return Unquote(line + keyLength);
-  return std::string();
-}
-
 std::string Distribution() {
-  for (const char* path : sDISTRIBUTION_FILES) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path, "re"), &fclose);
-    if (file) return ReadDistribution(file.get());
-  }
-  return std::string();
+  std::string name;
+  for (const char* file : sDISTRIBUTION_FILES)
+    if (ReadDistribution(file, name)) break;
+  return name;
 }
 
 }  // namespace
 
-unsigned long ProcessId() noexcept { return static_cast<unsigned long>(getpid()); }
+unsigned long ProcessId() noexcept {
+  unsigned long id = s_uProcessId.load(std::memory_order_relaxed);
+  if (id != 0) return id;
+  id = static_cast<unsigned long>(getpid());
+  s_uProcessId.store(id, std::memory_order_relaxed);
+  return id;
+}
+
+void TellThreadName(const char* name) noexcept {
+  char shortened[uTHREAD_NAME_SIZE] = {};
+  strncpy(shortened, name, sizeof shortened - 1);
+  pthread_setname_np(pthread_self(), shortened);
+}
 
 int ExecutablePath(std::string& path) noexcept {
   return WithoutThrowing([&] {

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace Platform = Oxa::Core::Platform;
 
@@ -24,7 +26,7 @@ std::string OutputOf(const std::string& command) {
   return text;
 }
 
-// Runs in a copy of this program: prints the path that the seam tells, after the copy's file is gone.
+// Set in a copy of this program, to the path of its file.
 const char sCHILD_FLAG[] = "OXACORE_MACHINE_TEST_CHILD";
 
 }  // namespace
@@ -39,12 +41,24 @@ TEST(MachineLinux, ProcessIdIsTheSystems) {
   EXPECT_EQ(0, status);
 }
 
+TEST(MachineLinux, ThreadNameIsCutToFifteenBytes) {
+  std::thread([] {
+    char name[16] = {};
+    for (const char* const told : {"probe", "of exactly 15 b", "of exactly 15 bytes and more", ""}) {
+      Platform::TellThreadName(told);
+      ASSERT_EQ(0, pthread_getname_np(pthread_self(), name, sizeof name));
+      EXPECT_EQ(std::string(told).substr(0, 15), name);
+    }
+  }).join();
+}
+
 TEST(MachineLinux, ExecutablePathIsTheKernels) {
   std::string path;
   ASSERT_EQ(0, Platform::ExecutablePath(path));
   EXPECT_EQ(std::filesystem::read_symlink("/proc/self/exe").string(), path);
 }
 
+// Runs a copy of this program, which removes its own file and compares the path that it is told then.
 TEST(MachineLinux, ExecutablePathKeepsItsNameWhenTheFileIsGone) {
   if (const char* expected = getenv(sCHILD_FLAG)) {
     std::filesystem::remove(expected);
