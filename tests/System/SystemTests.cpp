@@ -117,7 +117,7 @@ TEST(System, SetProcessNameTakesWhatItIsGiven) {
 // Nobody ever reads half of a text.
 TEST(System, ProcessNameAndPathAreSetWhileOthersAsk) {
   const std::string nameBefore = Ask(&System::GetProcessName), pathBefore = Ask(&System::GetProcessPath);
-  const std::string texts[] = {std::string(100, 'a'), std::string(3000, 'b')};
+  const std::string texts[] = {std::string(20000, 'a'), std::string(20000, 'b')};  // long to copy
   System::Instance()->SetProcessName(texts[0]);
   System::Instance()->SetProcessPath(texts[0]);
   std::atomic<int> wrong{0};
@@ -125,7 +125,7 @@ TEST(System, ProcessNameAndPathAreSetWhileOthersAsk) {
   std::vector<std::thread> threads;
   for (int number = 0; number < 6; ++number) {
     threads.emplace_back([&, sets = number < 2] {
-      for (int round = 0; round < 500; ++round) {
+      for (int round = 0; round < 5000; ++round) {
         if (sets) System::Instance()->SetProcessName(texts[round % 2]);
         if (sets) System::Instance()->SetProcessPath(texts[round % 2]);
         if (!isOne(Ask(&System::GetProcessName))) ++wrong;
