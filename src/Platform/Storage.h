@@ -20,7 +20,7 @@ int ChangeThreadDepth(int change) noexcept;
 /// was built earlier than this call dies. False if it can't be registered.
 bool CallAtUnload(void (*routine)()) noexcept;
 
-/// Calls `routine` behind every static destructor of the process, just before the library is unmapped. One
+/// Calls `routine` behind every static destructor of the library, unless other threads may still be running. One
 /// routine; null takes it back.
 void CallAtVeryEnd(void (*routine)()) noexcept;
 

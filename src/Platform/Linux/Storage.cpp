@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 #include <errno.h>
+#include <sys/single_threaded.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -33,10 +34,11 @@ void WriteToStandardError(const char* text) noexcept {
   }
 }
 
-// Runs behind all static destructors: at exit behind every exit handler, at dlclose behind the library's own,
-// since destructors with a number come last.
+// Destructors with a number come last. At the end of a process threads that nobody has joined run to the last
+// moment.
 [[gnu::destructor(101)]] void RunLastRoutine() {
-  if (const auto routine = s_lastRoutine.load()) routine();
+  const auto routine = s_lastRoutine.load();
+  if (routine != nullptr && __libc_single_threaded) routine();
 }
 
 }  // namespace
