@@ -111,7 +111,9 @@ class SpinAdvice {
   std::atomic<std::uint32_t> m_uRefusals{0};
 };
 
-/// A lock that its owner may take again. Constant-initialised and trivially destructible as well.
+/// A lock that its owner may take again. Constant-initialised and trivially destructible as well. In a forked
+/// child nobody owns what was held at the fork, not even the thread that forked: it stays locked, so fork with
+/// none of these held.
 class ReentrantLock {
  public:
   constexpr ReentrantLock() noexcept = default;
@@ -128,6 +130,10 @@ class ReentrantLock {
   /// Takes the lock by `deadline`; at least one attempt is made. eSIGNALLED, eABANDONED or eTIMEOUT. After
   /// eABANDONED, which comes within a fraction of a second of the wait or of the owner's end, the caller owns
   /// the lock at one level, and the next one to get it knows nothing of it.
+  ///
+  /// An owner that ended a moment ago may still count as alive, also after it was joined; an attempt without
+  /// time is eTIMEOUT then. The system gives the ids of ended threads to new ones: as long as such a thread
+  /// lives, the lock counts as its own, for others and for itself.
   WaitResult LockBy(Deadline deadline) noexcept;
 
   bool IsOwner() const noexcept;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -79,6 +80,9 @@ std::string RaisedBy(const std::function<void()>& action) {
 void LockAndEnd(Condition& condition) {
   std::thread([&] { condition.Lock(); }).join();
 }
+
+// The time in which one that was woken too much would show itself. Too short, it only lets a fault pass.
+void WatchForMore() { std::this_thread::sleep_for(std::chrono::milliseconds(50)); }
 
 const std::string sNOT_OWNER = std::strerror(EPERM);
 
@@ -229,6 +233,8 @@ TEST(Condition, SignalWakesOne) {
   for (int count = 1; count <= 3; ++count) {
     condition.Signal();
     ASSERT_TRUE(Eventually([&] { return waiters.Returned() == count; }));
+    WatchForMore();
+    EXPECT_EQ(count, waiters.Returned());
   }
 }
 
@@ -265,6 +271,8 @@ TEST(Condition, BroadcastReturnsWhenAllHaveLeftTheWait) {
       const Lock lock(condition);
       condition.Broadcast();
       EXPECT_EQ(0, waiters.Returned());
+      condition.Signal();  // for one that was still in the wait this would stay pending
+      EXPECT_FALSE(condition.TimedWait(Elapse(0)));
     }
     waiters.Join();
     EXPECT_EQ(3, waiters.Returned());
@@ -298,6 +306,7 @@ TEST(Condition, NotifySignalsOtherwise) {
   Waiters waiters(condition, 2, [&] { condition.Wait(); });
   condition.Notify();
   ASSERT_TRUE(Eventually([&] { return waiters.Returned() == 1; }));
+  WatchForMore();
   EXPECT_EQ(1, waiters.Returned());
   condition.Broadcast();  // an explicit one stays one
   waiters.Join();

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "Support/Eventually.h"
 
@@ -133,6 +134,39 @@ TEST(Mutex, TheOwnerLocksAgainInAllForms) {
     mutex.Unlock();
   }
   EXPECT_TRUE(OtherThreadCanLock(mutex));
+}
+
+TEST(Mutex, UnlockByAStrangerDoesNothing) {
+  Mutex mutex;
+  const Holder holder = Hold(mutex);
+  mutex.Unlock();
+  EXPECT_FALSE(mutex.TryLock());
+}
+
+namespace {
+
+// A derived class that has its own way to try.
+class StubbornMutex : public Mutex {
+ public:
+  bool TryLock(const Elapse& timeout) override {
+    m_timeouts.push_back(timeout);
+    return m_bAnswer;
+  }
+  std::vector<Elapse> m_timeouts;
+  bool m_bAnswer = false;
+};
+
+}  // namespace
+
+TEST(Mutex, ALockWithALimitAsksTheVirtualTryLock) {
+  StubbornMutex mutex;
+  EXPECT_THROW(mutex.Lock(Elapse(7)), LockTimeout);
+  mutex.m_bAnswer = true;
+  EXPECT_NO_THROW(mutex.Lock(Elapse(0)));
+  EXPECT_EQ((std::vector<Elapse>{Elapse(7), Elapse(0)}), mutex.m_timeouts);
+  mutex.Lock();
+  EXPECT_EQ(2u, mutex.m_timeouts.size()) << "without a limit nobody is asked";
+  mutex.Unlock();
 }
 
 TEST(Mutex, ALockThatTimesOutRaises) {

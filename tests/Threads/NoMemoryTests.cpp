@@ -12,12 +12,18 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <thread>
+#include <vector>
+
+#include "Support/Eventually.h"
 
 using namespace Oxa::Core;
+using TestSupport::Eventually;
 
 namespace {
 
 std::atomic<int> s_iUntilFailure{0};  // the failing one of the allocations to come that may fail; 0: none
+std::atomic<bool> s_bAllFail{false};
 
 const std::string sNO_OBJECT = std::strerror(EINVAL);
 
@@ -50,6 +56,7 @@ constexpr const char* sHANDLES[] = {"0 != m_hConditionSignal", "0 != m_hBroadcas
 }  // namespace
 
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (s_bAllFail) return nullptr;
   if (s_iUntilFailure > 0 && --s_iUntilFailure == 0) return nullptr;
   return std::malloc(size);
 }
@@ -68,6 +75,50 @@ TEST(NoMemory, EachHandleOfAConditionHasItsAssertion) {
     for (int handle = 0; handle < 3; ++handle)
       EXPECT_EQ(handle == failing, Tells(told, sHANDLES[handle])) << told;
   }
+}
+
+TEST(NoMemory, TheAssertionsOfAConditionComeInOrder) {
+  std::unique_ptr<Condition> condition;
+  s_bAllFail = true;
+  const std::string told = ToldOfMaking(condition, 0, true);
+  s_bAllFail = false;
+  std::size_t at = 0;
+  for (const char* const handle : sHANDLES) {
+    at = told.find("): Failed Assertion(" + std::string(handle) + ")", at);
+    ASSERT_NE(std::string::npos, at) << handle << " in " << told;
+  }
+}
+
+// Nobody waits for the end of the broadcast then, but it reaches everybody.
+TEST(NoMemory, ABroadcastWithoutItsSecondEventStillWakesAll) {
+  std::unique_ptr<Condition> condition;
+  ToldOfMaking(condition, 2, true);
+  constexpr int count = 3;
+  std::atomic<int> waiting{0}, returned{0};
+  std::vector<std::thread> threads;
+  for (int waiter = 0; waiter < count; ++waiter)
+    threads.emplace_back([&] {
+      const Lock lock(*condition);
+      ++waiting;
+      condition->Wait();
+      ++returned;
+    });
+  EXPECT_TRUE(Eventually([&] { return waiting == count; }));
+  {
+    const Lock lock(*condition);  // released by the last of them when it began to wait
+    condition->Broadcast();
+  }
+  if (!Eventually([&] { return returned == count; })) std::abort();  // threads that sleep can't be joined
+  for (auto& thread : threads) thread.join();
+  const Lock lock(*condition);
+  EXPECT_FALSE(condition->TimedWait(Elapse(0)));
+}
+
+TEST(NoMemory, ABroadcastWithoutASignalComesBack) {
+  std::unique_ptr<Condition> condition;
+  ToldOfMaking(condition, 1, true);
+  EXPECT_NO_THROW(condition->Broadcast());
+  EXPECT_NO_THROW(condition->Notify());
 }
 
 TEST(NoMemory, AConditionWithoutALockRaises) {

@@ -111,6 +111,26 @@ TEST_F(ReaderWriterLockTest, ANullPointerFailsAnAssertion) {
   EXPECT_NE(std::string::npos, output.find("): Failed Assertion(m_rwMutex != 0)\n")) << output;
 }
 
+// The reference comes from a null pointer by mistake: told, and nothing is touched.
+template <class Guard>
+[[gnu::no_sanitize("undefined")]] void LockNothing() {
+  ReadersWriterMutex* volatile nothing = nullptr;
+  Guard guard(*nothing);
+}
+
+TEST_F(ReaderWriterLockTest, ANullReferenceFailsAnAssertion) {
+  ::testing::internal::CaptureStderr();
+  LockNothing<ReaderLock>();
+  std::string output = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos, output.find("ReaderLock.cpp(")) << output;
+  EXPECT_NE(std::string::npos, output.find("): Failed Assertion(m_rwMutex != 0)\n")) << output;
+  ::testing::internal::CaptureStderr();
+  LockNothing<WriterLock>();
+  output = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos, output.find("WriterLock.cpp(")) << output;
+  EXPECT_NE(std::string::npos, output.find("): Failed Assertion(m_rwMutex != 0)\n")) << output;
+}
+
 TEST_F(ReaderWriterLockTest, AGuardOfNothingCanBeReset) {
   const ReadersWriterMutex* const none = nullptr;
   ::testing::internal::CaptureStderr();

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <string>
 
-#include "Threads/ReadersWriterTrace.h"
+#include "Threads/ReadersWriterEither.h"
 
 namespace Oxa::Core::Testing {
 
@@ -16,66 +16,48 @@ namespace {
 const Elapse g_MOMENT(50, Elapse::MilliSeconds);
 const Elapse g_LONG(20, Elapse::Seconds);
 
-class ReadersWriterContention : public ::testing::Test {
- protected:
-  ReadersWriterContention() : m_mutex(&Trace::Log) { Trace::Clear(); }
+class ReadersWriterContention : public ReadersWriterEither {};
 
-  // A thread that has told of its start lets the monitor go by falling asleep: whatever comes next in these
-  // tests finds it asleep.
-  void BlockWriter(Worker& worker) {
-    const int before = Trace::CountOf("WW>");
-    worker.Start([this] { m_mutex.WaitWriterLock(); });
-    ASSERT_TRUE(Trace::Await("WW>", before + 1));
-  }
+INSTANTIATE_TEST_SUITE_P(Both, ReadersWriterContention, ::testing::Bool(), NameOfEither);
 
-  void BlockReader(Worker& worker) {
-    const int before = Trace::CountOf("RW>");
-    worker.Start([this] { m_mutex.WaitReaderLock(); });
-    ASSERT_TRUE(Trace::Await("RW>", before + 1));
-  }
-
-  Worker m_first;
-  Worker m_second;
-  Worker m_third;
-  ReadersWriterMutex m_mutex;
-};
-
-TEST_F(ReadersWriterContention, AWriterWaitsForTheReader) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, AWriterWaitsForTheReader) {
+  Read(m_first);
+  ExpectSlots(1);
   m_second.Start([this] { m_mutex.WaitWriterLock(); });
-  ASSERT_TRUE(Trace::Await("WW>"));
+  ASSERT_TRUE(AwaitWriters(1));
   EXPECT_TRUE(m_second.IsBusy());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
-  EXPECT_EQ("RW>0,1 RW+0,0 WW>1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0", Trace::CodesAndCounts());
-  EXPECT_EQ("ReaderUnlock broadcast writers", Trace::Entries()[4].text);
+  Unwrite(m_second);
+  ExpectTrace("RW>0,1 RW+0,0 WW>1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0");
+  ExpectText(4, "ReaderUnlock broadcast writers");
 }
 
-TEST_F(ReadersWriterContention, AReaderWaitsForTheWriter) {
+TEST_P(ReadersWriterContention, AReaderWaitsForTheWriter) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   m_second.Start([this] { m_mutex.WaitReaderLock(); });
-  ASSERT_TRUE(Trace::Await("RW>"));
+  ASSERT_TRUE(AwaitReaders(1));
   EXPECT_TRUE(m_second.IsBusy());
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.ReaderUnlock(); });
-  EXPECT_EQ("WW>1,0 WW+0,0 RW>0,1 WL-0,1 WB*0,1 RW+0,0 RL-0,0", Trace::CodesAndCounts());
-  EXPECT_EQ("WriterUnlock broadcast all", Trace::Entries()[4].text);
+  Unread(m_second);
+  ExpectTrace("WW>1,0 WW+0,0 RW>0,1 WL-0,1 WB*0,1 RW+0,0 RL-0,0");
+  ExpectText(4, "WriterUnlock broadcast all");
 }
 
-TEST_F(ReadersWriterContention, AWriterWaitsForTheWriter) {
+TEST_P(ReadersWriterContention, AWriterWaitsForTheWriter) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   m_second.Start([this] { m_mutex.WaitWriterLock(); });
-  ASSERT_TRUE(Trace::Await("WW>", 2));
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  ASSERT_TRUE(AwaitWriters(1));
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
-  EXPECT_EQ("WW>1,0 WW+0,0 WW>1,0 WL-1,0 WB*1,0 WW+0,0 WL-0,0", Trace::CodesAndCounts());
+  Unwrite(m_second);
+  ExpectTrace("WW>1,0 WW+0,0 WW>1,0 WL-1,0 WB*1,0 WW+0,0 WL-0,0");
 }
 
-TEST_F(ReadersWriterContention, ANestedReadPassesAWaitingWriter) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, ANestedReadPassesAWaitingWriter) {
+  Read(m_first);
+  ExpectSlots(1);
   BlockWriter(m_second);
   Trace::Clear();
   m_first.Do([this] {
@@ -83,19 +65,18 @@ TEST_F(ReadersWriterContention, ANestedReadPassesAWaitingWriter) {
     EXPECT_TRUE(m_mutex.TryWaitReaderLock());
     EXPECT_TRUE(m_mutex.TimedWaitReaderLock(g_MOMENT));
   });
-  EXPECT_EQ("RW>1,1 RW+1,0 RY+1,0 RT>1,1 RT+1,0", Trace::CodesAndCounts());
+  ExpectTrace("RW>1,1 RW+1,0 RY+1,0 RT>1,1 RT+1,0");
   m_first.Do([this] {
     for (int i = 0; i < 4; ++i) m_mutex.ReaderUnlock();
   });
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
-  EXPECT_EQ("RW>1,1 RW+1,0 RY+1,0 RT>1,1 RT+1,0 RL-1,0 RL-1,0 RL-1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0",
-            Trace::CodesAndCounts())
-      << "only the last level wakes the writer";
+  Unwrite(m_second);
+  ExpectTrace("RW>1,1 RW+1,0 RY+1,0 RT>1,1 RT+1,0 RL-1,0 RL-1,0 RL-1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0",
+              "only the last level wakes the writer");
 }
 
-TEST_F(ReadersWriterContention, TheLoneReaderIsUpgradedPastAWaitingWriter) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TheLoneReaderIsUpgradedPastAWaitingWriter) {
+  Read(m_first);
   BlockWriter(m_second);
   Trace::Clear();
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
@@ -105,94 +86,96 @@ TEST_F(ReadersWriterContention, TheLoneReaderIsUpgradedPastAWaitingWriter) {
     m_mutex.ReaderUnlock();
   });
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("WW>2,0 WW+1,0 WL-1,0 RL-1,0 RUB1,0 WW+0,0", Trace::CodesAndCounts())
-      << "the end of writing wakes nobody: the read lock is still in the writer's way";
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  ExpectTrace("WW>2,0 WW+1,0 WL-1,0 RL-1,0 RUB1,0 WW+0,0",
+              "the end of writing wakes nobody: the read lock is still in the writer's way");
+  Unwrite(m_second);
 }
 
-TEST_F(ReadersWriterContention, ANewReaderStandsBackForAWaitingWriter) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, ANewReaderStandsBackForAWaitingWriter) {
+  Read(m_first);
   BlockWriter(m_second);
+  ExpectSlots(1);
   Trace::Clear();
   EXPECT_FALSE(m_third.Ask([this] { return m_mutex.TryWaitReaderLock(); }));
-  EXPECT_EQ("RLB1,0", Trace::CodesAndCounts());
-  EXPECT_EQ("ReaderLock broadcast writers", Trace::Last().text);
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("RLB1,0");
+  ExpectText(0, "ReaderLock broadcast writers");
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
   EXPECT_FALSE(m_third.Ask([this] { return m_mutex.TryWaitReaderLock(); }));
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_second);
   EXPECT_TRUE(m_third.Ask([this] { return m_mutex.TryWaitReaderLock(); }));
-  EXPECT_EQ("RLB1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0 RY+0,0", Trace::CodesAndCounts())
-      << "no trace of a try that meets a writer, and no broadcast where nobody waits";
-  m_third.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("RLB1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0 RY+0,0",
+              "no trace of a try that meets a writer, and no broadcast where nobody waits");
+  Unread(m_third);
 }
 
-TEST_F(ReadersWriterContention, TheWaitingWriterGoesBeforeTheReaderThatCameLater) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TheWaitingWriterGoesBeforeTheReaderThatCameLater) {
+  Read(m_first);
   BlockWriter(m_second);
   m_third.Start([this] { m_mutex.WaitReaderLock(); });
-  ASSERT_TRUE(Trace::Await("RLB"));
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ASSERT_TRUE(AwaitReaders(1));
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
   EXPECT_TRUE(m_third.IsBusy());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_second);
   ASSERT_TRUE(m_third.Finish());
-  m_third.Do([this] { m_mutex.ReaderUnlock(); });
-  EXPECT_EQ(1, Trace::CountOf("WB*"));
+  Unread(m_third);
+  ExpectCount(1, "WB*");
 }
 
-TEST_F(ReadersWriterContention, TryWaitWriterLockFailsSilently) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TryWaitWriterLockFailsSilently) {
+  Read(m_first);
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TryWaitWriterLock());
-  EXPECT_EQ("", Trace::Codes());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("");
+  Unread(m_first);
 }
 
-TEST_F(ReadersWriterContention, TimedReaderGivesUpOnAWriter) {
+TEST_P(ReadersWriterContention, TimedReaderGivesUpOnAWriter) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TimedWaitReaderLock(g_MOMENT));
-  EXPECT_EQ("RT>0,1 RT<0,0", Trace::CodesAndCounts());
-  EXPECT_EQ("TimedWaitReaderLock failed", Trace::Last().text);
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  ExpectTrace("RT>0,1 RT<0,0");
+  ExpectText(1, "TimedWaitReaderLock failed");
+  Unwrite(m_first);
 }
 
-TEST_F(ReadersWriterContention, TimedReaderLooksTwiceForAWaitingWriter) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TimedReaderLooksTwiceForAWaitingWriter) {
+  Read(m_first);
   BlockWriter(m_second);
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TimedWaitReaderLock(g_MOMENT));
-  EXPECT_EQ("RT>1,1 RLB1,1 RLB1,0 RT<1,0", Trace::CodesAndCounts());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("RT>1,1 RLB1,1 RLB1,0 RT<1,0");
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_second);
 }
 
-TEST_F(ReadersWriterContention, TimedReaderIsWokenByTheWriter) {
+TEST_P(ReadersWriterContention, TimedReaderIsWokenByTheWriter) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   Trace::Clear();
   m_second.Start([this] { EXPECT_TRUE(m_mutex.TimedWaitReaderLock(g_LONG)); });
-  ASSERT_TRUE(Trace::Await("RT>"));
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  ASSERT_TRUE(AwaitReaders(1));
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("RT>0,1 WL-0,1 WB*0,1 RT+0,0", Trace::CodesAndCounts());
-  m_second.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("RT>0,1 WL-0,1 WB*0,1 RT+0,0");
+  Unread(m_second);
 }
 
-TEST_F(ReadersWriterContention, TimedWriterIsWokenByTheLastReader) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TimedWriterIsWokenByTheLastReader) {
+  Read(m_first);
+  ExpectSlots(1);
   Trace::Clear();
   m_second.Start([this] { EXPECT_TRUE(m_mutex.TimedWaitWriterLock(g_LONG)); });
-  ASSERT_TRUE(Trace::Await("WT>"));
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ASSERT_TRUE(AwaitWriters(1));
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("WT>1,0 RL-1,0 RUB1,0 WT+0,0", Trace::CodesAndCounts());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  ExpectTrace("WT>1,0 RL-1,0 RUB1,0 WT+0,0");
+  Unwrite(m_second);
 }
 
-TEST_F(ReadersWriterContention, TimedWriterGivesUpAfterItsSecondAndLetsTheHeldBackReaderGo) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TimedWriterGivesUpAfterItsSecondAndLetsTheHeldBackReaderGo) {
+  Read(m_first);
   Trace::Clear();
   bool locked = true;
   std::chrono::steady_clock::duration took{};
@@ -201,108 +184,171 @@ TEST_F(ReadersWriterContention, TimedWriterGivesUpAfterItsSecondAndLetsTheHeldBa
     locked = m_mutex.TimedWaitWriterLock(Elapse(1, Elapse::Seconds));
     took = std::chrono::steady_clock::now() - start;
   });
-  ASSERT_TRUE(Trace::Await("WT>"));
+  ASSERT_TRUE(AwaitWriters(1));
   m_third.Start([this] { m_mutex.WaitReaderLock(); });
-  ASSERT_TRUE(Trace::Await("RLB"));
+  ASSERT_TRUE(AwaitReaders(1));
   EXPECT_TRUE(m_third.IsBusy());
   ASSERT_TRUE(m_second.Finish());
   ASSERT_TRUE(m_third.Finish()) << "the first reader still reads";
   EXPECT_FALSE(locked);
   EXPECT_GE(took, std::chrono::milliseconds(990));
   EXPECT_LT(took, std::chrono::seconds(10));
-  EXPECT_EQ("WT>1,0 RW>1,1 RLB1,1 WT<0,1 WBR0,1 RW+0,0", Trace::CodesAndCounts());
-  EXPECT_EQ("TimedWaitWriterLock failed", Trace::Entries()[3].text);
-  EXPECT_EQ("TimedWaitWriterLock broadcast readers", Trace::Entries()[4].text);
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
-  m_third.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("WT>1,0 RW>1,1 RLB1,1 WT<0,1 WBR0,1 RW+0,0");
+  ExpectText(3, "TimedWaitWriterLock failed");
+  ExpectText(4, "TimedWaitWriterLock broadcast readers");
+  Unread(m_first);
+  Unread(m_third);
 }
 
-TEST_F(ReadersWriterContention, TimedWriterThatGivesUpWakesNobodyWhileAnotherWriterWaits) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, TimedWriterThatGivesUpWakesNobodyWhileAnotherWriterWaits) {
+  Read(m_first);
   BlockWriter(m_second);
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TimedWaitWriterLock(g_MOMENT));
-  EXPECT_EQ("WT>2,0 WT<1,0", Trace::CodesAndCounts());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("WT>2,0 WT<1,0");
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_second);
 }
 
-TEST_F(ReadersWriterContention, TimedWriterThatGivesUpWakesNobodyWhileSomebodyWrites) {
+TEST_P(ReadersWriterContention, TimedWriterThatGivesUpWakesNobodyWhileSomebodyWrites) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TimedWaitWriterLock(g_MOMENT));
-  EXPECT_EQ("WT>1,0 WT<0,0", Trace::CodesAndCounts());
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  ExpectTrace("WT>1,0 WT<0,0");
+  Unwrite(m_first);
 }
 
-TEST_F(ReadersWriterContention, AnExpiredLimitIsOneAttempt) {
-  m_first.Do([this] { m_mutex.WaitReaderLock(); });
+TEST_P(ReadersWriterContention, AnExpiredLimitIsOneAttempt) {
+  Read(m_first);
   Trace::Clear();
   EXPECT_FALSE(m_mutex.TimedWaitWriterLock(Elapse(0, Elapse::Seconds)));
   EXPECT_FALSE(m_mutex.TimedWaitWriterLock(Elapse(-3, Elapse::Seconds)));
-  EXPECT_EQ("WT>1,0 WT<0,0 WBR0,0 WT>1,0 WT<0,0 WBR0,0", Trace::CodesAndCounts());
+  ExpectTrace("WT>1,0 WT<0,0 WBR0,0 WT>1,0 WT<0,0 WBR0,0");
   EXPECT_TRUE(m_mutex.TimedWaitReaderLock(Elapse(-3, Elapse::Seconds))) << "what is free needs no time";
   m_mutex.ReaderUnlock();
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  Unread(m_first);
 }
 
-TEST_F(ReadersWriterContention, WriterUnlockOfAnInnerLevelWakesNobody) {
+TEST_P(ReadersWriterContention, WriterUnlockOfAnInnerLevelWakesNobody) {
   m_first.Do([this] {
     m_mutex.WaitWriterLock();
     m_mutex.WaitWriterLock();
   });
   BlockReader(m_second);
   Trace::Clear();
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
-  EXPECT_EQ("WL-0,1", Trace::CodesAndCounts());
+  Unwrite(m_first);
+  ExpectTrace("WL-0,1");
   EXPECT_TRUE(m_second.IsBusy());
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("WL-0,1 WL-0,1 WB*0,1 RW+0,0", Trace::CodesAndCounts());
-  m_second.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("WL-0,1 WL-0,1 WB*0,1 RW+0,0");
+  Unread(m_second);
 }
 
-TEST_F(ReadersWriterContention, WriterUnlockWakesWaitingReadersAlsoPastItsOwnReadLock) {
+TEST_P(ReadersWriterContention, WriterUnlockWakesWaitingReadersAlsoPastItsOwnReadLock) {
   m_first.Do([this] {
     m_mutex.WaitWriterLock();
     m_mutex.WaitReaderLock();
   });
   BlockReader(m_second);
   Trace::Clear();
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("WL-0,1 WB*0,1 RW+0,0", Trace::CodesAndCounts());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
-  m_second.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectTrace("WL-0,1 WB*0,1 RW+0,0");
+  Unread(m_first);
+  Unread(m_second);
 }
 
-TEST_F(ReadersWriterContention, WriterUnlockWithItsOwnReadLockWakesNoWriter) {
+TEST_P(ReadersWriterContention, WriterUnlockWithItsOwnReadLockWakesNoWriter) {
   m_first.Do([this] {
     m_mutex.WaitWriterLock();
     m_mutex.WaitReaderLock();
   });
   BlockWriter(m_second);
   Trace::Clear();
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
-  EXPECT_EQ("WL-1,0", Trace::CodesAndCounts());
+  Unwrite(m_first);
+  ExpectTrace("WL-1,0");
   EXPECT_TRUE(m_second.IsBusy());
-  m_first.Do([this] { m_mutex.ReaderUnlock(); });
+  Unread(m_first);
   ASSERT_TRUE(m_second.Finish());
-  EXPECT_EQ("WL-1,0 RL-1,0 RUB1,0 WW+0,0", Trace::CodesAndCounts());
-  m_second.Do([this] { m_mutex.WriterUnlock(); });
+  ExpectTrace("WL-1,0 RL-1,0 RUB1,0 WW+0,0");
+  Unwrite(m_second);
 }
 
-TEST_F(ReadersWriterContention, EveryReaderThatWaitedGoesAtOnce) {
+TEST_P(ReadersWriterContention, EveryReaderThatWaitedGoesAtOnce) {
   m_first.Do([this] { m_mutex.WaitWriterLock(); });
   BlockReader(m_second);
   BlockReader(m_third);
-  m_first.Do([this] { m_mutex.WriterUnlock(); });
+  Unwrite(m_first);
   ASSERT_TRUE(m_second.Finish());
   ASSERT_TRUE(m_third.Finish());
-  EXPECT_EQ(2u, Trace::Last().readers.size());
-  m_second.Do([this] { m_mutex.ReaderUnlock(); });
-  m_third.Do([this] { m_mutex.ReaderUnlock(); });
+  ExpectReaders(2);
+  EXPECT_FALSE(m_mutex.TryWaitWriterLock());
+  Unread(m_second);
+  Unread(m_third);
+}
+
+/// The write lock comes on top of read locks that stand in a slot, and those go first.
+TEST_P(ReadersWriterContention, ReadLocksGivenBackDuringTheWriteLetNobodyIn) {
+  Read(m_first);
+  Read(m_first);
+  ExpectSlots(1);
+  m_first.Do([this] { m_mutex.WaitWriterLock(); });
+  BlockWriter(m_second);
+  Unread(m_first);
+  Unread(m_first);
+  ExpectSlots(0);
+  EXPECT_TRUE(AwaitWriters(1));
+  EXPECT_TRUE(m_second.IsBusy());
+  Unwrite(m_first);
+  ASSERT_TRUE(m_second.Finish());
+  EXPECT_FALSE(CanWrite(m_first));
+  Unwrite(m_second);
+  EXPECT_TRUE(CanWrite(m_first));
+}
+
+/// A nested read of the writer stays when the write lock is gone, and is one lock like any other.
+TEST_P(ReadersWriterContention, AReadTakenDuringTheWriteOutlivesIt) {
+  m_first.Do([this] {
+    m_mutex.WaitWriterLock();
+    m_mutex.WaitReaderLock();
+    m_mutex.WriterUnlock();
+    m_mutex.WaitReaderLock();
+    m_mutex.ReaderUnlock();
+  });
+  EXPECT_FALSE(CanWrite(m_second));
+  Unread(m_first);
+  EXPECT_TRUE(CanWrite(m_second));
+}
+
+/// Whatever closed the way beside the monitor, it is open again when no writer is about.
+TEST_P(ReadersWriterContention, ReadersPassOneAnotherAgainWhenTheWriterIsGone) {
+  const auto passes = [this] {
+    Read(m_first);
+    ExpectSlots(1);
+    Unread(m_first);
+    ExpectSlots(0);
+  };
+  m_first.Do([this] {
+    m_mutex.WaitWriterLock();
+    m_mutex.WriterUnlock();
+  });
+  passes();
+  Read(m_second);
+  EXPECT_FALSE(CanWrite(m_third));
+  Read(m_first);
+  ExpectSlots(2);
+  Unread(m_first);
+  EXPECT_FALSE(m_third.Ask([this] { return m_mutex.TimedWaitWriterLock(g_MOMENT); }));
+  Read(m_first);
+  ExpectSlots(2);
+  Unread(m_first);
+  BlockWriter(m_third);
+  Unread(m_second);
+  ASSERT_TRUE(m_third.Finish());
+  Unwrite(m_third);
+  passes();
 }
 
 }  // namespace

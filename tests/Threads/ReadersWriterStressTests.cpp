@@ -253,6 +253,8 @@ void Play(unsigned threads, ReadersWriterMutex::LogFunction logger) {
 TEST(ReadersWriterStress, EightThreadsUntraced) { Play(8, nullptr); }
 TEST(ReadersWriterStress, EightThreadsTraced) { Play(8, &CheckTrace); }
 TEST(ReadersWriterStress, ThreeThreadsUntraced) { Play(3, nullptr); }
+// More threads than there are slots, and more readers than the table has room for from the start.
+TEST(ReadersWriterStress, TwentyFourThreadsUntraced) { Play(24, nullptr); }
 
 /// Nothing but the two steps in which a reader and a writer may miss one another, as often as can be.
 TEST(ReadersWriterStress, AReaderAndAWriterNeverMissOneAnother) {

@@ -45,6 +45,15 @@ std::string RaisedBy(const std::function<void()>& action) {
 
 const std::string sNO_OBJECT = std::strerror(EINVAL);
 
+// How many are in the gate is its own affair; an explicit instantiation is the one way past access control.
+unsigned int InsideNow(const MultiWait& gate);
+
+template <std::atomic<unsigned int> MultiWait::*Inside>
+struct Look {
+  friend unsigned int InsideNow(const MultiWait& gate) { return gate.*Inside; }
+};
+template struct Look<&MultiWait::m_uInside>;
+
 // Threads in the gate.
 class Crowd {
  public:
@@ -196,20 +205,31 @@ TEST(MultiWait, AWaiterThatTimedOutStaysCounted) {
   EXPECT_FALSE(gate.wait(&shortTime));
 }
 
+TEST(MultiWait, TenThatTimedOutAreTenThatPassLater) {
+  MultiWait gate;
+  Elapse limit(1, Elapse::MilliSeconds);
+  for (int waiter = 0; waiter < 10; ++waiter) EXPECT_FALSE(gate.wait(&limit));
+  EXPECT_EQ(0u, gate.GetCount());
+  gate.releaseWaiters();
+  EXPECT_EQ(10u, gate.GetCount());
+  for (int waiter = 0; waiter < 10; ++waiter) EXPECT_TRUE(gate.wait(nullptr));
+  EXPECT_EQ(0u, gate.GetCount());
+  EXPECT_FALSE(gate.wait(&limit));
+}
+
+// Those inside may be counted as waiters already, or not yet.
 TEST(MultiWait, TheDestructorLetsEverybodyThrough) {
   for (int round = 0; round < 20; ++round) {
-    std::atomic<int> entering{0}, through{0};
+    std::atomic<int> through{0};
     std::vector<std::thread> waiters;
     {
       MultiWait gate;
       for (int waiter = 0; waiter < 4; ++waiter)
         waiters.emplace_back([&] {
-          ++entering;
-          gate.wait(nullptr);
+          EXPECT_TRUE(gate.wait(nullptr));
           ++through;
         });
-      EXPECT_TRUE(Eventually([&] { return entering == 4; }));
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));  // for the step into the gate
+      EXPECT_TRUE(Eventually([&] { return InsideNow(gate) == 4; }));
     }
     for (auto& waiter : waiters) waiter.join();
     EXPECT_EQ(4, through);

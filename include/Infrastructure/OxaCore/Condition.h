@@ -6,7 +6,7 @@
 //
 // Thread safety: any thread may use any operation; Wait and TimedWait by the holder only. The lock is
 // reentrant, but a wait releases one level only: don't nest it around a wait. Two Broadcasts at once are
-// excluded by the callers, who hold the monitor.
+// excluded by the callers, who hold the monitor: where they don't, one of the two may never return.
 // Failures: raised as OSError under "Oxa.Core.Condition". On every way out of a wait the caller holds the
 // lock.
 //
@@ -43,7 +43,9 @@ class OXACORE_API ConditionWaitEndedByAPC : public Warning {
 class OXACORE_API Condition : public IMutex {
  public:
   /// `notifyBroadcasts` decides what Notify does. Without the memory for the system's objects the
-  /// constructor fails assertions, and all that the object then does is to raise.
+  /// constructor fails assertions. What needs a missing object raises then: Lock, TryLock and the waits
+  /// without the lock, the waits without the signal. Unlock, Signal, Broadcast and Notify never raise; they do
+  /// what can be done with the rest, and without its second event a Broadcast doesn't wait for the waiters.
   explicit Condition(bool notifyBroadcasts);
   Condition(const Condition&) = delete;
   Condition& operator=(const Condition&) = delete;
@@ -63,11 +65,16 @@ class OXACORE_API Condition : public IMutex {
   void Unlock() override;
 
   /// Releases the lock, sleeps until woken, and takes the lock again. Releasing and falling asleep are one
-  /// step: no signal is lost in between. Woken waiters of one moment come in the order in which they began.
+  /// step: no signal is lost in between. Waiters leave the sleep in the order in which they began it; who owns the
+  /// lock first after that is open.
+  ///
+  /// Raises OSError with the system's text where the caller doesn't hold the lock, at once and with the lock
+  /// taken; "Attempt to acquire lock abandoned", as Lock does, where a thread that ended left the lock behind
+  /// meanwhile. Where such a raise returns, so does Wait.
   void Wait();
 
   /// As Wait, true when woken, false when `timeout` (whole milliseconds, negative is 0; no value means
-  /// "without limit") is over.
+  /// "without limit") is over. Raises as Wait does; where the raise of a wait that failed returns, it is false.
   bool TimedWait(const Elapse& timeout);
 
   /// Wakes one waiter, if there is any. The caller needn't hold the lock.

@@ -108,7 +108,8 @@ class OXACORE_API Mutex : public IMutex {
   /// a thread that did get the lock in that moment.
   bool TryLock(const Elapse& timeout = sNO_WAIT) override;
 
-  /// By the owner only.
+  /// Gives up one level. Does nothing for a thread that isn't the owner: a guard may stand for a lock that its
+  /// thread never got, since Lock comes back without it from a dying mutex and where a raise returns.
   void Unlock() override;
 
  private:

@@ -41,7 +41,9 @@ class OXACORE_API MemoryBlock {
   /// Whether this block holds no memory: made with size 0, or released.
   bool IsNULL();
 
-  /// Gives this block's share up; the last share frees the memory. Safe to repeat.
+  /// Gives this block's share up; the last share frees the memory. Safe to repeat. Afterwards GetBlock gives
+  /// null and IsNULL true, also while other blocks still share the memory: an address that may be freed at any
+  /// moment is no service.
   void Release();
 
  private:

@@ -12,10 +12,26 @@
 // While WaitWriterLock waits for an upgrade the same holds for its duration: what was read before is to be
 // read again once the write lock is held.
 //
-// Thread safety: every operation may be called from any thread at any time. The destructor needs that every
-// other call has returned.
+// The timed forms measure their limit by the wall clock: whoever sets it meanwhile makes the wait longer or
+// shorter.
+//
+// Readers that stand back for a writer wake everybody who waits, and so one another: each looks again, and stands
+// back again. With many of them the wait for a writer costs processor time.
+//
+// An attempt of TryWaitWriterLock, even in vain, closes the shortcut by which readers pass one another for a
+// moment. A reader that comes just then may be counted although it has no lock yet: another attempt of that
+// moment to write without waiting may be refused with nobody reading. Who waits gets in all the same.
+//
+// Thread safety: every operation may be called from any thread at any time.
+//
+// The destructor needs that every other call has returned. Having had the write lock doesn't show that: a
+// reader's ReaderUnlock gives the lock away first, and looks at the mutex once more to wake a writer. Join the
+// readers, or learn in another way that their calls are over, before the mutex goes.
 // Failures: timed and try forms answer false. Misuse is a failed assertion, and nothing is changed then. The
-// errors of Condition pass through. A lock that ends by an error is not held.
+// errors of Condition pass through. A lock that ends by an error is not held, and a writer that an error took
+// out of its wait no longer keeps readers waiting. A thread that ends inside a call (or in the logger) leaves the
+// monitor behind: the next call that needs it raises "Attempt to acquire lock abandoned", and the ones after that
+// work on whatever state the thread left. A thread that ends with a read or write lock holds it for ever.
 //
 //   ReadersWriterMutex m_rwMutex;  // guards m_table
 //   ...
@@ -62,13 +78,15 @@ class OXACORE_API ReadersWriterMutex {
 
   virtual ~ReadersWriterMutex();
 
-  /// Blocks until this thread holds one more read lock. At once if it holds any lock already.
+  /// Blocks until this thread holds one more read lock. At once if it holds any lock already; but a thread whose
+  /// timed upgrade ran out of time waits even so while another one writes.
   void WaitReaderLock();
 
   /// The same for at most about `timeout`; true when locked.
   bool TimedWaitReaderLock(const Elapse& timeout);
 
-  /// True when locked; never waits for the lock itself. A failure wakes the writers that wait.
+  /// True when locked; never waits for the lock itself. A failure because writers wait, with nobody writing at
+  /// that moment, makes them look again.
   bool TryWaitReaderLock();
 
   /// Gives one read lock of this thread back. Asserts that there is one.
@@ -80,7 +98,7 @@ class OXACORE_API ReadersWriterMutex {
   /// The same for at most about `timeout`; true when locked. See above for an upgrade that times out.
   bool TimedWaitWriterLock(const Elapse& timeout);
 
-  /// True when locked; never waits for the lock itself.
+  /// True when locked; never waits for the lock itself. See above for what may refuse it.
   bool TryWaitWriterLock();
 
   /// Gives one write lock of this thread back. Asserts that there is one.

@@ -44,7 +44,8 @@ class OXACORE_API RefCountedObject {
 
   /// Waits until the count is 0 or `timeout` is over, looking at it every `pollInterval`; tells whether the
   /// count is 0 at the end. Every look is followed by a sleep, also the last one: a call takes at least one
-  /// `pollInterval`.
+  /// `pollInterval`. The end is a moment of the wall clock: whoever sets that meanwhile makes the wait longer or
+  /// shorter.
   bool PollForZeroRefCount(const Elapse& timeout, const Elapse& pollInterval);
 
  private:

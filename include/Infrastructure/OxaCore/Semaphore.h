@@ -66,7 +66,8 @@ class OXACORE_API MultiWait : public Semaphore {
  public:
   MultiWait();
 
-  /// Releases whoever still waits, and waits for them to leave. Nobody may come in any more.
+  /// Releases whoever is still in wait, and then waits, without limit, until all of them have left it. Nobody
+  /// may come in any more.
   ~MultiWait() override;
 
   /// Waits for the next release. Null waits without limit and gives true; otherwise false when `*timeout` is
