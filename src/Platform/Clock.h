@@ -35,7 +35,7 @@ long long MonotonicTicks() noexcept;
 int TicksToUtc(long long ticks, DateTime& utc) noexcept;
 
 /// The local date of a moment, by the zone in force now: the environment variable TZ at this moment, or the
-/// machine's zone as it was less than a second ago. Refuses what TicksToUtc refuses, and moments whose local
+/// machine's zone as it was less than a second ago. Leaves errno alone. Refuses what TicksToUtc refuses, and moments whose local
 /// year isn't within 1601 to 30827.
 int TicksToLocal(long long ticks, DateTime& local) noexcept;
 

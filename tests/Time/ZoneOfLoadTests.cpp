@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -66,8 +67,41 @@ TEST(ZoneOfLoad, AnUnknownZoneIsAFailedAssertionAndUtc) {
       << dates.m_sError;
 }
 
+TEST(ZoneOfLoad, UtcNeedsNoFile) {
+  for (const char* tz : {"TZ=UTC", "TZ=GMT", "TZ=:UTC", "TZ=Etc/UTC", "TZ=UTC0"}) {
+    const auto result = RunChild({TIME_HOST, "date"}, {tz, "TZDIR=/nonexistent"});
+    EXPECT_EQ("125483131971230000 0 116444736000000000\ndone\n", result.m_sOutput) << tz;
+    EXPECT_EQ("", result.m_sError) << tz;
+  }
+}
+
+// Times of day more than a week before and behind their days put both changes of a year into another one.
+TEST(ZoneOfLoad, NoRuleHoldsAProgramUp) {
+  for (const char* tz : {"TZ=AAA0BBB,J1/-167,J2/-167", "TZ=AAA0BBB,J364/167,J365/167",
+                         "TZ=AAA0BBB,J1/-167,J365/167", "TZ=AAA0BBB,J365/167,J1/-167"}) {
+    const auto result = RunChild({TIME_HOST, "date"}, {tz}, std::chrono::seconds(30));
+    EXPECT_EQ(0, result.m_iStatus) << tz;
+    EXPECT_EQ("", result.m_sError) << tz;
+  }
+  EXPECT_EQ(i1970, InZone("TZ=AAA0BBB,J1/-167,J2/-167").m_i1970);
+}
+
+// The variable as it was before, once this is gone.
+class KeptTz {
+ public:
+  KeptTz() : m_bWasSet(std::getenv("TZ") != nullptr), m_sBefore(m_bWasSet ? std::getenv("TZ") : "") {}
+  KeptTz(const KeptTz&) = delete;
+  KeptTz& operator=(const KeptTz&) = delete;
+  ~KeptTz() { m_bWasSet ? ::setenv("TZ", m_sBefore.c_str(), 1) : ::unsetenv("TZ"); }
+
+ private:
+  bool m_bWasSet;
+  std::string m_sBefore;
+};
+
 // A change behind the load moves what is read from a moment, not what a local date means.
 TEST(ZoneOfLoad, OnlyTheWayToLocalTimeSeesAChange) {
+  const KeptTz kept;
   const Time before(1, 15, 2024, Elapse(12, Elapse::Hours));
   ASSERT_EQ(0, ::setenv("TZ", "<+14>-14", 1));
   EXPECT_EQ(before, Time(1, 15, 2024, Elapse(12, Elapse::Hours)));

@@ -1,9 +1,11 @@
 // Text of the local time stands in every alert and every log entry, so that it must be cheap, and it must
-// work on every thread, also on one that is about to be ended. So there is no lock: tables of zones are read
-// once, published, and never changed or freed. A program that goes through more zones than there are places
-// reads the further ones anew at each change of season: slow, but right.
+// work on every thread, also on one that is about to be ended. So nobody waits for anybody: tables of zones are
+// read once, published, and never changed or freed. What finds no published table reads one for itself, at
+// every time stamp: slow, but right. So it goes to a program with more zones than there are places, to threads
+// that come while another one is filling a place, and while the system can't open the file.
 #include "Platform/Linux/CurrentZone.h"
 
+#include <errno.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -20,6 +22,7 @@ namespace {
 constexpr int iPLACES = 16;
 constexpr size_t uMAX_NAME = 128;
 constexpr long long iCHECK_INTERVAL_MS = 1000;
+constexpr long long iLONGEST_TURN_MS = 10000;
 
 // What a zone was read for: a value of TZ, or a state of the machine's own zone file.
 struct ZoneKey {
@@ -44,7 +47,20 @@ struct LastUse {
 Place s_places[iPLACES];
 std::atomic<Place*> s_pCurrent;
 std::atomic<long long> s_iNextCheck;
+std::atomic<long long> s_iTurnUntil;  // somebody fills a place; 0 is nobody
 thread_local LastUse s_lastUse;
+
+// Time stamps are taken between a failure and the look at errno.
+class KeptErrno {
+ public:
+  KeptErrno() : m_iErrno(errno) {}
+  KeptErrno(const KeptErrno&) = delete;
+  KeptErrno& operator=(const KeptErrno&) = delete;
+  ~KeptErrno() { errno = m_iErrno; }
+
+ private:
+  int m_iErrno;
+};
 
 long long CoarseMilliseconds() {
   timespec now;
@@ -52,7 +68,7 @@ long long CoarseMilliseconds() {
   return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
 }
 
-// False for a name that is too long to be kept.
+// False for a name that is too long to be kept, and where the system can't tell the file's state now.
 bool MakeKey(const char* tz, ZoneKey& key) {
   memset(&key, 0, sizeof key);
   if (tz != nullptr) {
@@ -63,7 +79,7 @@ bool MakeKey(const char* tz, ZoneKey& key) {
     return true;
   }
   struct stat status;
-  if (stat(g_pMACHINE_ZONE_FILE, &status) != 0) return true;
+  if (stat(g_pMACHINE_ZONE_FILE, &status) != 0) return !FailedForTheMoment(errno);
   key.m_fileState[0] = static_cast<long long>(status.st_dev);
   key.m_fileState[1] = static_cast<long long>(status.st_ino);
   key.m_fileState[2] = status.st_mtim.tv_sec;
@@ -91,21 +107,61 @@ Place* FindPlace(const ZoneKey& key) {
   return nullptr;
 }
 
-// Two threads may read one zone into two places; that does no harm.
-Place* FillPlace(const ZoneKey& key, const char* tz) {
+// The right to fill places, so that threads that meet a new zone together don't fill all places with it. It
+// is taken or not, never waited for. Whoever ends or is forked away in his turn loses it after a while; if he
+// comes back all the same, no more than a place is lost.
+class Turn {
+ public:
+  Turn() : m_iUntil(CoarseMilliseconds() + iLONGEST_TURN_MS) {
+    long long other = s_iTurnUntil.load(std::memory_order_relaxed);
+    const bool free = other == 0 || other <= m_iUntil - iLONGEST_TURN_MS;
+    m_bTaken = free && s_iTurnUntil.compare_exchange_strong(other, m_iUntil, std::memory_order_acquire);
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn() {
+    long long own = m_iUntil;
+    if (m_bTaken) s_iTurnUntil.compare_exchange_strong(own, 0, std::memory_order_release);
+  }
+
+  bool Taken() const { return m_bTaken; }
+
+ private:
+  long long m_iUntil;
+  bool m_bTaken;
+};
+
+Place* ClaimPlace() {
   for (Place& place : s_places) {
     int expected = Place::eFREE;
-    if (!place.m_eState.compare_exchange_strong(expected, Place::eBEING_FILLED)) continue;
-    place.m_key = key;
-    ReadZone(tz, place.m_zone);
-    place.m_eState.store(Place::eREADY, std::memory_order_release);
-    return &place;
+    if (place.m_eState.compare_exchange_strong(expected, Place::eBEING_FILLED)) return &place;
   }
   return nullptr;
 }
 
-// The place of the zone in force, or null if it has none.
+// Whether `zone` is what `key` stands for. A machine's file that was replaced between the look at it and the
+// reading isn't.
+bool ReadKeyedZone(const ZoneKey& key, const char* tz, ZoneTable& zone) {
+  if (FailedForTheMoment(ReadZone(tz, zone))) return false;
+  ZoneKey after;
+  return MakeKey(tz, after) && SameKey(key, after);
+}
+
+Place* FillPlace(const ZoneKey& key, const char* tz) {
+  const Turn turn;
+  if (!turn.Taken()) return nullptr;
+  if (Place* const place = FindPlace(key)) return place;  // whoever had the turn before wanted the same
+  Place* const place = ClaimPlace();
+  if (place == nullptr) return nullptr;
+  place->m_key = key;
+  const bool filled = ReadKeyedZone(key, tz, place->m_zone);
+  place->m_eState.store(filled ? Place::eREADY : Place::eFREE, std::memory_order_release);
+  return filled ? place : nullptr;
+}
+
+// The place of the zone in force, or null if it has none now.
 __attribute__((noinline)) const Place* ChangePlace(const char* tz) {
+  const KeptErrno kept;
   const long long nextCheck = CoarseMilliseconds() + iCHECK_INTERVAL_MS;
   ZoneKey key;
   if (!MakeKey(tz, key)) return nullptr;
@@ -118,6 +174,7 @@ __attribute__((noinline)) const Place* ChangePlace(const char* tz) {
 }
 
 __attribute__((noinline)) int OffsetWithoutPlace(const char* tz, long long seconds) {
+  const KeptErrno kept;
   ZoneTable zone;
   ReadZone(tz, zone);
   return SegmentAt(zone, seconds).m_iOffset;

@@ -146,8 +146,8 @@ int ReadAll(int file, unsigned char* buffer, size_t& size) {
   if (fstat(file, &status) != 0) return errno;
   if (!S_ISREG(status.st_mode)) return EINVAL;
   size = 0;
-  while (size < uMAX_FILE) {
-    const ssize_t count = read(file, buffer + size, uMAX_FILE - size);
+  while (size <= uMAX_FILE) {
+    const ssize_t count = read(file, buffer + size, uMAX_FILE + 1 - size);
     if (count == 0) return 0;
     if (count > 0) size += static_cast<size_t>(count);
     if (count < 0 && errno != EINTR) return errno;
@@ -158,7 +158,7 @@ int ReadAll(int file, unsigned char* buffer, size_t& size) {
 int ReadZoneFile(const char* path, ZoneTable& zone) {
   const int file = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (file < 0) return errno;
-  unsigned char buffer[uMAX_FILE];
+  unsigned char buffer[uMAX_FILE + 1];  // one more, to see that a file is longer
   size_t size = 0;
   const int failure = ReadAll(file, buffer, size);
   close(file);
@@ -174,6 +174,15 @@ int ReadNamedZone(const char* name, ZoneTable& zone) {
   return ReadZoneFile(path, zone);
 }
 
+// Machines without any zone files say so, too.
+bool IsNameOfUtc(const char* name) {
+  static const char* const s_pKNOWN[] = {"UTC", "GMT", "Etc/UTC", "Etc/GMT"};
+  for (const char* const known : s_pKNOWN) {
+    if (strcmp(name, known) == 0) return true;
+  }
+  return false;
+}
+
 // A file of that name comes first, as everywhere on this system: "EST5EDT" is both a file and a rule.
 int ReadSpelledZone(const char* tz, ZoneTable& zone) {
   const char* const name = tz[0] == ':' ? tz + 1 : tz;
@@ -181,8 +190,9 @@ int ReadSpelledZone(const char* tz, ZoneTable& zone) {
   const int failure = ReadNamedZone(name, zone);
   if (failure == 0) return 0;
   zone = ZoneTable();
+  if (IsNameOfUtc(name)) return 0;
   zone.m_bRule = name == tz && ParseZoneRule(tz, strlen(tz), zone.m_rule);
-  return zone.m_bRule ? 0 : failure;
+  return zone.m_bRule && !FailedForTheMoment(failure) ? 0 : failure;
 }
 
 // A machine that was never told its zone has no such file, and lives by UTC.
@@ -198,6 +208,10 @@ int ParseZoneFile(const unsigned char* data, size_t size, ZoneTable& zone) noexc
   zone = ZoneTable();
   Bytes bytes(data, size);
   return ReadFile(bytes, zone) ? 0 : EINVAL;
+}
+
+bool FailedForTheMoment(int failure) noexcept {
+  return failure == EMFILE || failure == ENFILE || failure == ENOMEM || failure == EINTR || failure == EIO;
 }
 
 int ReadZone(const char* tz, ZoneTable& zone) noexcept {

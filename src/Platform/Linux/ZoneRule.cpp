@@ -137,13 +137,14 @@ struct OffsetChange {
   int m_iOffset;
 };
 
-// The two changes of a year, in order. Where one year's second change falls on the next year's first, the
-// stretch between is empty, and the later year's counts.
+// The two changes of a year, in order. Of two at one moment the end is the later, so that daylight time lasts
+// no time at all then. Where one year's second change falls on the next year's first, the stretch between is
+// empty, and the later year's counts.
 void ChangesOfYear(const ZoneRule& rule, int year, OffsetChange* two) {
   const OffsetChange start = {MomentOfChange(rule.m_start, year, rule.m_iStandardOffset),
                               rule.m_iDaylightOffset};
   const OffsetChange end = {MomentOfChange(rule.m_end, year, rule.m_iDaylightOffset), rule.m_iStandardOffset};
-  const bool startFirst = start.m_iMoment < end.m_iMoment;
+  const bool startFirst = start.m_iMoment <= end.m_iMoment;
   two[0] = startFirst ? start : end;
   two[1] = startFirst ? end : start;
 }
@@ -165,10 +166,12 @@ bool ParseZoneRule(const char* text, std::size_t length, ZoneRule& rule) noexcep
 
 ZoneSegment SegmentAt(const ZoneRule& rule, long long seconds) noexcept {
   if (!rule.m_bDaylight) return {LLONG_MIN, LLONG_MAX, rule.m_iStandardOffset};
-  constexpr int iCHANGES = 6;
+  // A change may lie a week and a day outside its year. So it takes two years on either side to be sure of a
+  // change before the moment and of one behind it.
+  constexpr int iCHANGES = 10;
   OffsetChange changes[iCHANGES];
   const int year = YearOf(seconds + rule.m_iStandardOffset);
-  for (int i = 0; i < iCHANGES / 2; ++i) ChangesOfYear(rule, year - 1 + i, changes + 2 * i);
+  for (int i = 0; i < iCHANGES / 2; ++i) ChangesOfYear(rule, year - 2 + i, changes + 2 * i);
   int next = 1;
   while (next < iCHANGES - 1 && changes[next].m_iMoment <= seconds) ++next;
   return {changes[next - 1].m_iMoment, changes[next].m_iMoment, changes[next - 1].m_iOffset};

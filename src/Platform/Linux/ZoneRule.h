@@ -37,7 +37,8 @@ constexpr int iOFFSET_BOUND = 26 * 3600;
 /// Reads a rule, all of `text`. False, and `rule` untouched, if it is none.
 bool ParseZoneRule(const char* text, std::size_t length, ZoneRule& rule) noexcept;
 
-/// The stretch around the moment `seconds`.
+/// The stretch around the moment `seconds`: always m_iFrom <= seconds < m_iUntil. The offset may be the same on
+/// both sides of an edge, and stretches may overlap where a rule lets daylight time end behind its next start.
 ZoneSegment SegmentAt(const ZoneRule& rule, long long seconds) noexcept;
 
 }  // namespace Oxa::Core::Platform

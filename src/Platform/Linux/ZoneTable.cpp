@@ -21,6 +21,7 @@ long long MomentOfLocal(const ZoneTable& zone, long long local) noexcept {
   ZoneSegment segment = SegmentAt(zone, local - iOFFSET_BOUND);
   while (segment.m_iUntil <= local + iOFFSET_BOUND) {
     const ZoneSegment next = SegmentAt(zone, segment.m_iUntil);
+    if (next.m_iUntil <= segment.m_iUntil) break;  // no zone may hold a program up for ever
     if (local - next.m_iOffset < next.m_iFrom) break;
     segment = next;
   }

@@ -20,7 +20,8 @@ struct ZoneTable {
   ZoneRule m_rule;
 };
 
-/// The stretch around the moment `seconds`.
+/// The stretch around the moment `seconds`: always m_iFrom <= seconds < m_iUntil, but that the last moment of
+/// all may end a stretch.
 ZoneSegment SegmentAt(const ZoneTable& zone, long long seconds) noexcept;
 
 /// The moment of a local time, both as seconds since 1970. Of two moments the later; for a local time that is
@@ -32,8 +33,12 @@ long long MomentOfLocal(const ZoneTable& zone, long long local) noexcept;
 int ParseZoneFile(const unsigned char* data, std::size_t size, ZoneTable& zone) noexcept;
 
 /// Reads the zone that a value of the environment variable TZ means: empty for UTC, the name of a zone file,
-/// or a rule; null for the machine's own zone. 0, or an error code, and then `zone` is UTC.
+/// or a rule; null for the machine's own zone. UTC and GMT are known without a file. 0, or an error code, and
+/// then `zone` is UTC; or what `tz` says as a rule, where it couldn't be told whether there is such a file.
 int ReadZone(const char* tz, ZoneTable& zone) noexcept;
+
+/// Whether a reading that failed so says nothing about the zone: the next one may well succeed.
+bool FailedForTheMoment(int failure) noexcept;
 
 /// The file that holds the machine's own zone.
 extern const char* const g_pMACHINE_ZONE_FILE;
