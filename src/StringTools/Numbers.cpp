@@ -14,14 +14,38 @@ namespace Oxa::Core {
 
 namespace {
 
-long ReadSigned(const std::string& text, int radix) { return std::strtol(text.c_str(), nullptr, radix); }
-long ReadSigned(const TUnicodeStr& text, int radix) { return std::wcstol(text.c_str(), nullptr, radix); }
+// Reading a number is nothing that may change what a caller is about to look at.
+class KeptErrno {
+ public:
+  KeptErrno() : m_iErrno(errno) { errno = 0; }
+  KeptErrno(const KeptErrno&) = delete;
+  KeptErrno& operator=(const KeptErrno&) = delete;
+  ~KeptErrno() { errno = m_iErrno; }
 
-unsigned long ReadUnsigned(const std::string& text, int radix) {
+ private:
+  int m_iErrno;
+};
+
+long Signed(const std::string& text, int radix) { return std::strtol(text.c_str(), nullptr, radix); }
+long Signed(const TUnicodeStr& text, int radix) { return std::wcstol(text.c_str(), nullptr, radix); }
+
+template <class Char>
+long ReadSigned(const std::basic_string<Char>& text, int radix) {
+  const KeptErrno kept;
+  return Signed(text, radix);
+}
+
+unsigned long Unsigned(const std::string& text, int radix) {
   return std::strtoul(text.c_str(), nullptr, radix);
 }
-unsigned long ReadUnsigned(const TUnicodeStr& text, int radix) {
+unsigned long Unsigned(const TUnicodeStr& text, int radix) {
   return std::wcstoul(text.c_str(), nullptr, radix);
+}
+
+template <class Char>
+unsigned long ReadUnsigned(const std::basic_string<Char>& text, int radix) {
+  const KeptErrno kept;
+  return Unsigned(text, radix);
 }
 
 template <class Char>
@@ -38,8 +62,8 @@ bool HasMinus(const std::basic_string<Char>& text) {
 // The magnitude decides what is out of range; the sign wraps it around only then.
 template <class Char>
 std::uint32_t ReadUnsigned32(const std::basic_string<Char>& text, int radix) {
-  errno = 0;
-  const unsigned long number = ReadUnsigned(text, radix);
+  const KeptErrno kept;
+  const unsigned long number = Unsigned(text, radix);
   const bool negative = HasMinus(text);
   const unsigned long magnitude = negative ? 0 - number : number;
   if (errno == ERANGE || magnitude > UINT32_MAX) return UINT32_MAX;

@@ -213,11 +213,12 @@ void Escape(std::string& text, char separator) {
 void UnEscape(std::string& text, char) { text = Unescaped(text); }
 
 void Array2Str(const std::vector<std::string>& items, char separator, std::string& out) {
-  out.clear();
+  std::string text;  // `out` may be one of the items
   for (std::size_t i = 0; i < items.size(); ++i) {
-    if (i > 0) out += separator;
-    AppendEscaped(items[i], separator, out);
+    if (i > 0) text += separator;
+    AppendEscaped(items[i], separator, text);
   }
+  out.swap(text);
 }
 
 void Str2Array(const std::string& text, char separator, std::vector<std::string>& out) {

@@ -54,6 +54,11 @@ TEST(LineBreaks, SpaceAtTheWidthItselfFits) { EXPECT_EQ("abc\ndef", LineBreaks("
 
 TEST(LineBreaks, LeadingSpaceCanBecomeAnEmptyLine) { EXPECT_EQ("\nabcdef", LineBreaks("  abcdef", 2)); }
 
+TEST(LineBreaks, OneLeadingSpaceBeforeALongWordGoes) {
+  EXPECT_EQ("abcdef", LineBreaks(" abcdef", 3));
+  EXPECT_EQ(L"abcdef", LineBreaks(TUnicodeStr(L" abcdef"), 3));
+}
+
 TEST(LineBreaks, TrailingSpaceGetsNoBreak) { EXPECT_EQ("abc", LineBreaks("abc   ", 3)); }
 
 TEST(LineBreaks, OwnBreakCharacter) { EXPECT_EQ("ab|cd", LineBreaks("ab cd", 2, '|')); }

@@ -51,6 +51,59 @@ TEST(Split, Wide) {
   EXPECT_THAT(out, ElementsAre(L"a", L"b", L""));
 }
 
+TEST(Split, WideAtOneCharacterAndAtNone) {
+  std::vector<TUnicodeStr> out(5, L"x");
+  EXPECT_EQ(3, StringTools::Split(TUnicodeStr(L"a/\x20AC/"), TUnicodeStr(L"/"), out));
+  EXPECT_THAT(out, ElementsAre(L"a", L"\x20AC", L""));
+  EXPECT_EQ(1, StringTools::Split(TUnicodeStr(L"a/b"), TUnicodeStr(L","), out));
+  EXPECT_THAT(out, ElementsAre(L"a/b"));
+  EXPECT_EQ(1, StringTools::Split(TUnicodeStr(L"a/b"), TUnicodeStr(L"->"), out));
+  EXPECT_THAT(out, ElementsAre(L"a/b"));
+  EXPECT_EQ(1, StringTools::Split(TUnicodeStr(L"a/b"), TUnicodeStr(), out));
+  EXPECT_THAT(out, ElementsAre(L"a/b"));
+  EXPECT_EQ(1, StringTools::Split(TUnicodeStr(), TUnicodeStr(L"/"), out));
+  EXPECT_THAT(out, ElementsAre(L""));
+}
+
+TEST(Split, ZeroIsACharacterLikeAnyOther) {
+  using namespace std::string_literals;
+  EXPECT_THAT(Pieces("a\0b\0"s, "\0"s), ElementsAre("a", "b", ""));
+  EXPECT_THAT(Pieces("a\0b/c"s, "/"), ElementsAre("a\0b"s, "c"));
+  EXPECT_THAT(Pieces("a-\0b->c"s, "-\0"s), ElementsAre("a", "b->c"));
+}
+
+// Pieces "0", "1", ... and every third one empty.
+template <class Text>
+std::vector<Text> ManyPieces(std::size_t count) {
+  std::vector<Text> pieces(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % 3 == 2) continue;
+    for (const char c : std::to_string(i)) pieces[i] += static_cast<typename Text::value_type>(c);
+  }
+  return pieces;
+}
+
+template <class Text>
+void ExpectManyPieces(const Text& delimiter) {
+  for (const std::size_t count : {15, 16, 17, 32, 33, 1000}) {
+    const std::vector<Text> pieces = ManyPieces<Text>(count);
+    const Text text = StringTools::Join(pieces, delimiter);
+    for (const std::size_t before :
+         {std::size_t{0}, std::size_t{1}, count - 1, count, count + 1, count + 40}) {
+      std::vector<Text> out(before, Text(50, typename Text::value_type('x')));
+      ASSERT_EQ(static_cast<int>(count), StringTools::Split(text, delimiter, out)) << before;
+      ASSERT_EQ(pieces, out) << count << " pieces into " << before;
+    }
+  }
+}
+
+TEST(Split, IntoManyPieces) {
+  ExpectManyPieces<std::string>("/");
+  ExpectManyPieces<std::string>("->");
+  ExpectManyPieces<TUnicodeStr>(L"/");
+  ExpectManyPieces<TUnicodeStr>(L"->");
+}
+
 TEST(Join, PutsTheDelimiterBetween) {
   EXPECT_EQ("1 => 2- >3 => 4", StringTools::Join({"1", "2- >3", "4"}, " => "));
   EXPECT_EQ("one", StringTools::Join({"one"}, ", "));
@@ -105,6 +158,14 @@ TEST(Array2Str, JoinsEscapedItems) {
   EXPECT_EQ(",", Array({"", ""}));
   EXPECT_EQ("a,b\\,c,\\\\", Array({"a", "b,c", "\\"}));
   EXPECT_EQ("a;b,c", Array({"a", "b,c"}, ';'));
+}
+
+TEST(Array2Str, MayWriteIntoOneOfTheItems) {
+  for (const std::size_t target : {0, 1, 2}) {
+    Texts items = {"a", "b,c", "a text that is long enough to live on the heap"};
+    StringTools::Array2Str(items, ',', items[target]);
+    EXPECT_EQ("a,b\\,c,a text that is long enough to live on the heap", items[target]);
+  }
 }
 
 TEST(Str2Array, CountsBackslashesBeforeASeparator) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <climits>
 #include <string>
 #include <type_traits>
@@ -123,6 +124,26 @@ TEST(ToBool, AllElseIsFalse) {
   }
   EXPECT_FALSE(ToBool(TUnicodeStr(L"0")));
   EXPECT_FALSE(ToBool(TUnicodeStr(L"")));
+}
+
+// Neither success nor a number that is out of range may be seen by whoever looks at errno next.
+template <class Text>
+void ExpectErrnoUntouched(const Text& text) {
+  errno = ENOENT;
+  ToByte(text), ToShort(text), ToUnsignedShort(text), ToInt(text), ToUnsignedInt(text);
+  EXPECT_EQ(ENOENT, errno);
+  ToLong(text), ToUnsignedLong(text);
+  EXPECT_EQ(ENOENT, errno);
+  errno = ERANGE;
+  EXPECT_EQ(5u, ToUnsignedInt("5")) << "what was out of range before is nothing to this number";
+  EXPECT_EQ(ERANGE, errno);
+}
+
+TEST(Numbers, LeaveErrnoAlone) {
+  ExpectErrnoUntouched(std::string("5"));
+  ExpectErrnoUntouched(std::string("99999999999999999999"));
+  ExpectErrnoUntouched(TUnicodeStr(L"5"));
+  ExpectErrnoUntouched(TUnicodeStr(L"99999999999999999999"));
 }
 
 }  // namespace

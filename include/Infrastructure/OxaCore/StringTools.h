@@ -39,7 +39,8 @@ OXACORE_API TUnicodeStr DownCase(const TUnicodeStr& text);
 
 /// Wraps text into lines of at most `width` characters (0 counts as 1), joined by `breakChar`. Lines are
 /// broken at white space, which is dropped there; a word that is longer than a line stays whole. White space
-/// inside a line stays as it is, line breaks included.
+/// inside a line stays as it is, line breaks included. White space at the start of the text can make the first
+/// line an empty one.
 OXACORE_API std::string LineBreaks(const std::string& text, unsigned int width, char breakChar = '\n');
 OXACORE_API TUnicodeStr LineBreaks(const TUnicodeStr& text, unsigned int width, wchar_t breakChar = L'\n');
 
@@ -61,7 +62,7 @@ OXACORE_API void Escape(std::string& text, char separator);
 OXACORE_API void UnEscape(std::string& text, char separator);
 
 /// Writes a list as one text: its items escaped, with `separator` between them. An empty list gives "", and
-/// so does a list of one empty item.
+/// so does a list of one empty item. `out` may be one of the items.
 OXACORE_API void Array2Str(const std::vector<std::string>& items, char separator, std::string& out);
 
 /// Reads such a text back; "" gives an empty list.
@@ -73,7 +74,7 @@ OXACORE_API void Str2Array(const std::string& text, char separator, std::vector<
 //
 // The numbers of int, short and byte are read with 32 bits, which what is out of range saturates (ToInt of
 // "2147483648" is 2147483647, ToUnsignedInt of "4294967296" is 4294967295); short and byte then keep the
-// lower 16 and 8 bits. The forms of long saturate at the limits of long.
+// lower 16 and 8 bits. The forms of long saturate at the limits of long. errno stays as it was.
 OXACORE_API int ToInt(const std::string& text, int radix = 0);
 OXACORE_API int ToInt(const TUnicodeStr& text, int radix = 0);
 OXACORE_API long ToLong(const std::string& text, int radix = 0);
