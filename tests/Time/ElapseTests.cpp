@@ -144,8 +144,17 @@ TEST(Elapse, ArithmeticWrapsAround) {
   EXPECT_EQ(LLONG_MAX, (Elapse(LLONG_MIN, Elapse::TimerTicks) - tick).GetRawTimerTicks());
   EXPECT_EQ(-10000000, Ticks(LLONG_MAX, Elapse::Seconds));
   EXPECT_EQ(-100.0, Elapsed(LLONG_MAX, Elapse::NanoSeconds));
-  EXPECT_EQ(-10000, Ticks((1LL << 62) - 1, Elapse::MilliSeconds) % 10000 - 10000)
-      << "still whole milliseconds";
+  EXPECT_EQ(-10000, Ticks((1LL << 62) - 1, Elapse::MilliSeconds));
+  EXPECT_EQ(-92233720368545515, Ticks(9223372036855, Elapse::MilliSeconds));
+  EXPECT_EQ(-600000000, Ticks(LLONG_MAX, Elapse::Minutes));
+  EXPECT_EQ(-36000000000, Ticks(LLONG_MAX, Elapse::Hours));
+  EXPECT_EQ(-864000000000, Ticks(LLONG_MAX, Elapse::Days));
+  EXPECT_EQ(-36000000000, Elapse(LONG_MAX, 0, 0, 0).GetRawTimerTicks());
+}
+
+TEST(Elapse, ElapsedIsMultipliedBeforeItIsDivided) {
+  EXPECT_EQ(0.0, Elapsed(LLONG_MAX, Elapse::MicroSeconds));
+  EXPECT_EQ(0.0, Elapsed(LLONG_MAX, Elapse::MilliSeconds));
 }
 
 TEST(Elapse, Comparisons) {
@@ -203,6 +212,19 @@ TEST(ElapseText, ParseLeniently) {
   EXPECT_EQ(4294967295LL * 10000000, Parsed("99999999999")) << "fields have 32 bits";
 }
 
+TEST(ElapseText, ParseFieldsAsNumbersOf32Bits) {
+  using namespace std::string_literals;
+  const long long expected = Elapse(1, 2, 3, 0).GetRawTimerTicks();
+  EXPECT_EQ(expected, Parsed("1.9:2.5:3")) << "a point counts only behind the last colon";
+  EXPECT_EQ(expected, Parsed("1: +2:\t3"));
+  EXPECT_EQ(expected, Parsed("+1:2:3"));
+  EXPECT_EQ(expected, Parsed("1:2\0009:3\0007"s)) << "a zero ends a number";
+  EXPECT_EQ(0, Parsed("\0005"s));
+  EXPECT_EQ(4294967295LL * 600000000, Parsed("0:-1:0")) << "a minus inside wraps around";
+  EXPECT_EQ(4294967294LL * 10000000, Parsed("--2"));
+  EXPECT_EQ(0, Parsed("- -0"));
+}
+
 TEST(ElapseText, PositiveValuesSurviveTheWayThroughText) {
   std::mt19937_64 random(6);
   for (int round = 0; round < 20000; ++round) {
@@ -221,6 +243,8 @@ TEST(ElapseText, PrintedBelowASecond) {
   EXPECT_EQ("1000 microseconds", Printed(Elapse(1, Elapse::MilliSeconds)));
   EXPECT_EQ("1.5 milliseconds", Printed(Elapse(1500, Elapse::MicroSeconds)));
   EXPECT_EQ("999 milliseconds", Printed(Elapse(999, Elapse::MilliSeconds)));
+  EXPECT_EQ("1.0001 milliseconds", Printed(Elapse(10001, Elapse::TimerTicks)));
+  EXPECT_EQ("1000 milliseconds", Printed(Elapse(9999999, Elapse::TimerTicks)));
 }
 
 TEST(ElapseText, PrintedNegative) {
@@ -232,6 +256,7 @@ TEST(ElapseText, PrintedInSeconds) {
   EXPECT_EQ("1 seconds", Printed(Elapse(1)));
   EXPECT_EQ("1.5 seconds", Printed(Elapse(1500, Elapse::MilliSeconds)));
   EXPECT_EQ("59.9 seconds", Printed(Elapse(59900, Elapse::MilliSeconds)));
+  EXPECT_EQ("60 seconds", Printed(Elapse(599999999, Elapse::TimerTicks)));
 }
 
 TEST(ElapseText, PrintedAsAClock) {
@@ -242,6 +267,8 @@ TEST(ElapseText, PrintedAsAClock) {
   EXPECT_EQ("3:0:12", Printed(Elapse(3 * 3600 + 12)));
   EXPECT_EQ("23:59:59", Printed(Elapse(86399)));
   EXPECT_EQ("1440:0", Printed(Elapse(1, Elapse::Days)));
+  EXPECT_EQ("23:59:59", Printed(Elapse(864000000000 - 1, Elapse::TimerTicks)));
+  EXPECT_EQ("24:0:0", Printed(Elapse(864000000000 + 1, Elapse::TimerTicks)));
   EXPECT_EQ("1:0:1", Printed(Elapse(86401)));
   EXPECT_EQ("1:60:0", Printed(Elapse(25, Elapse::Hours)));
   EXPECT_EQ("1:1:0:1", Printed(Elapse(25 * 3600 + 1)));

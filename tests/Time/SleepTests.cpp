@@ -83,14 +83,22 @@ void ExpectAssertion(const LongSleep& sleep, const std::string& condition) {
       << sleep.m_sError;
 }
 
+// As long as asked, and not ten times or a thousand times as long.
+template <class Operation>
+void ExpectLasts(long long milliseconds, const Operation& operation) {
+  const long long taken = MillisecondsOf(operation);
+  EXPECT_GE(taken, milliseconds);
+  EXPECT_LT(taken, milliseconds + 8000);
+}
+
 TEST(Sleep, InEachUnit) {
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(20000000, Elapse::NanoSeconds, false); }), 20);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(20000, Elapse::MicroSeconds, false); }), 20);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(20, Elapse::MilliSeconds, false); }), 20);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(1, Elapse::Seconds, false); }), 1000);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(200000, Elapse::TimerTicks, false); }), 20);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(Elapse(20, Elapse::MilliSeconds), false); }), 20);
-  EXPECT_GE(MillisecondsOf([] { OxaSleep(Elapse(20, Elapse::MilliSeconds), true); }), 20);
+  ExpectLasts(20, [] { OxaSleep(20000000, Elapse::NanoSeconds, false); });
+  ExpectLasts(20, [] { OxaSleep(20000, Elapse::MicroSeconds, false); });
+  ExpectLasts(20, [] { OxaSleep(20, Elapse::MilliSeconds, false); });
+  ExpectLasts(1000, [] { OxaSleep(1, Elapse::Seconds, false); });
+  ExpectLasts(20, [] { OxaSleep(200000, Elapse::TimerTicks, false); });
+  ExpectLasts(20, [] { OxaSleep(Elapse(20, Elapse::MilliSeconds), false); });
+  ExpectLasts(20, [] { OxaSleep(Elapse(20, Elapse::MilliSeconds), true); });
 }
 
 TEST(Sleep, BelowAMillisecondIsCutOff) {
@@ -150,6 +158,28 @@ TEST(Sleep, BeyondTheBoundTheLow32BitsRemain) {
   EXPECT_EQ("\ndone\n", result.m_sOutput);
   EXPECT_NE(std::string::npos, result.m_sError.find("): Failed Assertion(uval <= 4294967U)\n"))
       << result.m_sError;
+}
+
+// Each of these is 1024 milliseconds above a multiple of 2^32 of them, and only by the right factor.
+TEST(Sleep, MinutesHoursAndDaysHaveTheirLengths) {
+  const struct {
+    const char* value;
+    Elapse::TimeUnits units;
+    const char* condition;
+  } sleeps[] = {{"41589600", Elapse::Minutes, "uval <= 71582U"},
+                {"693160", Elapse::Hours, "uval <= 1193U"},
+                {"1426983", Elapse::Days, "uval <= 49U"}};
+  for (const auto& request : sleeps) {
+    SCOPED_TRACE(request.value);
+    ExpectLasts(1024, [&] {
+      const auto result = RunChild({TIME_HOST, "sleep", request.value, std::to_string(request.units)});
+      EXPECT_EQ(0, result.m_iStatus);
+      EXPECT_EQ("\ndone\n", result.m_sOutput);
+      EXPECT_NE(std::string::npos,
+                result.m_sError.find("): Failed Assertion(" + std::string(request.condition) + ")\n"))
+          << result.m_sError;
+    });
+  }
 }
 
 TEST(Sleep, AnUnknownUnitAssertsAndDoesNotSleep) {

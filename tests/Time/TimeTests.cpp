@@ -197,6 +197,14 @@ TEST(Time, AnUnknownPlatformIsAFailedAssertion) {
   EXPECT_EQ(At(7), time);
 }
 
+TEST(Time, OfAnUnknownPlatformIsZero) {
+  testing::internal::CaptureStderr();
+  const Time time(3, static_cast<Time::EPlatformTimeInfo>(3));
+  const std::string output = testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos, output.find("): Failed Assertion(false)\n")) << output;
+  EXPECT_EQ(At(0), time);
+}
+
 TEST(Time, RawValues) {
   const Time time = At(125963012967891234);
   EXPECT_EQ(125963012967891234, time.GetRawTimerTicks());
@@ -243,6 +251,9 @@ TEST(Time, ArithmeticWrapsAround) {
   EXPECT_EQ(At(LLONG_MIN), At(LLONG_MAX) + tick);
   EXPECT_EQ(At(LLONG_MAX), At(LLONG_MIN) - tick);
   EXPECT_EQ(tick, At(LLONG_MIN) - At(LLONG_MAX));
+  const Time beyond = Time(1LL) + Elapse(LLONG_MAX, Elapse::TimerTicks);
+  EXPECT_EQ(beyond - tick, Time(LLONG_MAX)) << "local 1970 and more than there is room for";
+  EXPECT_EQ(At(LLONG_MIN) + (Time(0LL) - At(1)), Time(LLONG_MAX));
 }
 
 TEST(Time, Comparisons) {
@@ -348,6 +359,7 @@ TEST(TimePlatform, Conversion) {
   EXPECT_EQ(-12345, ConvertTimerTicksToCurrentPlatform(-12345, Time::ePlatformTimeWindows));
   EXPECT_EQ(123450000000, ConvertTimerTicksToCurrentPlatform(12345, Time::ePlatformTimeSeconds));
   EXPECT_EQ(-20000000, ConvertTimerTicksToCurrentPlatform(-2, Time::ePlatformTimeSeconds));
+  EXPECT_EQ(-10000000, ConvertTimerTicksToCurrentPlatform(LLONG_MAX, Time::ePlatformTimeSeconds));
   EXPECT_EQ(0, ConvertTimerTicksToCurrentPlatform(12345, static_cast<Time::EPlatformTimeInfo>(3)));
 }
 

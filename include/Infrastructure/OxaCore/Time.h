@@ -6,19 +6,20 @@
 //
 // Zones: a local date is turned into a moment by the zone that was in force when the library was loaded. A
 // moment is turned into local fields and text by the zone in force at the moment of the call: a change of the
-// environment variable TZ is seen at once, a change of the machine's zone within a second. A local time
-// that occurs twice means the later of its two moments; one that is skipped is read by the offset before the
-// change. A zone that can't be understood counts as UTC.
+// environment variable TZ is seen at once, a change of the machine's zone within a second. What a file says
+// that TZ names is read once: a change of the file behind an unchanged name isn't seen. A local time that
+// occurs twice means the later of its two moments; one that is skipped is read by the offset before the
+// change. A zone that can't be understood counts as UTC, and so does one that can't be read for the moment.
 //
 // Thread safety: plain values without locks. Const members and the free functions may be called from any
-// thread; one object is not to be written and read at once.
+// thread; one object is not to be written and read at once. What has to do with local time reads the
+// environment: no thread may change it (setenv, putenv) while another one is at that.
 // Failures: what the system refuses (a month 13, a moment before 1601) raises Time::OsTimeApiError.
 //
 //   Time start;
 //   OxaSleep(20, Elapse::MilliSeconds, false);
 //   Elapse late = start.TimeSince() - Elapse(20, Elapse::MilliSeconds);
-//   std::cout << start << ": late by " << late << '\n';  // 1998/08/23 02:33:17.123: late by 61.2
-//   microseconds
+//   std::cout << start << ": " << late << '\n';  // "1998/08/23 02:33:17.123: 61.2 microseconds"
 #ifndef INFRASTRUCTURE_OXACORE_TIME_H
 #define INFRASTRUCTURE_OXACORE_TIME_H
 
@@ -96,9 +97,14 @@ class OXACORE_API Elapse {
   std::string ToString() const;
 
   /// Reads the form of ToString, leniently: "[hours:]minutes:seconds[.milli[.micro[.nano]]]" or seconds
-  /// alone, with white space around it; what is no number counts as 0, and what has too many parts isn't
-  /// read. A leading '-' is accepted AND IGNORED: the text of a negative span gives the positive one. Always
-  /// true.
+  /// alone, with white space around it. A leading '-' is accepted AND IGNORED: the text of a negative span
+  /// gives the positive one. Always true.
+  ///
+  /// What stands behind the last colon is seconds and fractions: none of them is read if there are more than
+  /// four. What stands before is hours and minutes: neither is read if there are more than two. Each of the
+  /// two lists is read whatever the other one is like. A field is a decimal number of 32 bits: white space
+  /// and a sign may stand before it, and whatever behind it; a minus wraps around (-1 is 4294967295), one
+  /// that is too large counts as 4294967295, and none at all as 0.
   bool ParseString(const std::string& text);
 
  private:
@@ -209,7 +215,8 @@ class OXACORE_API Time {
   long Second() const;
   long MilliSecond() const;
 
-  /// Whole microseconds below the millisecond, 0 to 999. Raises OsTimeApiError for a moment before 1601 UTC.
+  /// Whole microseconds below the millisecond, 0 to 999. Raises OsTimeApiError for a moment before 1601 or
+  /// after 30827 in UTC, whatever the zone; 0 if that returns.
   long MicroSecond() const;
 
   /// "January" and so on, by Month(); "Invalid" if that is none.
@@ -253,8 +260,9 @@ class OXACORE_API Time {
 
   /// Reads the form of ToString, with white space around it; seconds may come without milliseconds, and the
   /// milliseconds are a count (".5" is 5 ms). False, with the value left as it was, if there are not exactly
-  /// two parts, the first of three by '/', the second of three by ':'. Raises OsTimeApiError for a date or
-  /// time of day that doesn't exist; false, with the value left as it was, if that returns.
+  /// two parts, the first of three by '/', the second of three by ':'. Fields are numbers as those of
+  /// Elapse::ParseString. Raises OsTimeApiError for a date or time of day that doesn't exist, and so for every
+  /// number that no date has: none is cut to fit; false, with the value left as it was, if that returns.
   bool ParseString(const std::string& text);
 
  private:
@@ -275,13 +283,16 @@ OXACORE_API long long ConvertTimerTicksToCurrentPlatform(long long ticks, Time::
 }  // namespace Oxa::Core
 
 /// Lets the calling thread sleep for whole milliseconds, cut off. A span below one millisecond returns at
-/// once and doesn't yield. A negative span is a very long sleep: don't. `alertable` has no effect on this
-/// platform.
+/// once and doesn't yield. Only the low 32 bits of the milliseconds count, and nothing tells if there are
+/// more: a multiple of 4294967296 ms (49.7 days) returns at once. A negative span wraps around, too, into a
+/// very long sleep: don't. `alertable` has no effect on this platform.
 OXACORE_API void OxaSleep(const Oxa::Core::Elapse& elapse, bool alertable);
 
-/// The same for `value` in `units`; a negative value is 0, and 0 yields the processor. More than 4294967295
-/// milliseconds given as seconds, minutes, hours or days is a failed assertion, and the sleep then lasts the
-/// low 32 bits. An unknown unit is a failed assertion, and no sleep follows.
+/// The same for `value` in `units`; a negative value is 0, and whatever is below one millisecond yields the
+/// processor. More than 4294967295 milliseconds given as seconds, minutes, hours or days is a failed
+/// assertion, and the sleep then lasts the low 32 bits. Given in nano-, micro- or milliseconds or in ticks it
+/// is no failed assertion: the low 32 bits are all that counts. An unknown unit is a failed assertion, and no
+/// sleep follows.
 OXACORE_API void OxaSleep(long value, Oxa::Core::Elapse::TimeUnits units, bool alertable);
 
 #endif

@@ -3,8 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <string>
 
 #include "Core/LibraryState.h"
@@ -23,6 +28,28 @@ class ClockAt {
   ~ClockAt() { Platform::SetClockOffset(0, 0); }
 };
 
+// The zone of the moment and the zone of the load, both as they were before once this is gone.
+class Zones {
+ public:
+  Zones(const char* ofLoad, const char* ofTheMoment)
+      : m_bWasSet(std::getenv("TZ") != nullptr), m_sBefore(m_bWasSet ? std::getenv("TZ") : "") {
+    ::setenv("TZ", ofLoad, 1);
+    EXPECT_EQ(0, Platform::LoadZone());
+    ::setenv("TZ", ofTheMoment, 1);
+  }
+  explicit Zones(const char* both) : Zones(both, both) {}
+  Zones(const Zones&) = delete;
+  Zones& operator=(const Zones&) = delete;
+  ~Zones() {
+    m_bWasSet ? ::setenv("TZ", m_sBefore.c_str(), 1) : ::unsetenv("TZ");
+    Platform::LoadZone();
+  }
+
+ private:
+  bool m_bWasSet;
+  std::string m_sBefore;
+};
+
 TEST(ClockOffset, TheYearOfADateIsTheLocalYearOfNow) {
   const ClockAt clock(Time(6, 1, 2031, Elapse()));
   EXPECT_EQ(2031, Time(1, 1, Elapse()).Year());
@@ -30,8 +57,7 @@ TEST(ClockOffset, TheYearOfADateIsTheLocalYearOfNow) {
 }
 
 TEST(ClockOffset, TheYearTurnsAtLocalMidnight) {
-  ASSERT_EQ(0, ::setenv("TZ", "<-05>5", 1));
-  Platform::LoadZone();
+  const Zones zones("<-05>5");
   const Time newYear(1, 1, 2031, Elapse());
   {
     const ClockAt clock(newYear - Elapse(1, Elapse::Minutes));
@@ -39,6 +65,32 @@ TEST(ClockOffset, TheYearTurnsAtLocalMidnight) {
   }
   const ClockAt clock(newYear);
   EXPECT_EQ(2031, Time(1, 1, Elapse()).Year());
+}
+
+// The year is that of now, where it is now; its midnights are those of the load.
+TEST(ClockOffset, TheYearIsThatOfTheZoneOfTheMoment) {
+  const Zones zones("<-05>5", "<+05>-5");
+  const Time newYear(1, 1, 2031, Elapse());
+  {
+    const ClockAt clock(newYear - Elapse(5, Elapse::Hours));
+    EXPECT_EQ(newYear, Time(1, 1, Elapse()));
+  }
+  const ClockAt clock(newYear - Elapse(11, Elapse::Hours));
+  EXPECT_EQ(Time(1, 1, 2030, Elapse()), Time(1, 1, Elapse()));
+}
+
+// Local time of that moment is before the calendar, and nobody asks for it.
+TEST(MicroSecond, HasNothingToDoWithLocalTime) {
+  const Zones zones("<-05>5");
+  const Time time(1234567, Time::ePlatformTimeCurrent);
+  EXPECT_EQ(456, time.MicroSecond());
+  try {
+    time.Year();
+    FAIL() << "nothing was raised";
+  } catch (Time::OsTimeApiError& error) {
+    ASSERT_EQ(1u, error.GetUnwindStack()->size());
+    EXPECT_EQ("GetLocalSystemTime", error.GetUnwindStack()->front().Get(CodeContext::sFUNCTION));
+  }
 }
 
 TEST(ClockOffset, LeapDaysOfThisYear) {
@@ -69,41 +121,55 @@ TEST(FileTime, RaisesForWhatIsNoDate) {
     WindowsFileTime fileTime{Platform::DateTime()};
     FAIL() << "nothing was raised";
   } catch (Time::OsTimeApiError& error) {
+    EXPECT_EQ(std::string("Call to operating system time API failed with error:\n ") + std::strerror(EINVAL),
+              error.GetData(AlertInfo::sMESSAGE));
+    EXPECT_EQ("Oxa.Core.Time", error.GetData(AlertInfo::sLOG_NAME));
+    EXPECT_EQ(2, error.GetSeverity());
+    ASSERT_EQ(1u, error.GetUnwindStack()->size());
     EXPECT_EQ("WindowsFileTime::WindowsFileTime",
               error.GetUnwindStack()->front().Get(CodeContext::sFUNCTION));
   }
 }
 
-// While the library unloads a raise returns: each operation then has a defined result.
+// While the library unloads a raise returns: each operation then has a defined result. There is no way back from
+// there, so that a child goes it; it ends with 0 if all its expectations hold.
+void ExpectWhileUnloading(const std::function<void()>& expectations, const char* output = "") {
+  EXPECT_EXIT(
+      {
+        SetLibraryUnloading();
+        expectations();
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+      },
+      testing::ExitedWithCode(0), output);
+}
+
 TEST(ReturningRaises, LeaveADefinedResult) {
-  SetLibraryUnloading();
-  const Time outside(-1, Time::ePlatformTimeCurrent);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(0, outside.Year());
-  EXPECT_EQ(0, outside.MicroSecond());
-  EXPECT_EQ("Invalid", outside.MonthName());
-  EXPECT_EQ("???", outside.MonthAbbreviation());
-  EXPECT_EQ("", outside.ToString());
-  Time time(42, Time::ePlatformTimeCurrent);
-  EXPECT_FALSE(time.ParseString("2004/13/01 00:00:00.000"));
-  EXPECT_EQ(42, time.GetRawTimerTicks());
-  EXPECT_EQ(5, Time(13, 1, 2004, Elapse(5, Elapse::TimerTicks)).GetRawTimerTicks());
-  const auto unknown = static_cast<Elapse::TimeUnits>(8);
-  EXPECT_EQ(0, Elapse(1, unknown).GetRawTimerTicks());
-  EXPECT_EQ(0.0, Elapse(1).GetElapsed(unknown));
-  EXPECT_EQ(0, WindowsFileTime(Platform::DateTime()).GetTicks());
-  testing::internal::GetCapturedStderr();
+  ExpectWhileUnloading([] {
+    const Time outside(-1, Time::ePlatformTimeCurrent);
+    EXPECT_EQ(0, outside.Year());
+    EXPECT_EQ(0, outside.MicroSecond());
+    EXPECT_EQ("Invalid", outside.MonthName());
+    EXPECT_EQ("???", outside.MonthAbbreviation());
+    EXPECT_EQ("", outside.ToString());
+  });
+  ExpectWhileUnloading([] {
+    Time time(42, Time::ePlatformTimeCurrent);
+    EXPECT_FALSE(time.ParseString("2004/13/01 00:00:00.000"));
+    EXPECT_EQ(42, time.GetRawTimerTicks());
+    EXPECT_EQ(5, Time(13, 1, 2004, Elapse(5, Elapse::TimerTicks)).GetRawTimerTicks());
+    EXPECT_EQ(0, WindowsFileTime(Platform::DateTime()).GetTicks());
+  });
+  ExpectWhileUnloading([] {
+    const auto unknown = static_cast<Elapse::TimeUnits>(8);
+    EXPECT_EQ(0, Elapse(1, unknown).GetRawTimerTicks());
+    EXPECT_EQ(0.0, Elapse(1).GetElapsed(unknown));
+  });
 }
 
 // The error of the text itself shows only when the one before it returned.
 TEST(ReturningRaises, TextOfARefusedMomentIsRefusedTwice) {
-  SetLibraryUnloading();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ("", GetLocalTimeString(-1));
-  const std::string output = testing::internal::GetCapturedStderr();
-  const std::size_t first = output.find("GetLocalSystemTime");
-  ASSERT_NE(std::string::npos, first) << output;
-  EXPECT_NE(std::string::npos, output.find("GetLocalTimeString", first)) << output;
+  ExpectWhileUnloading([] { EXPECT_EQ("", GetLocalTimeString(-1)); },
+                       "GetLocalSystemTime(.|\n)*GetLocalTimeString");
 }
 
 }  // namespace
