@@ -57,10 +57,10 @@ void AlertManager::OnFatalError(Error& error) {
   } catch (...) {
     // Whoever listens is told all the same.
   }
-  {
-    // Two threads may die at once.
-    const Lock lock(m_errorsMutex);
+  // Two threads may die at once; but a dying one waits for nobody.
+  if (m_errorsMutex.TryLock()) {
     m_sFatalErrorPath = path;
+    m_errorsMutex.Unlock();
   }
   UncaughtFatalErrorNotification notification(error, path);
   Broadcast(notification);

@@ -28,14 +28,16 @@ constexpr int iMAX_FRAMES = 100;
   throw LogicError(sGENERIC_HALT);
 }
 
-void TellRaised(Error& error) {
+// False if the library began to unload meanwhile.
+bool TellRaised(Error& error) {
   const AlertInFlight flight;
-  if (!flight.MayProceed()) return;
+  if (!flight.MayProceed()) return false;
   if (flight.NeverEnds()) {
     TheHooks().writeAlert(error, sLISTENERS_NEVER_END);
   } else {
     TheHooks().errorRaised(error);
   }
+  return true;
 }
 
 bool SettledInPlace(Error& error) {
@@ -106,9 +108,17 @@ std::string Error::XMLElementName() { return "Error"; }
 boost::shared_ptr<Error> Error::Clone() { return boost::shared_ptr<Error>(new Error(*this)); }
 
 boost::shared_ptr<Error> Error::CloneUnraised() {
-  boost::shared_ptr<Error> clone = Clone();
-  TakeRaisedMark(*clone);
-  return clone;
+  // Kept aside meanwhile: a clone that can't be finished must not end the raise.
+  struct MarkAside {
+    explicit MarkAside(Error& owner) : m_owner(owner), m_keeper(eERROR) { m_keeper.TakeRaisedMark(owner); }
+    MarkAside(const MarkAside&) = delete;
+    MarkAside& operator=(const MarkAside&) = delete;
+    ~MarkAside() { m_owner.TakeRaisedMark(m_keeper); }
+    Error& m_owner;
+    Error m_keeper;
+  };
+  const MarkAside aside(*this);
+  return Clone();
 }
 
 const char* Error::what() const noexcept { return GetData(sMESSAGE).c_str(); }
@@ -150,7 +160,10 @@ void Error::RaiseError(const CodeContext& context, const std::string& logName, b
   AddCallStack(CreateCallStack());
   m_bRaised = true;
   counted.Keep();
-  TellRaised(*this);
+  if (!TellRaised(*this)) {
+    TheHooks().writeAlert(*this, sRAISED_DURING_SHUTDOWN);
+    return;
+  }
   if (inPlace && SettledInPlace(*this)) return;
   Throw();
 }

@@ -7,6 +7,7 @@
 
 #include "ErrorHandling/FunctionName.h"
 #include "Platform/Faults.h"
+#include "Platform/Storage.h"
 
 namespace Oxa::Core {
 
@@ -58,6 +59,14 @@ void CodeSite::ForwardUnknown(std::initializer_list<PlaceDetail> details) const 
   UnknownError(std::string()).RaiseError(MakeContext(details), sNO_LOG_NAME, false);
 }
 
-bool CodeSite::FailAssertion(const char* condition) const { return AssertFailed(condition, MakeContext()); }
+bool CodeSite::FailAssertion(const char* condition) const {
+  try {
+    return AssertFailed(condition, MakeContext());
+  } catch (...) {
+    Platform::LetCancellationPass();
+    Platform::WriteToDebugger(condition);
+    return false;
+  }
+}
 
 }  // namespace Oxa::Core

@@ -2,7 +2,6 @@
 
 #include <typeinfo>
 
-#include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "Platform/Symbols.h"
@@ -29,13 +28,10 @@ std::string Warning::XMLElementName() { return "Warning"; }
 void Warning::RaiseWarning(const CodeContext& context, const std::string& logName) {
   PushContext(context);
   StoreText(sLOG_NAME, logName);
-  if (IsLibraryUnloading()) {
-    TheHooks().writeAlert(*this, sWARNING_DURING_SHUTDOWN);
-    return;
-  }
   const AlertInFlight flight;
-  if (!flight.MayProceed()) return;
-  if (flight.NeverEnds()) {
+  if (!flight.MayProceed()) {
+    TheHooks().writeAlert(*this, sWARNING_DURING_SHUTDOWN);
+  } else if (flight.NeverEnds()) {
     TheHooks().writeAlert(*this, sLISTENERS_NEVER_END);
   } else if (TheHooks().mayWarn(Platform::DecoratedName(typeid(*this)))) {
     TheHooks().warningRaised(*this);

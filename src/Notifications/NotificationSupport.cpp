@@ -105,13 +105,13 @@ void NotificationSupport::AddListener(NotificationListener& listener) {
   const Lock lock(m_mutex);
   if (Knows(listener)) return;
   m_listeners.push_back(&listener);
-  Publish();
   try {
     listener.AddNotificationSource(*this);
   } catch (...) {
     Erase(listener);
     throw;
   }
+  Publish();  // only now may a broadcast without the lock meet it
 }
 
 void NotificationSupport::RemoveListener(NotificationListener& listener) {
@@ -127,6 +127,7 @@ void NotificationSupport::RemoveListener(NotificationListener& listener) {
 }
 
 void NotificationSupport::RemoveAllListeners() {
+  const Platform::HoldCancellation hold;  // all links are cut, or none
   FirstFailure failure;
   const Lock lock(m_mutex);
   for (NotificationListener* const listener : m_listeners) {

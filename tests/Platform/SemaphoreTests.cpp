@@ -106,3 +106,19 @@ TEST(CountingSemaphore, NothingIsLostOrInventedUnderContention) {
   EXPECT_EQ(2 * posts, taken);
   EXPECT_EQ(0u, semaphore->Value());
 }
+
+// A post that passes the maximum must not be seen by anybody, not even for a moment.
+TEST(CountingSemaphore, ARefusedPostLeavesNoTrace) {
+  constexpr int posts = 200000;
+  const Owned semaphore = Make(2);
+  std::atomic<bool> stop{false};
+  std::thread refused([&] {
+    while (!stop) EXPECT_NE(0, semaphore->Post(CountingSemaphore::iMAXIMUM));
+  });
+  int accepted = 0;
+  for (int post = 0; post < posts; ++post) accepted += semaphore->Post(1) == 0 ? 1 : 0;
+  stop = true;
+  refused.join();
+  EXPECT_EQ(posts, accepted);
+  EXPECT_EQ(2u + posts, semaphore->Value());
+}

@@ -4,6 +4,7 @@
 // every time stamp: slow, but right. So it goes to a program with more zones than there are places, to threads
 // that come while another one is filling a place, and while the system can't open the file.
 #include "Platform/Linux/CurrentZone.h"
+#include "Platform/Faults.h"
 
 #include <errno.h>
 #include <stdlib.h>
@@ -161,6 +162,7 @@ Place* FillPlace(const ZoneKey& key, const char* tz) {
 
 // The place of the zone in force, or null if it has none now.
 __attribute__((noinline)) const Place* ChangePlace(const char* tz) {
+  const HoldCancellation hold;  // opening a file may be where a cancelled thread ends
   const KeptErrno kept;
   const long long nextCheck = CoarseMilliseconds() + iCHECK_INTERVAL_MS;
   ZoneKey key;
@@ -174,6 +176,7 @@ __attribute__((noinline)) const Place* ChangePlace(const char* tz) {
 }
 
 __attribute__((noinline)) int OffsetWithoutPlace(const char* tz, long long seconds) {
+  const HoldCancellation hold;  // opening a file may be where a cancelled thread ends
   const KeptErrno kept;
   ZoneTable zone;
   ReadZone(tz, zone);

@@ -17,14 +17,13 @@ CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) n
 
 void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete semaphore; }
 
-// Adds first and looks then: the sum has room for far more than the maximum, and what is too much is taken back.
+// Nobody may see a balance that is taken back again: a refused post must leave no trace.
 int CountingSemaphore::Post(std::uint32_t amount) noexcept {
-  if (amount > iMAXIMUM) return EOVERFLOW;
-  const std::int64_t before = m_llBalance.fetch_add(amount, std::memory_order_release);
-  if (before + amount > iMAXIMUM) {
-    m_llBalance.fetch_sub(amount, std::memory_order_relaxed);
-    return EOVERFLOW;
-  }
+  std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
+  do {
+    if (before + amount > iMAXIMUM) return EOVERFLOW;
+  } while (!m_llBalance.compare_exchange_weak(before, before + amount, std::memory_order_release,
+                                              std::memory_order_relaxed));
   if (before < 0) HandOut(static_cast<std::uint32_t>(std::min<std::int64_t>(-before, amount)));
   return 0;
 }

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <cstring>
 
+#include "Platform/Faults.h"
+
 // The identity of the library that this file is linked into; every one has its own.
 extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;  // NOLINT(bugprone-reserved-identifier)
 
@@ -67,6 +69,7 @@ bool CallAtUnload(void (*routine)()) noexcept {
 void CallAtVeryEnd(void (*routine)()) noexcept { s_lastRoutine.store(routine); }
 
 void WriteToDebugger(const char* text) noexcept {
+  const HoldCancellation hold;
   const DebuggerSink sink = s_sink.load();
   (sink != nullptr ? sink : WriteToStandardError)(text);
 }
