@@ -53,6 +53,7 @@ void AlertManager::OnFatalError(Error& error) {
   error.m_bFatal = true;
   std::string path;
   try {
+    TheHooks().stopBuffering();
     path = TheHooks().reportFatalError(error);
   } catch (...) {
     // Whoever listens is told all the same.

@@ -42,6 +42,18 @@ struct Hooks {
   /// Receives the failed asserts that hosts want in the log.
   void (*logFailedAssert)(AssertionFailure& failure);
 
+  /// Writes an error entry for a thread that ended by an error. `text` is taken as it stands.
+  void (*logThreadError)(const std::string& text);
+
+  /// Logs an error that was made but never raised, as if it had been.
+  void (*logErrorRaised)(Error& error);
+
+  /// What waits to be logged goes to disk now, and what is logged from now on goes at once.
+  void (*stopBuffering)();
+
+  /// Lets the machine faults of the calling thread become errors.
+  void (*translateFaults)();
+
   /// Puts the record of a fatal error on disk; gives the folder, empty if there is none.
   std::string (*reportFatalError)(Error& error);
 
