@@ -1,0 +1,128 @@
+// Files and folders.
+//
+// Names are texts of bytes that end with 0, absolute or relative to the current folder of the process; "\" and
+// "/" both separate their parts. A drive or a server is no more than a part of a name. Symbolic links are
+// followed, except by RemoveFile, RemoveDirectory and RenameFile, which are about the links themselves.
+//
+// No function raises or throws, takes a lock of ours or logs, and none is a place where the cancellation of a
+// thread happens. Those that give an int give 0 or the system's error code; results are untouched when they
+// fail, unless an operation says otherwise. Any thread may call anything, but one FileHandle belongs to one
+// thread at a time.
+#ifndef OXACORE_PLATFORM_FILES_H
+#define OXACORE_PLATFORM_FILES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Oxa::Core::Platform {
+
+struct FileStatus {
+  bool m_bRegular = false;      ///< a plain file
+  bool m_bDirectory = false;    ///< a folder; devices, pipes and the like are neither
+  std::uint64_t m_ullSize = 0;  ///< in bytes; means something for plain files only
+};
+
+/// What the name stands for.
+int Status(const char* name, FileStatus& status) noexcept;
+
+/// Makes one folder, whose parent must be there. Fails if the name is taken.
+int MakeDirectory(const char* name) noexcept;
+
+/// Removes a folder that is empty.
+int RemoveDirectory(const char* name) noexcept;
+
+/// Removes a file; fails for a folder.
+int RemoveFile(const char* name) noexcept;
+
+/// Gives a file or folder another name on the same volume, in one step. A file that has the name `to` is
+/// replaced.
+int RenameFile(const char* from, const char* to) noexcept;
+
+/// Copies the bytes of a plain file; a plain file `to` is replaced. If the copying stops half-way, what there is
+/// of the copy is removed. A file can't be copied onto itself.
+int CopyFile(const char* from, const char* to) noexcept;
+
+/// Makes a name absolute, by the text alone: "." and ".." and doubled separators are resolved, and nothing has
+/// to be there. A name that doesn't begin with a separator begins at the current folder; the empty name is that
+/// folder. The result has "/" for all separators, and one at its end if `name` has one. Fails with ERANGE if it
+/// takes more than `size` bytes with the closing 0.
+int FullPath(const char* name, char* buffer, std::size_t size) noexcept;
+
+/// Appends the names in `folder` that match `pattern` (see MatchesPattern), "." and ".." among them, sorted by
+/// their bytes. No match is no failure. The names that stood in `names` keep their places.
+int ListDirectory(const char* folder, const char* pattern, std::vector<std::string>& names) noexcept;
+
+/// Whether all of `name` matches: "*" stands for any characters or none, "?" for one, and all others for
+/// themselves, their case included.
+bool MatchesPattern(const char* name, const char* pattern) noexcept;
+
+/// An open file; closes it at the end of its life. Programs that this process starts don't inherit it.
+class FileHandle {
+ public:
+  /// For writing behind the end, wherever that is at the moment of each write. Made if it is missing, for all to
+  /// read and write as the process allows. Takes no lock. `code` is 0, or tells why the handle isn't open.
+  static FileHandle OpenForAppend(const char* name, int& code) noexcept;
+
+  /// For writing from the beginning over what is there. Made if it is missing; not cut. Takes no lock.
+  static FileHandle OpenForWriting(const char* name, int& code) noexcept;
+
+  /// The same for a file that must not be there yet: if it is, `code` is EEXIST, and nobody else gets to make
+  /// it in between.
+  static FileHandle CreateForWriting(const char* name, int& code) noexcept;
+
+  /// For reading from the beginning. Takes no lock. Refuses folders.
+  static FileHandle OpenForReading(const char* name, int& code) noexcept;
+
+  FileHandle() noexcept = default;
+  FileHandle(FileHandle&& other) noexcept;
+  FileHandle& operator=(FileHandle&& other) noexcept;
+  ~FileHandle();
+
+  bool IsOpen() const noexcept { return m_iFile >= 0; }
+
+  /// The handle is not open any more, whatever the result. Nothing happens if it isn't open.
+  int Close() noexcept;
+
+  /// One call of the system, made again only if a signal cut in before anything was written. `written` is told
+  /// in any case, and may be less than `size`. A write beyond what the process or its user may have comes back
+  /// as a failure, never as a signal; see FileLimitGuard.
+  int Write(const void* data, std::size_t size, std::size_t& written) noexcept;
+
+  /// Up to `size` bytes; 0 are read at the end of the file. `read` is told in any case.
+  int Read(void* data, std::size_t size, std::size_t& read) noexcept;
+
+  /// Sets the place of the next Read or Write, counted from the beginning. It may lie behind the end.
+  int Seek(std::uint64_t position) noexcept;
+
+  int Size(std::uint64_t& size) const noexcept;
+
+  /// Cuts the file, or fills it up with zeros. The place of the next Read or Write stays.
+  int Truncate(std::uint64_t size) noexcept;
+
+ private:
+  static FileHandle Open(const char* name, int flags, int& code) noexcept;
+
+  int m_iFile = -1;
+};
+
+/// While one stands on a thread, a write beyond the limit for the size of files fails there, where the system
+/// would end the process otherwise. FileHandle::Write puts one up for itself, which costs three calls of the
+/// system; a thread that writes all its life keeps one instead. They may be nested, and die in the reverse order
+/// on the thread that made them.
+class FileLimitGuard {
+ public:
+  FileLimitGuard() noexcept;
+  FileLimitGuard(const FileLimitGuard&) = delete;
+  FileLimitGuard& operator=(const FileLimitGuard&) = delete;
+  ~FileLimitGuard();
+
+ private:
+  bool m_bOutermost;
+  bool m_bBlocked = false;
+};
+
+}  // namespace Oxa::Core::Platform
+
+#endif

@@ -1,0 +1,113 @@
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "Platform/Faults.h"
+#include "Platform/Files.h"
+#include "Platform/Linux/FileName.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr mode_t uFILE_MODE = 0666;
+
+// One call of the system, made again as long as signals cut in.
+template <class Call>
+int Again(const Call& call, std::size_t& done) noexcept {
+  const HoldCancellation hold;
+  ssize_t result = -1;
+  do {
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  done = result < 0 ? 0 : static_cast<std::size_t>(result);
+  return result < 0 ? errno : 0;
+}
+
+bool IsDirectory(int file) noexcept {
+  struct stat facts;
+  return fstat(file, &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+}  // namespace
+
+FileHandle FileHandle::Open(const char* name, int flags, int& code) noexcept {
+  FileHandle handle;
+  const FileName converted(name);
+  code = converted.Code();
+  if (code != 0) return handle;
+  std::size_t file = 0;
+  code = Again([&] { return open(converted.Get(), flags | O_CLOEXEC | O_NOCTTY, uFILE_MODE); }, file);
+  if (code == 0) handle.m_iFile = static_cast<int>(file);
+  return handle;
+}
+
+FileHandle FileHandle::OpenForAppend(const char* name, int& code) noexcept {
+  return Open(name, O_WRONLY | O_CREAT | O_APPEND, code);
+}
+
+FileHandle FileHandle::OpenForWriting(const char* name, int& code) noexcept {
+  return Open(name, O_WRONLY | O_CREAT, code);
+}
+
+FileHandle FileHandle::CreateForWriting(const char* name, int& code) noexcept {
+  return Open(name, O_WRONLY | O_CREAT | O_EXCL, code);
+}
+
+FileHandle FileHandle::OpenForReading(const char* name, int& code) noexcept {
+  FileHandle handle = Open(name, O_RDONLY, code);
+  if (handle.IsOpen() && IsDirectory(handle.m_iFile)) {
+    handle.Close();
+    code = EISDIR;
+  }
+  return handle;
+}
+
+FileHandle::FileHandle(FileHandle&& other) noexcept : m_iFile(std::exchange(other.m_iFile, -1)) {}
+
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
+  FileHandle old(std::move(*this));
+  m_iFile = std::exchange(other.m_iFile, -1);
+  return *this;
+}
+
+FileHandle::~FileHandle() { Close(); }
+
+int FileHandle::Close() noexcept {
+  if (!IsOpen()) return 0;
+  const HoldCancellation hold;
+  // Closed whatever comes back: once more would close what another thread has opened meanwhile.
+  const bool bClosed = close(std::exchange(m_iFile, -1)) == 0 || errno == EINTR;
+  return bClosed ? 0 : errno;
+}
+
+int FileHandle::Write(const void* data, std::size_t size, std::size_t& written) noexcept {
+  const FileLimitGuard guard;
+  return Again([&] { return write(m_iFile, data, size); }, written);
+}
+
+int FileHandle::Read(void* data, std::size_t size, std::size_t& read) noexcept {
+  return Again([&] { return ::read(m_iFile, data, size); }, read);
+}
+
+int FileHandle::Seek(std::uint64_t position) noexcept {
+  return lseek(m_iFile, static_cast<off_t>(position), SEEK_SET) < 0 ? errno : 0;
+}
+
+int FileHandle::Size(std::uint64_t& size) const noexcept {
+  struct stat facts;
+  if (fstat(m_iFile, &facts) != 0) return errno;
+  size = static_cast<std::uint64_t>(facts.st_size);
+  return 0;
+}
+
+int FileHandle::Truncate(std::uint64_t size) noexcept {
+  const FileLimitGuard guard;
+  std::size_t ignored = 0;
+  return Again([&] { return ftruncate(m_iFile, static_cast<off_t>(size)); }, ignored);
+}
+
+}  // namespace Oxa::Core::Platform

@@ -1,0 +1,50 @@
+#include <errno.h>
+#include <pthread.h>
+#include <signal.h>
+#include <time.h>
+
+#include "Platform/Files.h"
+#include "Platform/Storage.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+sigset_t LimitSignal() noexcept {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGXFSZ);
+  return set;
+}
+
+// Takes away what writes beyond the limit have left waiting on this thread.
+void DropPending(const sigset_t& signal) noexcept {
+  sigset_t pending;
+  if (sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 1) return;
+  const timespec now = {0, 0};
+  while (sigtimedwait(&signal, nullptr, &now) < 0 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+FileLimitGuard::FileLimitGuard() noexcept : m_bOutermost(!HasThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT)) {
+  if (!m_bOutermost) return;
+  SetThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT, true);
+  const sigset_t signal = LimitSignal();
+  sigset_t before;
+  m_bBlocked = pthread_sigmask(SIG_BLOCK, &signal, &before) == 0 && sigismember(&before, SIGXFSZ) == 0;
+}
+
+FileLimitGuard::~FileLimitGuard() {
+  if (!m_bOutermost) return;
+  SetThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT, false);
+  if (!m_bBlocked) return;
+  const int code = errno;
+  const sigset_t signal = LimitSignal();
+  DropPending(signal);
+  pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
+  errno = code;
+}
+
+}  // namespace Oxa::Core::Platform

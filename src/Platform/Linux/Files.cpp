@@ -1,0 +1,50 @@
+#include "Platform/Files.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Platform/Linux/FileName.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr mode_t uFOLDER_MODE = 0777;
+
+// Calls `operation` with the name; it gives a negative number and sets errno when it fails.
+template <class Operation>
+int WithName(const char* name, const Operation& operation) noexcept {
+  const FileName converted(name);
+  if (converted.Code() != 0) return converted.Code();
+  return operation(converted.Get()) < 0 ? errno : 0;
+}
+
+}  // namespace
+
+int Status(const char* name, FileStatus& status) noexcept {
+  struct stat facts;
+  const int code = WithName(name, [&](const char* converted) { return stat(converted, &facts); });
+  if (code != 0) return code;
+  status.m_bRegular = S_ISREG(facts.st_mode);
+  status.m_bDirectory = S_ISDIR(facts.st_mode);
+  status.m_ullSize = static_cast<std::uint64_t>(facts.st_size);
+  return 0;
+}
+
+int MakeDirectory(const char* name) noexcept {
+  return WithName(name, [](const char* converted) { return mkdir(converted, uFOLDER_MODE); });
+}
+
+int RemoveDirectory(const char* name) noexcept { return WithName(name, rmdir); }
+
+int RemoveFile(const char* name) noexcept { return WithName(name, unlink); }
+
+int RenameFile(const char* from, const char* to) noexcept {
+  const FileName target(to);
+  if (target.Code() != 0) return target.Code();
+  return WithName(from, [&](const char* converted) { return rename(converted, target.Get()); });
+}
+
+}  // namespace Oxa::Core::Platform
