@@ -11,12 +11,6 @@
 
 namespace Oxa::Core {
 
-namespace {
-
-const char* const sNO_LOG_NAME = "";
-
-}  // namespace
-
 void PlaceDetail::LetCancellationPass() { Platform::LetCancellationPass(); }
 
 CodeContext CodeSite::MakeContext() const { return MakeContext({}); }
@@ -50,13 +44,14 @@ void CodeSite::Forward(Error& error, std::initializer_list<PlaceDetail> details)
   error.Rethrow();
 }
 
-void CodeSite::Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details) const {
-  StdException(exception).RaiseError(MakeContext(details), sNO_LOG_NAME, false);
+void CodeSite::Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details,
+                       LogName logName) const {
+  StdException(exception).RaiseError(MakeContext(details), logName.Get(), false);
 }
 
-void CodeSite::ForwardUnknown(std::initializer_list<PlaceDetail> details) const {
+void CodeSite::ForwardUnknown(std::initializer_list<PlaceDetail> details, LogName logName) const {
   Platform::LetCancellationPass();
-  UnknownError(std::string()).RaiseError(MakeContext(details), sNO_LOG_NAME, false);
+  UnknownError(std::string()).RaiseError(MakeContext(details), logName.Get(), false);
 }
 
 bool CodeSite::FailAssertion(const char* condition) const {

@@ -291,6 +291,41 @@ TEST(Error, ForwardingWithInfoDescribesThePlace) {
   }
 }
 
+template <class Thrown>
+std::string ForwardedLogName(const Thrown& thrown) {
+  try {
+    try {
+      thrown();
+    }
+    OXA_FORWARD_ERRORS_AS("Oxa.Test.Forwarded")
+  } catch (Error& e) {
+    return e.GetData(AlertInfo::sLOG_NAME);
+  }
+  return "nothing was thrown";
+}
+
+TEST(Error, ForwardingUnderALogNameNamesWhatBecomesAnErrorThere) {
+  EXPECT_EQ("Oxa.Test.Forwarded", ForwardedLogName([] { throw std::logic_error("x"); }));
+  EXPECT_EQ("Oxa.Test.Forwarded", ForwardedLogName([] { throw 1; }));
+  EXPECT_EQ("Oxa.Test.Raised", ForwardedLogName([] { OXA_RAISE_ERROR("Oxa.Test.Raised", BasicError("x")); }));
+}
+
+TEST(Error, ForwardingUnderALogNameWithInfoDescribesThePlaceToo) {
+  const int channel = 3;
+  try {
+    try {
+      throw 1;
+    }
+    OXA_FORWARD_ERRORS_WITH_INFO_AS("Oxa.Test.Forwarded", OXA_VARIABLE(channel),
+                                    OXA_INFO("Step", "calibration"))
+    FAIL() << "nothing was thrown";
+  } catch (UnknownError& e) {
+    EXPECT_EQ("Oxa.Test.Forwarded", e.GetData(AlertInfo::sLOG_NAME));
+    EXPECT_EQ((AlertData{{"channel", "3"}}), e.GetUnwindStack()->back().GetVariables());
+    EXPECT_EQ("calibration", e.GetUnwindStack()->back().Get("Step"));
+  }
+}
+
 TEST(Error, RethrowCallsOnRethrow) {
   try {
     try {

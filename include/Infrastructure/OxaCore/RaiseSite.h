@@ -6,6 +6,7 @@
 //
 //   try { Read(path); } OXA_FORWARD_ERRORS
 //   try { Read(path); } OXA_FORWARD_ERRORS_WITH_INFO(OXA_VARIABLE(path), OXA_INFO("Step", "calibration"))
+//   try { Read(path); } OXA_FORWARD_ERRORS_WITH_INFO_AS("Acme.Probe.Read", OXA_VARIABLE(path))
 //
 // The forwarding macros are the catch clauses: whatever leaves the block leaves it as an Error with one more
 // place on its unwind stack. Raises can return, so a function with a result needs a return behind the
@@ -83,11 +84,12 @@ class OXACORE_API CodeSite {
 
   /// Adds this place to `error` and rethrows it.
   void Forward(Error& error, std::initializer_list<PlaceDetail> details = {}) const;
-  /// Raises a StdException from `exception`.
-  void Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details = {}) const;
-  /// Raises an UnknownError with an empty message for the exception that is being handled. The cancellation
-  /// of a thread passes untouched.
-  void ForwardUnknown(std::initializer_list<PlaceDetail> details = {}) const;
+  /// Raises a StdException from `exception`, under `logName`.
+  void Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details = {},
+               LogName logName = nullptr) const;
+  /// Raises an UnknownError with an empty message for the exception that is being handled, under `logName`. The
+  /// cancellation of a thread passes untouched.
+  void ForwardUnknown(std::initializer_list<PlaceDetail> details = {}, LogName logName = nullptr) const;
 
   /// Reports a failed assertion; always false. See AssertFailed.
   bool FailAssertion(const char* condition) const;
@@ -121,15 +123,18 @@ class OXACORE_API CodeSite {
 /// Catch clauses: every failure leaves the block as an Error with this place on its unwind stack.
 #define OXA_FORWARD_ERRORS OXA_FORWARD_ERRORS_WITH_INFO()
 /// The same, and the place carries the given OXA_VARIABLEs and OXA_INFOs.
-#define OXA_FORWARD_ERRORS_WITH_INFO(...)               \
-  catch (::Oxa::Core::Error & oxaError) {               \
-    OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__});     \
-  }                                                     \
-  catch (::std::exception & oxaException) {             \
-    OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}); \
-  }                                                     \
-  catch (...) {                                         \
-    OXA_CODE_SITE.ForwardUnknown({__VA_ARGS__});        \
+#define OXA_FORWARD_ERRORS_WITH_INFO(...) OXA_FORWARD_ERRORS_WITH_INFO_AS(nullptr, __VA_ARGS__)
+/// The same two, and what becomes an Error here gets the dotted log name. What is one already keeps its own.
+#define OXA_FORWARD_ERRORS_AS(logName) OXA_FORWARD_ERRORS_WITH_INFO_AS(logName, )
+#define OXA_FORWARD_ERRORS_WITH_INFO_AS(logName, ...)            \
+  catch (::Oxa::Core::Error & oxaError) {                        \
+    OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__});              \
+  }                                                              \
+  catch (::std::exception & oxaException) {                      \
+    OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}, logName); \
+  }                                                              \
+  catch (...) {                                                  \
+    OXA_CODE_SITE.ForwardUnknown({__VA_ARGS__}, logName);        \
   }
 
 #endif
