@@ -13,7 +13,7 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr int iSPIN_COUNT = 100;
+constexpr int iLONGEST_PAUSE = 64;
 constexpr long long iNANOSECONDS_PER_MILLISECOND = 1000000;
 constexpr long long iLOOK_FOR_DEAD_OWNER_EVERY = 50 * iNANOSECONDS_PER_MILLISECOND;
 
@@ -52,10 +52,12 @@ bool TakeFree(Word& word, std::uint32_t value) noexcept {
   return word.compare_exchange_strong(expected, value, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
+// Looks ever more seldom: each look takes the word's cache line away from the owner, who meanwhile may be through
+// with it many times.
 bool SpinForFree(Word& word, std::uint32_t value) noexcept {
-  for (int round = 0; round < iSPIN_COUNT; ++round) {
+  for (int pause = 1; pause <= iLONGEST_PAUSE; pause *= 2) {
+    for (int round = 0; round < pause; ++round) Pause();
     if (word.load(std::memory_order_relaxed) == 0 && TakeFree(word, value)) return true;
-    Pause();
   }
   return false;
 }
