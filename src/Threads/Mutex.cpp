@@ -4,6 +4,7 @@
 
 #include "Core/LibraryState.h"
 #include "Platform/Threads.h"
+#include "Threads/WholeMilliseconds.h"
 
 namespace Oxa::Core {
 
@@ -11,16 +12,9 @@ namespace {
 
 constexpr char sLOG_NAME[] = "Oxa.Core.Mutex";
 constexpr long long llPATIENCE_S = 5;  // of the destructor, once for the owner and once for timed waiters
-constexpr long long llNANOSECONDS_PER_TICK = 100;
 
 constexpr Elapse s_infinite(0x7FFFFFFF, Elapse::Seconds);
 constexpr Elapse s_noWait(0, Elapse::Seconds);
-
-Platform::Deadline DeadlineIn(const Elapse& timeout) {
-  const long long ticks = timeout.GetRawTimerTicks();
-  const long long most = 0x7FFFFFFFFFFFFFFF / llNANOSECONDS_PER_TICK;
-  return Platform::Deadline::In((ticks < most ? ticks : most) * llNANOSECONDS_PER_TICK);
-}
 
 }  // namespace
 
@@ -73,7 +67,7 @@ bool Mutex::TryLock(const Elapse& timeout) {
 // Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free. Nothing here
 // may be touched once this thread is no longer counted, since the destructor waits for counted ones only.
 bool Mutex::Spin(const Elapse& timeout, bool& dying) {
-  const Platform::Deadline deadline = DeadlineIn(timeout);
+  const Platform::Deadline deadline = ExactDeadline(timeout);
   m_iTimedWaiters.fetch_add(1);
   bool locked = Native().TryLock();
   while (!locked && !DestructionBegan() && !deadline.HasPassed()) locked = Native().TryLock();
@@ -89,7 +83,7 @@ void Mutex::Unlock() { Native().UnlockIfOwner(); }
 // With the lock held.
 void Mutex::BeginDestruction() {
   m_bDestructionBegan.store(true);
-  const Platform::Deadline deadline = DeadlineIn(Elapse(llPATIENCE_S));
+  const Platform::Deadline deadline = ExactDeadline(Elapse(llPATIENCE_S));
   while (m_iTimedWaiters.load() != 0 && !deadline.HasPassed()) {
   }
   Native().Unlock();

@@ -1,8 +1,10 @@
-// How conditions and semaphores read a time limit.
+// How locks, conditions and semaphores read a time limit.
 #ifndef OXACORE_THREADS_WHOLEMILLISECONDS_H
 #define OXACORE_THREADS_WHOLEMILLISECONDS_H
 
 #include <Infrastructure/OxaCore/Time.h>
+
+#include <cstdint>
 
 #include "Platform/Threads.h"
 
@@ -12,6 +14,15 @@ namespace Oxa::Core {
 inline Platform::Deadline WholeMilliseconds(const Elapse& timeout) {
   constexpr long long ticksPerMillisecond = 10000;
   return Platform::Deadline::InMilliseconds(timeout.GetRawTimerTicks() / ticksPerMillisecond);
+}
+
+/// To the tick; what is negative has passed.
+inline Platform::Deadline ExactDeadline(const Elapse& timeout) {
+  constexpr long long nanosecondsPerTick = 100;
+  constexpr long long most = INT64_MAX / nanosecondsPerTick;
+  const long long ticks = timeout.GetRawTimerTicks();
+  if (ticks <= 0) return Platform::Deadline::In(0);
+  return Platform::Deadline::In((ticks < most ? ticks : most) * nanosecondsPerTick);
 }
 
 }  // namespace Oxa::Core
