@@ -1,0 +1,32 @@
+// A log entry as it stands in the default log: an XML element, and a line that sets it apart from the next.
+//
+// Any thread may call, at any time.
+#ifndef OXACORE_LOG_LOGENTRYTEXT_H
+#define OXACORE_LOG_LOGENTRYTEXT_H
+
+#include <Infrastructure/OxaCore/Log.h>
+
+#include <string>
+#include <string_view>
+
+namespace Oxa::Core {
+
+/// The last of every entry, and in no message, since those are escaped.
+constexpr std::string_view sLOG_ENTRY_SEPARATOR =
+    "<!-- ========================================================================  -->\n\n";
+
+/// What a severity is called in the log, as in "Warning"; null for a value that is none.
+const char* SeverityWord(OxaLogSeverityEnum severity) noexcept;
+
+/// The entry in the layout of an XMLWriter with its default formatter, with the separator and the empty lines
+/// around that. A message of the form "xml" stands in it as it is; every other one is escaped text in an element
+/// "Message". As ever with XMLWriter, control characters and bytes above 127 go through.
+/// Raises Time::OsTimeApiError for a time that the system can't break down; if that returns, the time is empty.
+std::string LogEntryText(const OxaLogEntry& entry);
+
+/// The same in place of what `text` held. A caller that brings the same text again saves the allocation.
+void LogEntryText(const OxaLogEntry& entry, std::string& text);
+
+}  // namespace Oxa::Core
+
+#endif

@@ -1,0 +1,194 @@
+#include "Log/LogEntryText.h"
+
+#include <Infrastructure/OxaCore/Warning.h>
+#include <Infrastructure/OxaCore/XMLFormatter.h>
+#include <Infrastructure/OxaCore/XMLWriter.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "Support/ChildProcess.h"
+
+namespace {
+
+using namespace Oxa::Core;
+
+const std::string sSEPARATOR_LINE =
+    "<!-- ========================================================================  -->\n";
+const std::string sEND = "</LogEntry>\n\n" + sSEPARATOR_LINE + "\n";
+
+OxaLogEntry Entry(const std::string& message) {
+  OxaLogEntry entry;
+  entry.m_time = Time(8, 23, 1998, Elapse(2, 33, 17, 123000000));
+  entry.m_eSeverity = eLOG_ERROR;
+  entry.m_sMessage = message;
+  entry.m_sLoggerPath = "Oxa.Core.Mutex";
+  entry.m_sForm = "plain";
+  return entry;
+}
+
+// The contract in one place: the writer, the separator and the empty lines around it.
+std::string ByTheWriter(const OxaLogEntry& entry, const char* severity) {
+  std::ostringstream out;
+  XMLWriter writer;
+  out << writer.StartTag("LogEntry");
+  if (severity != nullptr) out << writer.Attribute("Severity", severity);
+  out << writer.Tag("TimeStamp", entry.m_time.ToString()) << writer.Tag("LogName", entry.m_sLoggerPath);
+  if (entry.m_sForm == "xml")
+    out << writer.Markup(entry.m_sMessage);
+  else
+    out << writer.Tag("Message", entry.m_sMessage);
+  out << writer.EndAllTags() << '\n' << sSEPARATOR_LINE << '\n';
+  return out.str();
+}
+
+int LintStatus(const std::string& entries) {
+  const TestSupport::TemporaryFile file;
+  std::ofstream(file.Name(), std::ios::binary) << "<Log>" << entries << "</Log>";
+  const TestSupport::ChildResult result = TestSupport::RunChild({"/usr/bin/xmllint", "--noout", file.Name()});
+  EXPECT_EQ("", result.m_sError);
+  return result.m_iStatus;
+}
+
+TEST(LogEntryText, IsAnElementWithASeparatorBehindIt) {
+  EXPECT_EQ(
+      "<LogEntry Severity=\"Error\" >\n"
+      "  <TimeStamp>1998/08/23 02:33:17.123</TimeStamp>\n"
+      "  <LogName>Oxa.Core.Mutex</LogName>\n"
+      "  <Message>The mutex is gone.</Message>\n"
+      "</LogEntry>\n"
+      "\n"
+      "<!-- ========================================================================  -->\n"
+      "\n",
+      LogEntryText(Entry("The mutex is gone.")));
+}
+
+TEST(LogEntryText, SeparatesBy72EqualSigns) {
+  const std::string text = LogEntryText(Entry("m"));
+  const std::string separator = "<!-- " + std::string(72, '=') + "  -->\n";
+  ASSERT_GT(text.size(), separator.size() + 1);
+  EXPECT_EQ("\n" + separator + "\n", text.substr(text.size() - separator.size() - 2));
+  EXPECT_EQ(separator + "\n", std::string(sLOG_ENTRY_SEPARATOR));
+}
+
+TEST(LogEntryText, HasAWordForEachSeverity) {
+  const char* const words[] = {"Alarm", "Error", "Warning", "Debug", "Informational", "Verbose"};
+  for (int severity = 1; severity <= 6; ++severity) {
+    const char* const word = words[severity - 1];
+    EXPECT_STREQ(word, SeverityWord(static_cast<OxaLogSeverityEnum>(severity)));
+    OxaLogEntry entry = Entry("m");
+    entry.m_eSeverity = static_cast<OxaLogSeverityEnum>(severity);
+    EXPECT_EQ(0U,
+              LogEntryText(entry).find("<LogEntry Severity=\"" + std::string(word) + "\" >\n  <TimeStamp>"));
+  }
+}
+
+TEST(LogEntryText, LeavesAnUnknownSeverityOut) {
+  for (const int severity : {-1, 0, 7, 65536}) {
+    EXPECT_EQ(nullptr, SeverityWord(static_cast<OxaLogSeverityEnum>(severity)));
+    OxaLogEntry entry = Entry("m");
+    entry.m_eSeverity = static_cast<OxaLogSeverityEnum>(severity);
+    EXPECT_EQ(0U, LogEntryText(entry).find("<LogEntry>\n  <TimeStamp>"));
+    EXPECT_EQ(ByTheWriter(entry, nullptr), LogEntryText(entry));
+    entry.m_sForm = "xml";
+    EXPECT_EQ(0U, LogEntryText(entry).find("<LogEntry>\n  <TimeStamp>"));
+  }
+}
+
+TEST(LogEntryText, EscapesTheMessageAndTheLogger) {
+  OxaLogEntry entry = Entry("a < b && \"c\" > 'd'");
+  entry.m_sLoggerPath = "A<B";
+  const std::string text = LogEntryText(entry);
+  EXPECT_NE(std::string::npos, text.find("<LogName>A&lt;B</LogName>\n"));
+  EXPECT_NE(std::string::npos,
+            text.find("<Message>a &lt; b &amp;&amp; &quot;c&quot; &gt; &apos;d&apos;</Message>\n"));
+}
+
+TEST(LogEntryText, LaysOutTextsOfEveryLengthAsTheWriterDoes) {
+  for (std::size_t length = 0; length < 200; ++length) {
+    OxaLogEntry entry = Entry(std::string(length, 'm'));
+    EXPECT_EQ(ByTheWriter(entry, "Error"), LogEntryText(entry)) << length;
+    entry = Entry("m");
+    entry.m_sLoggerPath.assign(length, 'p');
+    EXPECT_EQ(ByTheWriter(entry, "Error"), LogEntryText(entry)) << length;
+  }
+}
+
+TEST(LogEntryText, LaysOutWhateverTextsAsTheWriterDoes) {
+  std::mt19937 random(20261121);
+  const std::string letters = "abc <>&'\"\t\xB5.\n";
+  for (int round = 0; round < 20000; ++round) {
+    OxaLogEntry entry = Entry("");
+    const std::size_t kinds = letters.size() - (round % 3 == 0 ? 0 : 1);  // most without line feeds
+    for (auto i = random() % 100; i > 0; --i) entry.m_sMessage += letters[random() % kinds];
+    entry.m_sLoggerPath.clear();
+    for (auto i = random() % 90; i > 0; --i) entry.m_sLoggerPath += letters[random() % kinds];
+    ASSERT_EQ(ByTheWriter(entry, "Error"), LogEntryText(entry)) << entry.m_sMessage;
+  }
+}
+
+TEST(LogEntryText, LaysOutAMessageOfSeveralLinesLineByLine) {
+  EXPECT_NE(std::string::npos, LogEntryText(Entry("one\n  two < 3\n"))
+                                   .find("  <Message>\n"
+                                         "    one\n"
+                                         "    two &lt; 3\n"
+                                         "    \n"
+                                         "  </Message>\n"
+                                         "</LogEntry>\n"));
+}
+
+TEST(LogEntryText, PutsXmlWhereTheMessageWouldStand) {
+  OxaLogEntry entry = Entry("<Warning><Message>a &lt; b</Message></Warning>");
+  entry.m_sForm = "xml";
+  const std::string text = LogEntryText(entry);
+  EXPECT_NE(std::string::npos, text.find("<Message>a &lt; b</Message>"));
+  EXPECT_EQ(text.find("<Message>"), text.rfind("<Message>"));
+  EXPECT_LT(text.find("</LogName>"), text.find("<Warning>"));
+  EXPECT_EQ(sEND, text.substr(text.size() - sEND.size()));
+  EXPECT_EQ(ByTheWriter(entry, "Error"), text);
+  EXPECT_EQ(0, LintStatus(text));
+}
+
+TEST(LogEntryText, TakesNoOtherFormForXml) {
+  for (const char* form : {"", "plain", "XML", "xml ", "Xml", "xmls"}) {
+    OxaLogEntry entry = Entry("<Warning/>");
+    entry.m_sForm = form;
+    EXPECT_NE(std::string::npos, LogEntryText(entry).find("<Message>&lt;Warning/&gt;</Message>\n")) << form;
+  }
+}
+
+TEST(LogEntryText, HoldsAWholeAlert) {
+  struct FiveBelowSix : Warning {
+    FiveBelowSix() : Warning("five < 6") {}
+  } warning;
+  std::ostringstream xml;
+  XMLWriter writer;
+  warning.ToXML(writer, xml, "");
+  OxaLogEntry entry = Entry(xml.str());
+  entry.m_sForm = "xml";
+  entry.m_eSeverity = eLOG_WARNING;
+  const std::string text = LogEntryText(entry);
+  EXPECT_EQ(0, LintStatus(text + LogEntryText(Entry("next"))));
+  EXPECT_NE(std::string::npos, text.find("five &lt; 6"));
+}
+
+TEST(LogEntryText, ReplacesWhatTheBufferHeld) {
+  std::string buffer(5000, 'x');
+  const char* const memory = buffer.data();
+  LogEntryText(Entry("m"), buffer);
+  EXPECT_EQ(LogEntryText(Entry("m")), buffer);
+  EXPECT_EQ(memory, buffer.data());
+}
+
+TEST(LogEntryText, ParsesWithItsNeighbours) {
+  std::string entries;
+  for (const char* message : {"", "one", "two\nlines", "<&>", "-->"}) entries += LogEntryText(Entry(message));
+  EXPECT_EQ(0, LintStatus(entries));
+}
+
+}  // namespace
