@@ -1,5 +1,6 @@
 // The first operations of the log's interfaces, so that their type information exists once.
 #include <Infrastructure/OxaCore/Log.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 
 namespace Oxa::Core {
 
@@ -8,6 +9,8 @@ IOxaLogger::~IOxaLogger() = default;
 IOxaLogHandler::~IOxaLogHandler() = default;
 
 IOxaLogService::~IOxaLogService() = default;
+
+LogManager::IDefaultLogService::~IDefaultLogService() = default;
 
 InvalidLogPath::InvalidLogPath(const std::string& path)
     : ErrorClass(AlertMessage("Invalid log path: %1%", path)) {}
