@@ -6,6 +6,7 @@
 #include <sys/mman.h>
 #include <time.h>
 
+#include <iterator>
 #include <new>
 
 #include "Platform/Faults.h"
@@ -20,17 +21,6 @@ namespace {
 constexpr const char* sFOLDERS[] = {"/dev/shm", "/tmp"};
 
 constexpr long long llNANOSECONDS_PER_SECOND = 1000000000;
-
-bool IsNoSuchFolder(int code) noexcept { return code == ENOENT || code == ENOTDIR || code == EROFS; }
-
-int MapWherePossible(const char* name, NamedLockRecord*& record) noexcept {
-  int code = ENOENT;
-  for (const char* folder : sFOLDERS) {
-    code = MapLockFile(folder, name, record);
-    if (!IsNoSuchFolder(code)) break;
-  }
-  return code;
-}
 
 // What comes is never given back, not even when the library is unloaded: no checker of leaks is to look for it.
 void* PagesForEver(size_t size) noexcept {
@@ -109,7 +99,7 @@ NamedLock* NamedLock::Open(const char* name, int& code) noexcept {
 
 NamedLock* NamedLock::Make(const char* name, int& code) noexcept {
   NamedLockRecord* record = nullptr;
-  code = MapWherePossible(name, record);
+  code = MapLockFile(sFOLDERS, std::size(sFOLDERS), name, record);
   if (code != 0) return nullptr;
   const size_t nameSize = strlen(name) + 1;
   void* const room = PagesForEver(sizeof(NamedLock) + nameSize);

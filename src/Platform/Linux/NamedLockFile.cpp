@@ -172,6 +172,8 @@ int OpenOrMake(const char* folder, const char* path, const char* name, NamedLock
   return code == ENOENT ? MakeNew(folder, path, name) : code;
 }
 
+bool IsNoSuchFolder(int code) noexcept { return code == ENOENT || code == ENOTDIR || code == EROFS; }
+
 }  // namespace
 
 int MapLockFile(const char* folder, const char* name, NamedLockRecord*& record) noexcept {
@@ -187,6 +189,14 @@ int MapLockFile(const char* folder, const char* name, NamedLockRecord*& record) 
     if (attempt > 2) nanosleep(&pause, nullptr);
     code = OpenOrMake(folder, path, name, record);
   }
+  return code;
+}
+
+int MapLockFile(const char* const* folders, std::size_t count, const char* name,
+                NamedLockRecord*& record) noexcept {
+  int code = ENOENT;
+  for (std::size_t folder = 0; folder < count && IsNoSuchFolder(code); ++folder)
+    code = MapLockFile(folders[folder], name, record);
   return code;
 }
 

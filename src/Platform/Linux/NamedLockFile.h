@@ -40,6 +40,10 @@ void LockFileName(const char* name, char (&fileName)[uLOCK_FILE_NAME_SIZE]) noex
 /// is of an incompatible program, ENAMETOOLONG.
 int MapLockFile(const char* folder, const char* name, NamedLockRecord*& record) noexcept;
 
+/// The same in the first of `count` folders that is there and can be written to.
+int MapLockFile(const char* const* folders, std::size_t count, const char* name,
+                NamedLockRecord*& record) noexcept;
+
 /// For a record that was never locked through this mapping.
 void UnmapLockFile(NamedLockRecord* record) noexcept;
 
