@@ -64,9 +64,11 @@ class Queue {
   Queue(const Queue&) = delete;
   Queue& operator=(const Queue&) = delete;
 
-  /// Discards what is left, as Drain does; what the clean-up throws ends here. Nobody may use the queue.
+  /// Discards what is left, as Drain does; what the clean-up throws ends here. Nobody may use the queue; what a
+  /// clean-up pushes nevertheless is destroyed without another one.
   virtual ~Queue() {
-    for (; !m_items.empty(); m_items.pop_front()) DiscardSilently(m_items.front());
+    for (std::size_t left = m_items.size(); left > 0; --left, m_items.pop_front())
+      DiscardSilently(m_items.front());
   }
 
   /// Appends the item, and wakes a reader. False if the queue is full; the item isn't stored then, nor moved
