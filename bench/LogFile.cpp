@@ -1,12 +1,19 @@
 // What one entry of the default log costs: its text, and its way to the disk with the lock between processes and
 // the test of the length that go with each.
+#include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 
 #include "BenchSupport.h"
+#include "Log/DefaultLogEntriesFile.h"
 #include "Log/LogEntryText.h"
+#include "Log/LogFileMutex.h"
+
+#include "Platform/Files.h"
 
 namespace {
 
@@ -43,5 +50,75 @@ void WriterText(benchmark::State& state) {
   }
 }
 OXA_BENCH("Log entry as text", "XMLWriter", WriterText);
+
+/// A folder for the log, and what a thread that logs all its life keeps.
+class LogFolder {
+ public:
+  LogFolder() : m_sPath((std::filesystem::temp_directory_path() / "oxabenchXXXXXX").string()) {
+    if (::mkdtemp(m_sPath.data()) == nullptr) std::abort();
+    System::Instance()->SetProcessPath(m_sPath + '/');
+  }
+  LogFolder(const LogFolder&) = delete;
+  LogFolder& operator=(const LogFolder&) = delete;
+  ~LogFolder() { std::filesystem::remove_all(m_sPath); }
+
+  std::string File() const { return m_sPath + "/DefaultLog.entries"; }
+
+ private:
+  std::string m_sPath;
+  const Platform::FileLimitGuard m_guard;
+};
+
+void OursWrite(benchmark::State& state) {
+  const LogFolder folder;
+  const std::string text = LogEntryText(TypicalEntry());
+  DefaultLogEntriesFile file;
+  for (auto _ : state) file.Write(text);
+}
+OXA_BENCH("Log entry to disk", "Ours", OursWrite);
+
+// What can't be left out: the call of the system that appends.
+void BareAppend(benchmark::State& state) {
+  const LogFolder folder;
+  const std::string text = LogEntryText(TypicalEntry());
+  int code = 0;
+  Platform::FileHandle file = Platform::FileHandle::OpenForAppend(folder.File().c_str(), code);
+  std::size_t written = 0;
+  std::size_t length = 0;
+  for (auto _ : state) {
+    file.Write(text.data(), text.size(), written);
+    length += written;
+    if (length > 1400000) length = static_cast<std::size_t>(file.Truncate(0));
+  }
+}
+OXA_BENCH("Log entry to disk", "bare append", BareAppend);
+
+void BareLength(benchmark::State& state) {
+  const LogFolder folder;
+  int code = 0;
+  Platform::FileHandle file = Platform::FileHandle::OpenForAppend(folder.File().c_str(), code);
+  std::uint64_t length = 0;
+  for (auto _ : state) benchmark::DoNotOptimize(file.SeekToEnd(length));
+}
+OXA_BENCH("Log entry to disk", "bare length", BareLength);
+
+void BareLock(benchmark::State& state) {
+  const LogFolder folder;
+  const boost::shared_ptr<LogFileMutex> mutex(new LogFileMutex(folder.File()));
+  for (auto _ : state) const LogFileLock lock(mutex);
+}
+OXA_BENCH("Log entry to disk", "bare lock", BareLock);
+
+void OursTextAndWrite(benchmark::State& state) {
+  const LogFolder folder;
+  const OxaLogEntry entry = TypicalEntry();
+  std::string text;
+  DefaultLogEntriesFile file;
+  for (auto _ : state) {
+    LogEntryText(entry, text);
+    file.Write(text);
+  }
+}
+OXA_BENCH("Log entry as text and to disk", "Ours", OursTextAndWrite);
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <cstddef>
+#include <cstring>
 #include <sstream>
+#include <string_view>
 
 #include "XML/Escape.h"
 
@@ -19,8 +21,8 @@ const char* const sMESSAGE = "Message";
 const char* const sXML_FORM = "xml";
 
 constexpr std::size_t uLINE_WIDTH = 80;
-constexpr std::size_t uMARKS = 7;  // on the line of an element: two blanks, and "<>" and "</>"
-constexpr std::size_t uUSUAL_FRAME = 512;
+constexpr std::size_t uMARKS = 7;    // on the line of an element: two blanks, and "<>" and "</>"
+constexpr std::size_t uFRAME = 512;  // more than all that stands around the three texts
 
 const char* const sWORDS[] = {"Alarm", "Error", "Warning", "Debug", "Informational", "Verbose"};
 
@@ -53,28 +55,60 @@ bool IsSimple(const OxaLogEntry& entry) {
   return entry.m_sForm != sXML_FORM && IsOneLine(entry.m_sMessage) && IsOneLine(entry.m_sLoggerPath);
 }
 
-void PutTag(std::string& text, std::string_view opening, std::string_view name, std::string_view closing) {
-  text.append(opening).append(name).append(closing);
+// Writes into memory that was made large enough beforehand. Literals are copied by a few instructions each.
+class Pen {
+ public:
+  explicit Pen(char* at) : m_pAt(at) {}
+
+  template <std::size_t SIZE>
+  Pen& operator<<(const char (&literal)[SIZE]) {
+    return Put(literal, SIZE - 1);
+  }
+  Pen& operator<<(const std::string& text) { return Put(text.data(), text.size()); }
+  Pen& operator<<(std::string_view text) { return Put(text.data(), text.size()); }
+
+  char* At() const { return m_pAt; }
+
+ private:
+  Pen& Put(const char* text, std::size_t size) {
+    std::memcpy(m_pAt, text, size);
+    m_pAt += size;
+    return *this;
+  }
+
+  char* m_pAt;
+};
+
+template <std::size_t SIZE>
+void PutElement(Pen& pen, const char (&name)[SIZE], const std::string& escaped) {
+  if (escaped.empty())
+    pen << "  <" << name << "/>\n";
+  else if (escaped.size() + 2 * (SIZE - 1) + uMARKS < uLINE_WIDTH)
+    pen << "  <" << name << ">" << escaped << "</" << name << ">\n";
+  else
+    pen << "  <" << name << ">\n    " << escaped << "\n  </" << name << ">\n";
 }
 
-void PutElement(std::string& text, std::string_view name, const std::string& content) {
-  if (content.empty()) return PutTag(text, "  <", name, "/>\n");
-  std::string buffer;
-  const std::string& escaped = EscapeInto(content, buffer);
-  const bool fits = escaped.size() + 2 * name.size() + uMARKS < uLINE_WIDTH;
-  PutTag(text, "  <", name, fits ? ">" : ">\n    ");
-  text.append(escaped);
-  PutTag(text, fits ? "</" : "\n  </", name, ">\n");
+void PutStartTag(Pen& pen, OxaLogSeverityEnum severity) {
+  if (const char* const word = SeverityWord(severity))
+    pen << "<LogEntry Severity=\"" << std::string_view(word) << "\" >\n";
+  else
+    pen << "<LogEntry>\n";
 }
 
-void PutElementOfEntry(std::string& text, const OxaLogEntry& entry) {
-  const char* const word = SeverityWord(entry.m_eSeverity);
-  PutTag(text, "<LogEntry", word == nullptr ? "" : " Severity=\"", word == nullptr ? "" : word);
-  text.append(word == nullptr ? ">\n" : "\" >\n");
-  PutElement(text, sTIME, entry.m_time.ToString());
-  PutElement(text, sLOG_NAME, entry.m_sLoggerPath);
-  PutElement(text, sMESSAGE, entry.m_sMessage);
-  text.append("</LogEntry>\n");
+void PutByHand(const OxaLogEntry& entry, std::string& text) {
+  std::string buffers[2];
+  const std::string time = entry.m_time.ToString();
+  const std::string& path = EscapeInto(entry.m_sLoggerPath, buffers[0]);
+  const std::string& message = EscapeInto(entry.m_sMessage, buffers[1]);
+  text.resize(time.size() + path.size() + message.size() + uFRAME);
+  Pen pen(text.data());
+  PutStartTag(pen, entry.m_eSeverity);
+  PutElement(pen, "TimeStamp", time);
+  PutElement(pen, "LogName", path);
+  PutElement(pen, "Message", message);
+  pen << "</LogEntry>\n\n" << sLOG_ENTRY_SEPARATOR;
+  text.resize(static_cast<std::size_t>(pen.At() - text.data()));
 }
 
 }  // namespace
@@ -84,13 +118,10 @@ const char* SeverityWord(OxaLogSeverityEnum severity) noexcept {
 }
 
 void LogEntryText(const OxaLogEntry& entry, std::string& text) {
-  text.clear();
-  text.reserve(entry.m_sMessage.size() + entry.m_sLoggerPath.size() + uUSUAL_FRAME);
   if (IsSimple(entry))
-    PutElementOfEntry(text, entry);
+    PutByHand(entry, text);
   else
-    text.append(WrittenElement(entry));
-  text.append("\n").append(sLOG_ENTRY_SEPARATOR);
+    text.assign(WrittenElement(entry)).append("\n").append(sLOG_ENTRY_SEPARATOR);
 }
 
 std::string LogEntryText(const OxaLogEntry& entry) {

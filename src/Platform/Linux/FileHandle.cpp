@@ -97,6 +97,13 @@ int FileHandle::Seek(std::uint64_t position) noexcept {
   return lseek(m_iFile, static_cast<off_t>(position), SEEK_SET) < 0 ? errno : 0;
 }
 
+int FileHandle::SeekToEnd(std::uint64_t& position) noexcept {
+  const off_t end = lseek(m_iFile, 0, SEEK_END);
+  if (end < 0) return errno;
+  position = static_cast<std::uint64_t>(end);
+  return 0;
+}
+
 int FileHandle::Size(std::uint64_t& size) const noexcept {
   struct stat facts;
   if (fstat(m_iFile, &facts) != 0) return errno;

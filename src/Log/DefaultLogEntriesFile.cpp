@@ -1,0 +1,138 @@
+#include "Log/DefaultLogEntriesFile.h"
+
+#include <Infrastructure/OxaCore/Assert.h>
+
+#include "Log/DefaultLogDocument.h"
+#include "Log/LogFileMutex.h"
+#include "Log/UnfinishedEntry.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sENTRIES = "DefaultLog.entries";
+const char* const sARCHIVE = "DefaultLog.archive";
+constexpr std::uint32_t uFULL_LENGTH = 1400000;
+
+}  // namespace
+
+DefaultLogEntriesFile::DefaultLogEntriesFile() = default;
+
+DefaultLogEntriesFile::~DefaultLogEntriesFile() = default;
+
+// --- Open and closed
+
+bool DefaultLogEntriesFile::IsOpen() const {
+  const Lock lock(m_mutex);
+  return m_file.IsOpen();
+}
+
+bool DefaultLogEntriesFile::Open() {
+  const Lock lock(m_mutex);
+  if (m_file.IsOpen()) return true;
+  m_PathName = DefaultLogFile(sENTRIES);
+  m_spFileMutex.reset(new LogFileMutex(m_PathName));
+  return OpenByName();
+}
+
+// The number is read first: if the file gets another name in between, the next Write opens it once more.
+bool DefaultLogEntriesFile::OpenByName() {
+  m_ullGeneration = m_spFileMutex->GetGeneration();
+  int code = 0;
+  m_file = Platform::FileHandle::OpenForAppend(m_PathName, code);
+  if (!m_file.IsOpen()) m_spFileMutex.reset();
+  return m_file.IsOpen();
+}
+
+void DefaultLogEntriesFile::Close() {
+  const Lock lock(m_mutex);
+  m_file.Close();
+  m_spFileMutex.reset();
+}
+
+boost::shared_ptr<LogFileMutex> DefaultLogEntriesFile::MutexOfOpenFile() {
+  const Lock lock(m_mutex);
+  Open();
+  return m_spFileMutex;
+}
+
+// --- Writing
+
+bool DefaultLogEntriesFile::Write(const std::string& text) {
+  const boost::shared_ptr<LogFileMutex> spFileMutex = MutexOfOpenFile();
+  if (!spFileMutex) return false;
+  const LogFileLock processLock(spFileMutex);
+  const Lock lock(m_mutex);
+  if (!Prepare(processLock)) return false;
+  Append(text, processLock);
+  if (IsFull()) Rollover();
+  return true;
+}
+
+// Another thread may have closed the file while this one waited, another process may have given its name to a
+// new one, and the last owner of the lock may have died at either.
+bool DefaultLogEntriesFile::Prepare(const LogFileLock& processLock) {
+  if (!Open()) return false;
+  if (processLock.WasAbandoned()) m_spFileMutex->CountGeneration();
+  if (HasNameMoved() && !OpenByName()) return false;
+  if (processLock.WasAbandoned()) CutUnfinishedEntry(m_PathName);
+  return true;
+}
+
+bool DefaultLogEntriesFile::HasNameMoved() const { return m_spFileMutex->GetGeneration() != m_ullGeneration; }
+
+void DefaultLogEntriesFile::Append(const std::string& text, const LogFileLock& processLock) {
+  std::size_t written = 0;
+  m_file.Write(text.data(), text.size(), written);
+  if (written != 0 && written != text.size()) CutBack(written, processLock);
+}
+
+// Without the lock, somebody else may have written behind it already.
+void DefaultLogEntriesFile::CutBack(std::size_t written, const LogFileLock& processLock) {
+  if (!processLock.IsOwner()) return CutUnfinishedEntry(m_PathName);
+  std::uint64_t length = 0;
+  if (m_file.SeekToEnd(length) == 0 && length >= written) m_file.Truncate(length - written);
+}
+
+// --- Turning over
+
+bool DefaultLogEntriesFile::IsFull() {
+  std::uint64_t length = 0;
+  return m_file.SeekToEnd(length) == 0 && static_cast<std::uint32_t>(length) > uFULL_LENGTH;
+}
+
+// If somebody who didn't get the lock has turned over in the meantime, or the file was removed by hand, what the
+// name stands for now is not full, and the archive stays what it is.
+void DefaultLogEntriesFile::Rollover() {
+  const boost::shared_ptr<LogFileMutex> spFileMutex = m_spFileMutex;
+  const bool gone = HasNameMoved() || !m_PathName.Exists();
+  Close();
+  if (!gone && !MoveToArchive(*spFileMutex)) return CopyToArchive();
+  Open();
+}
+
+PathName DefaultLogEntriesFile::ArchiveName() const {
+  PathName archive = m_PathName;
+  archive.SetLeafAndExt(sARCHIVE);
+  return archive;
+}
+
+bool DefaultLogEntriesFile::MoveToArchive(LogFileMutex& fileMutex) {
+  PathName archive = ArchiveName();
+  if (archive.Exists()) archive.Delete();
+  PathName entries = m_PathName;  // Rename changes the name that it is called on
+  if (!entries.Rename(sARCHIVE)) return false;
+  fileMutex.CountGeneration();
+  OXA_ASSERT(!m_PathName.Exists());
+  return true;
+}
+
+// The file stays the same one, so that nobody has to open it anew. A log that was moved to another folder in the
+// meantime is opened there, and isn't cut.
+void DefaultLogEntriesFile::CopyToArchive() {
+  const std::string entries = m_PathName;
+  const bool copied = Platform::CopyFile(entries.c_str(), ArchiveName()) == 0;
+  if (Open() && copied && m_PathName == entries) m_file.Truncate(0);
+}
+
+}  // namespace Oxa::Core

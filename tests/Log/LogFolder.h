@@ -1,0 +1,95 @@
+// A folder of its own for the default log of a test, and what the tests read in it.
+#ifndef OXACORE_TESTS_LOG_LOGFOLDER_H
+#define OXACORE_TESTS_LOG_LOGFOLDER_H
+
+#include <Infrastructure/OxaCore/System.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include "Log/LogEntryText.h"
+#include "Support/ChildProcess.h"
+
+namespace LogTests {
+
+/// The default log of this process lies there as long as the object lives.
+class LogFolder {
+ public:
+  LogFolder() : m_sPath((std::filesystem::temp_directory_path() / "oxalogXXXXXX").string()) {
+    if (::mkdtemp(m_sPath.data()) == nullptr) std::abort();
+    Oxa::Core::System::Instance()->GetProcessPath(m_sBefore);
+    Oxa::Core::System::Instance()->SetProcessPath(Path());
+  }
+  LogFolder(const LogFolder&) = delete;
+  LogFolder& operator=(const LogFolder&) = delete;
+  ~LogFolder() {
+    Oxa::Core::System::Instance()->SetProcessPath(m_sBefore);
+    std::error_code ignored;
+    std::filesystem::permissions(m_sPath, std::filesystem::perms::owner_all, ignored);
+    std::filesystem::remove_all(m_sPath, ignored);
+  }
+
+  /// With a closing "/".
+  std::string Path() const { return m_sPath + '/'; }
+  std::string File(const std::string& name) const { return Path() + name; }
+
+  std::string Read(const std::string& name) const {
+    std::ifstream file(File(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+  void Put(const std::string& name, const std::string& text) const {
+    std::ofstream(File(name), std::ios::binary) << text;
+  }
+  bool Has(const std::string& name) const { return std::filesystem::exists(File(name)); }
+  std::uintmax_t Size(const std::string& name) const { return std::filesystem::file_size(File(name)); }
+  void Allow(const std::string& name, unsigned mode) const {
+    std::filesystem::permissions(File(name), static_cast<std::filesystem::perms>(mode));
+  }
+
+  std::string Entries() const { return Read("DefaultLog.entries"); }
+  std::string Archive() const { return Read("DefaultLog.archive"); }
+
+  std::set<std::string> Names() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
+      names.insert(entry.path().filename().string());
+    return names;
+  }
+
+  /// What xmllint has to say against the document with its entries; empty if nothing.
+  std::string Faults() const {
+    const TestSupport::ChildResult result =
+        TestSupport::RunChild({"/usr/bin/xmllint", "--noent", "--noout", File("DefaultLog.xml")});
+    return result.m_iStatus == 0 ? result.m_sError
+                                 : "status " + std::to_string(result.m_iStatus) + ": " + result.m_sError;
+  }
+
+ private:
+  std::string m_sPath;
+  std::string m_sBefore;
+};
+
+inline Oxa::Core::OxaLogEntry Entry(const std::string& message) {
+  Oxa::Core::OxaLogEntry entry;
+  entry.m_eSeverity = Oxa::Core::eLOG_WARNING;
+  entry.m_sMessage = message;
+  entry.m_sLoggerPath = "Oxa.Test";
+  entry.m_sForm = "plain";
+  return entry;
+}
+
+inline std::string EntryText(const std::string& message) { return Oxa::Core::LogEntryText(Entry(message)); }
+
+/// An entry of exactly `size` bytes, which has to be some hundred.
+inline std::string EntryOfSize(std::size_t size) {
+  const std::string shortest = EntryText(std::string(100, 'x'));
+  return EntryText(std::string(100 + size - shortest.size(), 'x'));
+}
+
+}  // namespace LogTests
+
+#endif
