@@ -30,8 +30,9 @@ namespace Oxa::Core {
 
 class OXACORE_API PathName {
  public:
-  /// Whose rules a name follows. Only NT is supported. With another format a name has no parameters: no
-  /// separators but that of the base, no legal characters and all limits 0, so that nothing of it is valid.
+  /// Whose rules a name follows. Only NT is supported. A name of another format has no parameters: nothing but
+  /// colons and the backslashes of servers separates, letters and digits are the only legal characters, and all
+  /// limits are 0, so that no component is valid.
   enum PathFormat { NT = 0, UNIX = 1 };
 
   PathName(PathFormat format = NT);
@@ -127,6 +128,7 @@ class OXACORE_API PathName {
   /// this object then stays as it was.
   void operator+=(const std::string& aPath);
   void operator+=(const char* aPath);
+  void operator+=(const PathName& aPath) { *this += aPath.m_sText.c_str(); }
 
   /// Ends the text in a separator, unless it is empty.
   void ForceAsDir();

@@ -69,8 +69,8 @@ FileHandle FileHandle::OpenForReading(const char* name, int& code) noexcept {
 FileHandle::FileHandle(FileHandle&& other) noexcept : m_iFile(std::exchange(other.m_iFile, -1)) {}
 
 FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
-  FileHandle old(std::move(*this));
-  m_iFile = std::exchange(other.m_iFile, -1);
+  FileHandle taken(std::move(other));  // which may be this one
+  std::swap(m_iFile, taken.m_iFile);
   return *this;
 }
 
