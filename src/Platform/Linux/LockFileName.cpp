@@ -53,9 +53,10 @@ void LockFileName(const char* name, char (&fileName)[uLOCK_FILE_NAME_SIZE]) noex
   }
   escaped[0] = '\0';
   Escape(name, escaped, uKEPT_BEFORE_DIGEST);
-  snprintf(fileName, sizeof fileName, "%s%s%%-%016llx%016llx.%zu", sPREFIX, escaped,
+  snprintf(fileName, sizeof fileName, "%s%.*s%%-%016llx%016llx.%u", sPREFIX,
+           static_cast<int>(uKEPT_BEFORE_DIGEST), escaped,
            static_cast<unsigned long long>(Digest(name, uFIRST_SEED)),
-           static_cast<unsigned long long>(Digest(name, uSECOND_SEED)), strlen(name));
+           static_cast<unsigned long long>(Digest(name, uSECOND_SEED)), static_cast<unsigned>(strlen(name)));
 }
 
 }  // namespace Oxa::Core::Platform
