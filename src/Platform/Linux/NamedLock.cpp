@@ -54,6 +54,13 @@ int LockByMoment(pthread_mutex_t& mutex, Deadline deadline) noexcept {
     nanosleep(&pause, nullptr);
   }
 }
+
+// It takes an unlocking by another thread than the owner for a mistake, though that is a plain failure here. The own
+// id can't come or go while this thread looks.
+int UnlockAsOwner(pthread_mutex_t& mutex) noexcept {
+  const int owner = __atomic_load_n(&mutex.__data.__owner, __ATOMIC_RELAXED);
+  return static_cast<unsigned long>(owner) == CurrentThreadId() ? pthread_mutex_unlock(&mutex) : EPERM;
+}
 #else
 int LockByMoment(pthread_mutex_t& mutex, Deadline deadline) noexcept {
   const long long moment = deadline.Moment();
@@ -61,6 +68,8 @@ int LockByMoment(pthread_mutex_t& mutex, Deadline deadline) noexcept {
                         static_cast<long>(moment % llNANOSECONDS_PER_SECOND)};
   return pthread_mutex_clocklock(&mutex, CLOCK_MONOTONIC, &end);
 }
+
+int UnlockAsOwner(pthread_mutex_t& mutex) noexcept { return pthread_mutex_unlock(&mutex); }
 #endif
 
 }  // namespace
@@ -132,7 +141,7 @@ WaitResult NamedLock::TryLock() noexcept {
   return ResultOf(mutex, pthread_mutex_trylock(&mutex));
 }
 
-int NamedLock::Unlock() noexcept { return pthread_mutex_unlock(&m_pRecord->m_mutex); }
+int NamedLock::Unlock() noexcept { return UnlockAsOwner(m_pRecord->m_mutex); }
 
 std::atomic<std::uint64_t>& NamedLock::Generation() noexcept { return m_pRecord->m_ullGeneration; }
 
