@@ -14,6 +14,7 @@
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
+#include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
@@ -108,8 +109,11 @@ std::list<ISingletonRegistryEntry*>& SingletonRegistry::m_registry = s_registry.
 namespace {
 
 [[maybe_unused]] const TimeZoneInfo s_zoneOfLoad;
+Immortal<Mutex> s_stackSizeMutex;  // threads are made and started to the very end
 
 }  // namespace
+
+Mutex& Thread::s_mutex = s_stackSizeMutex.Get();
 
 Time Time::s_unixEpochBase(1, 1, 1970, Elapse(0, Elapse::Seconds));
 const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);

@@ -14,6 +14,7 @@
 #include "ErrorHandling/Hooks.h"
 #include "Platform/Faults.h"
 #include "Platform/Machine.h"
+#include "Platform/NativeThread.h"
 #include "Platform/Storage.h"
 
 namespace Oxa::Core {
@@ -26,6 +27,8 @@ const char* const sMISSED_SHUTDOWN =
     "false memory leak reporting.  To avoid this call Oxa::Core::Shutdown when "
     "the application is exiting but not from an ::atexit() handler (e.g. from"
     "ExitInstance)";
+
+constexpr long long llPATIENCE_MS = 1000;
 
 // Initialize and Shutdown run on one thread each, by contract.
 bool s_bFirstInitialize = true;
@@ -105,6 +108,8 @@ void UnloadRoutine() {
   TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
+  // Threads that have done their work may still be on their last steps in the library's code.
+  Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));
 }
 
 }  // namespace Oxa::Core

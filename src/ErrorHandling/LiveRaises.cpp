@@ -90,4 +90,14 @@ bool LiveRaises::ForgetThisThread(Error& first) noexcept {
   return found;
 }
 
+void LiveRaises::DropThisThread() noexcept {
+  const unsigned long thread = Platform::ThreadSerial();
+  const Platform::ShortGuard guard(s_lock);
+  for (LiveRaise* raise = s_ends.m_pNext; raise != nullptr;) {
+    LiveRaise* const next = raise->m_pNext;
+    if (raise->m_ulThread == thread) Unlink(*raise);
+    raise = next;
+  }
+}
+
 }  // namespace Oxa::Core

@@ -27,6 +27,10 @@ class LiveRaises {
   /// Forgets all raises of the calling thread. If the first of them, the one that was raised while there was no
   /// other, is still alive, `first` becomes a copy of it without its mark.
   static bool ForgetThisThread(Error& first) noexcept;
+
+  /// Forgets all raises of the calling thread and touches nothing else: for a thread that is being killed, whose
+  /// errors lie on its stack.
+  static void DropThisThread() noexcept;
 };
 
 /// The number of live raises on the calling thread.

@@ -185,6 +185,7 @@ class Event {
   bool GiveUp(Waiter& waiter) noexcept;
   WaitResult Sleep(Waiter& waiter, Deadline deadline) noexcept;
   void Remove(Waiter& waiter) noexcept;
+  static void LeaveKilled(void* waiter);
 
   ShortLock m_lock;            // guards the next three, and the links and marks of the waiters
   bool m_bSet = false;         // never while somebody is in line
@@ -218,10 +219,12 @@ class CountingSemaphore {
 
  private:
   explicit CountingSemaphore(std::uint32_t initial) noexcept : m_llBalance(initial) {}
+  int PostToWaiters(std::uint32_t amount) noexcept;
   void HandOut(std::uint32_t count) noexcept;
   bool TryTakeHandedOut() noexcept;
   bool AwaitHandOut(Deadline deadline) noexcept;
   bool Withdraw() noexcept;
+  static void LeaveKilled(void* semaphore);
 
   std::atomic<std::int64_t> m_llBalance;       // the value, or minus the waiters that nobody has posted for
   std::atomic<std::uint32_t> m_uHandedOut{0};  // posted for waiters, and not fetched by them yet

@@ -3,6 +3,7 @@
 
 #include <new>
 
+#include "Platform/Kill.h"
 #include "Platform/Threads.h"
 #include "Threads/ConditionTexts.h"
 #include "Threads/WholeMilliseconds.h"
@@ -65,14 +66,24 @@ bool Condition::TimedWait(const Elapse& timeout) {
 }
 
 Platform::WaitResult Condition::WaitFor(Platform::Deadline deadline) {
-  m_waiters.fetch_add(1);
-  const Platform::WaitResult result = m_hConditionSignal != nullptr && m_hMutex != nullptr
-                                          ? m_hConditionSignal->ReleaseAndWait(*m_hMutex, deadline)
-                                          : Platform::NothingToWaitFor();
-  LeaveWait();
+  const Platform::WaitResult result = SleepCounted(deadline);
   // By name, so that a derived class that locks in its own way is asked.
   IMutex& self = *this;
   self.Lock();
+  return result;
+}
+
+// A waiter that is killed is counted no more, or the next broadcast would wait for it.
+Platform::WaitResult Condition::SleepCounted(Platform::Deadline deadline) {
+  Platform::HoldKill hold;
+  m_waiters.fetch_add(1);
+  const Platform::KillCleanUp cleanUp([](void* self) { static_cast<Condition*>(self)->LeaveWait(); }, this);
+  hold.Release();
+  const Platform::WaitResult result = m_hConditionSignal != nullptr && m_hMutex != nullptr
+                                          ? m_hConditionSignal->ReleaseAndWait(*m_hMutex, deadline)
+                                          : Platform::NothingToWaitFor();
+  hold.Take();
+  LeaveWait();
   return result;
 }
 
@@ -99,6 +110,8 @@ void Condition::Signal() {
 void Condition::Broadcast() {
   if (m_hConditionSignal == nullptr) return;
   unsigned int waiters = m_waiters.load();
+  if (waiters <= 1) return Signal();
+  const Platform::HoldKill hold;
   do {
     if (waiters <= 1) return Signal();
   } while (!m_waiters.compare_exchange_weak(waiters, waiters | uBROADCASTING));

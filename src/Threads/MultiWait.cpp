@@ -3,19 +3,32 @@
 #include <atomic>
 #include <thread>
 
+#include "Platform/Kill.h"
+
 namespace Oxa::Core {
 
 namespace {
 
+// Counts the calling thread, killed or not, for as long as it is there.
 class Presence {
  public:
-  explicit Presence(std::atomic<unsigned int>& present) : m_present(present) { m_present.fetch_add(1); }
+  explicit Presence(std::atomic<unsigned int>& present) : m_present(present), m_cleanUp(&Leave, &present) {
+    m_present.fetch_add(1);
+    m_hold.Release();
+  }
   Presence(const Presence&) = delete;
   Presence& operator=(const Presence&) = delete;
-  ~Presence() { m_present.fetch_sub(1); }
+  ~Presence() {
+    m_hold.Take();
+    Leave(&m_present);
+  }
 
  private:
+  static void Leave(void* present) { static_cast<std::atomic<unsigned int>*>(present)->fetch_sub(1); }
+
+  Platform::HoldKill m_hold;  // first and last: the count and its clean-up come and go as one
   std::atomic<unsigned int>& m_present;
+  const Platform::KillCleanUp m_cleanUp;
 };
 
 }  // namespace

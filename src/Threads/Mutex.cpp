@@ -3,6 +3,7 @@
 #include <new>
 
 #include "Core/LibraryState.h"
+#include "Platform/Kill.h"
 #include "Platform/Threads.h"
 #include "Threads/WholeMilliseconds.h"
 
@@ -67,12 +68,17 @@ bool Mutex::TryLock(const Elapse& timeout) {
 // Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free. Nothing here
 // may be touched once this thread is no longer counted, since the destructor waits for counted ones only.
 bool Mutex::Spin(const Elapse& timeout, bool& dying) {
+  const auto leave = [](void* waiters) { static_cast<std::atomic<int>*>(waiters)->fetch_sub(1); };
   const Platform::Deadline deadline = ExactDeadline(timeout);
+  Platform::HoldKill hold;
   m_iTimedWaiters.fetch_add(1);
+  const Platform::KillCleanUp cleanUp(leave, &m_iTimedWaiters);
+  hold.Release();
   bool locked = Native().TryLock();
   while (!locked && !DestructionBegan() && !deadline.HasPassed()) locked = Native().TryLock();
+  hold.Take();
   dying = DestructionBegan();
-  m_iTimedWaiters.fetch_sub(1);
+  leave(&m_iTimedWaiters);
   return locked;
 }
 

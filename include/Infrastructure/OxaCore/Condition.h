@@ -90,6 +90,7 @@ class OXACORE_API Condition : public IMutex {
  private:
   Platform::WaitResult LockSlowly(const Elapse& timeout);
   Platform::WaitResult WaitFor(Platform::Deadline deadline);
+  Platform::WaitResult SleepCounted(Platform::Deadline deadline);
   void LeaveWait();
 
   const bool m_notifyBroadcasts;

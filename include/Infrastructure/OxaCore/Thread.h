@@ -8,8 +8,8 @@
 // Thread safety: any thread may use any operation, except that a thread can't wait for itself. Failures: those of
 // Condition pass through the waits. The machine's clock limits the waits: who sets it makes them longer or
 // shorter.
-// Locks that a caller can meet, in this order: the thread's mutex, then its state condition. OnThreadComplete
-// runs with the condition held: another thread that asks this Thread for more than its plain data waits meanwhile.
+// Locks that a caller can meet, in this order: the thread's state condition, then its mutex. OnThreadComplete runs
+// with the condition held: another thread that waits for this one, stops or starts it, waits for the listener too.
 //
 //   class Watch : public Task {
 //    public:
@@ -258,30 +258,34 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
  private:
   class NotifyThreadComplete;
   class NotifyThreadError;
-  class RunGuard;
-  class StateLock;
-  enum EFailedIn : int { eFAILED_IN_TASK, eFAILED_IN_THREAD };
+  class LastStep;
 
   Thread();
 
   static unsigned int Invoker(void* argument);
-  void Invoke(unsigned int& result);
+  unsigned int Invoke();
   unsigned int Run();
-  bool FailWithoutTask();
-  void RunTask(Task& task);
-  void FailBy(Error& error, EFailedIn where);
-  void FailByUnknown(EFailedIn where);
+  bool HasTask();
+  void RunTask();
+  void FailBy(Error& error, const char* cause);
+  void FailByUnknown(const char* cause);
   void LogErrorRaised(Error& error);
+  void SetLastError(Error& error, bool notify);
+  void KeepLastError(boost::shared_ptr<Error> error);
+  void SetWindowsThreadName();
 
-  int StartNative(boost::shared_ptr<Platform::NativeThread>& native);
+  using Handle = boost::shared_ptr<Platform::NativeThread>;
+  bool StartNative(const boost::shared_ptr<Task>& task);
+  bool RunNative(const Handle& native);
+  Handle GetHandle() const;
+  void SetHandle(const Handle& handle);
   unsigned int PlatformStackSize() const;
   void SetTask(const boost::shared_ptr<Task>& task);
-  void SetLastError(Error& error, bool notify);
-  void SetWindowsThreadName();
   static int GetPlatformSpecificPriority(EPriority priority);
 
-  bool AwaitTaskStart() const;
-  bool KillNative(bool& killed);
+  void AwaitTaskStart() const;
+  void KillNative(Platform::NativeThread& native);
+  void BuryKilled();
   void BeginRun();
   void EndRun();
   std::string CopyOfName() const;
@@ -301,7 +305,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   boost::shared_ptr<Thread> m_spSelf;  ///< keeps this alive as long as m_iRuns isn't 0
   boost::weak_ptr<Thread> m_wpThis;
   NotificationSupport m_listeners;
-  boost::shared_ptr<Platform::NativeThread> m_hThread;
+  Handle m_hThread;
   int m_iRuns;                   ///< runs whose last step is still to come: a restart may overtake it
   std::atomic<bool> m_bKilling;  ///< Kill is at work, and it is for Kill to tell the end
 

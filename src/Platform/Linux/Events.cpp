@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "Platform/Kill.h"
 #include "Platform/Linux/Futex.h"
 
 namespace Oxa::Core::Platform {
@@ -15,8 +16,11 @@ constexpr std::uint32_t uHANDED = 2;
 
 }  // namespace
 
-// Stands on the waiting thread's stack.
+// Stands on the waiting thread's stack. From its place in line on, kills are held but for the sleep.
 struct Event::Waiter {
+  explicit Waiter(Event& event) noexcept : m_pEvent(&event) {}
+
+  Event* const m_pEvent;
   std::atomic<std::uint32_t> m_uWord{uAWAKE};
   bool m_bInLine = false;
   Waiter* m_pPrevious = nullptr;
@@ -36,7 +40,7 @@ struct Event::Waiter {
     if (!m_uWord.compare_exchange_strong(expected, uASLEEP, std::memory_order_acq_rel) && expected == uHANDED)
       return true;
     while (!Handed())
-      if (!FutexWait(&m_uWord, uASLEEP, deadline)) return Handed();
+      if (!FutexWaitUnheld(&m_uWord, uASLEEP, deadline)) return Handed();
     return true;
   }
 };
@@ -47,6 +51,7 @@ void Event::Destroy(Event* event) noexcept { delete event; }
 
 // Nothing of this event is touched once the waiter knows: it may destroy the event then.
 void Event::Set() noexcept {
+  const HoldKill hold;
   Waiter* waiter;
   {
     const ShortGuard guard(m_lock);
@@ -61,14 +66,16 @@ void Event::Set() noexcept {
 }
 
 WaitResult Event::Wait(Deadline deadline) noexcept {
-  Waiter waiter;
+  const HoldKill hold;
+  Waiter waiter(*this);
   if (TakeOrEnqueue(waiter)) return {EWaitEnd::eSIGNALLED, 0};
   return Sleep(waiter, deadline);
 }
 
 WaitResult Event::ReleaseAndWait(ReentrantLock& lock, Deadline deadline) noexcept {
   if (!lock.IsOwner()) return {EWaitEnd::eFAILED, EPERM};
-  Waiter waiter;
+  const HoldKill hold;
+  Waiter waiter(*this);
   const bool taken = TakeOrEnqueue(waiter);
   lock.Unlock();
   if (taken) return {EWaitEnd::eSIGNALLED, 0};
@@ -76,7 +83,8 @@ WaitResult Event::ReleaseAndWait(ReentrantLock& lock, Deadline deadline) noexcep
 }
 
 WaitResult Event::SetAndWait(Event& other, Deadline deadline) noexcept {
-  Waiter waiter;
+  const HoldKill hold;
+  Waiter waiter(*this);
   const bool taken = TakeOrEnqueue(waiter);
   other.Set();
   if (taken) return {EWaitEnd::eSIGNALLED, 0};
@@ -103,6 +111,7 @@ void Event::Remove(Waiter& waiter) noexcept {
 }
 
 WaitResult Event::Sleep(Waiter& waiter, Deadline deadline) noexcept {
+  const KillCleanUp cleanUp(&LeaveKilled, &waiter);
   const bool handed =
       (!deadline.HasPassed() && SpinIfAdvised(m_spinAdvice, [&] { return waiter.Handed(); })) ||
       waiter.AwaitHand(deadline) || !GiveUp(waiter);
@@ -120,6 +129,12 @@ bool Event::GiveUp(Waiter& waiter) noexcept {
   }
   waiter.AwaitHand(Deadline::Never());
   return false;
+}
+
+// What was handed to a dead thread is for the next one.
+void Event::LeaveKilled(void* killed) {
+  Waiter& waiter = *static_cast<Waiter*>(killed);
+  if (!waiter.m_pEvent->GiveUp(waiter)) waiter.m_pEvent->Set();
 }
 
 }  // namespace Oxa::Core::Platform

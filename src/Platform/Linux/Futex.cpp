@@ -6,6 +6,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "Platform/Linux/KillState.h"
+
 namespace Oxa::Core::Platform {
 
 namespace {
@@ -48,6 +50,13 @@ bool FutexWait(const void* word, std::uint32_t expected, Deadline deadline) noex
                               deadline.IsNever() ? nullptr : &moment, nullptr, FUTEX_BITSET_MATCH_ANY);
   const bool inTime = result == 0 || errno != ETIMEDOUT;
   errno = saved;
+  return inTime;
+}
+
+bool FutexWaitUnheld(const void* word, std::uint32_t expected, Deadline deadline) noexcept {
+  t_kill.LetGo();
+  const bool inTime = FutexWait(word, expected, deadline);
+  t_kill.Hold();
   return inTime;
 }
 

@@ -13,6 +13,9 @@ namespace Oxa::Core::Platform {
 /// passed. Leaves errno alone.
 bool FutexWait(const void* word, std::uint32_t expected, Deadline deadline) noexcept;
 
+/// The same with a hold on kills that is let go for the sleep.
+bool FutexWaitUnheld(const void* word, std::uint32_t expected, Deadline deadline) noexcept;
+
 /// Wakes up to `count` sleepers of `word`, which needn't exist any more. Leaves errno alone.
 void FutexWake(const void* word, int count) noexcept;
 

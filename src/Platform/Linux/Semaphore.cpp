@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "Platform/Kill.h"
 #include "Platform/Linux/Futex.h"
 
 namespace Oxa::Core::Platform {
@@ -19,6 +20,19 @@ void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete 
 
 // Nobody may see a balance that is taken back again: a refused post must leave no trace.
 int CountingSemaphore::Post(std::uint32_t amount) noexcept {
+  std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
+  while (before >= 0) {
+    if (before + amount > iMAXIMUM) return EOVERFLOW;
+    if (m_llBalance.compare_exchange_weak(before, before + amount, std::memory_order_release,
+                                          std::memory_order_relaxed))
+      return 0;
+  }
+  return PostToWaiters(amount);
+}
+
+// A kill between the two steps would leave waiters behind that are paid for and never woken.
+int CountingSemaphore::PostToWaiters(std::uint32_t amount) noexcept {
+  const HoldKill hold;
   std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
   do {
     if (before + amount > iMAXIMUM) return EOVERFLOW;
@@ -53,16 +67,19 @@ bool CountingSemaphore::TryTakeHandedOut() noexcept {
 }
 
 WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
-  if (!deadline.IsNever() && deadline.HasPassed())
-    return {TryTake() ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
+  if (TryTake()) return {EWaitEnd::eSIGNALLED, 0};
+  if (deadline.HasPassed()) return {EWaitEnd::eTIMEOUT, 0};
+  const HoldKill hold;
   if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return {EWaitEnd::eSIGNALLED, 0};
   return {AwaitHandOut(deadline) ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
 }
 
+// With kills held but for the sleep.
 bool CountingSemaphore::AwaitHandOut(Deadline deadline) noexcept {
+  const KillCleanUp cleanUp(&LeaveKilled, this);
   if (SpinIfAdvised(m_spinAdvice, [this] { return TryTakeHandedOut(); })) return true;
   while (!TryTakeHandedOut())
-    if (!FutexWait(&m_uHandedOut, 0, deadline)) {
+    if (!FutexWaitUnheld(&m_uHandedOut, 0, deadline)) {
       if (Withdraw()) return false;
       deadline = Deadline::Never();  // a poster has counted on this thread already
     }
@@ -75,6 +92,14 @@ bool CountingSemaphore::Withdraw() noexcept {
   while (balance < 0)
     if (m_llBalance.compare_exchange_weak(balance, balance + 1, std::memory_order_relaxed)) return true;
   return false;
+}
+
+// One that was posted for the dead thread is for the next one, and so is a wake that it got.
+void CountingSemaphore::LeaveKilled(void* waitedFor) {
+  CountingSemaphore& self = *static_cast<CountingSemaphore*>(waitedFor);
+  if (self.Withdraw()) return FutexWake(&self.m_uHandedOut, 1);
+  while (!self.TryTakeHandedOut()) FutexWait(&self.m_uHandedOut, 0, Deadline::Never());
+  self.Post(1);
 }
 
 std::uint32_t CountingSemaphore::Value() const noexcept {

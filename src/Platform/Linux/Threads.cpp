@@ -7,7 +7,10 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "Platform/Kill.h"
 #include "Platform/Linux/Futex.h"
+#include "Platform/Linux/KillState.h"
+#include "Platform/Linux/ThreadIds.h"
 
 namespace Oxa::Core::Platform {
 
@@ -37,13 +40,6 @@ inline std::uint32_t Self() noexcept {
 void ForgetThreadId() { t_uThreadId = 0; }
 
 [[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &ForgetThreadId); }
-
-bool ThreadIsGone(std::uint32_t id) noexcept {
-  const int saved = errno;
-  const bool gone = syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
-  errno = saved;
-  return gone;
-}
 
 using Word = std::atomic<std::uint32_t>;
 
@@ -79,13 +75,22 @@ bool TakeOrMark(Word& word, std::uint32_t value, std::uint32_t& seen) noexcept {
   }
 }
 
+// Who is killed between its wake and the lock must not take the wake along.
+void WakeAnother(void* word) { FutexWake(word, 1); }
+
 void TakeAsleep(Word& word, std::uint32_t value) noexcept {
+  const KillCleanUp cleanUp(&WakeAnother, &word);
   std::uint32_t seen;
   while (!TakeOrMark(word, value, seen)) FutexWait(&word, seen, Deadline::Never());
 }
 
+// Kills are held, or between the two steps one would leave the sleepers asleep.
 void Free(Word& word) noexcept {
   if ((word.exchange(0, std::memory_order_release) & uSLEEPERS) != 0) FutexWake(&word, 1);
+}
+
+bool FreeUnmarked(Word& word, std::uint32_t self) noexcept {
+  return word.compare_exchange_strong(self, 0, std::memory_order_release, std::memory_order_relaxed);
 }
 
 // What a thread that has ended still seems to own becomes the caller's.
@@ -108,6 +113,7 @@ EWaitEnd TakeAtOnceFromDead(Word& word, std::uint32_t self) noexcept {
 EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline, SpinAdvice& advice) noexcept {
   if (deadline.HasPassed()) return TakeAtOnceFromDead(word, self);
   if (advice.IsForIt() && advice.Learn(SpinForFree(word, self))) return EWaitEnd::eSIGNALLED;
+  const KillCleanUp cleanUp(&WakeAnother, &word);
   while (true) {
     std::uint32_t seen;
     if (TakeOrMark(word, self, seen)) return EWaitEnd::eSIGNALLED;
@@ -121,6 +127,13 @@ EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline, SpinAdvice& a
 }  // namespace
 
 unsigned long CurrentThreadId() noexcept { return Self(); }
+
+bool ThreadIsGone(std::uint32_t id) noexcept {
+  const int saved = errno;
+  const bool gone = syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
+  errno = saved;
+  return gone;
+}
 
 long long MonotonicNow() noexcept {
   timespec now;
@@ -152,12 +165,21 @@ WaitResult NothingToWaitFor() noexcept { return {EWaitEnd::eFAILED, EINVAL}; }
 bool Deadline::HasPassed() const noexcept { return !IsNever() && NanosecondsLeft() == 0; }
 
 void ShortLock::Lock() noexcept {
+  t_kill.Hold();
   if (!TakeFree(m_uWord, uHELD) && !SpinForFree(m_uWord, uHELD)) TakeAsleep(m_uWord, uHELD);
 }
 
-bool ShortLock::TryLock() noexcept { return TakeFree(m_uWord, uHELD); }
+bool ShortLock::TryLock() noexcept {
+  t_kill.Hold();
+  if (TakeFree(m_uWord, uHELD)) return true;
+  t_kill.LetGo();
+  return false;
+}
 
-void ShortLock::Unlock() noexcept { Free(m_uWord); }
+void ShortLock::Unlock() noexcept {
+  Free(m_uWord);
+  t_kill.LetGo();
+}
 
 void ReentrantLock::Lock() noexcept {
   const std::uint32_t self = Self();
@@ -192,6 +214,8 @@ WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
 void ReentrantLock::Unlock() noexcept {
   const std::uint32_t depth = m_uDepth.load(std::memory_order_relaxed);
   if (depth == 0) {
+    if (FreeUnmarked(m_uWord, Self())) return;
+    const HoldKill hold;
     Free(m_uWord);
   } else {
     m_uDepth.store(depth - 1, std::memory_order_relaxed);

@@ -1,0 +1,147 @@
+// Starting a thread, and what its start goes by.
+#include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/Thread.h>
+
+#include <cstdint>
+
+#include "Threads/KillSafeLocks.h"
+#include "Threads/ThreadKeeping.h"
+
+#include "Platform/NativeThread.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+constexpr unsigned long uLEAST_STACK = 65536;
+constexpr unsigned long uMOST_STACK = 1048576;
+
+// What the platform calls the priorities 0 to 10.
+constexpr int iPLATFORM_PRIORITIES[] = {-15, -2, -2, -2, -1, 0, 1, 2, 2, 2, 15};
+
+}  // namespace
+
+unsigned long Thread::s_defaultStackSize = uLEAST_STACK;
+unsigned long Thread::s_minStackSize = uLEAST_STACK;
+unsigned long Thread::s_maxStackSize = uMOST_STACK;
+unsigned long Thread::s_stackSizeMultiplier = 1;
+unsigned long Thread::s_stackSizeOffset = 0;
+
+bool Thread::Start(boost::shared_ptr<Task> p_spTask, const Elapse& timeout) {
+  OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING));
+  OXA_ASSERT(p_spTask);
+  if (!StartNative(p_spTask)) {
+    SetState(eTHREAD_ERROR);
+    return false;
+  }
+  return timeout == Elapse(0) || TimedWaitForState(eTHREAD_RUNNING, timeout);
+}
+
+// The new thread takes the mutex before it looks at its task: by then all is told of it.
+bool Thread::StartNative(const boost::shared_ptr<Task>& task) {
+  KeepLastError(boost::shared_ptr<Error>());
+  ResetStopFlag();
+  m_bTaskStarted = false;
+  const Handle native = Platform::NativeThread::Create();
+  SetHandle(native);
+  const UnkillableLock lock(m_mutex);
+  SetTask(task);
+  if (native == nullptr || !RunNative(native)) return false;
+  if (m_ePriority != ePRIORITY_NORMAL) native->SetPriority(GetPlatformSpecificPriority(m_ePriority));
+  return true;
+}
+
+bool Thread::RunNative(const Handle& native) {
+  BeginRun();
+  unsigned long id;
+  if (Platform::NativeThread::Start(native, PlatformStackSize(), &Invoker, this, id) != 0) {
+    EndRun();
+    return false;
+  }
+  m_threadID = id;
+  return true;
+}
+
+// Before the thread runs: whoever finds it running asks its handle whether it is alive.
+void Thread::SetHandle(const Handle& handle) {
+  const ForsakenMonitorLock lock(m_stateCondition);
+  m_hThread = handle;
+}
+
+void Thread::SetTask(const boost::shared_ptr<Task>& task) {
+  OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING));
+  m_spTask = task;
+}
+
+// The keep-alive belongs to the run: one that is restarted from its last step has two.
+void Thread::BeginRun() {
+  const boost::shared_ptr<Thread> self(m_wpThis);
+  const Platform::ShortGuard guard(g_threadKeeping);
+  if (m_iRuns++ == 0) m_spSelf = self;
+}
+
+void Thread::EndRun() {
+  boost::shared_ptr<Thread> last;  // dropped last of all, and this object perhaps with it
+  const Platform::ShortGuard guard(g_threadKeeping);
+  if (--m_iRuns == 0) last.swap(m_spSelf);
+}
+
+// In 32 bits throughout, whatever the width of a long.
+unsigned int Thread::PlatformStackSize() const {
+  const UnkillableLock lock(s_mutex);
+  unsigned long size = m_stackSize;
+  if (size < s_minStackSize) size = s_minStackSize;
+  if (size > s_maxStackSize) size = s_maxStackSize;
+  return static_cast<std::uint32_t>(s_stackSizeMultiplier) * static_cast<std::uint32_t>(size) +
+         static_cast<std::uint32_t>(s_stackSizeOffset);
+}
+
+int Thread::GetPlatformSpecificPriority(EPriority priority) {
+  if (priority <= ePRIORITY_IDLE) return iPLATFORM_PRIORITIES[ePRIORITY_IDLE];
+  if (priority >= ePRIORITY_TIME_CRITICAL) return iPLATFORM_PRIORITIES[ePRIORITY_TIME_CRITICAL];
+  return iPLATFORM_PRIORITIES[priority];
+}
+
+Thread::EPriority Thread::GetPriority() {
+  const UnkillableLock lock(m_mutex);
+  return m_ePriority;
+}
+
+void Thread::SetPriority(EPriority priority) {
+  {
+    const UnkillableLock lock(m_mutex);
+    m_ePriority = priority;
+  }
+  const ForsakenMonitorLock lock(m_stateCondition);
+  if (IsRunning() && m_hThread != nullptr) m_hThread->SetPriority(GetPlatformSpecificPriority(priority));
+}
+
+unsigned long Thread::GetStackSize() const {
+  const UnkillableLock lock(m_mutex);
+  return m_stackSize;
+}
+
+void Thread::SetStackSize(unsigned long size) {
+  const UnkillableLock lock(m_mutex);
+  m_stackSize = size;
+}
+
+void Thread::SetDefaultStackSize(unsigned long size) {
+  const UnkillableLock lock(s_mutex);
+  s_defaultStackSize = size;
+}
+
+void Thread::SetStackSizeLimits(unsigned long minSize, unsigned long maxSize) {
+  OXA_ASSERT(minSize <= maxSize);
+  const UnkillableLock lock(s_mutex);
+  s_minStackSize = minSize;
+  s_maxStackSize = maxSize;
+}
+
+void Thread::SetStackSizeTransform(unsigned long offset, unsigned long multiplier) {
+  const UnkillableLock lock(s_mutex);
+  s_stackSizeOffset = offset;
+  s_stackSizeMultiplier = multiplier;
+}
+
+}  // namespace Oxa::Core

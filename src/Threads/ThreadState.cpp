@@ -1,0 +1,109 @@
+// The state of a thread, the stop that is asked of it, and the waits for both.
+#include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/Thread.h>
+
+#include "Threads/KillSafeLocks.h"
+#include "Threads/ThreadNotifications.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+/// What is left until `deadline`, at least 0.
+Elapse TimeLeft(const Time& deadline) {
+  const Elapse left = deadline.TimeLeft();
+  return left < Elapse(0) ? Elapse(0) : left;
+}
+
+}  // namespace
+
+void Thread::SetState(EState state) {
+  const ForsakenMonitorLock lock(m_stateCondition);
+  OXA_ASSERT((state == eTHREAD_IDLE) || (state == eTHREAD_RUNNING) || (state == eTHREAD_COMPLETED) ||
+             (state == eTHREAD_ERROR));
+  OXA_ASSERT(m_eState != state);
+  if (m_eState == state) return;
+  m_eState = state;
+  if (state == eTHREAD_COMPLETED && m_listeners.HasListeners()) {
+    NotifyThreadComplete notification(m_wpThis.lock());
+    m_listeners.Broadcast(notification);
+  }
+  m_stateCondition.Notify();
+}
+
+bool Thread::Stop(const Elapse& timeout) {
+  {
+    const ForsakenMonitorLock lock(m_stateCondition);
+    if (IsAlive()) {
+      m_bStopRequested = true;
+      m_stateCondition.Notify();
+    }
+  }
+  return timeout == Elapse(0) || TimedWaitForState(eTHREAD_NOT_RUNNING, timeout);
+}
+
+void Thread::ResetStopFlag() {
+  const ForsakenMonitorLock lock(m_stateCondition);
+  m_bStopRequested = false;
+  m_stateCondition.Notify();
+}
+
+bool Thread::MustStop() {
+  const ForsakenMonitorLock lock(m_stateCondition);
+  return m_bStopRequested;
+}
+
+void Thread::WaitForStopRequest() {
+  const ForsakenMonitorLock lock(m_stateCondition);
+  while (!MustStop()) m_stateCondition.Wait();
+}
+
+bool Thread::TimedWaitForStopRequest(const Elapse& timeout) {
+  const Time deadline(timeout);
+  const ForsakenMonitorLock lock(m_stateCondition);
+  while (!MustStop()) {
+    if (!m_stateCondition.TimedWait(TimeLeft(deadline))) return MustStop();
+  }
+  return true;
+}
+
+void Thread::WaitForState(int mask) {
+  OXA_ASSERT(!IsCurrentThread());
+  const ForsakenMonitorLock lock(m_stateCondition);
+  while (!TryWaitForState(mask)) m_stateCondition.Wait();
+}
+
+bool Thread::TryWaitForState(int mask) {
+  OXA_ASSERT(!IsCurrentThread());
+  return IsState(mask);
+}
+
+bool Thread::TimedWaitForState(int mask, const Elapse& timeout) {
+  OXA_ASSERT(!IsCurrentThread());
+  const Time deadline(timeout);
+  const ForsakenMonitorLock lock(m_stateCondition);
+  while (!TryWaitForState(mask)) {
+    if (!m_stateCondition.TimedWait(TimeLeft(deadline))) return TryWaitForState(mask);
+  }
+  return true;
+}
+
+bool Thread::WaitFor(const Elapse* timeout) {
+  if (timeout != nullptr) return TimedWaitForState(eTHREAD_NOT_RUNNING, *timeout);
+  WaitForState(eTHREAD_NOT_RUNNING);
+  return true;
+}
+
+bool Thread::WaitForAll(boost::shared_ptr<Thread>* threads, std::size_t count, Elapse* timeout) {
+  if (!OXA_ASSERT(0 != threads)) return false;
+  OXA_ASSERT(count > 0);
+  const Time deadline(timeout != nullptr ? *timeout : Elapse(0));
+  for (std::size_t i = 0; i != count; ++i) {
+    if (threads[i] == nullptr) continue;
+    const Elapse left = TimeLeft(deadline);
+    if (!threads[i]->WaitFor(timeout != nullptr ? &left : nullptr)) return false;
+  }
+  return true;
+}
+
+}  // namespace Oxa::Core
