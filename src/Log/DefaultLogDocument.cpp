@@ -68,6 +68,7 @@ void CreateDefaultLogDocument() {
   const PathName document(DefaultLogFile(sDOCUMENT));
   if (document.Exists()) return;
   const std::string& path = document;
+  const Platform::FileLimitGuard guard;  // standard error can be a file, too
   if (!Create(path)) std::cerr << sNOT_CREATED << '\n' << path << std::endl;
 }
 

@@ -4,6 +4,9 @@
 
 #include <sys/resource.h>
 
+#include <atomic>
+#include <thread>
+
 #include "Log/LogFolder.h"
 #include "station/WithoutPrivileges.h"
 
@@ -87,6 +90,26 @@ TEST(DefaultLogDocument, IsThereWholeOrNotAtAllWithoutRoom) {
   EXPECT_EQ(std::set<std::string>{}, folder.Names());
   EXPECT_EQ("", WhatIsToldOfCreating());
   EXPECT_EQ(sENVELOPE, folder.Read("DefaultLog.xml"));
+}
+
+TEST(DefaultLogDocument, IsNeverSeenHalfMade) {
+  const LogFolder folder;
+  std::atomic<bool> done{false};
+  std::set<std::string> seen;
+  std::thread reader([&] {
+    while (!done) {
+      std::ifstream file(folder.File("DefaultLog.xml"), std::ios::binary);
+      if (file.is_open())
+        seen.emplace(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+  });
+  for (int i = 0; i < 2000; ++i) {
+    CreateDefaultLogDocument();
+    std::filesystem::remove(folder.File("DefaultLog.xml"));
+  }
+  done = true;
+  reader.join();
+  EXPECT_EQ(std::set<std::string>{sENVELOPE}, seen);
 }
 
 }  // namespace
