@@ -59,9 +59,8 @@ std::string PathName::GetLeaf() const {
 
 std::string PathName::GetExt() const {
   const auto dot = m_sText.rfind(extensionSeparator[0]);
-  if (dot == uNONE) return {};
-  const auto last = FindLastSeparator();
-  return last != uNONE && dot < last ? std::string() : m_sText.substr(dot + 1);
+  if (dot == uNONE || m_sText.find_first_of(pathSeparators, dot) != uNONE) return {};
+  return m_sText.substr(dot + 1);
 }
 
 std::string PathName::GetLeafAndExt() const {

@@ -1,6 +1,6 @@
 #include <Infrastructure/OxaCore/PathName.h>
 
-#include <cstring>
+#include "PathName/CharacterClasses.h"
 
 namespace Oxa::Core {
 
@@ -9,6 +9,23 @@ namespace {
 const char* const g_pDRIVE_END = ":";
 const char* const g_pSERVER_END = "\\";
 const char* const g_pEXTENSION = ".";
+
+// Where the first character from `start` on stands that `is` tells of; the end of the text if there is none.
+template <class Is>
+std::string::size_type FindFirst(const std::string& text, std::string::size_type start, const Is& is) {
+  while (start < text.size() && !is(text[start])) ++start;
+  return start;
+}
+
+// Where the last one stands; npos if there is none.
+template <class Is>
+std::string::size_type FindLast(const std::string& text, const Is& is) {
+  auto behind = text.size();
+  while (behind > 0 && !is(text[behind - 1])) --behind;
+  return behind - 1;
+}
+
+bool IsSeparatorOfNT(char character) { return g_classesOfNT.IsSeparator(character); }
 
 const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
@@ -50,8 +67,8 @@ void PathName::InitParams(PathFormat format) {
 }
 
 void PathName::SetNT() {
-  legalCharacters = " _~!#%&()@`'^$.-";
-  pathSeparators = "/\\";
+  legalCharacters = sNT_LEGAL_CHARACTERS;
+  pathSeparators = sNT_PATH_SEPARATORS;
   defaultSeparator = '/';
   extensionSeparator = g_pEXTENSION;
   baseSeparator = g_pDRIVE_END;
@@ -80,14 +97,17 @@ void PathName::SetUNIX() {
 bool PathName::InitSeparators() {
   const bool bServer = IsUNC();
   baseSeparator = bServer ? g_pSERVER_END : g_pDRIVE_END;
-  const std::string::size_type first = m_sText.find_first_of(pathSeparators, bServer ? 2 : 0);
-  if (first == std::string::npos) return false;
+  const std::string::size_type first = FindFirstSeparator(bServer ? 2 : 0);
+  if (first == m_sText.size()) return false;
   defaultSeparator = m_sText[first];
   return true;
 }
 
+// They are so few that a search by the C library takes longer to begin than this takes to end.
 bool PathName::IsPathSeparator(char character) const {
-  return character != 0 && std::strchr(pathSeparators, character) != nullptr;
+  for (const char* separator = pathSeparators; *separator != 0; ++separator)
+    if (*separator == character) return true;
+  return false;
 }
 
 bool PathName::EndsInSeparator(const std::string& text) const {
@@ -102,6 +122,16 @@ std::string::size_type PathName::FindBaseSeparator() const {
   return m_sText.find(baseSeparator[0], IsUNC() ? 2 : 0);
 }
 
-std::string::size_type PathName::FindLastSeparator() const { return m_sText.find_last_of(pathSeparators); }
+std::string::size_type PathName::FindFirstSeparator(std::string::size_type start) const {
+  if (pathSeparators == sNT_PATH_SEPARATORS)
+    return FindFirst(m_sText, start, [](char character) { return IsSeparatorOfNT(character); });
+  return FindFirst(m_sText, start, [this](char character) { return IsPathSeparator(character); });
+}
+
+std::string::size_type PathName::FindLastSeparator() const {
+  if (pathSeparators == sNT_PATH_SEPARATORS)
+    return FindLast(m_sText, [](char character) { return IsSeparatorOfNT(character); });
+  return FindLast(m_sText, [this](char character) { return IsPathSeparator(character); });
+}
 
 }  // namespace Oxa::Core

@@ -1,130 +1,98 @@
 #include <Infrastructure/OxaCore/PathName.h>
 
-#include <cstdint>
 #include <string_view>
+
+#include "PathName/CharacterClasses.h"
 
 namespace Oxa::Core {
 
 namespace {
 
-constexpr std::string_view::size_type uNONE = std::string_view::npos;
+using Position = std::string_view::size_type;
+
+constexpr Position uNONE = std::string_view::npos;
 constexpr char cDOT = '.';
 
-// Which of the 256 bytes belong to a set.
-class Bytes {
- public:
-  constexpr explicit Bytes(std::string_view members) {
-    for (const char member : members) Add(member);
-  }
-
-  constexpr Bytes& Add(char member) {
-    const auto byte = static_cast<unsigned char>(member);
-    m_words[byte / 64] |= std::uint64_t{1} << byte % 64;
-    return *this;
-  }
-
-  constexpr bool Has(char character) const {
-    const auto byte = static_cast<unsigned char>(character);
-    return (m_words[byte / 64] >> byte % 64 & 1) != 0;
-  }
-
- private:
-  std::uint64_t m_words[4] = {};
-};
-
-// What isalnum knows without a locale.
-constexpr Bytes s_lettersAndDigits("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
-
-Bytes WithLettersAndDigits(const char* others) {
-  Bytes bytes = s_lettersAndDigits;
-  for (; *others != 0; ++others) bytes.Add(*others);
-  return bytes;
+// The next piece between delimiters, empty if none is left: a run of delimiters before it is skipped, and the one
+// behind it is used up with it. `at` is where to go on, perhaps with other delimiters.
+template <class IsDelimiter>
+std::string_view NextToken(std::string_view text, Position& at, const IsDelimiter& isDelimiter) {
+  while (at < text.size() && isDelimiter(text[at])) ++at;
+  const Position start = at;
+  while (at < text.size() && !isDelimiter(text[at])) ++at;
+  const Position end = at;
+  if (at < text.size()) ++at;
+  return text.substr(start, end - start);
 }
 
-bool AreAll(std::string_view text, const Bytes& allowed) {
+bool AreAllLegal(const CharacterClasses& classes, std::string_view text) {
   for (const char character : text)
-    if (!allowed.Has(character)) return false;
+    if (!classes.IsLegal(character)) return false;
   return true;
 }
 
-bool HasTwoSideBySide(std::string_view text, const Bytes& separators) {
-  bool bLast = false;
-  for (const char character : text) {
-    const bool bThis = separators.Has(character);
-    if (bThis && bLast) return true;
-    bLast = bThis;
-  }
+bool AreTwoSideBySide(const CharacterClasses& classes, std::string_view text) {
+  for (Position i = 1; i < text.size(); ++i)
+    if (classes.IsSeparator(text[i - 1]) && classes.IsSeparator(text[i])) return true;
   return false;
 }
 
 }  // namespace
 
-// The pieces between delimiters, which may be others from piece to piece: runs of delimiters are skipped before
-// a piece, and the one delimiter behind it is used up with it.
-class PathName::Tokens {
- public:
-  Tokens(std::string_view text, std::string_view::size_type start) : m_text(text), m_uNext(start) {}
-
-  /// The next piece; empty when none is left.
-  std::string_view Next(const Bytes& delimiters) {
-    while (m_uNext < m_text.size() && delimiters.Has(m_text[m_uNext])) ++m_uNext;
-    const auto start = m_uNext;
-    while (m_uNext < m_text.size() && !delimiters.Has(m_text[m_uNext])) ++m_uNext;
-    const auto end = m_uNext;
-    if (m_uNext < m_text.size()) ++m_uNext;
-    return m_text.substr(start, end - start);
-  }
-
-  bool IsNextOneOf(const Bytes& characters) const {
-    return m_uNext < m_text.size() && characters.Has(m_text[m_uNext]);
-  }
-
- private:
-  std::string_view m_text;
-  std::string_view::size_type m_uNext;
-};
-
 bool PathName::IsValid() const {
   if (m_sText.empty()) return false;
-  const std::string_view::size_type offset = IsUNC() ? 2 : 0;
-  Tokens tokens(m_sText, offset);
-  if (FindBaseSeparator() != uNONE && !IsBaseValid(tokens)) return false;
-  if (HasTwoSideBySide(std::string_view(m_sText).substr(offset), Bytes(pathSeparators))) return false;
-  return AreComponentsValid(tokens);
+  if (legalCharacters == sNT_LEGAL_CHARACTERS && pathSeparators == sNT_PATH_SEPARATORS)
+    return IsValidBy(g_classesOfNT);
+  return IsValidBy(CharacterClasses(legalCharacters, pathSeparators));
+}
+
+bool PathName::IsValidBy(const CharacterClasses& classes) const {
+  const std::string_view text = m_sText;
+  const Position offset = IsUNC() ? 2 : 0;
+  Position at = offset;
+  if (FindBaseSeparator() != uNONE && !PassBase(classes, at)) return false;
+  // Through the first character behind it, so that no pair falls between the two looks.
+  if (AreTwoSideBySide(classes, text.substr(offset, at + 1 - offset))) return false;
+  return classes.AreComponents(text.substr(at)) && AreLengthsValid(classes, at);
 }
 
 // Also passes over what behind the base is not looked at.
-bool PathName::IsBaseValid(Tokens& tokens) const {
+bool PathName::PassBase(const CharacterClasses& classes, std::size_t& at) const {
   const bool bServer = IsUNC();
   if (!bServer && m_sText.find(baseSeparator[0]) != m_sText.rfind(baseSeparator[0])) return false;
-  const std::string_view base = tokens.Next(Bytes(baseSeparator));
+  const std::string_view base = NextToken(m_sText, at, [this](char c) { return c == baseSeparator[0]; });
   if (base.empty() || (!bServer && base.size() > maxBaseLength)) return false;
   // The place is counted from the start of the name where the whole path is meant: two characters of a server
   // are not looked at.
-  const std::string_view::size_type untested = bServer ? 2 : 0;
-  if (base.size() > untested && !AreAll(base.substr(untested), WithLettersAndDigits(legalCharacters)))
-    return false;
-  const Bytes separators(pathSeparators);
-  if (bServer || tokens.IsNextOneOf(separators)) tokens.Next(separators);
+  const Position untested = bServer ? 2 : 0;
+  if (base.size() > untested && !AreAllLegal(classes, base.substr(untested))) return false;
+  if (bServer || (at < m_sText.size() && classes.IsSeparator(m_sText[at])))
+    NextToken(m_sText, at, [&](char c) { return classes.IsSeparator(c); });
   return true;
 }
 
-bool PathName::AreComponentsValid(Tokens& tokens) const {
-  const Bytes legal = WithLettersAndDigits(legalCharacters);
-  const Bytes separators(pathSeparators);
+bool PathName::AreLengthsValid(const CharacterClasses& classes, std::size_t at) const {
+  const std::string_view text = m_sText;
+  if (maxDepth == 0 && IsShort(text.size())) return true;
+  const auto isSeparator = [&](char c) { return classes.IsSeparator(c); };
   int depth = 0;
-  for (auto token = tokens.Next(separators); !token.empty(); token = tokens.Next(separators)) {
+  for (auto token = NextToken(text, at, isSeparator); !token.empty();
+       token = NextToken(text, at, isSeparator)) {
     if (maxDepth != 0 && depth++ > maxDepth) return false;
-    const auto lastDot = token.rfind(cDOT);
-    if (lastDot == uNONE) {
-      if (token.size() > maxLeafLength) return false;
-    } else if (lastDot > maxLeafLength || token.size() > maxExtLength + 2 + lastDot ||
-               token.size() > maxComponentLength) {
-      return false;
-    }
-    if (!AreAll(token, legal)) return false;
+    if (IsTooLong(token.data(), token.size())) return false;
   }
   return true;
+}
+
+// Whatever the dots do, no component of that length is too long.
+bool PathName::IsShort(std::size_t length) const {
+  return length <= maxLeafLength && length <= maxExtLength && length <= maxComponentLength;
+}
+
+bool PathName::IsTooLong(const char* component, std::size_t length) const {
+  const Position lastDot = std::string_view(component, length).rfind(cDOT);
+  if (lastDot == uNONE) return length > maxLeafLength;
+  return lastDot > maxLeafLength || length > maxExtLength + 2 + lastDot || length > maxComponentLength;
 }
 
 }  // namespace Oxa::Core

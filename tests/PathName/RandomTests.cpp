@@ -10,6 +10,7 @@
 #include "PathName/PathNameSupport.h"
 
 using Oxa::Core::PathName;
+using PathNameTests::OpenPathName;
 using PathNameTests::RandomTexts;
 using PathNameTests::Text;
 
@@ -126,6 +127,9 @@ TEST(PathNameRandom, ValidityIsThatOfTheModel) {
     const std::string text = texts.Next();
     const bool isValid = PathName(text).IsValid();
     ASSERT_EQ(Model(text).Valid(), isValid) << text;
+    OpenPathName counted(text);  // its components are counted, and so looked at one by one
+    counted.maxDepth = 1000;
+    ASSERT_EQ(isValid, counted.IsValid()) << text;
     valid += isValid ? 1 : 0;
   }
   EXPECT_GT(valid, iROUNDS / 10);  // both answers are tried

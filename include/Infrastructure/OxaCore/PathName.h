@@ -23,10 +23,13 @@
 
 #include <Infrastructure/OxaCore/Export.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace Oxa::Core {
+
+class CharacterClasses;
 
 class OXACORE_API PathName {
  public:
@@ -200,15 +203,17 @@ class OXACORE_API PathName {
   int maxDepth = 0;  ///< 0: no limit
 
  private:
-  class Tokens;
-
   std::string::size_type FindBaseSeparator() const;
+  std::string::size_type FindFirstSeparator(std::string::size_type start) const;
   std::string::size_type FindLastSeparator() const;
   bool EndsInSeparator(const std::string& text) const;
   void AppendSeparatorTo(std::string& text) const;
   std::string ForSystem() const;
-  bool IsBaseValid(Tokens& tokens) const;
-  bool AreComponentsValid(Tokens& tokens) const;
+  bool IsValidBy(const CharacterClasses& classes) const;
+  bool PassBase(const CharacterClasses& classes, std::size_t& at) const;
+  bool AreLengthsValid(const CharacterClasses& classes, std::size_t at) const;
+  bool IsShort(std::size_t length) const;
+  bool IsTooLong(const char* component, std::size_t length) const;
 };
 
 }  // namespace Oxa::Core
