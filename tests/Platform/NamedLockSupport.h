@@ -25,10 +25,13 @@ class NamedLockTest : public testing::Test {
     for (const std::string& name : m_names) RemoveLock(name);
   }
 
-  /// A name of this test alone, with `part` at its end.
+  /// A name of this test alone, with `part` at its end. The test's next run in this process has others: what it
+  /// had is removed then, and would still be known here.
   const char* Name(const std::string& part = "lock") {
+    static int number = 0;
     m_names.push_back("OxaCore test " + std::to_string(Oxa::Core::Platform::ProcessId()) + "/" +
-                      testing::UnitTest::GetInstance()->current_test_info()->name() + "/" + part);
+                      testing::UnitTest::GetInstance()->current_test_info()->name() + "/" +
+                      std::to_string(++number) + "/" + part);
     return m_names.back().c_str();
   }
 

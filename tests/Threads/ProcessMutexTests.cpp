@@ -37,7 +37,8 @@ class ProcessMutexTest : public testing::Test {
  protected:
   ProcessMutexTest()
       : m_sName("TestProcessMutex." + std::to_string(::getpid()) + "." +
-                testing::UnitTest::GetInstance()->current_test_info()->name()),
+                testing::UnitTest::GetInstance()->current_test_info()->name() + "." +
+                std::to_string(++s_iNumber)),
         m_mutex(m_sName) {}
   ~ProcessMutexTest() override { ::unlink(("/dev/shm/oxacore.lock.Global%5C" + m_sName).c_str()); }
 
@@ -62,9 +63,12 @@ class ProcessMutexTest : public testing::Test {
     EXPECT_EQ(iFREE, OtherProcess("try"));
   }
 
+  static int s_iNumber;  // a test that runs again in this process gets a new lock
   const std::string m_sName;
   ProcessMutex m_mutex;
 };
+
+int ProcessMutexTest::s_iNumber = 0;
 
 double ThreadMilliseconds() {
   timespec time;
