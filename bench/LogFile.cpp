@@ -3,7 +3,6 @@
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -51,11 +50,13 @@ void WriterText(benchmark::State& state) {
 }
 OXA_BENCH("Log entry as text", "XMLWriter", WriterText);
 
-/// A folder for the log, and what a thread that logs all its life keeps.
+/// A folder for the log, and what a thread keeps that logs all its life. It is always the same folder, since the
+/// lock that belongs to it stays on the machine.
 class LogFolder {
  public:
-  LogFolder() : m_sPath((std::filesystem::temp_directory_path() / "oxabenchXXXXXX").string()) {
-    if (::mkdtemp(m_sPath.data()) == nullptr) std::abort();
+  LogFolder() : m_sPath((std::filesystem::temp_directory_path() / "oxacore-bench").string()) {
+    std::filesystem::remove_all(m_sPath);
+    std::filesystem::create_directory(m_sPath);
     System::Instance()->SetProcessPath(m_sPath + '/');
   }
   LogFolder(const LogFolder&) = delete;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "Log/LogEntryText.h"
+#include "Platform/NamedLockSupport.h"
 #include "Support/ChildProcess.h"
 
 namespace LogTests {
@@ -28,6 +29,7 @@ class LogFolder {
   LogFolder& operator=(const LogFolder&) = delete;
   ~LogFolder() {
     Oxa::Core::System::Instance()->SetProcessPath(m_sBefore);
+    RemoveLocks();
     std::error_code ignored;
     std::filesystem::permissions(m_sPath, std::filesystem::perms::owner_all, ignored);
     std::filesystem::remove_all(m_sPath, ignored);
@@ -69,6 +71,13 @@ class LogFolder {
   }
 
  private:
+  // They would stay until the machine is started anew.
+  void RemoveLocks() const {
+    NamedLockTests::RemoveLock(File("DefaultLog.entries"));
+    for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
+      if (entry.is_directory()) NamedLockTests::RemoveLock(entry.path().string() + "/DefaultLog.entries");
+  }
+
   std::string m_sPath;
   std::string m_sBefore;
 };

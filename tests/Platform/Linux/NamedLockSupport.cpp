@@ -1,4 +1,4 @@
-#include "NamedLockSupport.h"
+#include "Platform/NamedLockSupport.h"
 
 #include <unistd.h>
 
