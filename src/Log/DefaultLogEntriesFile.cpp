@@ -2,6 +2,8 @@
 
 #include <Infrastructure/OxaCore/Assert.h>
 
+#include <utility>
+
 #include "Log/DefaultLogDocument.h"
 #include "Log/LogFileMutex.h"
 #include "Log/UnfinishedEntry.h"
@@ -52,16 +54,16 @@ void DefaultLogEntriesFile::Close() {
 
 boost::shared_ptr<LogFileMutex> DefaultLogEntriesFile::MutexOfOpenFile() {
   const Lock lock(m_mutex);
-  Open();
+  if (!m_file.IsOpen()) Open();
   return m_spFileMutex;
 }
 
 // --- Writing
 
 bool DefaultLogEntriesFile::Write(const std::string& text) {
-  const boost::shared_ptr<LogFileMutex> spFileMutex = MutexOfOpenFile();
+  boost::shared_ptr<LogFileMutex> spFileMutex = MutexOfOpenFile();
   if (!spFileMutex) return false;
-  const LogFileLock processLock(spFileMutex);
+  const LogFileLock processLock(std::move(spFileMutex));
   const Lock lock(m_mutex);
   if (!Prepare(processLock)) return false;
   Append(text, processLock);
@@ -72,7 +74,7 @@ bool DefaultLogEntriesFile::Write(const std::string& text) {
 // Another thread may have closed the file while this one waited, another process may have given its name to a
 // new one, and the last owner of the lock may have died at either.
 bool DefaultLogEntriesFile::Prepare(const LogFileLock& processLock) {
-  if (!Open()) return false;
+  if (!m_file.IsOpen() && !Open()) return false;
   if (processLock.WasAbandoned()) m_spFileMutex->CountGeneration();
   if (HasNameMoved() && !OpenByName()) return false;
   if (processLock.WasAbandoned()) CutUnfinishedEntry(m_PathName);

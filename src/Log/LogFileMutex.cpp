@@ -1,6 +1,7 @@
 #include "Log/LogFileMutex.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Platform/Files.h"
 
@@ -44,7 +45,7 @@ void LogFileMutex::CountGeneration() noexcept {
   if (m_pLock != nullptr) m_pLock->Generation().fetch_add(1);
 }
 
-LogFileLock::LogFileLock(const boost::shared_ptr<LogFileMutex>& mutex) : m_spMutex(mutex) {
+LogFileLock::LogFileLock(boost::shared_ptr<LogFileMutex> mutex) : m_spMutex(std::move(mutex)) {
   if (m_spMutex->m_pLock == nullptr) return;
   const EWaitEnd end = Take(*m_spMutex->m_pLock);
   m_bAbandoned = end == EWaitEnd::eABANDONED;

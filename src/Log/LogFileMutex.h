@@ -32,7 +32,7 @@ class LogFileMutex {
 /// stopped process for ever helps nobody.
 class LogFileLock {
  public:
-  explicit LogFileLock(const boost::shared_ptr<LogFileMutex>& mutex);
+  explicit LogFileLock(boost::shared_ptr<LogFileMutex> mutex);
   LogFileLock(const LogFileLock&) = delete;
   LogFileLock& operator=(const LogFileLock&) = delete;
   ~LogFileLock();
