@@ -1,9 +1,9 @@
 #include <Infrastructure/OxaCore/ThreadPool.h>
 
 #include <Infrastructure/OxaCore/CommonErrors.h>
-#include <Infrastructure/OxaCore/System.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
@@ -58,10 +58,10 @@ class Calling : public CallbackArg<int> {
 
 boost::shared_ptr<CallbackArg<int>> Call(Work work) { return boost::make_shared<Calling>(std::move(work)); }
 
+// As debuggers see it.
 std::string ThisThreadsName() {
-  std::string name;
-  System::Instance()->GetCurrentThreadName(name);
-  return name;
+  char name[16];
+  return pthread_getname_np(pthread_self(), name, sizeof name) == 0 ? name : "";
 }
 
 // What the callbacks of a test note down.
