@@ -223,11 +223,14 @@ class CountingSemaphore {
   void HandOut(std::uint32_t count) noexcept;
   bool TryTakeHandedOut() noexcept;
   bool AwaitHandOut(Deadline deadline) noexcept;
+  bool SleepUntilHandOut(Deadline deadline) noexcept;
   bool Withdraw() noexcept;
   static void LeaveKilled(void* semaphore);
 
-  std::atomic<std::int64_t> m_llBalance;       // the value, or minus the waiters that nobody has posted for
-  std::atomic<std::uint32_t> m_uHandedOut{0};  // posted for waiters, and not fetched by them yet
+  std::atomic<std::int64_t> m_llBalance;  // the value, or minus the waiters that nobody has posted for
+  /// Lower half: posted for waiters, and not fetched by them yet. Upper half: the waiters that sleep, or are about
+  /// to. One word, since a poster may not look at the semaphore again once a waiter can have fetched what it posted.
+  std::atomic<std::uint64_t> m_ullHandedOut{0};
   SpinAdvice m_spinAdvice;
 };
 

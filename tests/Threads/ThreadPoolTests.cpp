@@ -38,14 +38,11 @@ using Work = std::function<void(int)>;
 // control.
 int CountOf(Pool& pool);
 
-template <std::int32_t Pool::*Count, Condition Pool::*Guard>
+template <std::atomic<std::int32_t> Pool::*Count>
 struct Look {
-  friend int CountOf(Pool& pool) {
-    const Lock lock(pool.*Guard);
-    return pool.*Count;
-  }
+  friend int CountOf(Pool& pool) { return pool.*Count; }
 };
-template struct Look<&Pool::m_iCount, &Pool::m_condition>;
+template struct Look<&Pool::m_iCount>;
 
 class Calling : public CallbackArg<int> {
  public:

@@ -22,6 +22,7 @@
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
 
+#include <atomic>
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
@@ -133,9 +134,9 @@ class ThreadPool : public Task {
     }
   }
 
+  // Without the condition's lock, for which all threads would queue up with each item: nobody waits on a count.
   void Count(std::int32_t change) {
-    const Lock lock(m_condition);
-    m_iCount += change;
+    m_iCount.fetch_add(change);
     if (change < 0) m_condition.Notify();
   }
 
@@ -153,8 +154,8 @@ class ThreadPool : public Task {
   const std::string m_name;
   std::vector<boost::shared_ptr<Thread>> m_threads;
   Queue<boost::shared_ptr<TaskCallback>> m_queue;
-  Condition m_condition;      // guards m_iCount, and keeps starts apart
-  std::int32_t m_iCount = 0;  // items in the queue and at work
+  Condition m_condition;                  // keeps starts apart, and hears of each item that is done
+  std::atomic<std::int32_t> m_iCount{0};  // items in the queue and at work
 };
 
 }  // namespace Oxa::Core

@@ -8,6 +8,20 @@
 
 namespace Oxa::Core::Platform {
 
+namespace {
+
+constexpr std::uint64_t uSLEEPER = std::uint64_t{1} << 32;
+
+std::uint32_t HandedOutOf(std::uint64_t word) noexcept { return static_cast<std::uint32_t>(word); }
+
+// What the system watches.
+const void* LowerHalf(const std::atomic<std::uint64_t>& word) noexcept {
+  constexpr bool lowestFirst = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+  return reinterpret_cast<const unsigned char*>(&word) + (lowestFirst ? 0 : sizeof(std::uint32_t));
+}
+
+}  // namespace
+
 CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) noexcept {
   code = EINVAL;
   if (initial > iMAXIMUM) return nullptr;
@@ -43,9 +57,9 @@ int CountingSemaphore::PostToWaiters(std::uint32_t amount) noexcept {
 }
 
 void CountingSemaphore::HandOut(std::uint32_t count) noexcept {
-  const void* const word = &m_uHandedOut;
-  m_uHandedOut.fetch_add(count, std::memory_order_release);
-  FutexWake(word, static_cast<int>(count));
+  const void* const word = LowerHalf(m_ullHandedOut);
+  if (m_ullHandedOut.fetch_add(count, std::memory_order_release) >= uSLEEPER)
+    FutexWake(word, static_cast<int>(count));
 }
 
 bool CountingSemaphore::TryTake() noexcept {
@@ -58,10 +72,10 @@ bool CountingSemaphore::TryTake() noexcept {
 }
 
 bool CountingSemaphore::TryTakeHandedOut() noexcept {
-  std::uint32_t handedOut = m_uHandedOut.load(std::memory_order_relaxed);
-  while (handedOut > 0)
-    if (m_uHandedOut.compare_exchange_weak(handedOut, handedOut - 1, std::memory_order_acquire,
-                                           std::memory_order_relaxed))
+  std::uint64_t word = m_ullHandedOut.load(std::memory_order_relaxed);
+  while (HandedOutOf(word) > 0)
+    if (m_ullHandedOut.compare_exchange_weak(word, word - 1, std::memory_order_acquire,
+                                             std::memory_order_relaxed))
       return true;
   return false;
 }
@@ -79,11 +93,18 @@ bool CountingSemaphore::AwaitHandOut(Deadline deadline) noexcept {
   const KillCleanUp cleanUp(&LeaveKilled, this);
   if (SpinIfAdvised(m_spinAdvice, [this] { return TryTakeHandedOut(); })) return true;
   while (!TryTakeHandedOut())
-    if (!FutexWaitUnheld(&m_uHandedOut, 0, deadline)) {
+    if (!SleepUntilHandOut(deadline)) {
       if (Withdraw()) return false;
       deadline = Deadline::Never();  // a poster has counted on this thread already
     }
   return true;
+}
+
+bool CountingSemaphore::SleepUntilHandOut(Deadline deadline) noexcept {
+  m_ullHandedOut.fetch_add(uSLEEPER, std::memory_order_relaxed);
+  const bool inTime = FutexWaitUnheld(LowerHalf(m_ullHandedOut), 0, deadline);
+  m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
+  return inTime;
 }
 
 // Takes back what the wait took from the balance, unless a post has paid for it.
@@ -94,11 +115,17 @@ bool CountingSemaphore::Withdraw() noexcept {
   return false;
 }
 
-// One that was posted for the dead thread is for the next one, and so is a wake that it got.
+// One that was posted for the dead thread is for the next one, and so is a wake that it got. It dies in its sleep,
+// and nowhere else.
 void CountingSemaphore::LeaveKilled(void* waitedFor) {
   CountingSemaphore& self = *static_cast<CountingSemaphore*>(waitedFor);
-  if (self.Withdraw()) return FutexWake(&self.m_uHandedOut, 1);
-  while (!self.TryTakeHandedOut()) FutexWait(&self.m_uHandedOut, 0, Deadline::Never());
+  const void* const word = LowerHalf(self.m_ullHandedOut);
+  if (self.Withdraw()) {
+    self.m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
+    return FutexWake(word, 1);
+  }
+  while (!self.TryTakeHandedOut()) FutexWait(word, 0, Deadline::Never());
+  self.m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
   self.Post(1);
 }
 
