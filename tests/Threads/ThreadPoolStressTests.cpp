@@ -22,7 +22,7 @@ constexpr int iITEMS = 300000;
 constexpr int iROUNDS = 1000;
 #else
 constexpr int iITEMS = 5000;
-constexpr int iROUNDS = 40;
+constexpr int iROUNDS = 22;
 #endif
 
 // Fails on every seventh item.

@@ -340,7 +340,7 @@ TEST(ThreadPool, EndWaitsForCallbacksAtWorkAndDropsTheRest) {
 }
 
 TEST(ThreadPool, EndsRightAfterStart) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 10; ++round) {
     ThreadPool<int> pool("Pool", 1 + round % 3);
     pool.Start();
   }
