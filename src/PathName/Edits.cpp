@@ -11,9 +11,9 @@ namespace Oxa::Core {
 
 namespace {
 
-const char* const g_pLOG_NAME = "Oxa.Core.PathName";
-const char* const g_pPATH_PARAMETER = "aPath";
-const char* const g_pNO_FOLDER = "Cannot append to a PathName that is a file name: ";
+constexpr char sLOG_NAME[] = "Oxa.Core.PathName";
+constexpr char sPATH_PARAMETER[] = "aPath";
+constexpr char sNO_FOLDER[] = "Cannot append to a PathName that is a file name: ";
 
 constexpr std::size_t uFULL_PATH_SIZE = 260;
 constexpr char cDOT = '.';
@@ -102,12 +102,12 @@ void PathName::operator+=(const char* aPath) {
     return;
   }
   if (HasExt()) {
-    OXA_RAISE_ERROR(g_pLOG_NAME, LogicError(g_pNO_FOLDER + m_sText));
+    OXA_RAISE_ERROR(sLOG_NAME, LogicError(sNO_FOLDER + m_sText));
     return;
   }
   const PathName added(aPath);  // a copy, too: aPath may be a part of this text
   if (added.HasBase()) {
-    OXA_RAISE_ERROR(g_pLOG_NAME, InvalidParameter(g_pPATH_PARAMETER));
+    OXA_RAISE_ERROR(sLOG_NAME, InvalidParameter(sPATH_PARAMETER));
     return;
   }
   ForceAsDir();

@@ -70,7 +70,8 @@ bool PathName::Rename(const std::string& aNewName) {
   PathName target(GetBaseAndBranch());
   target.ForceAsDir();
   target += aNewName;
-  if (target.Exists() || Platform::RenameFile(m_sText.c_str(), target.m_sText.c_str()) != 0) return false;
+  if (target.Exists() || Platform::RenameFileUnlessTaken(m_sText.c_str(), target.m_sText.c_str()) != 0)
+    return false;
   *this = target;
   return true;
 }

@@ -14,7 +14,7 @@ bool PathName::IsUNC() const { return m_sText.size() >= 2 && m_sText[0] == '\\' 
 bool PathName::IsAbsolute() const {
   if (m_sText.empty()) return false;
   if (IsUNC()) return true;
-  if (IsPathSeparator(m_sText[0])) return false;
+  if (IsPathSeparator(m_sText[0]) || !HasBase()) return false;
   const auto drive = m_sText.find(cDRIVE_END);
   return drive != uNONE && drive + 1 < m_sText.size() && IsPathSeparator(m_sText[drive + 1]);
 }

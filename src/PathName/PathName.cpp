@@ -6,9 +6,9 @@ namespace Oxa::Core {
 
 namespace {
 
-const char* const g_pDRIVE_END = ":";
-const char* const g_pSERVER_END = "\\";
-const char* const g_pEXTENSION = ".";
+constexpr char sDRIVE_END[] = ":";
+constexpr char sSERVER_END[] = "\\";
+constexpr char sEXTENSION[] = ".";
 
 // Where the first character from `start` on stands that `is` tells of; the end of the text if there is none.
 template <class Is>
@@ -70,8 +70,8 @@ void PathName::SetNT() {
   legalCharacters = sNT_LEGAL_CHARACTERS;
   pathSeparators = sNT_PATH_SEPARATORS;
   defaultSeparator = '/';
-  extensionSeparator = g_pEXTENSION;
-  baseSeparator = g_pDRIVE_END;
+  extensionSeparator = sEXTENSION;
+  baseSeparator = sDRIVE_END;
   maxLeafLength = 256;
   maxExtLength = 256;
   maxComponentLength = 260;
@@ -83,8 +83,8 @@ void PathName::SetUNIX() {
   legalCharacters = " _~!#%&()@`'^$.\\-";
   pathSeparators = "/";
   defaultSeparator = '/';
-  extensionSeparator = g_pEXTENSION;
-  baseSeparator = g_pDRIVE_END;
+  extensionSeparator = sEXTENSION;
+  baseSeparator = sDRIVE_END;
   maxLeafLength = 31;
   maxExtLength = 31;
   maxComponentLength = 31;
@@ -96,7 +96,7 @@ void PathName::SetUNIX() {
 
 bool PathName::InitSeparators() {
   const bool bServer = IsUNC();
-  baseSeparator = bServer ? g_pSERVER_END : g_pDRIVE_END;
+  baseSeparator = bServer ? sSERVER_END : sDRIVE_END;
   const std::string::size_type first = FindFirstSeparator(bServer ? 2 : 0);
   if (first == m_sText.size()) return false;
   defaultSeparator = m_sText[first];

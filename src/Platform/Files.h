@@ -40,6 +40,10 @@ int RemoveFile(const char* name) noexcept;
 /// replaced.
 int RenameFile(const char* from, const char* to) noexcept;
 
+/// The same for a name `to` that must be free: if anything has it, the result is EEXIST. Nobody gets to take the
+/// name in between, where the volume can see to that.
+int RenameFileUnlessTaken(const char* from, const char* to) noexcept;
+
 /// Copies the bytes of a plain file; a plain file `to` is replaced. If the copying stops half-way, what there is
 /// of the copy is removed. A file can't be copied onto itself.
 int CopyFile(const char* from, const char* to) noexcept;

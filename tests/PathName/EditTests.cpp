@@ -231,6 +231,17 @@ TEST(PathNameEdits, AServerThatIsCutOffStillEndsTheBase) {
   EXPECT_FALSE(path.IsValid());
 }
 
+TEST(PathNameEdits, BehindACutServerADriveDoesNotCountAsOne) {
+  PathName path("\\\\server\\C:/x");
+  path.ForceRelative("\\\\server");
+  EXPECT_EQ("C:/x", Text(path));
+  EXPECT_FALSE(path.HasBase());
+  EXPECT_FALSE(path.IsAbsolute());
+  path.SetBaseAndBranch(path.GetBaseAndBranch());  // looks anew
+  EXPECT_TRUE(path.HasBase());
+  EXPECT_TRUE(path.IsAbsolute());
+}
+
 // --- operator+=
 
 TEST(PathNameAppend, GoesOnBehindTheFolder) {

@@ -57,6 +57,18 @@ TEST(PathNameOnDisk, ARootAloneIsNotFound) {
   EXPECT_FALSE(PathName("/").IsDir());
 }
 
+TEST(PathNameOnDisk, WhatIsNeitherFileNorFolderDoesNotExist) {
+  const TemporaryFolder folder;
+  std::filesystem::create_symlink(folder.File("missing"), folder.File("link"));
+  for (const std::string& name : {folder.File("link"), std::string("/dev/null")}) {
+    EXPECT_FALSE(PathName(name).Exists()) << name;
+    EXPECT_FALSE(PathName(name).IsDir()) << name;
+    EXPECT_EQ(0u, PathName(name).GetLength()) << name;
+  }
+  EXPECT_TRUE(PathName(folder.File("link")).Delete());
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.File("link")));
+}
+
 TEST(PathNameOnDisk, IsDirWhateverTheNameLooksLike) {
   const TemporaryFolder folder;
   const std::string file = folder.Write("file", "");
@@ -80,6 +92,7 @@ TEST(PathNameOnDisk, LengthIsThatOfPlainFiles) {
   const TemporaryFolder folder;
   EXPECT_EQ(5u, PathName(folder.Write("file", "12345")).GetLength());
   EXPECT_EQ(5u, PathName(folder.File("file/")).GetLength());
+  EXPECT_EQ(0u, PathName(folder.File("file//")).GetLength());  // only one separator is taken away
   EXPECT_EQ(0u, PathName(folder.Write("empty", "")).GetLength());
   EXPECT_EQ(0u, PathName(folder.Path()).GetLength());
   EXPECT_EQ(0u, PathName(folder.File("missing")).GetLength());
@@ -162,6 +175,15 @@ TEST(PathNameOnDisk, ADriveIsPartOfTheName) {
   EXPECT_TRUE(path.Exists());
 }
 
+// The base that is set into an empty name doesn't come through the setting of the branch.
+TEST(PathNameOnDisk, FoldersOfAServerAreMadeWithoutTheServer) {
+  const TemporaryFolder folder;
+  PathName path("\\\\server" + WithBackslashes(folder.Path()) + "\\new\\");
+  EXPECT_TRUE(path.CreateDirectoryA());
+  EXPECT_TRUE(IsFolder(folder.File("new")));
+  EXPECT_FALSE(path.Exists());
+}
+
 // --- Delete
 
 TEST(PathNameOnDisk, WhatIsNotThereCountsAsDeleted) {
@@ -232,6 +254,7 @@ TEST(PathNameOnDisk, NothingIsRenamedToATakenNameOrFromNowhere) {
   EXPECT_FALSE(path.Rename("taken"));
   EXPECT_FALSE(path.Rename("old"));
   EXPECT_FALSE(path.Rename("no/folder"));
+  EXPECT_FALSE(path.Rename(""));
   EXPECT_EQ(folder.File("old"), Text(path));
   EXPECT_EQ("old", ReadFile(folder.File("old")));
   EXPECT_EQ("taken", ReadFile(folder.File("taken")));
@@ -240,6 +263,20 @@ TEST(PathNameOnDisk, NothingIsRenamedToATakenNameOrFromNowhere) {
   EXPECT_EQ(folder.File("missing"), Text(missing));
   PathName self(folder.Path() + '/');
   EXPECT_FALSE(self.Rename("inside"));
+}
+
+// Such a name doesn't Exist, but somebody has it.
+TEST(PathNameOnDisk, NothingIsRenamedOverWhatIsNoPlainFile) {
+  const TemporaryFolder folder;
+  PathName path(folder.Write("old", "old"));
+  std::filesystem::create_symlink(folder.File("missing"), folder.File("link"));
+  std::filesystem::create_directory(folder.File("dir"));
+  for (const char* name : {"link", "dir"}) {
+    EXPECT_FALSE(path.Rename(name)) << name;
+    EXPECT_EQ(folder.File("old"), Text(path));
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.File("link")));
+  EXPECT_EQ("old", ReadFile(folder.File("old")));
 }
 
 TEST(PathNameOnDisk, RenamingToAnotherDriveRaises) {
@@ -287,6 +324,16 @@ TEST(PathNameOnDisk, NoMatchIsNoFailureButNoFolderIs) {
   EXPECT_FALSE(PathName(folder.File("missing")).ReadDirectory(entries, "*"));
   EXPECT_FALSE(PathName(folder.Write("file", "")).ReadDirectory(entries, "*"));
   EXPECT_TRUE(entries.empty());
+}
+
+TEST(PathNameOnDisk, TheListOfTheEmptyNameIsThatOfTheRoot) {
+  const TemporaryFolder folder;
+  const CurrentFolder current(folder.Path());
+  folder.Write("a file of the current folder", "");
+  std::vector<std::string> ofNone, ofRoot;
+  EXPECT_TRUE(PathName().ReadDirectory(ofNone, "*"));
+  EXPECT_TRUE(PathName("/").ReadDirectory(ofRoot, "*"));
+  EXPECT_EQ(ofRoot, ofNone);
 }
 
 TEST(PathNameOnDisk, APatternMayBeginWithFolders) {

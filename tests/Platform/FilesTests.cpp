@@ -123,6 +123,23 @@ TEST(Files, RenamingReplacesAFile) {
   EXPECT_EQ("new", ReadFile(to));
 }
 
+TEST(Files, ANameThatIsTakenIsKeptFromAFileThatWantsAFreeOne) {
+  const TemporaryFolder folder;
+  const std::string from = folder.Write("from", "new");
+  const std::string to = folder.Write("to", "old");
+  ASSERT_EQ(0, Platform::MakeDirectory(folder.File("folder").c_str()));
+  EXPECT_EQ(EEXIST, Platform::RenameFileUnlessTaken(from.c_str(), to.c_str()));
+  EXPECT_EQ(EEXIST, Platform::RenameFileUnlessTaken(from.c_str(), folder.File("folder").c_str()));
+  EXPECT_EQ("new", ReadFile(from));
+  EXPECT_EQ("old", ReadFile(to));
+  EXPECT_EQ(0, Platform::RenameFileUnlessTaken(from.c_str(), WithBackslashes(folder.File("free")).c_str()));
+  EXPECT_EQ("new", ReadFile(folder.File("free")));
+  EXPECT_FALSE(std::filesystem::exists(from));
+  EXPECT_EQ(ENOENT, Platform::RenameFileUnlessTaken(from.c_str(), folder.File("other").c_str()));
+  EXPECT_EQ(ENAMETOOLONG, Platform::RenameFileUnlessTaken(to.c_str(), sTOO_LONG.c_str()));
+  EXPECT_EQ(ENAMETOOLONG, Platform::RenameFileUnlessTaken(sTOO_LONG.c_str(), to.c_str()));
+}
+
 // --- Copies
 
 TEST(Files, ACopyHasAllBytesAndReplacesALongerFile) {

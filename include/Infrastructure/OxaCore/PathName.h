@@ -38,12 +38,15 @@ class OXACORE_API PathName {
   /// limits are 0, so that no component is valid.
   enum PathFormat { NT = 0, UNIX = 1 };
 
+  /// Hold the text as it is. What this class appends is from now on the first separator in it, or "/".
   PathName(PathFormat format = NT);
   PathName(const std::string& text, PathFormat format = NT);
   PathName(const char* text, PathFormat format = NT);
 
   /// Replace the text. The separator that this class appends is from now on the first one in the text, if it
-  /// has one; otherwise it stays what it was.
+  /// has one; otherwise it stays what it was. What ends a base is from now on the "\" behind a server or the ":"
+  /// behind a drive, whichever the text begins with. SetBase and SetBaseAndBranch settle both anew as well; no
+  /// other change does, so that a drive that comes to the front by one may go unnoticed.
   PathName& operator=(const std::string& text);
   PathName& operator=(const char* text);
 
@@ -70,11 +73,11 @@ class OXACORE_API PathName {
   /// The opposite; the empty text is relative.
   bool IsRelative() const { return !IsAbsolute(); }
 
-  /// Whether the text is a well-formed name: a drive of one letter or digit, no two separators side by side,
-  /// components of letters, digits and " _~!#%&()@`'^$.-" that are not too long (256 before the last dot, 256
-  /// behind it, 260 in all). Bytes above 127 are not valid. Not looked at are the first folder behind a drive
-  /// and separator, the share of a server, and the first two characters of a server's name. A text of nothing
-  /// but ":" is not valid. Allocates nothing.
+  /// Whether the text is a well-formed name: a drive of one character, no two separators side by side, components
+  /// that are not too long (256 before the last dot, 257 behind it, 260 in all; 256 without a dot), and no
+  /// characters but letters, digits and " _~!#%&()@`'^$.-". Bytes above 127 are not valid. Not looked at are the
+  /// first folder behind a drive and separator, the share of a server, and the first two characters of a
+  /// server's name. A text of nothing but ":" is not valid. Allocates nothing.
   bool IsValid() const;
 
   bool HasBase() const;    ///< a server, or a drive; true for a server alone, of which GetBase gives ""
@@ -111,9 +114,10 @@ class OXACORE_API PathName {
   /// backslash, and set again leaves two behind the server.
   void SetBranch(const std::string& aBranch);
 
+  /// Replaces both, and ends them in a separator. The empty text takes them away.
   void SetBaseAndBranch(const std::string& aPath);
 
-  /// Puts folders behind those that there are.
+  /// Puts folders behind those that there are. See SetBranch for names with a server.
   void AddBranch(const std::string& aBranch);
 
   /// Replaces the leaf and keeps the extension; an extension of `aLeaf` is dropped, unless `aLeaf` begins with a
@@ -123,6 +127,7 @@ class OXACORE_API PathName {
   /// With or without a dot in front. The empty extension takes it away.
   void SetExt(const std::string& aExt);
 
+  /// Replaces leaf and extension by the text as it is.
   void SetLeafAndExt(const std::string& aName);
 
   /// Goes on behind this folder: a separator where there is none, and `aPath` without one separator at its
@@ -158,7 +163,8 @@ class OXACORE_API PathName {
   unsigned long GetLength() const;
 
   /// Makes all folders of the branch that are missing; the leaf doesn't count. True if there are none to make.
-  /// Folders already made stay when a later one fails.
+  /// Folders already made stay when a later one fails. A server is left out: the folders are then looked for, and
+  /// made, in the root.
   bool CreateDirectoryA() const;
 
   /// Removes the file, or the folder if it is empty. True as well if the name doesn't Exist.
@@ -167,14 +173,15 @@ class OXACORE_API PathName {
   /// Removes a file of this folder.
   bool Delete(const std::string& aName);
 
-  /// Gives the file another name in the same folder, and takes that name. False if this name doesn't Exist or the
-  /// other one does. Raises as operator+= does.
+  /// Gives the file another name in the same folder, and takes that name. False if this name doesn't Exist, or
+  /// if anything has the other one, be it a link that leads nowhere. Raises as operator+= does.
   bool Rename(const std::string& aNewName);
 
   /// Appends the names in this folder that match the pattern, sorted by their bytes; folders, "." and ".." are
   /// among them. "*" stands for any characters, "?" for one; case counts. (So "*.*" wants a dot.) A pattern
   /// may begin with folders: what stands behind its last separator is matched. True also if nothing matches;
-  /// false if there is no such folder or it can't be read, and `aEntries` is then untouched.
+  /// false if there is no such folder or it can't be read, and `aEntries` is then untouched. The empty name stands
+  /// for the root here.
   bool ReadDirectory(std::vector<std::string>& aEntries, std::string aPattern);
 
  protected:

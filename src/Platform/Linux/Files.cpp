@@ -1,6 +1,7 @@
 #include "Platform/Files.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,6 +20,28 @@ int WithName(const char* name, const Operation& operation) noexcept {
   const FileName converted(name);
   if (converted.Code() != 0) return converted.Code();
   return operation(converted.Get()) < 0 ? errno : 0;
+}
+
+bool IsTaken(const char* name) noexcept {
+  struct stat facts;
+  return lstat(name, &facts) == 0;
+}
+
+// Not every volume and not every kernel can do both in one step.
+int RenameToFree(const char* from, const char* to) noexcept {
+  const int result = renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+  if (result == 0 || (errno != EINVAL && errno != ENOSYS)) return result;
+  if (!IsTaken(to)) return rename(from, to);
+  errno = EEXIST;
+  return -1;
+}
+
+// Calls `operation` with both names.
+template <class Operation>
+int WithNames(const char* from, const char* to, const Operation& operation) noexcept {
+  const FileName target(to);
+  if (target.Code() != 0) return target.Code();
+  return WithName(from, [&](const char* converted) { return operation(converted, target.Get()); });
 }
 
 }  // namespace
@@ -41,10 +64,10 @@ int RemoveDirectory(const char* name) noexcept { return WithName(name, rmdir); }
 
 int RemoveFile(const char* name) noexcept { return WithName(name, unlink); }
 
-int RenameFile(const char* from, const char* to) noexcept {
-  const FileName target(to);
-  if (target.Code() != 0) return target.Code();
-  return WithName(from, [&](const char* converted) { return rename(converted, target.Get()); });
+int RenameFile(const char* from, const char* to) noexcept { return WithNames(from, to, rename); }
+
+int RenameFileUnlessTaken(const char* from, const char* to) noexcept {
+  return WithNames(from, to, RenameToFree);
 }
 
 }  // namespace Oxa::Core::Platform

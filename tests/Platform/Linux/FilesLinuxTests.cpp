@@ -118,6 +118,18 @@ TEST(FilesLinux, LinksAreFollowedButRemovedThemselves) {
   EXPECT_EQ("bytes", ReadFile(file));
 }
 
+TEST(FilesLinux, ALinkThatLeadsNowhereTakesItsName) {
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("file", "bytes");
+  const std::string link = folder.File("link");
+  std::filesystem::create_symlink(folder.File("missing"), link);
+  EXPECT_EQ(EEXIST, Platform::RenameFileUnlessTaken(file.c_str(), link.c_str()));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(0, Platform::RenameFileUnlessTaken(link.c_str(), folder.File("free").c_str()));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.File("free")));
+  EXPECT_EQ("bytes", ReadFile(file));
+}
+
 TEST(FilesLinux, DevicesAreNeitherFilesNorFoldersAndNotCopiedTo) {
   Platform::FileStatus status;
   ASSERT_EQ(0, Platform::Status("/dev/null", status));
