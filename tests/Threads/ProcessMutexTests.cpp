@@ -1,10 +1,16 @@
 #include <Infrastructure/OxaCore/ProcessMutex.h>
+#include <Infrastructure/OxaCore/Thread.h>
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <climits>
+#include <cstdlib>
 #include <ctime>
 #include <string>
 #include <thread>
@@ -40,7 +46,10 @@ class ProcessMutexTest : public testing::Test {
                 testing::UnitTest::GetInstance()->current_test_info()->name() + "." +
                 std::to_string(++s_iNumber)),
         m_mutex(m_sName) {}
-  ~ProcessMutexTest() override { ::unlink(("/dev/shm/oxacore.lock.Global%5C" + m_sName).c_str()); }
+  ~ProcessMutexTest() override { EXPECT_EQ(0, ::unlink(File().c_str())) << "is to be there under this name"; }
+
+  // Every name has the same prefix, whatever session it is used in.
+  std::string File() const { return "/dev/shm/oxacore.lock.Global%5C" + m_sName; }
 
   int OtherProcess(const std::string& command) const {
     return TestSupport::RunChild({PROCESS_MUTEX_HOST, command, m_sName}).m_iStatus;
@@ -69,6 +78,18 @@ class ProcessMutexTest : public testing::Test {
 };
 
 int ProcessMutexTest::s_iNumber = 0;
+// Leaves the lock only by being killed.
+class LockingForEver : public Task {
+ public:
+  explicit LockingForEver(ProcessMutex& mutex) : m_mutex(mutex) {}
+  int Run(TaskDirective&) override {
+    m_mutex.Lock();
+    while (true) ::usleep(1000);
+  }
+
+ private:
+  ProcessMutex& m_mutex;
+};
 
 double ThreadMilliseconds() {
   timespec time;
@@ -254,6 +275,24 @@ class WarningListener : public AlertListener {
   AlertInfo::ESeverity m_eSeverity{};
 };
 
+#if !defined(__SANITIZE_THREAD__)  // which waits for ever for the end of a killed thread
+TEST_F(ProcessMutexTest, WhatAKilledThreadHeldIsAbandoned) {
+  const boost::shared_ptr<Thread> victim = Thread::Create("Victim");
+  // Kept for good, since a victim never gives up its share.
+  static auto& tasks = *new std::vector<boost::shared_ptr<Task>>;
+  tasks.emplace_back(new LockingForEver(m_mutex));
+  ASSERT_TRUE(victim->Start(tasks.back(), Elapse(5)));
+  ASSERT_TRUE(Eventually([this] { return !m_mutex.TryLock() || (m_mutex.Unlock(), false); }));
+  EXPECT_TRUE(victim->Kill(Elapse(5)));
+  Recorder recorder;
+  m_mutex.Lock();
+  EXPECT_EQ(std::vector<std::string>{"warning Acquired process lock named " + m_sName +
+                                     " after lock owner terminated before releasing lock"},
+            recorder.m_heard);
+  ExpectHeldAtLevels(1);
+}
+#endif
+
 TEST_F(ProcessMutexTest, LockWithALimitWarnsOfAbandonmentToo) {
   Abandon();
   WarningListener listener;
@@ -359,6 +398,54 @@ TEST_F(ProcessMutexTest, LockOfOneThatCantBeHadRaises) {
   EXPECT_EQ("Failed to acquire lock for process mutex named " + sNAME_THAT_CANT_BE_HAD +
                 " due to following error: \n\nInvalid argument",
             message);
+}
+
+// The system counts the levels of a lock, and has an end to that.
+class FullProcessMutexTest : public ProcessMutexTest {
+ protected:
+  FullProcessMutexTest() {
+    m_mutex.Lock();
+    LevelsOfTheSystem() = UINT_MAX;
+  }
+  ~FullProcessMutexTest() override {
+    LevelsOfTheSystem() = 1;
+    m_mutex.Unlock();
+    EXPECT_EQ(iFREE, OtherProcess("try"));
+  }
+
+  unsigned& LevelsOfTheSystem() {
+    constexpr std::size_t placeOfTheLock = 64;
+    if (m_pPage == nullptr) {
+      const int file = ::open(File().c_str(), O_RDWR | O_CLOEXEC);
+      m_pPage = static_cast<char*>(::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+      ::close(file);
+      if (m_pPage == MAP_FAILED) std::abort();
+    }
+    return reinterpret_cast<pthread_mutex_t*>(m_pPage + placeOfTheLock)->__data.__count;
+  }
+
+ private:
+  char* m_pPage = nullptr;
+};
+
+TEST_F(FullProcessMutexTest, LockRaisesWithTheTextOfTheSystem) {
+  for (const Elapse& limit : {IMutex::sINFINITE, Elapse(10)}) {
+    try {
+      m_mutex.Lock(limit);
+      ADD_FAILURE();
+    } catch (WaitFailed& error) {
+      EXPECT_EQ("Failed to acquire lock for process mutex named " + m_sName +
+                    " due to following error: \n\nResource temporarily unavailable",
+                error.GetData(AlertInfo::sMESSAGE));
+    }
+  }
+}
+
+TEST_F(FullProcessMutexTest, TryLockFailsAndTellsNobody) {
+  Recorder recorder;
+  EXPECT_FALSE(m_mutex.TryLock());
+  EXPECT_FALSE(m_mutex.TryLock(Elapse(10, Elapse::MilliSeconds)));
+  EXPECT_TRUE(recorder.m_heard.empty());
 }
 
 TEST_F(ProcessMutexTest, TheOthersOfOneThatCantBeHadAssertAndRaiseNothing) {
