@@ -28,8 +28,8 @@ class LogFolder {
   LogFolder(const LogFolder&) = delete;
   LogFolder& operator=(const LogFolder&) = delete;
   ~LogFolder() {
-    Oxa::Core::System::Instance()->SetProcessPath(m_sBefore);
     RemoveLocks();
+    Oxa::Core::System::Instance()->SetProcessPath(m_sBefore);
     std::error_code ignored;
     std::filesystem::permissions(m_sPath, std::filesystem::perms::owner_all, ignored);
     std::filesystem::remove_all(m_sPath, ignored);
@@ -71,8 +71,11 @@ class LogFolder {
   }
 
  private:
-  // They would stay until the machine is started anew.
+  // They would stay until the machine is started anew. One is where the log was last, be it a folder or not.
   void RemoveLocks() const {
+    std::string last;
+    Oxa::Core::System::Instance()->GetProcessPath(last);
+    NamedLockTests::RemoveLock(last + "DefaultLog.entries");
     NamedLockTests::RemoveLock(File("DefaultLog.entries"));
     for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
       if (entry.is_directory()) NamedLockTests::RemoveLock(entry.path().string() + "/DefaultLog.entries");
