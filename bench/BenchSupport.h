@@ -3,7 +3,8 @@
 // A benchmark is named "Area/Who": "Reentrant lock pair, free/Ours" beside ".../Qt", ".../std", and so on. The
 // report puts "Ours" against every other one of the same area from the same run. What Google Benchmark appends
 // ("/threads:2", an argument) belongs to the area. An area in which ours sets bytes or items per second is one
-// of throughput, where more is better; in all others time counts, where less is better.
+// of throughput, where more is better; a counter "bytes" is an amount of memory; in all others time counts. Of time
+// and memory, less is better.
 //
 //   void OursLock(benchmark::State& state) { ... }
 //   OXA_BENCH("Reentrant lock pair, free", "Ours", OursLock);

@@ -14,7 +14,7 @@ import sys
 OURS = "Ours"
 NO_AREA = re.compile(r"^(real_time|process_time|manual_time|threads:1|(min_time|min_warmup_time|repeats|iterations):.*)$")
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-Figure = collections.namedtuple("Figure", "value unit")  # unit: "ns", "B/s" or "items/s"
+Figure = collections.namedtuple("Figure", "value unit")  # unit: "ns", "B/s", "items/s" or "B"
 Row = collections.namedtuple("Row", "area ours peer theirs ratio goal verdict")
 
 
@@ -28,7 +28,7 @@ def split_name(run_name):
 
 
 def figure_of(run):
-    for key, unit in (("bytes_per_second", "B/s"), ("items_per_second", "items/s")):
+    for key, unit in (("bytes_per_second", "B/s"), ("items_per_second", "items/s"), ("bytes", "B")):
         if key in run:
             return Figure(run[key], unit)
     wall = any(part in run["run_name"] for part in ("/real_time", "/manual_time", "/threads:"))
@@ -90,6 +90,7 @@ def rows_of(figures, goals, problems):
 def show(figure):
     scales = {"ns": ((1e9, "s"), (1e6, "ms"), (1e3, "µs"), (1, "ns")),
               "B/s": ((1e9, "GB/s"), (1e6, "MB/s"), (1e3, "kB/s"), (1, "B/s")),
+              "B": ((2**20, "MiB"), (2**10, "KiB"), (1, "B")),
               "items/s": ((1e6, "M/s"), (1e3, "k/s"), (1, "/s"))}[figure.unit]
     scale, name = next((pair for pair in scales if abs(figure.value) >= pair[0]), scales[-1])
     return "%.3g %s" % (figure.value / scale, name) if figure.value < 1000 * scale else "%.0f %s" % (
