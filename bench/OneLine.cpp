@@ -1,6 +1,7 @@
 // A process that logs one line, from its start to its end: wall time, processor time, and memory at its peak.
 #include "OneLine.h"
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -42,6 +43,17 @@ bool TakeLine(const fs::path& folder) {
   return found;
 }
 
+// What the programs say besides doesn't belong into the table.
+const posix_spawn_file_actions_t* QuietOutput() {
+  static posix_spawn_file_actions_t actions;
+  static const bool made = [] {
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    return posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0) == 0;
+  }();
+  return made ? &actions : nullptr;
+}
+
 Run RunOnce(const std::string& program, bool withPeak) {
   std::string name = OXA_BENCH_FOLDER "/" + program;
   std::string folder = LogFolder::Path() + "oneline";
@@ -54,7 +66,7 @@ Run RunOnce(const std::string& program, bool withPeak) {
   Run run;
   const Clock::time_point start = Clock::now();
   pid_t child = 0;
-  if (posix_spawn(&child, name.c_str(), nullptr, nullptr, arguments.data(), environ) != 0) return run;
+  if (posix_spawn(&child, name.c_str(), QuietOutput(), nullptr, arguments.data(), environ) != 0) return run;
   int status = 0;
   rusage usage{};
   wait4(child, &status, 0, &usage);
