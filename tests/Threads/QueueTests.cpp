@@ -7,11 +7,14 @@
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <iostream>
 #include <memory>
 #include <new>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -248,7 +251,25 @@ TEST_F(QueueNamed, ReportsAPeakOnce) {
   EXPECT_EQ("", PushAndListen(queue, 4));
 }
 
+// A zone that no machine has by itself.
+class Zone {
+ public:
+  explicit Zone(const char* name) {
+    if (const char* const before = std::getenv("TZ")) m_before = before;
+    Set(name);
+  }
+  Zone(const Zone&) = delete;
+  Zone& operator=(const Zone&) = delete;
+  ~Zone() { m_before ? Set(m_before->c_str()) : static_cast<void>(unsetenv("TZ")); }
+
+ private:
+  static void Set(const char* name) { setenv("TZ", name, 1); }
+
+  std::optional<std::string> m_before;
+};
+
 TEST_F(QueueNamed, ReportsTheLocalTime) {
+  const Zone zone("Probe-5:17");
   Queue<int> queue("Entries", nullptr, 1, 1, 9);
   const std::time_t before = std::time(nullptr);
   const std::string told = PushAndListen(queue, 1);
@@ -260,6 +281,36 @@ TEST_F(QueueNamed, ReportsTheLocalTime) {
     found = found || told.compare(0, 11, text) == 0;
   }
   EXPECT_TRUE(found) << told;
+}
+
+// Keeps what it is given, and how often it was to be flushed.
+class Sink : public std::stringbuf {
+ public:
+  int m_iWrites = 0;
+  int m_iFlushes = 0;
+
+ private:
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    ++m_iWrites;
+    return std::stringbuf::xsputn(text, length);
+  }
+  int sync() override {
+    ++m_iFlushes;
+    return 0;
+  }
+};
+
+TEST_F(QueueNamed, ReportsInOnePieceAndFlushes) {
+  Sink sink;
+  std::streambuf* const before = std::cerr.rdbuf(&sink);
+  std::cerr << std::nounitbuf;
+  Queue<int> queue("Entries", nullptr, 1, 1, 9);
+  queue.Push(1);
+  std::cerr << std::unitbuf;
+  std::cerr.rdbuf(before);
+  ExpectReport(sink.str(), Report("Entries", "new high watermark (1 items)\n"));
+  EXPECT_EQ(1, sink.m_iWrites);
+  EXPECT_EQ(1, sink.m_iFlushes);
 }
 
 TEST_F(QueueNamed, ReportLeavesOutAProcessWithoutAName) {

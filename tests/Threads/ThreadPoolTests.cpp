@@ -255,6 +255,25 @@ TEST(ThreadPool, SurvivesWhatItsCallbacksThrow) {
   EXPECT_TRUE(Eventually([&] { return CountOf(pool) == 0; }));
 }
 
+TEST(ThreadPool, LetsGoOfWorkBeforeItCountsAsDoneAlsoWhereItFailed) {
+  for (const bool failing : {false, true}) {
+    std::atomic<int> countedAtItsEnd{-1};
+    ThreadPool<int> pool("Pool", 1);
+    pool.Start();
+    const Work work = [failing](int) {
+      if (failing) throw std::runtime_error("failed");
+    };
+    pool.Enqueue(boost::shared_ptr<CallbackArg<int>>(new Calling(work),
+                                                     [&](CallbackArg<int>* callback) {
+                                                       countedAtItsEnd = CountOf(pool);
+                                                       delete callback;
+                                                     }),
+                 1);
+    EXPECT_TRUE(Eventually([&] { return countedAtItsEnd != -1; }));
+    EXPECT_EQ(1, countedAtItsEnd);
+  }
+}
+
 TEST(ThreadPool, PassesOverANullCallback) {
   std::atomic<int> called{0};
   ThreadPool<int> pool("Pool", 1);
@@ -337,6 +356,25 @@ TEST(ThreadPool, EndWaitsForCallbacksAtWorkAndDropsTheRest) {
   gate.Open();
   end.join();
   EXPECT_EQ(1, waiting.use_count());
+}
+
+TEST(ThreadPool, CallbacksMayEnqueueWhileThePoolEnds) {
+  Gate gate;
+  auto pool = std::make_unique<Pool>("Pool", 1);
+  Pool& used = *pool;
+  const boost::shared_ptr<CallbackArg<int>> late = Call([](int) {});
+  pool->Start();
+  pool->Enqueue(Call([&](int item) {
+                  gate.Pass(item);
+                  used.Enqueue(late, item);
+                }),
+                1);
+  ASSERT_TRUE(gate.Inside(1));
+  std::thread end([&] { pool.reset(); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // where it is too short, the item is called
+  gate.Open();
+  end.join();
+  EXPECT_EQ(1, late.use_count());
 }
 
 TEST(ThreadPool, EndsRightAfterStart) {

@@ -1,10 +1,11 @@
 // Named threads that share the work: each item goes to a callback, on the next thread that is free.
 //
-// Contract: items wait in a queue of at most 3000, which reports on standard error from 1000 on. Their callbacks
-// begin in the order of their coming. What a callback throws is lost without a trace (what was raised as an
-// alert has been told by then), and the thread goes on.
-// Thread safety: any thread may use any operation, callbacks of the pool too; but nobody may use a pool that is
-// being destroyed, and no callback of a pool may destroy it.
+// Contract: items wait in a queue of at most 3000, which reports on standard error from 1000 on. They are taken in
+// the order of their coming; with several threads, a later one may overtake on the way to its callback. What a
+// callback throws is lost without a trace (what was raised as an alert has been told by then), and the thread goes
+// on.
+// Thread safety: any thread may use any operation, callbacks of the pool too. While a pool is being destroyed its
+// own callbacks may enqueue, and nobody else may use it. No callback of a pool may destroy it.
 // Failures: what copying an item throws passes out of Enqueue; errors of Condition and Semaphore pass.
 //
 //   ThreadPool<Sample> pool("Statistics", 2);
@@ -51,7 +52,8 @@ class ThreadPool : public Task {
   ThreadPool(const ThreadPool&) = delete;
   ThreadPool& operator=(const ThreadPool&) = delete;
 
-  /// Lets the callbacks that are at work end, however long they take, and drops the items that still wait.
+  /// Lets the callbacks that are at work end, however long they take, and drops the items that still wait, with
+  /// those that come meanwhile.
   /// Takes at least 100 ms for each thread.
   ~ThreadPool() override {
     // A thread that was started and hasn't begun can't be told to stop, and would come too late.
@@ -93,7 +95,7 @@ class ThreadPool : public Task {
       m_queue.WakeNext();
       boost::shared_ptr<TaskCallback> work;
       if (!m_queue.TryPop(work)) continue;
-      Do(work);
+      Do(std::move(work));
       Count(-1);
     }
     return 0;
@@ -124,11 +126,10 @@ class ThreadPool : public Task {
     thread->Start(self, Elapse(0, Elapse::Seconds));
   }
 
-  // Clears the work too: the item is the host's, and its destructor may fail as well.
-  static void Do(boost::shared_ptr<TaskCallback>& work) {
+  // Takes the work over, so that nothing is left of it when it counts as done, also if it failed.
+  static void Do(boost::shared_ptr<TaskCallback> work) {
     try {
       if (work->m_spCallback) (*work->m_spCallback)(std::move(work->m_item));
-      work.reset();
     } catch (...) {
       SwallowFailureOfPool();
     }
