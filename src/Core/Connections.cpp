@@ -1,6 +1,7 @@
 #include "Core/Life.h"
 #include "ErrorHandling/AlertManagerHooks.h"
 #include "ErrorHandling/Hooks.h"
+#include "Log/LogHooks.h"
 #include "System/Circumstances.h"
 
 namespace Oxa::Core {
@@ -8,6 +9,7 @@ namespace Oxa::Core {
 void ConnectHooks() {
   TheHooks().addCircumstances = &AddCircumstances;
   AlertHooks::Connect(TheHooks());
+  ConnectLog(TheHooks());
 }
 
 }  // namespace Oxa::Core

@@ -11,6 +11,7 @@
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Globals.h>
 #include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
@@ -132,6 +133,7 @@ class Globals {
     SetLibraryGlobals(&s_globals.Get());
     s_globals.Get().Add<System>("System");
     s_globals.Get().Add<AlertManager>("AlertManager");
+    s_globals.Get().Add<LogManager>("LogManager");
   }
   Globals(const Globals&) = delete;
   Globals& operator=(const Globals&) = delete;

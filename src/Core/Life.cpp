@@ -1,6 +1,7 @@
 #include "Core/Life.h"
 
 #include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 
@@ -12,6 +13,7 @@
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "Log/ParkedThread.h"
 #include "Platform/Faults.h"
 #include "Platform/Machine.h"
 #include "Platform/NativeThread.h"
@@ -64,6 +66,13 @@ void DestroySingletons() {
   }
 }
 
+// A child that was forked off has the manager without its thread, and maybe with its locks held: it is left alone.
+void EndLog() {
+  if (!LoadedByThisProcess()) return;
+  if (LogManager* const manager = LogManager::Instance()) manager->Shutdown();
+  if (ManagedGlobals* const globals = LibraryGlobals()) globals->Remove<LogManager>("LogManager");
+}
+
 // The standard library fills the character tables of its first locale when they are first asked for, without a
 // lock. The messages of alerts are formatted on any thread: the tables are to be there before any thread is.
 void FillCharacterTables() {
@@ -94,6 +103,7 @@ void Initialize() {
 void Shutdown() {
   if (s_bShutDown) return;
   DestroySingletons();
+  EndLog();
   s_bShutDown = true;
 }
 
@@ -108,6 +118,7 @@ void UnloadRoutine() {
   TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
+  if (Platform::IsBeingUnmapped()) DestroyParkedThread();
   // Threads that have done their work may still be on their last steps in the library's code.
   Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));
 }

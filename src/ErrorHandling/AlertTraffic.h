@@ -29,8 +29,8 @@ class AlertInFlight {
 /// The circumstance under which an alert of such a depth is written.
 constexpr char sLISTENERS_NEVER_END[] = "Error in alert listener during alert notification";
 
-/// Called once the library is marked as unloading. Waits until no other thread tells an alert, or for a second:
-/// a listener may hang.
+/// Called once the library is marked as unloading, or a listener has been removed that is to die. Waits until no
+/// other thread tells an alert, or for a second: a listener may hang.
 void AwaitAlertsInFlight() noexcept;
 
 }  // namespace Oxa::Core

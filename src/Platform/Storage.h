@@ -20,6 +20,10 @@ int ChangeThreadDepth(int change) noexcept;
 /// was built earlier than this call dies. False if it can't be registered.
 bool CallAtUnload(void (*routine)()) noexcept;
 
+/// From the routine of CallAtUnload on: whether the library is being taken out of a process that goes on. Now and
+/// then true at the end of a process as well.
+bool IsBeingUnmapped() noexcept;
+
 /// Calls `routine` behind every static destructor of the library, unless other threads may still be running. One
 /// routine; null takes it back.
 void CallAtVeryEnd(void (*routine)()) noexcept;

@@ -2,6 +2,8 @@
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Time.h>
 
+#include <pthread.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -10,6 +12,7 @@ using namespace Oxa::Core;
 
 int main(int, char** arguments) {
   const std::string action = arguments[1];
+  pthread_setname_np(pthread_self(), "about to sleep");
   if (action == "sleep") {
     OxaSleep(std::atol(arguments[2]), static_cast<Elapse::TimeUnits>(std::atoi(arguments[3])), false);
   } else if (action == "sleep-ticks") {

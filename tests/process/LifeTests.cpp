@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <string>
 
@@ -17,7 +18,13 @@ const char* const sMISSED_SHUTDOWN =
     "(e.g. fromExitInstance)";
 const char* const sSTARTED_UP = "Error handling started up via initial throw...\n";
 
+#if defined(OXACORE_SOAK)
 const char* const sCYCLES = "1000";
+const std::chrono::seconds s_toCycle(600);
+#else
+const char* const sCYCLES = "50";
+const std::chrono::seconds s_toCycle(60);
+#endif
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool bSANITIZED = true;
@@ -152,7 +159,7 @@ TEST(Life, PluginTakesTheLibraryWithIt) {
 }
 
 TEST(Life, LoadsAndUnloadsOverAndOver) {
-  const ChildResult result = RunChild({LATE_HOST, "cycles", OXACORE_LIBRARY, sCYCLES});
+  const ChildResult result = RunChild({LATE_HOST, "cycles", OXACORE_LIBRARY, sCYCLES}, {}, s_toCycle);
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
   EXPECT_EQ(std::atoi(sCYCLES), Count(result.m_sOutput, sSTARTED_UP));
   EXPECT_EQ(std::atoi(sCYCLES) / 2, Count(result.m_sError, sMISSED_SHUTDOWN));

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "Platform/Faults.h"
+#include "Platform/Linux/Unmapping.h"
 
 // The identity of the library that this file is linked into; every one has its own.
 extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;  // NOLINT(bugprone-reserved-identifier)
@@ -37,10 +38,10 @@ void WriteToStandardError(const char* text) noexcept {
 }
 
 // Destructors with a number come last. At the end of a process threads that nobody has joined run to the last
-// moment.
+// moment; where a library is unmapped there are none in it any more.
 [[gnu::destructor(101)]] void RunLastRoutine() {
   const auto routine = s_lastRoutine.load();
-  if (routine != nullptr && __libc_single_threaded) routine();
+  if (routine != nullptr && (IsBeingUnmapped() || __libc_single_threaded)) routine();
 }
 
 }  // namespace
@@ -62,7 +63,11 @@ int ChangeThreadDepth(int change) noexcept { return t_iDepth += change; }
 // What atexit does, with the library named outright: the thread sanitizer puts an atexit of its own in its
 // place, which forgets whose routine it is and calls it when the library has been unmapped long since.
 bool CallAtUnload(void (*routine)()) noexcept {
-  const auto call = [](void* what) { reinterpret_cast<void (*)()>(what)(); };
+  const auto call = [](void* what) {
+    NoteUnloading();
+    reinterpret_cast<void (*)()>(what)();
+  };
+  NoteLoading();
   return abi::__cxa_atexit(call, reinterpret_cast<void*>(routine), &__dso_handle) == 0;
 }
 

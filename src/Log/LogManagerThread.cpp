@@ -1,0 +1,175 @@
+// "LogManager Thread": what it does, and how it is started and stopped.
+#include <Infrastructure/OxaCore/LogManager.h>
+
+#include "Core/LibraryState.h"
+#include "Log/DefaultLogService.h"
+#include "Log/ParkedThread.h"
+#include "Platform/Machine.h"
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sTHREAD = "LogManager Thread";
+
+constexpr long long llTO_BEGIN_MS = 10000;
+constexpr long long llFOR_EACH_ENTRY_MS = 100;
+constexpr Elapse s_toStop(1);
+constexpr Elapse s_toEndAtShutdown(10);
+constexpr Elapse s_toEndAtSwitch(1);
+constexpr Elapse s_toBeKilled(1);
+
+// For a task that isn't owned.
+struct KeepAlive {
+  void operator()(Task*) const noexcept {}
+};
+
+// Polls, for as long as that may last.
+template <class Condition>
+bool Await(long long milliseconds, const Condition& condition) {
+  const Platform::Deadline deadline = Platform::Deadline::InMilliseconds(milliseconds);
+  while (!condition() && !deadline.HasPassed()) OxaSleep(1, Elapse::MilliSeconds, false);
+  return condition();
+}
+
+class FlagUp {
+ public:
+  explicit FlagUp(std::atomic<bool>& flag) noexcept : m_flag(flag) { m_flag.store(true); }
+  FlagUp(const FlagUp&) = delete;
+  FlagUp& operator=(const FlagUp&) = delete;
+  ~FlagUp() { m_flag.store(false); }
+
+ private:
+  std::atomic<bool>& m_flag;
+};
+
+}  // namespace
+
+bool LogManager::StartThread() {
+  m_ulProcess = Platform::ProcessId();
+  m_spThread = Thread::Create(sTHREAD);
+  return m_spThread->Start(boost::shared_ptr<Task>(this, KeepAlive()));
+}
+
+int LogManager::Run(TaskDirective& directive) {
+  m_ulThread.store(Platform::CurrentThreadId());
+  while (!directive.MustStop()) {
+    while (SendNext(directive)) {
+    }
+  }
+  m_queue.Drain();
+  m_ulThread.store(0);
+  return 0;
+}
+
+// Once it is to stop, the queue is only emptied. False if there was nothing in it.
+bool LogManager::SendNext(TaskDirective& directive) {
+  m_queue.GetSemaphore().Wait();
+  m_queue.WakeNext();
+  const FlagUp inHand(m_bInHand);
+  OxaLogEntry entry;
+  if (!m_queue.TryPop(entry)) return false;
+  if (!directive.MustStop() && !IsLibraryUnloading()) SendLogMessage(entry, false);
+  return true;
+}
+
+bool LogManager::OnOwnThread() const noexcept { return m_ulThread.load() == Platform::CurrentThreadId(); }
+
+// A child that was forked off has a manager, but not its thread. One that was started a moment ago may not have
+// begun, and can't be asked anything until then.
+bool LogManager::IsThreadRunning() const {
+  if (!m_spThread || m_ulProcess != Platform::ProcessId()) return false;
+  Await(llTO_BEGIN_MS, [this] { return m_spThread->HasBegun(); });
+  return m_spThread->IsRunning();
+}
+
+void LogManager::AskThreadToStop() {
+  m_spThread->Stop(Elapse(0));
+  m_queue.SetReleased(true);
+}
+
+bool LogManager::AwaitThread(const Elapse& timeout) {
+  return !OnOwnThread() && m_spThread->TimedWaitForState(Thread::eTHREAD_NOT_RUNNING, timeout);
+}
+
+// The queue is released before the wait: the thread sleeps on it, and could not see that it is to stop.
+void LogManager::StopThread() {
+  if (IsThreadRunning()) {
+    AskThreadToStop();
+    if (!AwaitThread(s_toStop)) AwaitThread(s_toEndAtShutdown);
+  }
+  m_queue.Drain();
+}
+
+// One that hangs in a handler must not come back to a manager that is gone.
+void LogManager::KillStuckThread() {
+  if (!OnOwnThread() && IsThreadRunning()) m_spThread->Kill(s_toBeKilled);
+  ParkThread(m_spThread);
+}
+
+void LogManager::SetBufferingMode(bool on) {
+  if (OnOwnThread()) {
+    SwitchOnOwnThread(on);
+    return;
+  }
+  const Lock lock(m_threadMutex);
+  if (m_bBuffering.exchange(on) == on) return;
+  if (on) {
+    SwitchOn();
+  } else {
+    SwitchOff();
+  }
+}
+
+// A handler or a service that is being called by the thread.
+void LogManager::SwitchOnOwnThread(bool on) {
+  if (m_bBuffering.exchange(on) == on) return;
+  if (on) {
+    m_spThread->ResetStopFlag();
+    m_queue.SetReleased(false);
+  } else {
+    SendWaitingHere();
+    AskThreadToStop();
+  }
+}
+
+// Where no new thread can be had, or the old one doesn't end, entries go on to be sent directly.
+void LogManager::SwitchOn() {
+  const bool isFree = !m_bShutDown && (!IsThreadRunning() || AwaitThread(s_toEndAtSwitch));
+  m_queue.SetReleased(false);
+  if (!isFree || !StartThread()) m_bBuffering.store(false);
+}
+
+void LogManager::SwitchOff() {
+  m_queue.SetReleased(true);
+  if (IsThreadRunning()) {
+    AwaitEmptyQueue();
+    m_spThread->Stop(s_toStop);
+    AwaitThread(s_toEndAtSwitch);
+  } else if (!m_bShutDown && m_ulProcess == Platform::ProcessId()) {
+    SendWaitingHere();
+  }
+  m_queue.Drain();
+  if (!IsThreadRunning()) m_spThread.reset();
+}
+
+// As many times as entries wait at that moment.
+void LogManager::AwaitEmptyQueue() {
+  for (std::size_t turn = 0; turn < CountWaiting(); ++turn) {
+    Await(llFOR_EACH_ENTRY_MS, [this] { return CountWaiting() == 0; });
+  }
+}
+
+// What the thread has taken out and not sent yet counts: asked to stop in that moment it would throw it away.
+std::size_t LogManager::CountWaiting() const {
+  const std::size_t count = m_queue.GetCount();
+  return count + (m_bInHand.load() ? 1 : 0);
+}
+
+void LogManager::SendWaitingHere() {
+  OxaLogEntry entry;
+  while (m_queue.TryPop(entry)) SendLogMessage(entry, false);
+}
+
+}  // namespace Oxa::Core
