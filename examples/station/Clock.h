@@ -2,7 +2,11 @@
 #ifndef STATION_CLOCK_H
 #define STATION_CLOCK_H
 
+#include <Infrastructure/OxaCore/Log.h>
+#include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
+
+#include <boost/shared_ptr.hpp>
 
 namespace Station {
 
@@ -17,16 +21,22 @@ class Clock {
   /// Time since a moment that stays the same while the program runs; never steps back.
   virtual Oxa::Core::Elapse Now() = 0;
 
-  /// Returns at `due` or as soon after it as it can; at once if that is past. False if the user wants the
-  /// program to end: the time is then as good as any.
-  virtual bool SleepUntil(const Oxa::Core::Elapse& due) = 0;
+  /// Returns at `due` or as soon after it as it can; at once if that is past. False if the thread of
+  /// `directive`, which is the calling one, has been asked to stop: the time is then as good as any.
+  virtual bool SleepUntil(const Oxa::Core::Elapse& due, Oxa::Core::TaskDirective& directive) = 0;
 };
 
-/// The system's steady clock, which nobody sets while a series is being measured.
+/// The system's steady clock, which nobody sets while a series is being measured. Any number of threads may
+/// sleep by one.
 class SystemClock : public Clock {
  public:
+  SystemClock();
+
   Oxa::Core::Elapse Now() override;
-  bool SleepUntil(const Oxa::Core::Elapse& due) override;
+  bool SleepUntil(const Oxa::Core::Elapse& due, Oxa::Core::TaskDirective& directive) override;
+
+ private:
+  const boost::shared_ptr<Oxa::Core::Logger> m_spLogger;
 };
 
 }  // namespace Station

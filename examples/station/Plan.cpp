@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
+#include <cstddef>
 #include <sstream>
 
 #include "PlanField.h"
@@ -18,6 +19,8 @@ namespace {
 
 const char* const sLOG_NAME = "Station.Plan";
 const char* const sPLACE = "Plan";
+const char* const sFULL = " (a plan holds 16 series at most)";
+constexpr std::size_t uMOST_SERIES = 16;  // each of them will have a thread of its own
 
 // Names have to differ, or the table at the end could not be read.
 void RequireNewName(const Plan& plan, const Series& series) {
@@ -28,11 +31,17 @@ void RequireNewName(const Plan& plan, const Series& series) {
   }
 }
 
+void RequireRoom(const Plan& plan, const Series& series) {
+  if (plan.m_series.size() < uMOST_SERIES) return;
+  OXA_RAISE_ERROR(sLOG_NAME, InvalidParameter(sNAME_FIELD, Quoted(series.m_sName) + sFULL));
+}
+
 void AddLine(Plan& plan, const std::string& planName, unsigned long line, const std::string& text) {
   try {
     const std::optional<Series> series = ReadLine(line, text);
     if (!series) return;
     RequireNewName(plan, *series);
+    RequireRoom(plan, *series);
     plan.m_series.push_back(*series);
   }
   OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO(sPLACE, planName))

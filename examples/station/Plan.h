@@ -15,7 +15,7 @@ struct Plan {
   std::vector<std::string> m_refusals;  ///< per refused line its place and what is wrong with it
 };
 
-/// Reads the plan in `text`. A line that can't be read is refused, and the next one is read: each refusal has
+/// Reads the plan in `text`, up to 16 series. A line that can't be read is refused, and the next one is read: each refusal has
 /// been an InvalidParameter, forwarded from the field to the line to the plan. `name` is what refusals call
 /// the plan.
 Plan ReadPlan(const std::string& name, const std::string& text);

@@ -13,13 +13,13 @@ constexpr std::chrono::milliseconds PAUSE(100);
 
 }  // namespace
 
-void Progress::Show(const std::string& series, unsigned long done, unsigned long count) {
+void Progress::Show(unsigned long done, unsigned long count) {
   if (!m_bTerminal) return;
   const auto now = std::chrono::steady_clock::now();
   if (now < m_nextDrawing) return;
   m_nextDrawing = now + PAUSE;
   m_bDrawn = true;
-  m_out << sCLEAR_LINE << series << ": " << done << " of " << count << std::flush;
+  m_out << sCLEAR_LINE << done << " of " << count << " samples" << std::flush;
 }
 
 void Progress::Clear() {

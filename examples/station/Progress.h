@@ -1,10 +1,9 @@
-// One line on a terminal that tells how far a series has come.
+// One line on a terminal that tells how far the measuring has come.
 #ifndef STATION_PROGRESS_H
 #define STATION_PROGRESS_H
 
 #include <chrono>
 #include <iosfwd>
-#include <string>
 
 namespace Station {
 
@@ -17,8 +16,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { Clear(); }
 
-  /// `done` of `count` samples of `series`. Draws at most ten times a second, since drawing costs time too.
-  void Show(const std::string& series, unsigned long done, unsigned long count);
+  /// `done` of `count` samples. Draws at most ten times a second, since drawing costs time too.
+  void Show(unsigned long done, unsigned long count);
 
   /// Takes the line away, to make room for other text. What is shown next is drawn at once.
   void Clear();

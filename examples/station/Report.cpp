@@ -6,7 +6,8 @@
 #include <ostream>
 #include <set>
 
-#include "Statistics.h"
+#include "Loggers.h"
+#include "ShownText.h"
 
 namespace Station {
 
@@ -39,8 +40,6 @@ void WriteLine(std::ostream& out, const char* name, const T& value) {
   out << value << '\n';
 }
 
-double MicroSeconds(const Elapse& elapse) { return static_cast<double>(elapse.GetRawTimerTicks()) / 10; }
-
 void WriteHeading(std::ostream& out) {
   WriteFirstColumn(out, "series");
   for (const char* const heading : {"count", "least", "median", "99 %", "greatest", "too late"}) {
@@ -52,7 +51,7 @@ void WriteHeading(std::ostream& out) {
 void WriteRow(std::ostream& out, const Measurement& measurement) {
   WriteFirstColumn(out, measurement.m_series.m_sName);
   WriteColumn(out, measurement.m_latenesses.size());
-  const Statistics statistics = Summarize(measurement.m_latenesses);
+  const Statistics& statistics = measurement.m_statistics;
   for (const Elapse& figure :
        {statistics.m_least, statistics.m_median, statistics.m_percentile99, statistics.m_greatest}) {
     if (measurement.m_latenesses.empty()) {
@@ -94,8 +93,7 @@ void WriteTable(std::ostream& out, const std::vector<Measurement>& measurements)
   for (const Measurement& measurement : measurements) WriteRow(out, measurement);
 }
 
-void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements,
-                      const std::string& alertFile) {
+void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements) {
   unsigned long retries = 0;
   for (const Measurement& measurement : measurements) retries += measurement.m_ulRetries;
   out << '\n';
@@ -103,7 +101,10 @@ void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Mea
   WriteLine(out, "Samples retried:", retries);
   WriteErrors(out);
   WriteWarnings(out);
-  WriteLine(out, "Alerts:", alertFile);
+}
+
+void WriteLogPlace(std::ostream& out, const std::string& document) {
+  WriteLine(out, "Log:", Shown(document));
 }
 
 }  // namespace Station

@@ -14,10 +14,11 @@ namespace Station {
 /// Per series the number of samples, and the least, median, 99th percentile and greatest lateness.
 void WriteTable(std::ostream& out, const std::vector<Measurement>& measurements);
 
-/// How many lines of the plan were refused, how many alerts there were, by the alert manager's records, and
-/// where they can be read.
-void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements,
-                      const std::string& alertFile);
+/// How many lines of the plan were refused, and how many alerts there were, by the alert manager's records.
+void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements);
+
+/// Where the log can be read.
+void WriteLogPlace(std::ostream& out, const std::string& document);
 
 }  // namespace Station
 

@@ -11,11 +11,13 @@ constexpr std::size_t uLONGEST_QUOTE = 60;
 
 bool IsPrintable(unsigned char byte) { return byte >= 0x20 && byte < 0x7F; }
 
-std::string ShowAllBut(char kept, const std::string& text) {
+}  // namespace
+
+std::string Shown(const std::string& text) {
   std::string shown;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (IsPrintable(byte) || c == kept) {
+    if (IsPrintable(byte)) {
       shown += c;
     } else {
       shown += {'\\', 'x', sHEX_DIGITS[byte / 16], sHEX_DIGITS[byte % 16]};
@@ -23,12 +25,6 @@ std::string ShowAllBut(char kept, const std::string& text) {
   }
   return shown;
 }
-
-}  // namespace
-
-std::string Shown(const std::string& text) { return ShowAllBut(' ', text); }
-
-std::string ShownLines(const std::string& text) { return ShowAllBut('\n', text); }
 
 std::string Quoted(const std::string& text) {
   if (text.size() <= uLONGEST_QUOTE) return '"' + Shown(text) + '"';

@@ -11,9 +11,6 @@ namespace Station {
 /// document.
 std::string Shown(const std::string& text);
 
-/// The same for text of several lines: their ends stay.
-std::string ShownLines(const std::string& text);
-
 /// Shown, in double quotes, and cut after 60 bytes of `text`, with "..." in place of the rest.
 std::string Quoted(const std::string& text);
 

@@ -1,71 +1,86 @@
 #include "Station.h"
 
+#include <Infrastructure/OxaCore/LogManager.h>
+
+#include <algorithm>
 #include <iostream>
 
-#include "AlertLog.h"
 #include "Clock.h"
 #include "Interruption.h"
-#include "Measurement.h"
+#include "LogFolder.h"
+#include "Loggers.h"
+#include "MeasureAll.h"
 #include "Plan.h"
 #include "Progress.h"
 #include "Report.h"
+#include "ShownText.h"
 #include "StationAlerts.h"
 
 namespace Station {
 
+using Oxa::Core::eLOG_INFORMATIONAL;
+using Oxa::Core::LogManager;
+
 namespace {
 
-constexpr int iALL_MEASURED = 0;
-constexpr int iINCOMPLETE = 1;
-constexpr int iCANNOT_START = 2;
+const char* const sPLAN_READ = "%s: %zu series, %zu lines refused";
+const char* const sINTERRUPTED = "Interrupted; what was measured until now is kept";
+const char* const sNO_SERIES = "the plan has no series that could be measured";
+const char* const sRESULTS_LOST = "the results could not all be written";
 
-void Complain(const std::string& text) { std::cerr << "station: " << text << std::endl; }
-
-Plan LoadPlan(const CommandLine& commandLine) {
-  if (!commandLine.m_plan) return ReadPlan(sDEFAULT_PLAN_NAME, DefaultPlan());
-  return ReadPlan(*commandLine.m_plan, ReadPlanFile(*commandLine.m_plan));
+std::string PlanName(const CommandLine& commandLine) {
+  return commandLine.m_plan.value_or(sDEFAULT_PLAN_NAME);
 }
 
-std::vector<Measurement> MeasureAll(const Plan& plan) {
-  std::vector<Measurement> measurements;
+Plan LoadPlan(const CommandLine& commandLine) {
+  const std::string text = commandLine.m_plan ? ReadPlanFile(*commandLine.m_plan) : DefaultPlan();
+  return ReadPlan(PlanName(commandLine), text);
+}
+
+void TellPlan(const std::string& name, const Plan& plan) {
+  LogManager::Instance()
+      ->GetLogger(sPLAN_LOGGER)
+      ->WriteLog(eLOG_INFORMATIONAL, sPLAN_READ, Shown(name).c_str(), plan.m_series.size(),
+                 plan.m_refusals.size());
+  for (const std::string& refusal : plan.m_refusals) Complain(refusal);
+  if (plan.m_series.empty()) Complain(sNO_SERIES);
+}
+
+std::vector<Measurement> Measure(const Plan& plan) {
+  HeedInterruptions();
   SystemClock clock;
   Progress progress(std::cerr, IsErrorOutputTerminal());
-  for (const Series& series : plan.m_series) {
-    if (IsInterrupted()) break;
-    measurements.push_back(Measure(series, clock, progress));
-    progress.Clear();
-    if (!measurements.back().m_sGivenUp.empty())
-      Complain("series given up: " + measurements.back().m_sGivenUp);
+  std::vector<Measurement> measurements = MeasureAll(plan, clock, progress, IsInterrupted);
+  if (IsInterrupted()) {
+    LogManager::Instance()->GetLogger(sSTATION_LOGGER)->WriteLog(eLOG_INFORMATIONAL, sINTERRUPTED);
   }
   return measurements;
 }
 
-bool AreComplete(const Plan& plan, const std::vector<Measurement>& measurements) {
-  if (measurements.empty() || measurements.size() != plan.m_series.size()) return false;
+void Report(const Plan& plan, const std::vector<Measurement>& measurements) {
   for (const Measurement& measurement : measurements) {
-    if (!measurement.IsComplete()) return false;
+    if (measurement.m_sGivenUp.empty()) continue;
+    Complain("series " + Quoted(measurement.m_series.m_sName) + " given up: " + measurement.m_sGivenUp);
   }
-  return true;
-}
-
-int MeasureAndReport(const Plan& plan, AlertLog& log) {
-  HeedInterruptions();
-  const std::vector<Measurement> measurements = MeasureAll(plan);
   WriteTable(std::cout, measurements);
-  WriteAlertCounts(std::cout, plan, measurements, log.GetFile());
-  const bool written = std::cout.flush().good() && log.IsGood();
-  if (!written) Complain("the results could not all be written");
-  if (IsInterrupted()) return InterruptionStatus();
-  return written && AreComplete(plan, measurements) ? iALL_MEASURED : iINCOMPLETE;
+  WriteAlertCounts(std::cout, plan, measurements);
 }
 
-// The catch clause stands inside the life of the log, so that the log hears of a plan that can't be read.
-int RunLogged(const CommandLine& commandLine, AlertLog& log) {
+int StatusOf(const std::vector<Measurement>& measurements) {
+  if (IsInterrupted()) return InterruptionStatus();
+  const bool complete = std::all_of(measurements.begin(), measurements.end(),
+                                    [](const Measurement& measurement) { return measurement.IsComplete(); });
+  return complete && !measurements.empty() ? iALL_MEASURED : iINCOMPLETE;
+}
+
+int MeasureAndReport(const CommandLine& commandLine) {
   try {
     const Plan plan = LoadPlan(commandLine);
-    for (const std::string& refusal : plan.m_refusals) Complain(refusal);
-    if (plan.m_series.empty()) Complain("the plan has no series that could be measured");
-    return MeasureAndReport(plan, log);
+    OpenLog(commandLine.m_logOpenings, plan);
+    TellPlan(PlanName(commandLine), plan);
+    const std::vector<Measurement> measurements = Measure(plan);
+    Report(plan, measurements);
+    return StatusOf(measurements);
   } catch (const PlanUnreadable& error) {
     Complain(error.what());
     return iCANNOT_START;
@@ -75,13 +90,14 @@ int RunLogged(const CommandLine& commandLine, AlertLog& log) {
 }  // namespace
 
 int Run(const CommandLine& commandLine) {
-  try {
-    AlertLog log(commandLine.m_sFolder);
-    return RunLogged(commandLine, log);
-  } catch (const OutputUnusable& error) {
-    Complain(error.what());
-    return iCANNOT_START;
-  }
+  const int status = MeasureAndReport(commandLine);
+  FinishLog();
+  WriteLogPlace(std::cout, LogDocument());
+  if (std::cout.flush().good()) return status;
+  Complain(sRESULTS_LOST);
+  return status == iALL_MEASURED ? iINCOMPLETE : status;
 }
+
+void Complain(const std::string& text) { std::cerr << "station: " << text << std::endl; }
 
 }  // namespace Station

@@ -19,15 +19,12 @@ class PlanUnreadable : public Oxa::Core::ErrorClass<PlanUnreadable, Oxa::Core::I
   PlanUnreadable(const std::string& file, const std::string& reason);
 };
 
-/// Nothing can be written into the output folder, for `reason`.
-class OutputUnusable : public Oxa::Core::ErrorClass<OutputUnusable, Oxa::Core::IOError> {
- public:
-  OutputUnusable(const std::string& folder, const std::string& reason);
-};
-
 /// A sample could not be taken: the sample before it came so late that the time of this one had passed.
 class SampleMissed : public Oxa::Core::ErrorClass<SampleMissed, Oxa::Core::HardwareError> {
  public:
+  /// "Series": the key of the name of the series in the error's data, for handlers.
+  static const char* const sSERIES;
+
   SampleMissed(unsigned long sample, const std::string& series, const Oxa::Core::Elapse& overdue);
 };
 
@@ -36,6 +33,12 @@ class SampleLate : public Oxa::Core::Warning {
  public:
   SampleLate(unsigned long sample, const std::string& series, const Oxa::Core::Elapse& lateness,
              const Oxa::Core::Elapse& tolerance);
+};
+
+/// A sample was taken, but there was no room for it among those that wait to be collected.
+class SampleLost : public Oxa::Core::Warning {
+ public:
+  SampleLost(unsigned long sample, const std::string& series);
 };
 
 }  // namespace Station

@@ -1,24 +1,34 @@
 // The station: measures how late the system wakes a sleeper, and shows how a host lives with OxaCore.
 //
-// Read on in Station.cpp (the run), Plan.cpp (bad input is raised, forwarded, survived), Sampler.cpp (a
-// failure is settled in place), Measurement.cpp (warnings, and their limit), AlertLog.cpp (a listener).
+// Read on in Station.cpp (the run), Plan.cpp (bad input is raised, forwarded, survived), MeasureAll.cpp (threads,
+// and a queue between them), Sampler.cpp (a failure is settled in place), Collector.cpp (warnings and their
+// limit, messages for the log), LogFolder.cpp and LogOpening.cpp (where the log goes, and what goes into it).
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <iostream>
 
 #include "CommandLine.h"
+#include "LogFolder.h"
 #include "Station.h"
 
 namespace {
 
+using Station::Complain;
+using Station::iCANNOT_START;
+
 int Serve(const Station::CommandLine& commandLine) {
   if (!commandLine.m_sMistake.empty()) {
-    std::cerr << "station: " << commandLine.m_sMistake << "\nTry station --help." << std::endl;
-    return 2;
+    Complain(commandLine.m_sMistake + "\nTry station --help.");
+    return iCANNOT_START;
   }
   if (commandLine.m_bHelp) {
     std::cout << Station::sHELP << std::flush;
     return 0;
+  }
+  const std::string reason = Station::SendLogTo(commandLine.m_sLogFolder);
+  if (!reason.empty()) {
+    Complain(reason);
+    return iCANNOT_START;
   }
   InitializeOxaCore();  // the first error of a process is slow, so let that be over before the measuring
   return Station::Run(commandLine);

@@ -10,22 +10,33 @@ using Station::ReadCommandLine;
 TEST(CommandLine, MayBeEmpty) {
   const CommandLine read = ReadCommandLine({});
   EXPECT_FALSE(read.m_plan.has_value());
-  EXPECT_EQ(".", read.m_sFolder);
+  EXPECT_EQ("", read.m_sLogFolder);
+  EXPECT_TRUE(read.m_logOpenings.empty());
   EXPECT_FALSE(read.m_bHelp);
   EXPECT_EQ("", read.m_sMistake);
 }
 
 TEST(CommandLine, TakesPlanAndFolder) {
-  const CommandLine read = ReadCommandLine({"--out", "there", "--plan", "my.plan"});
+  const CommandLine read = ReadCommandLine({"--log", "there", "--plan", "my.plan"});
   EXPECT_EQ("my.plan", read.m_plan);
-  EXPECT_EQ("there", read.m_sFolder);
+  EXPECT_EQ("there", read.m_sLogFolder);
   EXPECT_EQ("", read.m_sMistake);
 }
 
 TEST(CommandLine, TakesTheLastOfTwo) {
-  const CommandLine read = ReadCommandLine({"--out", "a", "--out", "b", "--plan", "-"});
-  EXPECT_EQ("b", read.m_sFolder);
+  const CommandLine read = ReadCommandLine({"--log", "a", "--log", "b", "--plan", "-"});
+  EXPECT_EQ("b", read.m_sLogFolder);
   EXPECT_EQ("-", read.m_plan);
+}
+
+TEST(CommandLine, TakesEveryOpening) {
+  const CommandLine read = ReadCommandLine({"--open", "Station.Clock=Debug", "--open", "a=Verbose"});
+  EXPECT_EQ("", read.m_sMistake);
+  ASSERT_EQ(2U, read.m_logOpenings.size());
+  EXPECT_EQ("Station.Clock", read.m_logOpenings[0].m_sPath);
+  EXPECT_EQ(Oxa::Core::eLOG_DEBUG, read.m_logOpenings[0].m_eLevel);
+  EXPECT_EQ("a", read.m_logOpenings[1].m_sPath);
+  EXPECT_EQ(Oxa::Core::eLOG_VERBOSE, read.m_logOpenings[1].m_eLevel);
 }
 
 TEST(CommandLine, AsksForHelp) { EXPECT_TRUE(ReadCommandLine({"--help"}).m_bHelp); }
@@ -33,12 +44,23 @@ TEST(CommandLine, AsksForHelp) { EXPECT_TRUE(ReadCommandLine({"--help"}).m_bHelp
 TEST(CommandLine, NamesItsMistakes) {
   EXPECT_EQ("unknown argument \"--plam\"", ReadCommandLine({"--plam", "x"}).m_sMistake);
   EXPECT_EQ("unknown argument \"x\"", ReadCommandLine({"--help", "x"}).m_sMistake);
-  EXPECT_EQ("unknown argument \"--out=a\"", ReadCommandLine({"--out=a"}).m_sMistake);
+  EXPECT_EQ("unknown argument \"--log=a\"", ReadCommandLine({"--log=a"}).m_sMistake);
   EXPECT_EQ("unknown argument \"\"", ReadCommandLine({""}).m_sMistake);
   EXPECT_EQ("unknown argument \"\\x1B[2J\"", ReadCommandLine({"\x1B[2J"}).m_sMistake);
   EXPECT_EQ("--plan needs a file behind it", ReadCommandLine({"--plan"}).m_sMistake);
-  EXPECT_EQ("--plan needs a file behind it", ReadCommandLine({"--plan", "--out", "a"}).m_sMistake);
-  EXPECT_EQ("--out needs a folder behind it", ReadCommandLine({"--plan", "x", "--out"}).m_sMistake);
+  EXPECT_EQ("--plan needs a file behind it", ReadCommandLine({"--plan", "--log", "a"}).m_sMistake);
+  EXPECT_EQ("--log needs a folder behind it", ReadCommandLine({"--plan", "x", "--log"}).m_sMistake);
+  EXPECT_EQ("--log needs a folder behind it", ReadCommandLine({"--log", ""}).m_sMistake);
+  EXPECT_EQ("--open needs PATH=LEVEL behind it", ReadCommandLine({"--open"}).m_sMistake);
+}
+
+TEST(CommandLine, NamesTheMistakesOfOpenings) {
+  EXPECT_EQ("--open: \"a..b\" is no path of a logger: names with single dots between them make one",
+            ReadCommandLine({"--open", "a..b=Debug"}).m_sMistake);
+  EXPECT_EQ("--open: \"x\" is no level: Alarm, Error, Warning, Debug, Informational and Verbose are known",
+            ReadCommandLine({"--open", "Station=x", "--plam"}).m_sMistake);
+  EXPECT_EQ("--open: \"Station\" has no level: PATH=LEVEL is wanted, as in Station.Clock=Debug",
+            ReadCommandLine({"--open", "Station"}).m_sMistake);
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
-// A clock that stands still but for sleeping, and oversleeps by what the test tells it.
+// A clock that stands still but for sleeping, and oversleeps by what the test tells it; and somebody who may
+// ask to stop.
 #ifndef STATION_TESTS_FAKECLOCK_H
 #define STATION_TESTS_FAKECLOCK_H
 
+#include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -17,14 +20,25 @@ using Oxa::Core::Elapse;
 
 inline Elapse Micro(long long count) { return Elapse(count, Elapse::MicroSeconds); }
 
+/// What a task hears from its thread.
+class FakeDirective : public Oxa::Core::TaskDirective {
+ public:
+  bool MustStop() override { return m_bStop; }
+  void Stop() { m_bStop = true; }
+
+ private:
+  std::atomic<bool> m_bStop{false};
+};
+
+/// For one thread.
 class FakeClock : public Station::Clock {
  public:
   /// The wake-ups are late by `latenesses`, one after the other and again from the start.
   explicit FakeClock(std::vector<Elapse> latenesses) : m_latenesses(std::move(latenesses)) {}
 
   Elapse Now() override { return m_now; }
-  bool SleepUntil(const Elapse& due) override {
-    if (m_dues.size() == m_uEndAfter) return false;
+  bool SleepUntil(const Elapse& due, Oxa::Core::TaskDirective& directive) override {
+    if (directive.MustStop() || m_dues.size() == m_uEndAfter) return false;
     const Elapse late = m_latenesses[m_dues.size() % m_latenesses.size()];
     m_dues.push_back(due);
     m_now = std::max(m_now, due) + late;
@@ -33,7 +47,7 @@ class FakeClock : public Station::Clock {
 
   void Advance(const Elapse& elapse) { m_now += elapse; }
 
-  /// From the sleep after that many the user wants the program to end.
+  /// From the sleep after that many on, somebody wants the thread to stop.
   void EndAfter(std::size_t sleeps) { m_uEndAfter = sleeps; }
 
   /// What has been slept for.

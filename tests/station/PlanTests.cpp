@@ -132,6 +132,16 @@ TEST(Plan, RefusesANameThatIsTaken) {
   EXPECT_EQ(3U, plan.m_series.size());
 }
 
+TEST(Plan, HoldsUpTo16Series) {
+  std::string text;
+  for (int i = 0; i < 18; ++i) text += 's' + std::to_string(i) + " 1s 1 0s\n";
+  const Plan plan = ReadPlan("p", text);
+  EXPECT_EQ(16U, plan.m_series.size());
+  EXPECT_THAT(plan.m_refusals,
+              ElementsAre("p:17: Invalid Parameter: name = \"s16\" (a plan holds 16 series at most)",
+                          "p:18: Invalid Parameter: name = \"s17\" (a plan holds 16 series at most)"));
+}
+
 TEST(Plan, MayReuseTheNameOfARefusedLine) {
   const Plan plan = ReadPlan("p", "a 1s 0 0s\na 1s 1 0s");
   EXPECT_EQ(1U, plan.m_refusals.size());

@@ -27,6 +27,7 @@ Measurement Measured(const std::string& name, const std::vector<Elapse>& latenes
   measurement.m_latenesses = latenesses;
   measurement.m_ulLate = late;
   measurement.m_ulRetries = retries;
+  measurement.m_statistics = Station::Summarize(latenesses);
   return measurement;
 }
 
@@ -54,16 +55,21 @@ TEST(Report, CountsAlerts) {
   Plan plan;
   plan.m_refusals = {"one", "two"};
   std::ostringstream out;
-  Station::WriteAlertCounts(out, plan, {Measured("a", {}, 0, 4), Measured("b", {}, 0, 3)}, "out/alerts.xml");
+  Station::WriteAlertCounts(out, plan, {Measured("a", {}, 0, 4), Measured("b", {}, 0, 3)});
   EXPECT_EQ(
       "\n"
       "Lines refused:      2\n"
       "Samples retried:    7\n"
       "Errors survived:    3\n"
       "Warnings raised:    2\n"
-      "Warnings silenced:  3\n"
-      "Alerts:             out/alerts.xml\n",
+      "Warnings silenced:  3\n",
       out.str());
+}
+
+TEST(Report, TellsWhereTheLogLies) {
+  std::ostringstream out;
+  Station::WriteLogPlace(out, "out\x1B/DefaultLog.xml");
+  EXPECT_EQ("Log:                out\\x1B/DefaultLog.xml\n", out.str());
 }
 
 }  // namespace

@@ -26,11 +26,6 @@ TEST(ShownText, ShowsBytesAmongText) {
   EXPECT_EQ("100\\xC2\\xB5s\\x00\\x1B[0m", Shown(std::string("100\xC2\xB5s\0\x1B[0m", 11)));
 }
 
-TEST(ShownText, KeepsTheEndsOfLines) {
-  EXPECT_EQ("a\nb\n", Station::ShownLines("a\nb\n"));
-  EXPECT_EQ("a\\x0D\n\\x09\\xB5", Station::ShownLines("a\r\n\t\xB5"));
-}
-
 TEST(ShownText, QuotesUpTo60Bytes) {
   EXPECT_EQ("\"\"", Quoted(""));
   EXPECT_EQ("\"a\\x09b\"", Quoted("a\tb"));

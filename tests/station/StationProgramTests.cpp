@@ -1,20 +1,27 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/resource.h>
 
+#include "DefaultLog.h"
 #include "Support/ChildProcess.h"
+#include "Support/Eventually.h"
 #include "TemporaryFolder.h"
 
 namespace {
 
+using StationTests::DefaultLog;
 using StationTests::ReadFile;
 using StationTests::TemporaryFolder;
+using testing::AllOf;
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 using TestSupport::AwaitChild;
 using TestSupport::ChildResult;
+using TestSupport::Eventually;
 using TestSupport::RunChild;
 
 const char* const sSTARTED_UP = "Error handling started up via initial throw...\n";
@@ -26,10 +33,11 @@ ChildResult RunStation(const std::vector<std::string>& arguments) {
   return RunChild(command);
 }
 
-int Count(const std::string& text, const std::string& part) {
-  int count = 0;
-  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
+// With `plan`, and the log in `folder`.
+ChildResult RunPlan(const TemporaryFolder& folder, const std::string& plan,
+                    std::vector<std::string> arguments = {}) {
+  arguments.insert(arguments.end(), {"--plan", folder.Write("plan", plan), "--log", folder.Path()});
+  return RunStation(arguments);
 }
 
 // The number that stands behind `name` in the lines below the table.
@@ -38,40 +46,14 @@ int Figure(const std::string& output, const std::string& name) {
   return at == std::string::npos ? -1 : std::stoi(output.substr(at + 1 + name.size()));
 }
 
-bool HasXmllint() { return RunChild({"/bin/sh", "-c", "command -v xmllint"}).m_iStatus == 0; }
-
-void ExpectWellFormed(const std::string& file) {
-  if (!HasXmllint()) GTEST_SKIP() << "xmllint isn't installed (package libxml2-utils)";
-  const ChildResult lint = RunChild({"/usr/bin/env", "xmllint", "--noout", file});
-  EXPECT_EQ(0, lint.m_iStatus) << lint.m_sError;
+std::string LogLine(const std::string& folder) {
+  return "\nLog:                " + folder + "/DefaultLog.xml\n";
 }
 
-// Starts the station with `plan` in `folder`, its output in files there.
-pid_t Start(const TemporaryFolder& folder, const std::string& plan) {
-  const std::string file = folder.Write("plan", plan);
-  const std::string output = folder.File("output");
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::close(STDOUT_FILENO);
-    ::open(output.c_str(), O_WRONLY | O_CREAT, 0600);
-    ::execl(STATION, STATION, "--plan", file.c_str(), "--out", folder.Path().c_str(), nullptr);
-    ::_exit(127);
-  }
-  return child;
-}
-
-void AwaitText(const std::string& file, const std::string& text) {
-  const auto deadline = std::chrono::steady_clock::now() + LIMIT;
-  while (ReadFile(file).find(text) == std::string::npos) {
-    ASSERT_LT(std::chrono::steady_clock::now(), deadline);
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-}
-
-TEST(StationProgram, RunsItsOwnPlanFromAnywhere) {
+TEST(StationProgram, RunsItsOwnPlan) {
   const TemporaryFolder folder;
   const auto start = std::chrono::steady_clock::now();
-  const ChildResult result = RunChild({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\"", STATION, folder.Path()});
+  const ChildResult result = RunStation({"--log", folder.Path()});
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ(
@@ -86,27 +68,106 @@ TEST(StationProgram, RunsItsOwnPlanFromAnywhere) {
                                 "\nburst +50( +[0-9.]+){4} ", "\nstrict +200( +[0-9.]+){4} +200\n"}) {
     EXPECT_THAT(result.m_sOutput, ContainsRegex(row));
   }
-  EXPECT_THAT(result.m_sOutput, HasSubstr("\nAlerts:             ./alerts.xml\n"));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  EXPECT_THAT(result.m_sOutput, EndsWith(LogLine(folder.Path())));
+  DefaultLog(folder.Path()).ExpectWellFormed();
 }
 
-TEST(StationProgram, WritesEveryAlertThatItCounts) {
+TEST(StationProgram, LogsBesideItselfFromAnywhere) {
   const TemporaryFolder folder;
-  const ChildResult result = RunStation({"--out", folder.Path()});
-  const std::string alerts = ReadFile(folder.File("alerts.xml"));
+  const TemporaryFolder elsewhere;
+  std::filesystem::copy_file(STATION, folder.File("station"));
+  const ChildResult result =
+      RunChild({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\"", folder.File("station"), elsewhere.Path()});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_THAT(result.m_sOutput, EndsWith(LogLine(folder.Path())));
+  EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path()));
+  DefaultLog(folder.Path()).ExpectWellFormed();
+}
+
+TEST(StationProgram, LogsEveryAlertThatItCounts) {
+  const TemporaryFolder folder;
+  const ChildResult result = RunStation({"--log", folder.Path()});
+  const DefaultLog log(folder.Path());
   const int errors = Figure(result.m_sOutput, "Errors survived:");
+  const int warnings = Figure(result.m_sOutput, "Warnings raised:");
   EXPECT_EQ(3, Figure(result.m_sOutput, "Lines refused:"));
-  EXPECT_EQ(errors, Count(alerts, "<Error>"));
   EXPECT_EQ(errors, 3 + Figure(result.m_sOutput, "Samples retried:"));
-  EXPECT_EQ(Count(alerts, "<Warning>"), Figure(result.m_sOutput, "Warnings raised:"));
-  EXPECT_LE(10, Figure(result.m_sOutput, "Warnings raised:"));
-  EXPECT_LE(190, Figure(result.m_sOutput, "Warnings silenced:"));
+  EXPECT_EQ(20, warnings);
+  EXPECT_LE(180, Figure(result.m_sOutput, "Warnings silenced:"));
+  EXPECT_EQ(errors, log.Count("<Error>"));
+  EXPECT_EQ(errors, log.Count("Error Handled: "));
+  EXPECT_EQ(warnings, log.Count("<Warning>"));
+}
+
+TEST(StationProgram, LogsAlertsOfBothKindsWhole) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "fast 1ms 3 0ns\nmissed 100ns 2 1s\nbroken 1ms many 1ms");
+  const std::string entries = DefaultLog(folder.Path()).Entries();
+  EXPECT_THAT(entries, HasSubstr("Error Raised"));
+  EXPECT_THAT(entries, HasSubstr("<LogName>Station.Plan.Field</LogName>"));
+  EXPECT_THAT(entries, HasSubstr("::Refuse</FunctionName>"));
+  EXPECT_THAT(entries, HasSubstr("<ThreadName>Series missed</ThreadName>"));
+  EXPECT_THAT(
+      entries,
+      HasSubstr("Error Handled: Invalid Parameter: count = &quot;many&quot; (a whole number is wanted)"));
+  EXPECT_THAT(entries, HasSubstr("Sample 3 of series &quot;fast&quot; came "));
+  EXPECT_THAT(entries, HasSubstr("<LogEntry Severity=\"Error\""));
+  EXPECT_THAT(entries, HasSubstr("<LogEntry Severity=\"Warning\""));
+}
+
+TEST(StationProgram, LogsHowItWent) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 20ms 3 1s\nb.c 20ms 2 1s\nbroken");
+  const DefaultLog log(folder.Path());
+  const std::string name = folder.File("plan");
+  EXPECT_EQ(1, log.Count(name + ": 2 series, 1 lines refused"));
+  EXPECT_EQ(1, log.Count("Begins: 3 samples, one every 20000.0 microseconds"));
+  EXPECT_EQ(1, log.Count("Begins: 2 samples, one every 20000.0 microseconds"));
+  EXPECT_EQ(1, log.Count("Ends: 3 of 3 samples taken, "));
+  EXPECT_EQ(1, log.Count("Ends: 2 of 2 samples taken, "));
+  EXPECT_LE(2, log.Count("<LogName>Station.Series.b_c</LogName>"));
+  EXPECT_EQ(0, log.Count("<LogEntry Severity=\"Debug\""));
+}
+
+TEST(StationProgram, LogsEverySampleAndSleepOnRequest) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 20ms 3 1s\nb 20ms 2 1s",
+          {"--open", "Station.Series.a=Debug", "--open", "Station.Clock=Debug"});
+  const DefaultLog log(folder.Path());
+  EXPECT_EQ(8, log.Count("<LogEntry Severity=\"Debug\""));
+  EXPECT_EQ(5, log.Count("Sleeping for "));
+  EXPECT_EQ(1, log.Count("Sample 1 came "));  // that of b is closed
+  EXPECT_EQ(1, log.Count("Sample 3 came "));
+  log.ExpectWellFormed();
+}
+
+TEST(StationProgram, OpensAllThatIsBelowAPath) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 20ms 3 1s\nb 20ms 2 1s", {"--open", "Station=Debug"});
+  EXPECT_EQ(10, DefaultLog(folder.Path()).Count("<LogEntry Severity=\"Debug\""));
+}
+
+TEST(StationProgram, AddsToAnOldLog) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 20ms 1 1s");
+  RunPlan(folder, "a 20ms 1 1s");
+  EXPECT_EQ(2, DefaultLog(folder.Path()).Count("Begins: "));
+  DefaultLog(folder.Path()).ExpectWellFormed();
+}
+
+TEST(StationProgram, MakesItsLogFolder) {
+  const TemporaryFolder folder;
+  const ChildResult result =
+      RunStation({"--plan", folder.Write("plan", "a 20ms 1 1s"), "--log", folder.File("new/log")});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("", result.m_sError);
+  EXPECT_THAT(result.m_sOutput, EndsWith(LogLine(folder.File("new/log"))));
+  DefaultLog(folder.File("new/log")).ExpectWellFormed();
 }
 
 TEST(StationProgram, ShowsNoProgressOffATerminal) {
   const TemporaryFolder folder;
-  const ChildResult result =
-      RunStation({"--plan", folder.Write("plan", "a 1ms 150 1s"), "--out", folder.Path()});
+  const ChildResult result = RunPlan(folder, "a 1ms 150 1s");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ("", result.m_sError);
   EXPECT_EQ(std::string::npos, result.m_sOutput.find('\r'));
@@ -115,11 +176,11 @@ TEST(StationProgram, ShowsNoProgressOffATerminal) {
 
 TEST(StationProgram, ShowsProgressOnATerminal) {
   const TemporaryFolder folder;
-  const std::string plan = folder.Write("plan", "a 1ms 150 1s");
+  const std::string plan = folder.Write("plan", "a 1ms 150 1s\nb 2ms 50 1s");
   int terminal = -1;
   const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) {
-    ::execl(STATION, STATION, "--plan", plan.c_str(), "--out", folder.Path().c_str(), nullptr);
+    ::execl(STATION, STATION, "--plan", plan.c_str(), "--log", folder.Path().c_str(), nullptr);
     ::_exit(127);
   }
   std::string output;
@@ -129,7 +190,7 @@ TEST(StationProgram, ShowsProgressOnATerminal) {
   }
   EXPECT_EQ(0, AwaitChild(child, LIMIT));
   ::close(terminal);
-  EXPECT_THAT(output, ContainsRegex("\r\033\\[Ka: [0-9]+ of 150"));
+  EXPECT_THAT(output, ContainsRegex("\r\033\\[K[0-9]+ of 200 samples"));
   EXPECT_THAT(output, HasSubstr("\r\033[K\r\nHow late the system wakes a sleeper"));
 }
 
@@ -137,76 +198,122 @@ TEST(StationProgram, SurvivesABinaryPlan) {
   const TemporaryFolder folder;
   std::string bytes;
   for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 7 + i / 256);
-  const ChildResult result =
-      RunStation({"--plan", folder.Write("plan", bytes + "\na 1ms 3 1s\n"), "--out", folder.Path()});
+  const ChildResult result = RunPlan(folder, bytes + "\na 1ms 3 1s\n");
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_LT(0, Figure(result.m_sOutput, "Lines refused:"));
   for (const char c : result.m_sError) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  DefaultLog(folder.Path()).ExpectWellFormed();
 }
 
 TEST(StationProgram, SaysWhenNothingCanBeMeasured) {
   const TemporaryFolder folder;
-  const ChildResult result =
-      RunStation({"--plan", folder.Write("plan", "# nothing\n"), "--out", folder.Path()});
+  const ChildResult result = RunPlan(folder, "# nothing\n");
   EXPECT_EQ(1, result.m_iStatus);
   EXPECT_EQ("station: the plan has no series that could be measured\n", result.m_sError);
-  ExpectWellFormed(folder.File("alerts.xml"));
+  DefaultLog(folder.Path()).ExpectWellFormed();
 }
 
 TEST(StationProgram, EndsWith2WhenThePlanIsMissing) {
   const TemporaryFolder folder;
-  const ChildResult result = RunStation({"--plan", folder.File("missing"), "--out", folder.Path()});
+  const ChildResult result = RunStation({"--plan", folder.File("missing"), "--log", folder.Path()});
   EXPECT_EQ(2, result.m_iStatus);
   EXPECT_EQ("station: The plan \"" + folder.File("missing") + "\" can't be read: No such file or directory\n",
             result.m_sError);
-  EXPECT_EQ(sSTARTED_UP, result.m_sOutput);
-  EXPECT_THAT(ReadFile(folder.File("alerts.xml")), HasSubstr("<Error>"));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  EXPECT_EQ(sSTARTED_UP + LogLine(folder.Path()).substr(1), result.m_sOutput);
+  EXPECT_EQ(1, DefaultLog(folder.Path()).Count("<Error>"));
+  EXPECT_EQ(1, DefaultLog(folder.Path()).Count("Error Handled: "));
+  DefaultLog(folder.Path()).ExpectWellFormed();
 }
 
 TEST(StationProgram, EndsWith2WhenThePlanIsAFolder) {
   const TemporaryFolder folder;
-  const ChildResult result = RunStation({"--plan", folder.Path(), "--out", folder.Path()});
+  const ChildResult result = RunStation({"--plan", folder.Path(), "--log", folder.Path()});
   EXPECT_EQ(2, result.m_iStatus);
   EXPECT_EQ("station: The plan \"" + folder.Path() + "\" can't be read: it is a folder\n", result.m_sError);
 }
 
-TEST(StationProgram, EndsWith2WhenTheFolderCannotBeUsed) {
+TEST(StationProgram, EndsWith2WhenTheLogFolderCannotBeUsed) {
   const TemporaryFolder folder;
   const std::string file = folder.Write("file", "");
-  const ChildResult result = RunStation({"--out", file});
+  const ChildResult result = RunStation({"--log", file});
   EXPECT_EQ(2, result.m_iStatus);
-  EXPECT_EQ("station: The output folder \"" + file + "\" can't be used: Not a directory\n", result.m_sError);
+  EXPECT_EQ("station: The log folder \"" + file + "/\" can't be used: Not a directory\n", result.m_sError);
+  EXPECT_EQ("", result.m_sOutput);
 }
 
-TEST(StationProgram, EndsWith2OnAnUnknownArgument) {
-  const ChildResult result = RunStation({"--fast"});
-  EXPECT_EQ(2, result.m_iStatus);
-  EXPECT_EQ("station: unknown argument \"--fast\"\nTry station --help.\n", result.m_sError);
-  EXPECT_EQ("", result.m_sOutput);
+TEST(StationProgram, EndsWith2OnBadArguments) {
+  const std::pair<std::vector<std::string>, std::string> mistakes[] = {
+      {{"--fast"}, "unknown argument \"--fast\""},
+      {{"--log"}, "--log needs a folder behind it"},
+      {{"--open", "a..b=Debug"},
+       "--open: \"a..b\" is no path of a logger: names with single dots between them make one"},
+      {{"--open", "Station.Clock=Loud"},
+       "--open: \"Loud\" is no level: Alarm, Error, Warning, Debug, Informational and Verbose are known"},
+      {{"--open", "Station.Clock"},
+       "--open: \"Station.Clock\" has no level: PATH=LEVEL is wanted, as in Station.Clock=Debug"}};
+  for (const auto& [arguments, mistake] : mistakes) {
+    const ChildResult result = RunStation(arguments);
+    EXPECT_EQ(2, result.m_iStatus);
+    EXPECT_EQ("station: " + mistake + "\nTry station --help.\n", result.m_sError);
+    EXPECT_EQ("", result.m_sOutput);
+  }
 }
 
 TEST(StationProgram, HelpsOnRequest) {
   const ChildResult result = RunStation({"--help"});
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ("", result.m_sError);
-  EXPECT_THAT(result.m_sOutput, StartsWith("usage: station [--plan FILE] [--out FOLDER] [--help]\n"));
+  EXPECT_THAT(result.m_sOutput,
+              StartsWith("usage: station [--plan FILE] [--log FOLDER] [--open PATH=LEVEL]... [--help]\n"));
   EXPECT_THAT(result.m_sOutput, HasSubstr("exit status:\n  0  "));
 }
 
 TEST(StationProgram, EndsWith1WhenASeriesIsGivenUp) {
   const TemporaryFolder folder;
   // No system wakes a sleeper within 100 ns, time after time.
-  const ChildResult result = RunStation(
-      {"--plan", folder.Write("plan", "hopeless 100ns 100000 1s\nfine 1ms 3 1s"), "--out", folder.Path()});
+  const ChildResult result = RunPlan(folder, "hopeless 100ns 100000 1s\nfine 20ms 3 1s");
   EXPECT_EQ(1, result.m_iStatus);
-  EXPECT_THAT(result.m_sError, StartsWith("station: series given up: Sample "));
+  EXPECT_THAT(result.m_sError, StartsWith("station: series \"hopeless\" given up: Sample "));
   EXPECT_THAT(result.m_sOutput, ContainsRegex("\nfine +3 "));
   const int retried = Figure(result.m_sOutput, "Samples retried:");
   EXPECT_LE(500, retried);  // a busy machine may have missed one of the fine series too
   EXPECT_EQ(retried + 1, Figure(result.m_sOutput, "Errors survived:"));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  const DefaultLog log(folder.Path());
+  EXPECT_EQ(1, log.Count("Thread Series hopeless terminated due to error:"));
+  log.ExpectWellFormed();
+}
+
+// Becomes a station that the system gives no further thread. For a child.
+[[noreturn]] void RunWithoutThreads(const std::string& plan, const std::string& folder,
+                                    const std::string& errors) {
+  const rlimit none{0, 0};
+  ::close(STDERR_FILENO);
+  ::open(errors.c_str(), O_WRONLY | O_CREAT, 0600);
+  // The limit isn't for root, and who exceeds it while he changes may execute nothing.
+  if ((::geteuid() != 0 || ::setuid(65534) == 0) && ::setrlimit(RLIMIT_NPROC, &none) == 0) {
+    ::execl(STATION, STATION, "--plan", plan.c_str(), "--log", folder.c_str(), nullptr);
+  }
+  ::_exit(127);
+}
+
+TEST(StationProgram, GivesUpWhatTheSystemHasNoThreadsFor) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers want threads of their own";
+#endif
+  const TemporaryFolder folder;
+  const std::string plan = folder.Write("plan", "a 1ms 3 1s\nb 1ms 3 1s");
+  std::filesystem::permissions(folder.Path(), std::filesystem::perms::all);
+  std::filesystem::permissions(plan, std::filesystem::perms::all);
+  const pid_t child = ::fork();
+  if (child == 0) RunWithoutThreads(plan, folder.Path(), folder.File("errors"));
+  const int status = AwaitChild(child, LIMIT);
+  if (status == 127) GTEST_SKIP() << "nobody can't run the station where it lies";
+  EXPECT_EQ(1, status);
+  EXPECT_EQ(
+      "station: series \"a\" given up: the system gives it no thread\n"
+      "station: series \"b\" given up: the system gives it no thread\n",
+      ReadFile(folder.File("errors")));
+  DefaultLog(folder.Path()).ExpectWellFormed();
 }
 
 TEST(StationProgram, EndsWith1WhenItsResultsAreLost) {
@@ -214,41 +321,88 @@ TEST(StationProgram, EndsWith1WhenItsResultsAreLost) {
   const TemporaryFolder folder;
   const std::string plan = folder.Write("plan", "a 1ms 3 1s");
   const ChildResult table = RunChild(
-      {"/bin/sh", "-c", "exec \"$0\" --plan \"$1\" --out \"$2\" > /dev/full", STATION, plan, folder.Path()});
+      {"/bin/sh", "-c", "exec \"$0\" --plan \"$1\" --log \"$2\" > /dev/full", STATION, plan, folder.Path()});
   EXPECT_EQ(1, table.m_iStatus);
   EXPECT_EQ("station: the results could not all be written\n", table.m_sError);
-
-  const TemporaryFolder full;
-  std::filesystem::create_symlink("/dev/full", full.File("alerts.xml"));
-  const ChildResult alerts = RunStation({"--plan", plan, "--out", full.Path()});
-  EXPECT_EQ(1, alerts.m_iStatus);
-  EXPECT_EQ("station: the results could not all be written\n", alerts.m_sError);
 }
+
+// A station at work in a folder of its own, with its output and log there.
+class StationAtWork {
+ public:
+  explicit StationAtWork(const std::string& plan) {
+    const std::string file = m_folder.Write("plan", plan);
+    const std::string output = m_folder.File("output");
+    m_child = ::fork();
+    if (m_child == 0) {
+      ::close(STDOUT_FILENO);
+      ::open(output.c_str(), O_WRONLY | O_CREAT, 0600);
+      ::execl(STATION, STATION, "--plan", file.c_str(), "--log", m_folder.Path().c_str(), nullptr);
+      ::_exit(127);
+    }
+  }
+
+  bool AwaitLogged(const std::string& text) const {
+    return Eventually([&] { return Log().Count(text) > 0; });
+  }
+  void Signal(int signal) const { ::kill(m_child, signal); }
+  int AwaitEnd() const { return AwaitChild(m_child, std::chrono::seconds(8)); }
+
+  std::string Output() const { return ReadFile(m_folder.File("output")); }
+  DefaultLog Log() const { return DefaultLog(m_folder.Path()); }
+  const std::string& Folder() const { return m_folder.Path(); }
+
+ private:
+  TemporaryFolder m_folder;
+  pid_t m_child = -1;
+};
 
 class StationProgramStoppedBy : public testing::TestWithParam<int> {};
 
 TEST_P(StationProgramStoppedBy, ASignalShowsWhatWasMeasured) {
-  const TemporaryFolder folder;
-  const pid_t child = Start(folder, "first 1ms 5 0ns\nendless 10s 1000000 1s\nnever 1ms 1 1s");
-  AwaitText(folder.File("alerts.xml"), "Sample 5 of series");
-  ::kill(child, GetParam());
-  EXPECT_EQ(128 + GetParam(), AwaitChild(child, std::chrono::seconds(8)));
-  const std::string output = ReadFile(folder.File("output"));
+  const StationAtWork station("first 20ms 5 0ns\nendless 10s 1000000 1s\nmore 10s 1 1s");
+  ASSERT_TRUE(station.AwaitLogged("Sample 5 of series"));
+  station.Signal(GetParam());
+  EXPECT_EQ(128 + GetParam(), station.AwaitEnd());
+  const std::string output = station.Output();
   EXPECT_THAT(output, ContainsRegex("\nfirst +5( +[0-9.]+){4} +5\n"));
-  EXPECT_THAT(output, Not(HasSubstr("\nnever")));
+  EXPECT_THAT(output, ContainsRegex("\nendless +0( +-){4} +0\n"));
+  EXPECT_THAT(output, ContainsRegex("\nmore +0( +-){4} +0\n"));
   EXPECT_EQ(5, Figure(output, "Warnings raised:"));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  EXPECT_THAT(output, EndsWith(LogLine(station.Folder())));
+  EXPECT_EQ(5, station.Log().Count("<Warning>"));
+  EXPECT_EQ(1, station.Log().Count("Interrupted; "));
+  EXPECT_EQ(1, station.Log().Count("Ends: 0 of 1000000 samples taken, 0 of them after a retry"));
+  station.Log().ExpectWellFormed();
 }
 
 INSTANTIATE_TEST_SUITE_P(EitherSignal, StationProgramStoppedBy, testing::Values(SIGINT, SIGTERM));
 
-TEST(StationProgram, LeavesAGoodDocumentWhenItIsKilled) {
+TEST(StationProgram, HeedsNoSignalThatItWasStartedToIgnore) {
   const TemporaryFolder folder;
-  const pid_t child = Start(folder, "first 1ms 5 0ns\nendless 10s 1000000 1s");
-  AwaitText(folder.File("alerts.xml"), "Sample 5 of series");
-  ::kill(child, SIGKILL);
-  EXPECT_EQ(-SIGKILL, AwaitChild(child, LIMIT));
-  ExpectWellFormed(folder.File("alerts.xml"));
+  const ChildResult result =
+      RunChild({"/bin/sh", "-c", "trap '' INT; \"$0\" --plan \"$1\" --log \"$2\" & kill -INT $!; wait $!",
+                STATION, folder.Write("plan", "a 20ms 5 1s"), folder.Path()});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_THAT(result.m_sOutput, ContainsRegex("\na +5 "));
+}
+
+TEST(StationProgram, LeavesAGoodDocumentWhenItIsKilled) {
+  const StationAtWork station("first 20ms 5 0ns\nendless 10s 1000000 1s");
+  ASSERT_TRUE(station.AwaitLogged("Sample 5 of series"));
+  station.Signal(SIGKILL);
+  EXPECT_EQ(-SIGKILL, station.AwaitEnd());
+  station.Log().ExpectWellFormed();
+}
+
+TEST(StationProgram, RollsItsLogOver) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 1ms 2500 10s\nb 1ms 2500 10s", {"--open", "Station=Debug"});
+  const DefaultLog log(folder.Path());
+  EXPECT_LT(1400000U, log.Archive().size());
+  EXPECT_GE(1400000U, log.Entries().size());
+  EXPECT_THAT(log.Archive(), StartsWith("<LogEntry Severity="));
+  EXPECT_THAT(log.Entries(), StartsWith("<LogEntry Severity="));
+  log.ExpectWellFormed();
 }
 
 }  // namespace
