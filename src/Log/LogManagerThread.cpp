@@ -4,6 +4,7 @@
 #include "Core/LibraryState.h"
 #include "Log/DefaultLogService.h"
 #include "Log/ParkedThread.h"
+#include "Platform/Files.h"
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
 
@@ -53,6 +54,7 @@ bool LogManager::StartThread() {
 }
 
 int LogManager::Run(TaskDirective& directive) {
+  const Platform::FileLimitGuard guard;  // once for all entries
   m_ulThread.store(Platform::CurrentThreadId());
   while (!directive.MustStop()) {
     while (SendNext(directive)) {

@@ -38,7 +38,7 @@ void Logger::WriteLog(OxaLogSeverityEnum severity, std::string format, ...) {
   if (!IsEnabledFor(severity)) return;
   std::va_list args;
   va_start(args, format);
-  WriteEnabled(severity, format.c_str(), args);
+  WriteExpanded(severity, format.c_str(), args);
   va_end(args);
 }
 
@@ -49,7 +49,16 @@ void Logger::WriteLogVarArgs(OxaLogSeverityEnum severity, std::string format, st
   DoWriteLog(severity, message, m_sPath);
 }
 
-void Logger::WriteEnabled(OxaLogSeverityEnum severity, const char* format, std::va_list args) {
+// Where the compiler can pass arguments on, the test of the filter stands in the caller and this is all that it
+// calls.
+void Logger::WriteEnabled(OxaLogSeverityEnum severity, const char* format, ...) {
+  std::va_list args;
+  va_start(args, format);
+  WriteExpanded(severity, format, args);
+  va_end(args);
+}
+
+void Logger::WriteExpanded(OxaLogSeverityEnum severity, const char* format, std::va_list args) {
   FormatOnce message(format, args);
   DoWriteLog(severity, message, m_sPath);
 }

@@ -133,13 +133,20 @@ class OXACORE_API Logger : public IOxaLogger {
   /// Expands the printf-style `format` and writes the text, if `severity` is enabled; otherwise nothing is
   /// expanded or allocated. Compilers check the arguments against the format. A null or incomplete format gives an
   /// entry that says so, and so does a text that can't be expanded for another reason; see FormatOnce for long ones.
+#if defined(__GNUC__) && !defined(__clang__)
+  [[gnu::format(printf, 3, 4), gnu::always_inline]] void WriteLog(OxaLogSeverityEnum severity,
+                                                                  const char* format, ...) {
+    if (IsEnabledFor(severity)) WriteEnabled(severity, format, __builtin_va_arg_pack());
+  }
+#else
   [[gnu::format(printf, 3, 4)]] void WriteLog(OxaLogSeverityEnum severity, const char* format, ...) {
     if (!IsEnabledFor(severity)) return;
     std::va_list args;
     va_start(args, format);
-    WriteEnabled(severity, format, args);
+    WriteExpanded(severity, format, args);
     va_end(args);
   }
+#endif
 
   /// The same for a format that comes as a string, which is copied first. Nobody checks the arguments.
   void WriteLog(OxaLogSeverityEnum severity, std::string format, ...);
@@ -155,7 +162,8 @@ class OXACORE_API Logger : public IOxaLogger {
  private:
   friend class LogManager;
 
-  void WriteEnabled(OxaLogSeverityEnum severity, const char* format, std::va_list args);
+  void WriteEnabled(OxaLogSeverityEnum severity, const char* format, ...);
+  void WriteExpanded(OxaLogSeverityEnum severity, const char* format, std::va_list args);
   void DoWriteLog(OxaLogSeverityEnum severity, FormatOnce& message, const std::string& path);
 
   std::string m_sPath;
