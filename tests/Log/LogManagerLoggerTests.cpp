@@ -23,7 +23,10 @@ LogManager& Manager() { return *LogManager::Instance(); }
 class WithService : public testing::Test {
  protected:
   WithService() { Manager().InstallLogService(m_service); }
-  ~WithService() override { Manager().UninstallLogService(m_service); }
+  ~WithService() override {
+    m_service.m_onCall = {};  // what it refers to is gone
+    Manager().UninstallLogService(m_service);
+  }
 
   TapeService m_service;
 };

@@ -260,9 +260,9 @@ class FailingServices : public testing::TestWithParam<bool> {
 };
 
 TEST_P(FailingServices, AreThrownOutAndTheNextEntryReachesTheDefaultService) {
+  std::atomic<int> calls{0};
   TapeHandler handler;
   TapeService service;
-  std::atomic<int> calls{0};
   service.m_onWrite = [&calls](const OxaLogEntry&) {
     ++calls;
     throw std::runtime_error("no");
@@ -276,9 +276,9 @@ TEST_P(FailingServices, AreThrownOutAndTheNextEntryReachesTheDefaultService) {
 }
 
 TEST_P(FailingServices, MayFailByAnErrorOfTheLibrary) {
+  std::atomic<int> calls{0};
   TapeHandler handler;
   TapeService service;
-  std::atomic<int> calls{0};
   service.m_onWrite = [&calls](const OxaLogEntry&) {
     if (++calls == 1) OXA_RAISE_ERROR("Test.Service", LogicError("no"));
   };
@@ -290,9 +290,9 @@ TEST_P(FailingServices, MayFailByAnErrorOfTheLibrary) {
 }
 
 TEST_P(FailingServices, MayBeInstalledAgain) {
+  std::atomic<bool> fail{true};
   TapeHandler handler;
   TapeService service;
-  std::atomic<bool> fail{true};
   service.m_onWrite = [&fail](const OxaLogEntry&) {
     if (fail.exchange(false)) throw std::runtime_error("no");
   };
@@ -330,9 +330,9 @@ TEST(LogServices, ThatLogWhileTheyWriteLoseThatWithoutBuffering) {
 }
 
 TEST(LogServices, ThatLogWhileTheyWriteGetItWithBuffering) {
+  std::atomic<int> left{3};
   TapeService service;
   service.m_iClaimedHandlers = 1;
-  std::atomic<int> left{3};
   service.m_onWrite = [&left](const OxaLogEntry&) {
     if (left-- > 0) Write("from within");
   };
@@ -358,16 +358,16 @@ TEST(LogServices, EntriesOfOtherThreadsAreDroppedWhileOneIsSentDirectly) {
 // A failing service can't be thrown out by a thread that sends directly while somebody else reads: it fails again.
 TEST(LogServices, ThatFailDirectlyStayWhileOthersHoldTheLock) {
   const Unbuffered unbuffered;
+  std::atomic<int> calls{0};
+  std::atomic<bool> inside{false};
+  std::atomic<bool> leave{false};
   TapeHandler handler;
   TapeService service;
-  std::atomic<int> calls{0};
   service.m_onWrite = [&calls](const OxaLogEntry&) {
     ++calls;
     throw std::runtime_error("no");
   };
   Manager().InstallLogService(service);
-  std::atomic<bool> inside{false};
-  std::atomic<bool> leave{false};
   service.m_onCall = [&](const std::string& call) {
     if (call != "exists Busy") return;
     inside = true;
