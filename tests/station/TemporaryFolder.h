@@ -24,6 +24,7 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder() {
     std::error_code ignored;
+    RemoveLocks(std::filesystem::path(m_sPath).filename().string());
     std::filesystem::remove_all(m_sPath, ignored);
   }
 
@@ -37,6 +38,15 @@ class TemporaryFolder {
   }
 
  private:
+  // A log has a lock between processes that outlives them, in memory that all of them see. Its name holds that of
+  // the log's folder.
+  static void RemoveLocks(const std::string& folder) {
+    std::error_code ignored;
+    for (const auto& file : std::filesystem::directory_iterator("/dev/shm", ignored)) {
+      if (file.path().string().find(folder) != std::string::npos) std::filesystem::remove(file, ignored);
+    }
+  }
+
   std::string m_sPath;
 };
 
