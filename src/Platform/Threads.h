@@ -146,6 +146,8 @@ class ReentrantLock {
 
  private:
   bool Reenter(std::uint32_t self) noexcept;
+  bool FreeAtOnce() noexcept;
+  void UnlockSlowly() noexcept;
   void LockSlowly(std::uint32_t self) noexcept;
 
   std::atomic<std::uint32_t> m_uWord{0};   // owner's id, and a bit that tells of sleepers; 0: free
@@ -221,6 +223,7 @@ class CountingSemaphore {
   explicit CountingSemaphore(std::uint32_t initial) noexcept : m_llBalance(initial) {}
   int PostToWaiters(std::uint32_t amount) noexcept;
   void HandOut(std::uint32_t count) noexcept;
+  WaitResult WaitInLine(Deadline deadline) noexcept;
   bool TryTakeHandedOut() noexcept;
   bool AwaitHandOut(Deadline deadline) noexcept;
   bool SleepUntilHandOut(Deadline deadline) noexcept;

@@ -67,7 +67,7 @@ bool Mutex::TryLock(const Elapse& timeout) {
 
 // Deliberately without a pause or a yield: who gives a limit wants the lock the moment it is free. Nothing here
 // may be touched once this thread is no longer counted, since the destructor waits for counted ones only.
-bool Mutex::Spin(const Elapse& timeout, bool& dying) {
+[[gnu::noinline]] bool Mutex::Spin(const Elapse& timeout, bool& dying) {
   const auto leave = [](void* waiters) { static_cast<std::atomic<int>*>(waiters)->fetch_sub(1); };
   const Platform::Deadline deadline = ExactDeadline(timeout);
   Platform::HoldKill hold;

@@ -63,6 +63,7 @@ Thread::Thread()
       m_bTaskStarted(false),
       m_listeners(NotificationSupport::eFIRST_ADDED_FIRST),
       m_iRuns(0),
+      m_iAwaited(0),
       m_bKilling(false) {
   const UnkillableLock lock(s_mutex);
   m_stackSize = s_defaultStackSize;

@@ -4,6 +4,7 @@
 #include "ErrorHandling/SystemErrorMessage.h"
 #include "Threads/KillSafeLocks.h"
 
+#include "Platform/Kill.h"
 #include "Platform/NativeThread.h"
 
 namespace Oxa::Core {
@@ -16,21 +17,32 @@ constexpr Elapse s_patience(10, Elapse::Seconds);
 constexpr long long llPATIENCE_MS = 10000;
 constexpr long iPOLL_MS = 10;
 
-/// Raises a flag for the length of a scope, unless it is up already.
+/// Raises a flag for the length of a scope, unless it is up already; a killer that is killed lowers it, too.
 class RaisedFlag {
  public:
-  explicit RaisedFlag(std::atomic<bool>& flag) : m_flag(flag), m_bMine(!flag.exchange(true)) {}
+  explicit RaisedFlag(std::atomic<bool>& flag)
+      : m_flag(flag), m_bMine(!flag.exchange(true)), m_cleanUp(&Lower, this) {
+    m_hold.Release();
+  }
   RaisedFlag(const RaisedFlag&) = delete;
   RaisedFlag& operator=(const RaisedFlag&) = delete;
   ~RaisedFlag() {
-    if (m_bMine) m_flag = false;
+    m_hold.Take();
+    Lower(this);
   }
 
   bool IsMine() const { return m_bMine; }
 
  private:
+  static void Lower(void* raised) {
+    const RaisedFlag& self = *static_cast<RaisedFlag*>(raised);
+    if (self.m_bMine) self.m_flag = false;
+  }
+
+  Platform::HoldKill m_hold;  // first and last: the flag and its clean-up come and go as one
   std::atomic<bool>& m_flag;
   const bool m_bMine;
+  const Platform::KillCleanUp m_cleanUp;
 };
 
 }  // namespace
@@ -54,6 +66,7 @@ void Thread::AwaitTaskStart() const {
 }
 
 void Thread::KillNative(Platform::NativeThread& native) {
+  if (IsCurrentThread()) native.Kill(uEXIT_CODE, Platform::Deadline::Never());  // doesn't return
   const RaisedFlag killing(m_bKilling);
   if (!killing.IsMine()) return;
   const auto deadline = Platform::Deadline::InMilliseconds(llPATIENCE_MS);

@@ -101,7 +101,7 @@ unsigned int Thread::Run() {
 // The listeners hear of a missing task here and, where the raise throws, once more from its catch clause.
 bool Thread::HasTask() {
   {
-    const Lock lock(m_mutex);
+    const UnkillableLock lock(m_mutex);
     SetWindowsThreadName();
     if (m_spTask != nullptr) return true;
   }

@@ -37,28 +37,29 @@ bool Thread::Start(boost::shared_ptr<Task> p_spTask, const Elapse& timeout) {
   return timeout == Elapse(0) || TimedWaitForState(eTHREAD_RUNNING, timeout);
 }
 
-// The new thread takes the mutex before it looks at its task: by then all is told of it.
 bool Thread::StartNative(const boost::shared_ptr<Task>& task) {
   KeepLastError(boost::shared_ptr<Error>());
+  SetTask(task);
   ResetStopFlag();
   m_bTaskStarted = false;
   const Handle native = Platform::NativeThread::Create();
   SetHandle(native);
-  const UnkillableLock lock(m_mutex);
-  SetTask(task);
   if (native == nullptr || !RunNative(native)) return false;
-  if (m_ePriority != ePRIORITY_NORMAL) native->SetPriority(GetPlatformSpecificPriority(m_ePriority));
+  const EPriority priority = GetPriority();
+  if (priority != ePRIORITY_NORMAL) native->SetPriority(GetPlatformSpecificPriority(priority));
   return true;
 }
 
+// The new thread tells its id as well, and whoever is first is right: a late one could meet the id of a next run.
 bool Thread::RunNative(const Handle& native) {
   BeginRun();
+  unsigned long before = m_threadID;
   unsigned long id;
   if (Platform::NativeThread::Start(native, PlatformStackSize(), &Invoker, this, id) != 0) {
     EndRun();
     return false;
   }
-  m_threadID = id;
+  m_threadID.compare_exchange_strong(before, id);
   return true;
 }
 
@@ -70,7 +71,9 @@ void Thread::SetHandle(const Handle& handle) {
 
 void Thread::SetTask(const boost::shared_ptr<Task>& task) {
   OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING));
-  m_spTask = task;
+  boost::shared_ptr<Task> replaced(task);  // a task's destructor runs under no lock
+  const UnkillableLock lock(m_mutex);
+  m_spTask.swap(replaced);
 }
 
 // The keep-alive belongs to the run: one that is restarted from its last step has two.
@@ -88,8 +91,8 @@ void Thread::EndRun() {
 
 // In 32 bits throughout, whatever the width of a long.
 unsigned int Thread::PlatformStackSize() const {
+  unsigned long size = GetStackSize();
   const UnkillableLock lock(s_mutex);
-  unsigned long size = m_stackSize;
   if (size < s_minStackSize) size = s_minStackSize;
   if (size > s_maxStackSize) size = s_maxStackSize;
   return static_cast<std::uint32_t>(s_stackSizeMultiplier) * static_cast<std::uint32_t>(size) +

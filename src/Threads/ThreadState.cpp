@@ -28,6 +28,13 @@ void Thread::SetState(EState state) {
     NotifyThreadComplete notification(m_wpThis.lock());
     m_listeners.Broadcast(notification);
   }
+  TellState();
+}
+
+// Only if somebody waits for this state: one who waits for the end isn't woken by the beginning.
+void Thread::TellState() {
+  if ((m_iAwaited & m_eState) == 0) return;
+  m_iAwaited = 0;  // all wake, and tell again what they wait for
   m_stateCondition.Notify();
 }
 
@@ -70,7 +77,10 @@ bool Thread::TimedWaitForStopRequest(const Elapse& timeout) {
 void Thread::WaitForState(int mask) {
   OXA_ASSERT(!IsCurrentThread());
   const ForsakenMonitorLock lock(m_stateCondition);
-  while (!TryWaitForState(mask)) m_stateCondition.Wait();
+  while (!TryWaitForState(mask)) {
+    m_iAwaited |= mask;
+    m_stateCondition.Wait();
+  }
 }
 
 bool Thread::TryWaitForState(int mask) {
@@ -83,6 +93,7 @@ bool Thread::TimedWaitForState(int mask, const Elapse& timeout) {
   const Time deadline(timeout);
   const ForsakenMonitorLock lock(m_stateCondition);
   while (!TryWaitForState(mask)) {
+    m_iAwaited |= mask;
     if (!m_stateCondition.TimedWait(TimeLeft(deadline))) return TryWaitForState(mask);
   }
   return true;

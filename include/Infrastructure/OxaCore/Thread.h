@@ -283,6 +283,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   void SetTask(const boost::shared_ptr<Task>& task);
   static int GetPlatformSpecificPriority(EPriority priority);
 
+  void TellState();
   void AwaitTaskStart() const;
   void KillNative(Platform::NativeThread& native);
   void BuryKilled();
@@ -293,7 +294,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   std::atomic<EState> m_eState;        ///< written under m_stateCondition
   mutable Condition m_stateCondition;  ///< also guards m_hThread
   std::atomic<bool> m_bStopRequested;  ///< written under m_stateCondition
-  mutable Mutex m_mutex;               ///< guards m_stackSize, m_name, m_spTask and m_ePriority
+  mutable Mutex m_mutex;               ///< guards m_stackSize, m_name, m_spTask and m_ePriority; a leaf
   unsigned long m_stackSize;
   std::string m_name;
   boost::shared_ptr<Task> m_spTask;
@@ -307,6 +308,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   NotificationSupport m_listeners;
   Handle m_hThread;
   int m_iRuns;                   ///< runs whose last step is still to come: a restart may overtake it
+  int m_iAwaited;                ///< states that somebody waits for; guarded by m_stateCondition
   std::atomic<bool> m_bKilling;  ///< Kill is at work, and it is for Kill to tell the end
 
   static Mutex& s_mutex;  ///< guards what follows

@@ -45,7 +45,7 @@ int CountingSemaphore::Post(std::uint32_t amount) noexcept {
 }
 
 // A kill between the two steps would leave waiters behind that are paid for and never woken.
-int CountingSemaphore::PostToWaiters(std::uint32_t amount) noexcept {
+[[gnu::noinline]] int CountingSemaphore::PostToWaiters(std::uint32_t amount) noexcept {
   const HoldKill hold;
   std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
   do {
@@ -81,7 +81,11 @@ bool CountingSemaphore::TryTakeHandedOut() noexcept {
 }
 
 WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
-  if (TryTake()) return {EWaitEnd::eSIGNALLED, 0};
+  return TryTake() ? WaitResult{EWaitEnd::eSIGNALLED, 0} : WaitInLine(deadline);
+}
+
+// Kills are held, so that the thread is in line and can be taken out of it, or isn't.
+[[gnu::noinline]] WaitResult CountingSemaphore::WaitInLine(Deadline deadline) noexcept {
   if (deadline.HasPassed()) return {EWaitEnd::eTIMEOUT, 0};
   const HoldKill hold;
   if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return {EWaitEnd::eSIGNALLED, 0};

@@ -211,15 +211,20 @@ WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
   return {end, 0};
 }
 
+// Nearly always: one level, and nobody asleep. Fails for a thread that isn't the owner.
+inline bool ReentrantLock::FreeAtOnce() noexcept {
+  return m_uDepth.load(std::memory_order_relaxed) == 0 && FreeUnmarked(m_uWord, Self());
+}
+
 void ReentrantLock::Unlock() noexcept {
+  if (!FreeAtOnce()) UnlockSlowly();
+}
+
+[[gnu::noinline]] void ReentrantLock::UnlockSlowly() noexcept {
   const std::uint32_t depth = m_uDepth.load(std::memory_order_relaxed);
-  if (depth == 0) {
-    if (FreeUnmarked(m_uWord, Self())) return;
-    const HoldKill hold;
-    Free(m_uWord);
-  } else {
-    m_uDepth.store(depth - 1, std::memory_order_relaxed);
-  }
+  if (depth != 0) return m_uDepth.store(depth - 1, std::memory_order_relaxed);
+  const HoldKill hold;
+  Free(m_uWord);
 }
 
 // The own id can't come or go while this thread looks.
@@ -228,8 +233,9 @@ bool ReentrantLock::IsOwner() const noexcept {
 }
 
 int ReentrantLock::UnlockIfOwner() noexcept {
+  if (FreeAtOnce()) return 0;
   if (!IsOwner()) return EPERM;
-  Unlock();
+  UnlockSlowly();
   return 0;
 }
 
