@@ -12,6 +12,14 @@
 
 #include "Support/Eventually.h"
 
+/// For tests that kill: the thread sanitizer holds signals back, and a thread that goes without its knowledge is one
+/// for ever that it waits for.
+#if defined(__SANITIZE_THREAD__)
+#define OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED() GTEST_SKIP() << "no kills under the thread sanitizer"
+#else
+#define OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED() static_cast<void>(0)
+#endif
+
 namespace ThreadTests {
 
 using Oxa::Core::Elapse;

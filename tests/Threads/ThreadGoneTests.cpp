@@ -1,0 +1,87 @@
+// Threads that end behind the library's back.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <boost/weak_ptr.hpp>
+
+#include "Threads/ThreadTestSupport.h"
+
+using namespace ThreadTests;
+
+namespace {
+
+void ExpectFoundGone(const SharedThread& thread) {
+  Hearing hearing;
+  thread->AddListener(hearing);
+  EXPECT_TRUE(Eventually([&] { return !thread->IsAlive(); }));
+  const std::string text = "Thread named " + thread->GetName() + " terminated by OS before thread ended";
+  EXPECT_EQ(Thread::eTHREAD_ERROR, thread->GetState());
+  EXPECT_EQ(text, thread->GetLastError()->what());
+  EXPECT_EQ(std::vector<std::string>{"error " + thread->GetName() + ": " + text}, hearing.Heard());
+  EXPECT_FALSE(thread->IsAlive());
+  EXPECT_EQ(1u, hearing.Heard().size());
+}
+
+SharedTask Exiting() {
+  return Do([](TaskDirective&) -> int { pthread_exit(nullptr); });
+}
+
+}  // namespace
+
+TEST(ThreadGone, ATaskThatExitsItsThread) {
+  const SharedThread thread = Thread::Create("Exiting");
+  ASSERT_TRUE(thread->Start(Exiting()));
+  ASSERT_TRUE(thread->TimedWaitForState(Thread::eTHREAD_RUNNING, Elapse(30)));
+  ExpectFoundGone(thread);
+  EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+  EXPECT_EQ(0, thread->GetRefCount());
+  EXPECT_EQ(-1, thread->GetResult());
+}
+
+TEST(ThreadGone, ACancelledThread) {
+  const SharedThread thread = Thread::Create("Cancelled");
+  std::atomic<pthread_t> self{};
+  ASSERT_TRUE(thread->Start(Do([&self](TaskDirective&) {
+    self = pthread_self();
+    while (true) ::usleep(1000);
+    return 0;
+  })));
+  ASSERT_TRUE(Eventually([&self] { return self.load() != pthread_t{}; }));
+  ASSERT_EQ(0, pthread_cancel(self));
+  ExpectFoundGone(thread);
+  EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+}
+
+TEST(ThreadGone, StopFindsItAndItCanBeStartedAgain) {
+  const SharedThread thread = Thread::Create("");
+  for (int i = 0; i != 20; ++i) {
+    ASSERT_TRUE(thread->Start(Exiting()));
+    ASSERT_TRUE(Eventually([&] {
+      thread->Stop();
+      return thread->GetState() == Thread::eTHREAD_ERROR && thread.use_count() == 1;
+    }));
+  }
+  ASSERT_TRUE(thread->Start(Give(1)));
+  EXPECT_TRUE(Eventually([&] { return thread->HasCompleted(); }));
+}
+
+TEST(ThreadGone, OneThatNobodyHoldsGoesWithItsThread) {
+  SharedThread thread = Thread::Create("");
+  const boost::weak_ptr<Thread> weak(thread);
+  thread->Start(Exiting());
+  thread.reset();
+  EXPECT_TRUE(Eventually([&weak] { return weak.expired(); }));
+}
+
+TEST(ThreadGone, AThreadThatTheSystemTookWithoutUnwinding) {
+  OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
+  static SharedThread& s_thread = *new SharedThread(Thread::Create("Vanished"));  // keeps itself for ever
+  ASSERT_TRUE(s_thread->Start(Do([](TaskDirective&) {
+    ::syscall(SYS_exit, 0);
+    return 0;
+  })));
+  ASSERT_TRUE(s_thread->TimedWaitForState(Thread::eTHREAD_RUNNING, Elapse(30)));
+  ExpectFoundGone(s_thread);
+}
