@@ -91,34 +91,32 @@ unsigned int Thread::Invoke() {
 
 unsigned int Thread::Run() {
   OXA_ASSERT(IsCurrentThread());
-  if (!HasTask()) return uNO_TASK;
+  Task* const task = FindTask();
+  if (task == nullptr) return uNO_TASK;
   m_result = iNO_RESULT_YET;
   m_bTaskStarted = true;
-  RunTask();
+  RunTask(*task);
   return static_cast<unsigned int>(m_result.load());
 }
 
 // The listeners hear of a missing task here and, where the raise throws, once more from its catch clause.
-bool Thread::HasTask() {
+Task* Thread::FindTask() {
   {
     const UnkillableLock lock(m_mutex);
     SetWindowsThreadName();
-    if (m_spTask != nullptr) return true;
+    if (m_spTask != nullptr) return m_spTask.get();
   }
   NullTaskPointer error(CopyOfName());
   SetLastError(error, true);
   SetState(eTHREAD_ERROR);
   OXA_RAISE_ERROR(sLOG_NAME, error);
-  return false;
+  return nullptr;
 }
 
 // From the end of the task on a kill comes too late: what follows is the library's own.
-void Thread::RunTask() {
+void Thread::RunTask(Task& task) {
   try {
-    {
-      const boost::shared_ptr<Task> task = GetTask();
-      m_result = task->Run(*this);
-    }
+    m_result = task.Run(*this);
     Platform::NativeThread::RefuseKills();
     SetState(eTHREAD_COMPLETED);
   } catch (Error& error) {

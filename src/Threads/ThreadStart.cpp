@@ -69,11 +69,15 @@ void Thread::SetHandle(const Handle& handle) {
   m_hThread = handle;
 }
 
+// The run has no reference of its own, since a kill would leave that behind. A task that runs on although it
+// shouldn't is never destroyed under its thread.
 void Thread::SetTask(const boost::shared_ptr<Task>& task) {
-  OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING));
-  boost::shared_ptr<Task> replaced(task);  // a task's destructor runs under no lock
-  const UnkillableLock lock(m_mutex);
-  m_spTask.swap(replaced);
+  boost::shared_ptr<Task> replaced(task);  // its destructor runs under no lock
+  {
+    const UnkillableLock lock(m_mutex);
+    m_spTask.swap(replaced);
+  }
+  if (!OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING))) new boost::shared_ptr<Task>(replaced);
 }
 
 // The keep-alive belongs to the run: one that is restarted from its last step has two.

@@ -265,8 +265,8 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   static unsigned int Invoker(void* argument);
   unsigned int Invoke();
   unsigned int Run();
-  bool HasTask();
-  void RunTask();
+  Task* FindTask();
+  void RunTask(Task& task);
   void FailBy(Error& error, const char* cause);
   void FailByUnknown(const char* cause);
   void LogErrorRaised(Error& error);

@@ -56,6 +56,12 @@ class Attributes {
   pthread_attr_t m_attributes;
 };
 
+// What keys hold for a thread is dropped at its end, and the system relies on that when it uses the thread's memory
+// for another: after an end without destructors the next thread would find the data of the dead one.
+void ForgetDataOfKeys() noexcept {
+  for (pthread_key_t key = 0; key != PTHREAD_KEYS_MAX; ++key) pthread_setspecific(key, nullptr);
+}
+
 void WaitAMoment() noexcept {
   const std::uint32_t word = 0;
   FutexWait(&word, 0, Deadline::In(iWAIT_A_MOMENT));
@@ -189,6 +195,7 @@ void NativeThread::LeaveParty() noexcept {
 }
 
 void NativeThread::Vanish() noexcept {
+  ForgetDataOfKeys();
   EndedThreads::Expect();
   SetEnded(m_uKillCode);
   FutexWake(&m_eState, INT_MAX);
