@@ -6,8 +6,8 @@
 //
 // Thread safety: any thread may call anything at any time, handlers from inside a call included.
 // Locks: the handlers' mutex, then that of the retained entries, then that of the file; none of them is held while
-// a handler or another service is called. The tree's mutex is held while the handlers hear of new nodes, and while
-// the tree is told to another service.
+// a handler or another service is called. The tree's mutex is held while the tree is told to another service, and
+// by no operation while a handler or a listener to alerts is called.
 // A handler that throws is unregistered behind the walk in which it did so, without a message.
 // Failures: a path with an empty component, other than its first, raises InvalidLogPath where a walk comes to it.
 // What leaves RegisterLogger, UnregisterLogger, EnumLoggers and the operations on filters is an Error. All under
@@ -48,8 +48,9 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   void RegisterHandler(IOxaLogHandler* handler) override;
 
   /// Removes a handler: nobody calls it any more once this has returned, but for calls further up on the calling
-  /// thread. Waits for calls to it on other threads, except where those wait in here for the calling one. Null is
-  /// ignored.
+  /// thread. Waits for calls to it on other threads, except where those wait in here for the calling one, and
+  /// not at all from inside an OnLoggersChanged: whoever makes a logger, on whose thread that is called, holds locks
+  /// that the others may be waiting for. Null is ignored.
   void UnregisterHandler(IOxaLogHandler* handler) override;
 
   /// Adds a logger, which isn't owned, at its path, and sets its filter word to the intersection of the words
@@ -97,8 +98,8 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   class RetainedInHand;
 
   LoggerTreeNode* FindLoggerNode(const std::string& path);
-  LoggerTreeNode& GetLoggerNode(const std::string& path);
-  bool ChangeSeverityFilters(const std::string& path, unsigned int filters);
+  LoggerTreeNode* GetLoggerNode(const std::string& path);
+  bool ChangeSeverityFilters(LoggerTreeNode& node, unsigned int filters);
 
   template <class Call>
   std::size_t CallHandlers(const Handlers& handlers, const Call& call);

@@ -6,6 +6,7 @@
 #include "Log/DefaultLogDocument.h"
 
 #include "Platform/Faults.h"
+#include "Platform/Files.h"
 
 namespace Oxa::Core {
 
@@ -62,7 +63,9 @@ void DefaultLogService::CountRetained() {
 }
 
 void DefaultLogService::WriteToFile(const std::string& text) {
-  if (!TryWriteToFile(text)) std::cerr << text << std::flush;
+  if (TryWriteToFile(text)) return;
+  const Platform::FileLimitGuard guard;  // standard error can be a file, too
+  std::cerr << text << std::flush;
 }
 
 bool DefaultLogService::TryWriteToFile(const std::string& text) {

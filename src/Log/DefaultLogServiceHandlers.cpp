@@ -96,7 +96,10 @@ DefaultLogService::Handlers DefaultLogService::NewHandlers(const Handlers& told,
   return handlers;
 }
 
+/// Whoever makes a logger comes here with the locks of loggers held. A handler that takes one out must not wait then
+/// for a thread that asks for a logger in there.
 void DefaultLogService::NotifyHandlers() {
+  const HandlerStay waitsForNobody(m_calls, nullptr);
   CallHandlers(GetHandlers(), [](IOxaLogHandler& handler) { handler.OnLoggersChanged(); });
 }
 

@@ -1,4 +1,8 @@
 // The tree of loggers, and the operations of the default log service that work on it.
+//
+// Each step of an operation locks the tree for itself. Nodes never leave it, and so nobody has to hold the lock while
+// a path is refused or the handlers hear of a new one: whoever listens may ask for loggers, and so may others who
+// hold the locks of loggers already and wait for the tree.
 #include "Log/DefaultLogService.h"
 
 #include <Infrastructure/OxaCore/StringTools.h>
@@ -18,10 +22,10 @@ std::vector<std::string> Components(const std::string& path) {
   return components;
 }
 
-bool CheckComponent(const std::string& component, const std::string& path) {
-  if (!component.empty()) return true;
+// There is no node for such a path, in case the raise returns.
+LoggerTreeNode* Refuse(const std::string& path) {
   OXA_RAISE_ERROR(sLOG_NAME, InvalidLogPath(path));
-  return false;
+  return nullptr;
 }
 
 }  // namespace
@@ -29,8 +33,10 @@ bool CheckComponent(const std::string& component, const std::string& path) {
 void DefaultLogService::RegisterLogger(IOxaLogger* logger) {
   if (logger == nullptr) return;
   try {
+    LoggerTreeNode* const node = GetLoggerNode(logger->GetPath());
+    if (node == nullptr) return;
     const WriterLock writing(m_treeMutex);
-    GetLoggerNode(logger->GetPath()).AddLogger(logger);
+    node->AddLogger(logger);
   }
   OXA_FORWARD_ERRORS_AS(sLOG_NAME)
 }
@@ -38,8 +44,10 @@ void DefaultLogService::RegisterLogger(IOxaLogger* logger) {
 void DefaultLogService::UnregisterLogger(IOxaLogger* logger) {
   if (logger == nullptr) return;
   try {
+    LoggerTreeNode* const node = GetLoggerNode(logger->GetPath());
+    if (node == nullptr) return;
     const WriterLock writing(m_treeMutex);
-    GetLoggerNode(logger->GetPath()).RemoveLogger(logger);
+    node->RemoveLogger(logger);
   }
   OXA_FORWARD_ERRORS_AS(sLOG_NAME)
 }
@@ -47,44 +55,46 @@ void DefaultLogService::UnregisterLogger(IOxaLogger* logger) {
 void DefaultLogService::EnumLoggers(const std::string& p_sRootPath, std::list<std::string>& names) {
   try {
     names.clear();
-    const ReaderLock reading(m_treeMutex);
     const LoggerTreeNode* const node = FindLoggerNode(p_sRootPath);
-    if (node != nullptr) node->AppendChildNames(names);
+    if (node == nullptr) return;
+    const ReaderLock reading(m_treeMutex);
+    node->AppendChildNames(names);
   }
   OXA_FORWARD_ERRORS_WITH_INFO_AS(sLOG_NAME, OXA_VARIABLE(p_sRootPath))
 }
 
 void DefaultLogService::SetSeverityFilters(const std::string& p_sPath, unsigned int filters) {
   try {
-    if (ChangeSeverityFilters(p_sPath, filters)) NotifyHandlers();
+    LoggerTreeNode* const node = GetLoggerNode(p_sPath);
+    if (node != nullptr && ChangeSeverityFilters(*node, filters)) NotifyHandlers();
   }
   OXA_FORWARD_ERRORS_WITH_INFO_AS(sLOG_NAME, OXA_VARIABLE(p_sPath))
 }
 
-bool DefaultLogService::ChangeSeverityFilters(const std::string& path, unsigned int filters) {
+bool DefaultLogService::ChangeSeverityFilters(LoggerTreeNode& node, unsigned int filters) {
   const WriterLock writing(m_treeMutex);
-  return GetLoggerNode(path).ChangeSeverityFilters(filters);
+  return node.ChangeSeverityFilters(filters);
 }
 
 unsigned int DefaultLogService::GetSeverityFilters(const std::string& p_sPath) {
   try {
-    const WriterLock writing(m_treeMutex);
-    return GetLoggerNode(p_sPath).GetSeverityFilters();
+    if (const LoggerTreeNode* const node = GetLoggerNode(p_sPath)) return node->GetSeverityFilters();
   }
   OXA_FORWARD_ERRORS_WITH_INFO_AS(sLOG_NAME, OXA_VARIABLE(p_sPath))
   return uDEFAULT_LOG_FILTERS;
 }
 
-bool DefaultLogService::Exists(const std::string& path) {
-  const ReaderLock reading(m_treeMutex);
-  return FindLoggerNode(path) != nullptr;
-}
+bool DefaultLogService::Exists(const std::string& path) { return FindLoggerNode(path) != nullptr; }
 
-/// The node of `path`, or null. With the tree's lock held.
+/// The node of `path`, or null.
 LoggerTreeNode* DefaultLogService::FindLoggerNode(const std::string& path) {
   LoggerTreeNode* node = &m_root;
+  ReaderLock reading(m_treeMutex);
   for (const std::string& component : Components(path)) {
-    if (!CheckComponent(component, path)) return nullptr;
+    if (component.empty()) {
+      reading.Release();
+      return Refuse(path);
+    }
     node = node->FindChild(component);
     if (node == nullptr) return nullptr;
   }
@@ -92,18 +102,23 @@ LoggerTreeNode* DefaultLogService::FindLoggerNode(const std::string& path) {
 }
 
 /// The node of `path`, made where it is missing; the handlers hear of that. What was made ahead of a component
-/// that is refused stays. With the tree's lock held for writing.
-LoggerTreeNode& DefaultLogService::GetLoggerNode(const std::string& path) {
+/// that is refused stays, and nobody hears of it.
+LoggerTreeNode* DefaultLogService::GetLoggerNode(const std::string& path) {
   LoggerTreeNode* node = &m_root;
   bool made = false;
+  WriterLock writing(m_treeMutex);
   for (const std::string& component : Components(path)) {
-    if (!CheckComponent(component, path)) return *node;
+    if (component.empty()) {
+      writing.Release();
+      return Refuse(path);
+    }
     LoggerTreeNode* const child = node->FindChild(component);
     made = made || child == nullptr;
     node = child != nullptr ? child : &node->GetChild(component);
   }
+  writing.Release();
   if (made) NotifyHandlers();
-  return *node;
+  return node;
 }
 
 }  // namespace Oxa::Core

@@ -41,9 +41,13 @@ void HandlerCalls::Leave(IOxaLogHandler* handler) noexcept {
 void HandlerCalls::AwaitOthers(IOxaLogHandler* handler) {
   const Lock monitor(m_monitor);
   const Place waiter(Platform::CurrentThreadId(), handler);
-  if (!IsBlocked(waiter)) return;
+  if (IsInside({waiter.first, nullptr}) || !IsBlocked(waiter)) return;
   const Waiting waiting(*this, waiter);
   while (IsBlocked(waiter)) m_monitor.Wait();
+}
+
+bool HandlerCalls::IsInside(const Place& place) const {
+  return std::find(m_calls.begin(), m_calls.end(), place) != m_calls.end();
 }
 
 bool HandlerCalls::IsBlocked(const Place& waiter) const {

@@ -24,13 +24,15 @@ class HandlerCalls {
   HandlerCalls(const HandlerCalls&) = delete;
   HandlerCalls& operator=(const HandlerCalls&) = delete;
 
-  /// The calling thread enters the handler, and leaves it. It may be in there already.
+  /// The calling thread enters the handler, and leaves it. It may be in there already. Null is no handler: from
+  /// then on the thread waits for nobody, since it may hold locks that others want inside of one.
   void Enter(IOxaLogHandler* handler);
   void Leave(IOxaLogHandler* handler) noexcept;
 
   /// Waits until no other thread is inside the handler, except for those that wait here, directly or through
   /// others, for the calling thread to leave one: of several handlers that unregister one another, none would
-  /// ever return. See to it beforehand that no thread enters any more.
+  /// ever return. See to it beforehand that no thread enters any more. Doesn't wait at all if the calling thread
+  /// has entered null.
   void AwaitOthers(IOxaLogHandler* handler);
 
  private:
@@ -41,6 +43,7 @@ class HandlerCalls {
   class Waiting;
 
   static void Remove(Places& places, const Place& place) noexcept;
+  bool IsInside(const Place& place) const;
   bool IsBlocked(const Place& waiter) const;
   bool WaitsFor(unsigned long thread, unsigned long other, std::size_t steps) const;
 

@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Log/DefaultLogDocument.h"
+#include "Log/FileLimit.h"
 #include "Log/LogFileMutex.h"
 #include "Log/LogFolder.h"
 #include "Support/Eventually.h"
@@ -19,30 +18,11 @@ namespace {
 using namespace Oxa::Core;
 using LogTests::EntryOfSize;
 using LogTests::EntryText;
+using LogTests::FileLimit;
 using LogTests::LogFolder;
 using Names = std::set<std::string>;
 
 constexpr std::size_t uFULL = 1400000;
-
-/// Limits the size of files for the length of a scope.
-class FileLimit {
- public:
-  explicit FileLimit(std::size_t size) {
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    Set(size);
-  }
-  FileLimit(const FileLimit&) = delete;
-  FileLimit& operator=(const FileLimit&) = delete;
-  ~FileLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
-
-  void Set(std::size_t size) {
-    const rlimit limit = {size, m_before.rlim_max};
-    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) std::abort();
-  }
-
- private:
-  rlimit m_before;
-};
 
 /// The lock between processes, as another process would hold it.
 Platform::NamedLock& LockOf(const LogFolder& folder) {
@@ -79,6 +59,23 @@ TEST(DefaultLogEntriesFile, OpensOnceAndClosesAtItsEnd) {
   EXPECT_EQ(Names{"DefaultLog.entries"}, folder.Names());
   file.Close();
   EXPECT_FALSE(file.IsOpen());
+}
+
+TEST(DefaultLogEntriesFile, LeavesNothingOpenBehind) {
+  const LogFolder folder;
+  const auto filesOfTheProcess = [] {
+    const std::filesystem::directory_iterator first("/proc/self/fd");
+    return std::distance(begin(first), end(first));
+  };
+  const auto before = filesOfTheProcess();
+  {
+    DefaultLogEntriesFile closed, open;
+    ASSERT_TRUE(closed.Open() && open.Open());
+    EXPECT_EQ(before + 2, filesOfTheProcess());
+    closed.Close();
+    EXPECT_EQ(before + 1, filesOfTheProcess());
+  }
+  EXPECT_EQ(before, filesOfTheProcess());
 }
 
 TEST(DefaultLogEntriesFile, CannotBeOpenedInAFolderThatIsNotThere) {
@@ -478,7 +475,7 @@ TEST(DefaultLogEntriesFile, ThatWasRemovedIsWrittenOnUntilItIsFull) {
   EXPECT_EQ("of last year", folder.Archive());
 }
 
-// --- The lock's name
+// --- The lock
 
 TEST(LogFileMutex, GoesByTheFullPathWithForwardSlashes) {
   const LogFolder folder;
@@ -494,6 +491,15 @@ TEST(LogFileMutex, GoesByTheFullPathWithForwardSlashes) {
   LogFileMutex(".\\DefaultLog.entries").CountGeneration();
   std::filesystem::current_path(here);
   EXPECT_EQ(before + 3, lock.Generation());
+}
+
+TEST(LogFileMutex, ThatTheSystemDoesNotGiveIsDoneWithout) {
+  const boost::shared_ptr<LogFileMutex> none(new LogFileMutex(std::string(100000, 'x')));
+  none->CountGeneration();
+  EXPECT_EQ(0U, none->GetGeneration());
+  const LogFileLock lock(none);
+  EXPECT_FALSE(lock.IsOwner());
+  EXPECT_FALSE(lock.WasAbandoned());
 }
 
 }  // namespace

@@ -1,12 +1,18 @@
 // The default log service's tree of paths: what comes into being, what is refused, and whom it tells.
 #include <Infrastructure/OxaCore/CommonErrors.h>
 
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#include "Core/LibraryState.h"
 #include "Log/DefaultLogService.h"
 #include "Log/LogFakes.h"
 
@@ -33,7 +39,16 @@ class DefaultLogServicePaths : public testing::Test {
     EXPECT_EQ(2u, m_service.GetSeverityFilters("Free"));
   }
 
+  // The same for those who can't wait for it themselves, since they would stand in the way.
+  bool IsTreeFree() {
+    m_others.push_back(std::async(std::launch::async, [this] { m_service.SetSeverityFilters("Other", 2); }));
+    return m_others.back().wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  }
+
   DefaultLogService m_service;
+
+ private:
+  std::list<std::future<void>> m_others;
 };
 
 using Names = std::list<std::string>;
@@ -186,6 +201,43 @@ TEST_F(DefaultLogServicePaths, RefusedPathClearsTheNames) {
   EXPECT_TRUE(names.empty());
 }
 
+TEST_F(DefaultLogServicePaths, RefusedPathIsToldToListenersWithTheTreeUnlocked) {
+  struct Listener : AlertListener {
+    ~Listener() override { AlertManager::Instance()->RemoveAlertListener(*this); }
+    void ErrorRaised(Error&) override { m_onError(); }
+    std::function<void()> m_onError;
+  } listener;
+  int told = 0;
+  listener.m_onError = [&] { told += IsTreeFree() ? 1 : 0; };
+  AlertManager::Instance()->AddAlertListener(listener);
+  FakeLogger logger("Other..B");
+  std::list<std::string> names;
+  m_service.GetSeverityFilters("Other");
+  EXPECT_THROW(m_service.Exists("Other..B"), InvalidLogPath);
+  EXPECT_THROW(m_service.EnumLoggers("Other..B", names), InvalidLogPath);
+  EXPECT_THROW(m_service.GetSeverityFilters("Other..B"), InvalidLogPath);
+  EXPECT_THROW(m_service.SetSeverityFilters("Other..B", 4), InvalidLogPath);
+  EXPECT_THROW(m_service.RegisterLogger(&logger), InvalidLogPath);
+  EXPECT_THROW(m_service.UnregisterLogger(&logger), InvalidLogPath);
+  EXPECT_EQ(6, told);
+}
+
+TEST_F(DefaultLogServicePaths, RefusedPathConcernsNobodyWhereNothingIsThrown) {
+  EXPECT_EXIT(
+      {
+        FakeLogger logger("A..B");
+        m_service.GetSeverityFilters("A");
+        SetLibraryUnloading();
+        m_service.SetSeverityFilters("A..B", 2);
+        m_service.RegisterLogger(&logger);
+        m_service.UnregisterLogger(&logger);
+        const bool untouched = m_service.GetSeverityFilters("A") == 46 && logger.m_iSet == 0;
+        const bool none = !m_service.Exists("A..B") && NamesOf("A..B").empty();
+        std::_Exit(untouched && none && m_service.GetSeverityFilters("A..B") == 46 ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
 // --- What a logger throws
 
 TEST_F(DefaultLogServicePaths, StandardExceptionOfALoggerBecomesAnError) {
@@ -257,6 +309,32 @@ TEST_F(DefaultLogServiceChanges, ChangedWordIsToldWithTheTreeUnlocked) {
   m_handler.m_onChange = [&] { std::thread([&] { seen = m_service.GetSeverityFilters("A"); }).join(); };
   m_service.SetSeverityFilters("A", 2);
   EXPECT_EQ(2u, seen);
+}
+
+TEST_F(DefaultLogServiceChanges, NewPathIsToldWithTheTreeUnlocked) {
+  m_service.GetSeverityFilters("Other");
+  m_service.SetSeverityFilters("Other", 2);
+  bool free = false;
+  m_handler.m_onChange = [&] { free = IsTreeFree(); };
+  FakeLogger logger("D.E");
+  m_service.RegisterLogger(&logger);
+  EXPECT_TRUE(free);
+  free = false;
+  m_service.GetSeverityFilters("F");
+  EXPECT_TRUE(free);
+}
+
+TEST_F(DefaultLogServiceChanges, HandlerThatHearsOfANewPathCanSetTheWordOfItsFirstLogger) {
+  m_handler.m_onChange = [this] { m_service.SetSeverityFilters("D.E", 2); };
+  FakeLogger logger("D.E");
+  m_service.RegisterLogger(&logger);
+  EXPECT_EQ(2u, logger.m_uFilters);
+  EXPECT_EQ(1, logger.m_iSet);
+}
+
+TEST_F(DefaultLogServiceChanges, WhatStandsBeforeARefusedComponentIsNotTold) {
+  EXPECT_EQ(0, Changes([this] { EXPECT_THROW(m_service.GetSeverityFilters("X.Y..Z"), InvalidLogPath); }));
+  EXPECT_EQ(0, Changes([this] { m_service.GetSeverityFilters("X.Y"); }));
 }
 
 TEST_F(DefaultLogServiceChanges, HandlerMayUseTheTreeWhileItHearsOfNewNodes) {

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -13,6 +15,7 @@
 
 #include "Core/LibraryState.h"
 #include "Log/DefaultLogService.h"
+#include "Log/FileLimit.h"
 #include "Log/LogFakes.h"
 #include "Log/LogFolder.h"
 #include "Support/Eventually.h"
@@ -128,8 +131,12 @@ TEST_F(DefaultLogServiceTest, HandlerThatThrowsKeepsNoOtherFromTheEntry) {
     m_service->RegisterHandler(&good[i]);
     m_service->RegisterHandler(&failing[i]);
   }
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
   Write("first");
   Write("second");
+  EXPECT_EQ("", testing::internal::GetCapturedStdout());
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
   for (Handler& handler : good) EXPECT_EQ((Messages{"first", "second"}), handler.Messages());
   for (Handler& handler : failing) EXPECT_EQ((Messages{"first"}), handler.Messages());
   EXPECT_EQ(3, m_service->GetNumHandlers());
@@ -244,6 +251,27 @@ TEST_F(DefaultLogServiceTest, HandlerMayAskForAPathWhileOneIsMadeAndHandlersGo) 
   leave = true;
   for (std::thread* thread : {&maker, &writer, &remover}) thread->join();
   EXPECT_TRUE(m_service->Exists("Asked.For"));
+}
+
+// The thread that makes a logger holds the locks of loggers, here `loggers`, while the handlers hear of it.
+TEST_F(DefaultLogServiceTest, HandlerMayTakeItselfOutOfAChangeWhileItAsksForLoggersElsewhere) {
+  Handler handler;
+  std::mutex loggers;
+  std::atomic<bool> inside{false};
+  handler.m_onEntry = [&] {
+    inside = true;
+    const std::lock_guard<std::mutex> lock(loggers);
+  };
+  handler.m_onChange = [&] { m_service->UnregisterHandler(&handler); };
+  m_service->RegisterHandler(&handler);
+  std::unique_lock<std::mutex> making(loggers);
+  std::thread writer([&] { Write("entry"); });
+  ASSERT_TRUE(TestSupport::Eventually([&] { return inside.load(); }));
+  m_service->GetSeverityFilters("Made.Here");
+  EXPECT_TRUE(m_service->GetHandlers().empty());
+  making.unlock();
+  writer.join();
+  EXPECT_EQ(1, handler.m_iChanges);
 }
 
 TEST_F(DefaultLogServiceTest, UnloadingLibraryTakesNoEntries) {
@@ -383,6 +411,19 @@ TEST_F(DefaultLogServiceTest, WhatCannotBeWrittenGoesToStandardErrorAndIsRetaine
                 LogEntryText(entry),
             testing::internal::GetCapturedStderr());
   EXPECT_EQ(Messages{"nowhere to go"}, Flushed());
+}
+
+TEST_F(DefaultLogServiceTest, StandardErrorMayBeAFullFile) {
+  std::filesystem::create_directory(m_folder.File("DefaultLog.entries"));
+  Write("so that there is a document");
+  EXPECT_EXIT(
+      {
+        const LogTests::FileLimit limit(0);
+        std::freopen(m_folder.File("full").c_str(), "w", stderr);
+        Write("goes nowhere");
+        std::_Exit(m_folder.Size("full") == 0 ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST_F(DefaultLogServiceTest, LogResumesWhenTheFolderIsThereAgain) {

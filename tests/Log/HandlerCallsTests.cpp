@@ -33,6 +33,23 @@ TEST_F(HandlerCallsTest, OtherHandlersAreNotWaitedFor) {
   m_calls.AwaitOthers(&m_first);
 }
 
+TEST_F(HandlerCallsTest, ThreadThatEnteredNullWaitsForNobodyUntilItLeaves) {
+  Holder holder([this] { m_calls.Enter(&m_first); }, [this] { m_calls.Leave(&m_first); });
+  {
+    const HandlerStay waitsForNobody(m_calls, nullptr);
+    m_calls.AwaitOthers(&m_first);
+  }
+  std::atomic<bool> done{false};
+  std::thread waiter([&] {
+    { const HandlerStay over(m_calls, nullptr); }
+    m_calls.AwaitOthers(&m_first);
+    done = true;
+  });
+  EXPECT_FALSE(done);
+  holder.Leave();
+  waiter.join();
+}
+
 TEST_F(HandlerCallsTest, EveryStayOfAnotherThreadIsWaitedFor) {
   std::atomic<bool> done{false};
   Holder outer([this] { m_calls.Enter(&m_first); }, [this] { m_calls.Leave(&m_first); });

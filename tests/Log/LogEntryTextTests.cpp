@@ -132,6 +132,20 @@ TEST(LogEntryText, LaysOutWhateverTextsAsTheWriterDoes) {
   }
 }
 
+TEST(LogEntryText, LaysOutEveryByteAsTheWriterDoes) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const char letter = static_cast<char>(byte);
+    for (const std::string& text :
+         {std::string(1, letter), 'a' + std::string(80, letter), letter + std::string("a")}) {
+      OxaLogEntry entry = Entry(text);
+      EXPECT_EQ(ByTheWriter(entry, "Error"), LogEntryText(entry)) << byte;
+      entry = Entry("m");
+      entry.m_sLoggerPath = text;
+      EXPECT_EQ(ByTheWriter(entry, "Error"), LogEntryText(entry)) << byte;
+    }
+  }
+}
+
 TEST(LogEntryText, LaysOutAMessageOfSeveralLinesLineByLine) {
   EXPECT_NE(std::string::npos, LogEntryText(Entry("one\n  two < 3\n"))
                                    .find("  <Message>\n"

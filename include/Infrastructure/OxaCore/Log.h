@@ -172,8 +172,9 @@ class OXACORE_API Logger : public IOxaLogger {
 };
 
 /// Receives entries. Implemented by hosts, and registered with LogManager::RegisterHandler, which doesn't own it.
-/// Both operations are called with a lock of the log service held: they must not register or unregister handlers
-/// from another thread that they wait for. A handler that throws is dropped without a word.
+/// Both operations are called with locks of the log manager held. They may log, ask for loggers, raise alerts, and
+/// register or unregister handlers, but must not wait for another thread that does. A handler that throws is dropped
+/// without a word.
 class OXACORE_API IOxaLogHandler {
  public:
   /// Loggers have come or a filter has changed. May be called on any thread.
