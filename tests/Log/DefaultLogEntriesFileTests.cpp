@@ -218,8 +218,10 @@ TEST(DefaultLogEntriesFile, ReplacesTheArchive) {
   const LogFolder folder;
   folder.Put("DefaultLog.archive", "of last year");
   folder.Put("DefaultLog.entries", std::string(uFULL, ' '));
+  const std::uint64_t before = LockOf(folder).Generation();
   DefaultLogEntriesFile file;
   EXPECT_TRUE(file.Write("<a/>"));
+  EXPECT_EQ(before + 1, LockOf(folder).Generation()) << "it was renamed, not copied";
   EXPECT_EQ(std::string(uFULL, ' ') + "<a/>", folder.Archive());
   EXPECT_EQ((Names{"DefaultLog.archive", "DefaultLog.entries"}), folder.Names());
 }
@@ -436,6 +438,22 @@ TEST_F(WhereNothingCanBeRenamed, TheEntriesAreCopiedToTheArchiveAndCut) {
   EXPECT_TRUE(m_file.Write("<b/>"));
   EXPECT_TRUE(other.Write("<c/>"));
   EXPECT_EQ("<b/><c/>", m_folder.Entries());
+}
+
+TEST_F(WhereNothingCanBeRenamed, NothingIsCutWhereTheLogHasMovedTo) {
+  Fill(uFULL);
+  const LogFolder other;
+  other.Put("DefaultLog.entries", "<mine/>");
+  other.Allow("DefaultLog.entries", 0666);
+  other.Allow("", 0777);
+  System::Instance()->SetProcessPath(m_folder.Path());
+  const StationTests::WithoutPrivileges nobody;
+  ASSERT_TRUE(m_file.Open());
+  System::Instance()->SetProcessPath(other.Path());
+  EXPECT_TRUE(m_file.Write("<a/>"));
+  EXPECT_TRUE(m_file.Write("<b/>"));
+  EXPECT_EQ(std::string(uFULL, ' ') + "<a/>", m_folder.Archive());
+  EXPECT_EQ("<mine/><b/>", other.Entries());
 }
 
 TEST_F(WhereNothingCanBeRenamed, NothingIsCutThatCouldNotBeCopied) {

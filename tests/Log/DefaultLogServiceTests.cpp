@@ -447,6 +447,10 @@ TEST_F(DefaultLogServiceTest, TransferHandsOverLoggersWordsAndHandlersAndKeepsTh
   m_service->RegisterHandler(&handler);
   FakeService service, again;
   service.m_known = {"A.B"};
+  service.m_onRegisterHandler = [&] {
+    EXPECT_EQ(1u, handler.m_entries.size()) << "it was told before";
+    EXPECT_EQ(1u, service.m_loggers.size()) << "the tree comes first";
+  };
   m_service->TransferTo(service);
   EXPECT_EQ((std::map<std::string, unsigned int>{{"", 46}, {"A", 2}}), service.m_words);
   EXPECT_EQ(std::set<IOxaLogger*>{&logger}, service.m_loggers);

@@ -268,6 +268,9 @@ TEST_F(LoggerTreeNodeTest, TransferRegistersAllLoggersAndKeepsThem) {
   Node({"A", "B"}).AddLogger(&second);
   Node({"C"}).AddLogger(&third);
   FakeService service, again;
+  service.m_onRegisterLogger = [&](IOxaLogger* logger) {
+    EXPECT_EQ(1u, service.m_words.count(logger->GetPath())) << "the word comes first";
+  };
   m_root.TransferLoggers(service);
   EXPECT_EQ((std::set<IOxaLogger*>{&first, &second, &third}), service.m_loggers);
   m_root.TransferLoggers(again);
