@@ -85,6 +85,12 @@ class LogFolder {
   std::string m_sBefore;
 };
 
+/// The lock between processes, as another process would hold it.
+inline Oxa::Core::Platform::NamedLock& LockOf(const LogFolder& folder) {
+  int code = 0;
+  return *Oxa::Core::Platform::NamedLock::Open(folder.File("DefaultLog.entries").c_str(), code);
+}
+
 inline Oxa::Core::OxaLogEntry Entry(const std::string& message) {
   Oxa::Core::OxaLogEntry entry;
   entry.m_eSeverity = Oxa::Core::eLOG_WARNING;
