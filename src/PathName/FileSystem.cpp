@@ -70,8 +70,7 @@ bool PathName::Rename(const std::string& aNewName) {
   PathName target(GetBaseAndBranch());
   target.ForceAsDir();
   target += aNewName;
-  if (target.Exists() || Platform::RenameFileUnlessTaken(m_sText.c_str(), target.m_sText.c_str()) != 0)
-    return false;
+  if (Platform::RenameFileUnlessTaken(m_sText.c_str(), target.m_sText.c_str()) != 0) return false;
   *this = target;
   return true;
 }

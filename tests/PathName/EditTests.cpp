@@ -256,6 +256,8 @@ TEST(PathNameAppend, GoesOnBehindTheFolder) {
            Case{"dir.x/name", "more", "dir.x/name/more"},
            Case{"dir.x/", "more", "dir.x/more"},
            Case{"file.", "x", "file./x"},
+           Case{"..", "x", "../x"},
+           Case{".", "x", "./x"},
            Case{"dir", "", "dir"},
            Case{"dir", "/", "dir/"},
            Case{"", "C:\\x.txt", "C:\\x.txt"},

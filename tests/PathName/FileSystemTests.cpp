@@ -265,6 +265,37 @@ TEST(PathNameOnDisk, NothingIsRenamedToATakenNameOrFromNowhere) {
   EXPECT_FALSE(self.Rename("inside"));
 }
 
+TEST(PathNameOnDisk, AFolderNamedWithoutItsSeparatorIsNotRenamed) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.File("dir"));
+  EXPECT_FALSE(PathName(folder.File("dir")).Rename("new"));
+  EXPECT_TRUE(IsFolder(folder.File("dir")));
+}
+
+TEST(PathNameOnDisk, ARenamedNameAppendsTheFirstOfItsSeparators) {
+  const TemporaryFolder folder;
+  folder.Write("old", "");
+  OpenPathName path("old");
+  path.SetBranch(WithBackslashes(folder.Path()));
+  ASSERT_EQ('/', path.defaultSeparator);
+  EXPECT_TRUE(path.Rename("new"));
+  EXPECT_EQ('\\', path.defaultSeparator);
+}
+
+// The new name is looked for in the root of the drive, and the dot in the drive makes no file name of it.
+TEST(PathNameOnDisk, AFileOfADriveWithoutAFolderIsRenamedToItsRoot) {
+  const TemporaryFolder folder;
+  const CurrentFolder current(folder.Path());
+  folder.Write("a.b:c", "bytes");
+  PathName path("a.b:c");
+  EXPECT_EQ("c.b:c", path.GetLeafAndExt());
+  EXPECT_FALSE(path.Rename("new"));
+  std::filesystem::create_directory("a.b:");
+  EXPECT_TRUE(path.Rename("new"));
+  EXPECT_EQ("a.b:/new", Text(path));
+  EXPECT_EQ("bytes", ReadFile("a.b:/new"));
+}
+
 // Such a name doesn't Exist, but somebody has it.
 TEST(PathNameOnDisk, NothingIsRenamedOverWhatIsNoPlainFile) {
   const TemporaryFolder folder;
