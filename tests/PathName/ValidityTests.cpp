@@ -164,6 +164,24 @@ TEST(PathNameValidity, DepthIsLimitedWhereALimitIsSet) {
   EXPECT_TRUE(path.IsValid());
 }
 
+TEST(PathNameValidity, EachLimitForLengthsCountsByItself) {
+  OpenPathName leaf("ab.cd");
+  leaf.maxLeafLength = 1;
+  EXPECT_FALSE(leaf.IsValid());
+  leaf = "a.cd";
+  EXPECT_TRUE(leaf.IsValid());
+  OpenPathName ext("ab.cd");
+  ext.maxExtLength = 0;
+  EXPECT_FALSE(ext.IsValid());
+  ext = "ab.c";
+  EXPECT_TRUE(ext.IsValid());
+  OpenPathName component("ab.cd");
+  component.maxComponentLength = 4;
+  EXPECT_FALSE(component.IsValid());
+  component = "ab.c";
+  EXPECT_TRUE(component.IsValid());
+}
+
 TEST(PathNameValidity, ParametersDecide) {
   OpenPathName path("a+b");
   EXPECT_FALSE(path.IsValid());

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Support/TemporaryFolder.h"
+#include "Support/Together.h"
 
 namespace Platform = Oxa::Core::Platform;
 using TestSupport::CurrentFolder;
@@ -138,6 +140,21 @@ TEST(Files, ANameThatIsTakenIsKeptFromAFileThatWantsAFreeOne) {
   EXPECT_EQ(ENOENT, Platform::RenameFileUnlessTaken(from.c_str(), folder.File("other").c_str()));
   EXPECT_EQ(ENAMETOOLONG, Platform::RenameFileUnlessTaken(to.c_str(), sTOO_LONG.c_str()));
   EXPECT_EQ(ENAMETOOLONG, Platform::RenameFileUnlessTaken(sTOO_LONG.c_str(), to.c_str()));
+}
+
+TEST(Files, OfManyWhoWantOneFreeNameOneGetsIt) {
+  constexpr int threads = 4;
+  const TemporaryFolder folder;
+  for (int round = 0; round < 200; ++round) {
+    const std::string to = folder.File("to" + std::to_string(round));
+    std::atomic<int> winners{0};
+    for (int index = 0; index < threads; ++index) folder.Write(std::to_string(index), "");
+    TestSupport::Together(threads, [&](int index) {
+      if (Platform::RenameFileUnlessTaken(folder.File(std::to_string(index)).c_str(), to.c_str()) == 0)
+        ++winners;
+    });
+    EXPECT_EQ(1, winners) << round;
+  }
 }
 
 // --- Copies

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <set>
 #include <string>
 #include <thread>
@@ -9,6 +10,7 @@
 
 #include "NamedLockSupport.h"
 #include "Support/Eventually.h"
+#include "Support/Together.h"
 
 namespace Platform = Oxa::Core::Platform;
 using NamedLockTests::NamedLockTest;
@@ -18,6 +20,7 @@ using Platform::NamedLock;
 using TestSupport::Eventually;
 using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
+using TestSupport::Together;
 
 namespace {
 
@@ -47,12 +50,13 @@ TEST_F(NamedLockTest, OneNameIsOneLock) {
 }
 
 TEST_F(NamedLockTest, ThreadsThatOpenANewNameTogetherGetOneLock) {
-  const std::string name = Name();
-  std::vector<NamedLock*> locks(8);
-  std::vector<std::thread> threads;
-  for (NamedLock*& lock : locks) threads.emplace_back([&lock, &name] { lock = &Open(name.c_str()); });
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(std::set<NamedLock*>{locks[0]}, std::set<NamedLock*>(locks.begin(), locks.end()));
+  constexpr int threads = 4;
+  for (int round = 0; round < 100; ++round) {
+    const char* const name = Name();
+    NamedLock* locks[threads];
+    Together(threads, [&](int index) { locks[index] = &Open(name); });
+    EXPECT_EQ(std::set<NamedLock*>{locks[0]}, std::set<NamedLock*>(std::begin(locks), std::end(locks)));
+  }
 }
 
 TEST_F(NamedLockTest, AnyTextIsAName) {

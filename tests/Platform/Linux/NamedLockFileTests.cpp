@@ -16,10 +16,10 @@
 #include <fstream>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Support/ChildProcess.h"
+#include "Support/Together.h"
 
 namespace Platform = Oxa::Core::Platform;
 using Platform::NamedLockRecord;
@@ -63,6 +63,19 @@ class NamedLockFileTest : public testing::Test {
     m_pRecord->m_ullGeneration = 77;
     change(*m_pRecord);
     Platform::UnmapLockFile(m_pRecord);
+  }
+
+  // All map it at once; how many have mapped the same one as the first.
+  std::uint64_t UsersOfOneMadeTogether(int threads, const std::string& name) {
+    std::vector<NamedLockRecord*> records(static_cast<std::size_t>(threads));
+    TestSupport::Together(threads, [&](int index) {
+      NamedLockRecord*& record = records[static_cast<std::size_t>(index)];
+      ASSERT_EQ(0, Platform::MapLockFile(m_sFolder.c_str(), name.c_str(), record));
+      ++record->m_ullGeneration;
+    });
+    const std::uint64_t users = records.front()->m_ullGeneration;
+    for (NamedLockRecord* const record : records) Platform::UnmapLockFile(record);
+    return users;
   }
 
   std::size_t FilesInFolder() const {
@@ -129,33 +142,17 @@ TEST_F(NamedLockFileTest, IsTheSameForAllWhoMapIt) {
 }
 
 TEST_F(NamedLockFileTest, MadeByManyAtOnceItIsOne) {
-  constexpr int threads = 8;
-  for (int round = 0; round < 20; ++round) {
-    std::vector<std::thread> workers;
-    std::vector<NamedLockRecord*> records(threads);
-    for (NamedLockRecord*& record : records)
-      workers.emplace_back([this, &record, round] {
-        EXPECT_EQ(0, Platform::MapLockFile(m_sFolder.c_str(), std::to_string(round).c_str(), record));
-        ++record->m_ullGeneration;
-      });
-    for (std::thread& worker : workers) worker.join();
-    EXPECT_EQ(static_cast<unsigned>(threads), records.front()->m_ullGeneration);
+  constexpr int threads = 4;
+  for (int round = 0; round < 200; ++round) {
+    EXPECT_EQ(static_cast<unsigned>(threads), UsersOfOneMadeTogether(threads, std::to_string(round)));
   }
 }
 
 TEST_F(NamedLockFileTest, ReplacedByManyAtOnceItIsOne) {
-  constexpr int threads = 8;
-  for (int round = 0; round < 20; ++round) {
+  constexpr int threads = 4;
+  for (int round = 0; round < 200; ++round) {
     std::ofstream(Path(std::to_string(round))) << "no lock";
-    std::vector<std::thread> workers;
-    std::vector<NamedLockRecord*> records(threads);
-    for (NamedLockRecord*& record : records)
-      workers.emplace_back([this, &record, round] {
-        EXPECT_EQ(0, Platform::MapLockFile(m_sFolder.c_str(), std::to_string(round).c_str(), record));
-        ++record->m_ullGeneration;
-      });
-    for (std::thread& worker : workers) worker.join();
-    EXPECT_EQ(static_cast<unsigned>(threads), records.front()->m_ullGeneration);
+    EXPECT_EQ(static_cast<unsigned>(threads), UsersOfOneMadeTogether(threads, std::to_string(round)));
   }
 }
 
