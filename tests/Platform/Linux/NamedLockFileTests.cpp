@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,6 +171,17 @@ TEST_F(NamedLockFileTest, AShortFileIsReplaced) {
 
 TEST_F(NamedLockFileTest, AForeignFileOfTheRightSizeIsReplaced) {
   std::ofstream(Path()) << std::string(NamedLockRecord::uFILE_SIZE, 'x');
+  ExpectNewLock();
+}
+
+// Two who found it damaged might otherwise both take away what lies there: the second one a good lock.
+TEST_F(NamedLockFileTest, ADamagedFileIsReplacedByOneAtATime) {
+  std::ofstream(Path()) << "no lock";
+  const int other = ::open(Path().c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(0, ::flock(other, LOCK_EX));
+  EXPECT_EQ(EAGAIN, Map());
+  EXPECT_EQ(std::string("no lock").size(), std::filesystem::file_size(Path()));
+  ::close(other);
   ExpectNewLock();
 }
 
