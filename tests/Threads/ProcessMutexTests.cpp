@@ -278,10 +278,8 @@ class WarningListener : public AlertListener {
 #if !defined(__SANITIZE_THREAD__)  // which waits for ever for the end of a killed thread
 TEST_F(ProcessMutexTest, WhatAKilledThreadHeldIsAbandoned) {
   const boost::shared_ptr<Thread> victim = Thread::Create("Victim");
-  // Kept for good, since a victim never gives up its share.
-  static auto& tasks = *new std::vector<boost::shared_ptr<Task>>;
-  tasks.emplace_back(new LockingForEver(m_mutex));
-  ASSERT_TRUE(victim->Start(tasks.back(), Elapse(5)));
+  const boost::shared_ptr<Task> task(new LockingForEver(m_mutex));
+  ASSERT_TRUE(victim->Start(task, Elapse(5)));
   ASSERT_TRUE(Eventually([this] { return !m_mutex.TryLock() || (m_mutex.Unlock(), false); }));
   EXPECT_TRUE(victim->Kill(Elapse(5)));
   Recorder recorder;
