@@ -1,0 +1,142 @@
+// What holds at the very moments at which a thread changes its state, and at those of its waits and its death.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "Threads/ThreadTestSupport.h"
+
+using namespace ThreadTests;
+
+namespace {
+
+// What went to the debugger while `action` ran: failed assertions.
+template <class Action>
+std::string ToldBy(const Action& action) {
+  testing::internal::CaptureStderr();
+  action();
+  return testing::internal::GetCapturedStderr();
+}
+
+int CountOf(const std::string& part, const std::string& text) {
+  int count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+// Notes the state of the thread that it hears of, and whether others get at its stop meanwhile.
+class Looking : public Thread::Listener {
+ public:
+  ~Looking() override {
+    if (m_other.joinable()) m_other.join();
+  }
+  void OnThreadComplete(SharedThread thread) override { Look(thread); }
+  void OnThreadError(SharedThread thread, Error&) override { Look(thread); }
+
+  std::atomic<int> m_iState{0};
+  std::atomic<bool> m_bOthersWait{false};
+  std::atomic<bool> m_bHeard{false};
+
+ private:
+  void Look(const SharedThread& thread) {
+    m_iState = thread->GetState();
+    std::atomic<bool> begun{false};
+    m_other = std::thread([this, thread, &begun] {
+      begun = true;
+      thread->MustStop();
+      m_bThrough = true;
+    });
+    while (!begun) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    m_bOthersWait = !m_bThrough;
+    m_bHeard = true;
+  }
+
+  std::atomic<bool> m_bThrough{false};
+  std::thread m_other;
+};
+
+}  // namespace
+
+TEST(ThreadMoments, ACompletionIsToldUnderTheStateThatHasChangedAlready) {
+  Looking looking;
+  const SharedThread thread = Thread::Create("");
+  thread->AddListener(looking);
+  ASSERT_TRUE(thread->Start(Give(0)));
+  ASSERT_TRUE(Eventually([&] { return looking.m_bHeard && thread.use_count() == 1; }));
+  EXPECT_EQ(Thread::eTHREAD_COMPLETED, looking.m_iState);
+  EXPECT_TRUE(looking.m_bOthersWait);
+}
+
+TEST(ThreadMoments, AnErrorIsToldUnderNoLockAndBeforeTheStateChanges) {
+  bool othersWait = true;
+  for (int attempt = 0; attempt != 10 && othersWait; ++attempt) {  // a busy machine may take longer
+    Looking looking;
+    const SharedThread thread = Thread::Create("");
+    thread->AddListener(looking);
+    ASSERT_TRUE(thread->Start(Do([](TaskDirective&) -> int { throw 1; })));
+    ASSERT_TRUE(Eventually([&] { return looking.m_bHeard && thread.use_count() == 1; }));
+    EXPECT_EQ(Thread::eTHREAD_RUNNING, looking.m_iState);
+    EXPECT_EQ(Thread::eTHREAD_ERROR, thread->GetState());
+    othersWait = looking.m_bOthersWait;
+  }
+  EXPECT_FALSE(othersWait);
+}
+
+TEST(ThreadMoments, EachWaitForItselfFailsItsAssertion) {
+  const SharedThread thread = Thread::Create("");
+  const std::string told = ToldBy([&] {
+    ASSERT_TRUE(thread->Start(Do([raw = thread.get()](TaskDirective&) {
+      raw->WaitForState(Thread::eTHREAD_RUNNING);
+      raw->TimedWaitForState(Thread::eTHREAD_RUNNING, Elapse(30));
+      return 0;
+    })));
+    ASSERT_TRUE(Eventually([&] { return thread->HasCompleted(); }));
+  });
+  EXPECT_EQ(4, CountOf("Failed Assertion(!IsCurrentThread())", told))
+      << told;  // each looks with TryWaitForState
+}
+
+// The first one ends shortly before the limit, the other one never: one limit for all, or the sum of both.
+TEST(ThreadMoments, AWaitForAllHasOneLimit) {
+  double milliseconds = 0;
+  for (int attempt = 0; attempt != 5; ++attempt) {  // a machine that is busy may need another one
+    const Running late(UntilStopped());
+    SharedThread threads[] = {Thread::Create(""), late.Get()};
+    ASSERT_TRUE(threads[0]->Start(Do([](TaskDirective& directive) {
+                                    directive.TimedWaitForStopRequest(Elapse(400, Elapse::MilliSeconds));
+                                    return 0;
+                                  }),
+                                  Elapse(30)));
+    Elapse timeout(500, Elapse::MilliSeconds);
+    bool all = true;
+    milliseconds = TestSupport::MillisecondsOf([&] { all = Thread::WaitForAll(threads, 2, &timeout); });
+    EXPECT_FALSE(all);
+    EXPECT_GE(milliseconds, 490);
+    threads[0]->WaitFor(nullptr);
+    if (milliseconds < 800) break;
+  }
+  EXPECT_LT(milliseconds, 800);
+}
+
+TEST(ThreadMoments, ADeathWaitsTwoSecondsForItsUsersAndThenAsserts) {
+  SharedThread thread = Thread::Create("");
+  thread->AddRef();
+  double milliseconds = 0;
+  const std::string told =
+      ToldBy([&] { milliseconds = TestSupport::MillisecondsOf([&thread] { thread.reset(); }); });
+  EXPECT_GE(milliseconds, 1990);
+  EXPECT_EQ(1, CountOf("Failed Assertion(ok)", told)) << told;
+}
+
+TEST(ThreadMoments, ADeathEndsWithTheLastUser) {
+  SharedThread thread = Thread::Create("");
+  Thread* const raw = thread.get();
+  raw->AddRef();
+  std::thread user([raw] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    raw->Release();
+  });
+  EXPECT_EQ("", ToldBy([&thread] { thread.reset(); }));
+  user.join();
+}
