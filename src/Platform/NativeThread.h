@@ -11,7 +11,8 @@
 namespace Oxa::Core::Platform {
 
 /// One thread, from before its start to long after its end. Nothing has to be closed or joined: the stack of a
-/// thread that has ended is given back by those that end or are killed after it.
+/// thread that has ended is given back by those that end or are killed after it; but a thread that the system took
+/// behind our back keeps its stack for ever.
 class NativeThread {
  public:
   using Routine = unsigned int (*)(void* argument);

@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/Thread.h>
 
+#include <atomic>
 #include <cstdint>
 
 #include "Threads/KillSafeLocks.h"
@@ -18,6 +19,19 @@ constexpr unsigned long uMOST_STACK = 1048576;
 
 // What the platform calls the priorities 0 to 10.
 constexpr int iPLATFORM_PRIORITIES[] = {-15, -2, -2, -2, -1, 0, 1, 2, 2, 2, 15};
+
+// Tasks that run on although they shouldn't. They are never destroyed, and can be found here.
+struct KeptTask {
+  boost::shared_ptr<Task> m_spTask;
+  KeptTask* m_pNext;
+};
+std::atomic<KeptTask*> s_pKeptTasks{nullptr};
+
+void KeepForEver(const boost::shared_ptr<Task>& task) {
+  auto* const kept = new KeptTask{task, s_pKeptTasks.load()};
+  while (!s_pKeptTasks.compare_exchange_weak(kept->m_pNext, kept)) {
+  }
+}
 
 }  // namespace
 
@@ -77,7 +91,7 @@ void Thread::SetTask(const boost::shared_ptr<Task>& task) {
     const UnkillableLock lock(m_mutex);
     m_spTask.swap(replaced);
   }
-  if (!OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING))) new boost::shared_ptr<Task>(replaced);
+  if (!OXA_ASSERT(IsState(eTHREAD_NOT_RUNNING))) KeepForEver(replaced);
 }
 
 // The keep-alive belongs to the run: one that is restarted from its last step has two.

@@ -5,6 +5,7 @@
 //   terminate-loaded LIBRARY     ends by std::terminate, with a handler of its own and the library loaded
 //   terminate-unloaded LIBRARY   the same after the library was unloaded again
 #include <dlfcn.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -60,7 +61,18 @@ long ResidentKiB() {
   return resident * ::sysconf(_SC_PAGESIZE) / 1024;
 }
 
+// Of the kind that nobody but a program itself raises.
+int HandledSignals() {
+  int count = 0;
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+    struct sigaction action;
+    count += ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL;
+  }
+  return count;
+}
+
 int Cycle(const char* name, int count) {
+  const int handled = HandledSignals();
   long atTenth = 0;
   for (int i = 0; i < count; ++i) {
     void* const library = Load(name);
@@ -69,6 +81,7 @@ int Cycle(const char* name, int count) {
     if (i % 2 == 0) Find<void (*)()>(library, "ShutdownOxaCore")();
     if (::dlclose(library) != 0) Fail("unload");
     if (::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("still loaded");
+    if (HandledSignals() != handled) Fail("a handler of signals is still there");
     if (i == 10) atTenth = ResidentKiB();
   }
   std::printf("cycles %d\ngrown by %ld KiB\n", count, ResidentKiB() - atTenth);

@@ -164,16 +164,10 @@ bool NativeThread::Change(EState from, EState to) noexcept {
   return m_eState.compare_exchange_strong(expected, to);
 }
 
-// The system ended it behind our back if it is gone without having said so.
+// The system ended it behind our back if it is gone without having said so. Such a thread is never joined: nobody has
+// dropped what keys hold for it, and the next thread would get that with the memory.
 bool NativeThread::HasEnded(unsigned int& exitCode) noexcept {
-  if (IsGone()) {
-    if (Change(eRUNNING, eENDED)) {
-      EndedThreads::Expect();
-      LeaveParty();
-    } else if (Change(eREFUSING, eENDED)) {
-      LeaveParty();
-    }
-  }
+  if (IsGone() && !Change(eRUNNING, eENDED)) Change(eREFUSING, eENDED);
   exitCode = m_uExitCode.load();
   return m_eState.load() == eENDED;
 }
@@ -222,11 +216,7 @@ NativeThread::KillResult NativeThread::Kill(unsigned int exitCode, Deadline dead
 NativeThread::KillResult NativeThread::AwaitKilled(Deadline deadline) noexcept {
   std::uint32_t state;
   while ((state = m_eState.load()) != eENDED) {
-    if (ThreadIsGone(m_uId.load()) && Change(eBEING_KILLED, eENDED)) {
-      EndedThreads::Expect();
-      LeaveParty();
-      return {EKillEnd::eENDED, 0};
-    }
+    if (ThreadIsGone(m_uId.load()) && Change(eBEING_KILLED, eENDED)) return {EKillEnd::eENDED, 0};
     if (state == eBEING_KILLED && deadline.HasPassed() && Change(eBEING_KILLED, eRUNNING))
       return {EKillEnd::eFAILED, ETIMEDOUT};
     FutexWait(&m_eState, state, NextLook(deadline));
