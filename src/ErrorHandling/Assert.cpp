@@ -27,6 +27,16 @@ void TellDebugger(const std::string& message, const CodeContext& context) {
   }
 }
 
+void TellLog(const std::string& message) {
+  try {
+    AssertionFailure failure(message);
+    const AlertInFlight flight;
+    if (flight.MayProceed()) TheHooks().logFailedAssert(failure);
+  } catch (...) {
+    Platform::LetCancellationPass();
+  }
+}
+
 }  // namespace
 
 bool AssertFailed(const std::string& message, const CodeContext& context) {
@@ -36,9 +46,7 @@ bool AssertFailed(const std::string& message, const CodeContext& context) {
 
 bool LogAssertFailed(const std::string& message, const CodeContext& context) {
   TellDebugger(message, context);
-  AssertionFailure failure(message);
-  const AlertInFlight flight;
-  if (flight.MayProceed()) TheHooks().logFailedAssert(failure);
+  TellLog(message);
   return false;
 }
 

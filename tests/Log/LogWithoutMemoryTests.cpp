@@ -1,4 +1,5 @@
 // Fails every single allocation of a log call, one after the other.
+#include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/LogManager.h>
 
@@ -82,6 +83,16 @@ TEST(LogWithoutMemory, ErrorsStillFly) {
   });
   EXPECT_LT(failed, ulENOUGH);
   EXPECT_EQ(static_cast<int>(failed) + 1, caught);
+}
+
+TEST(LogWithoutMemory, FailedAssertsReturn) {
+  testing::internal::CaptureStderr();
+  const std::string text = "an assertion with a text that is long enough for the heap";
+  const CodeContext place("file.cpp", 12, "build", "F", "void F()");
+  const unsigned long failed = FailEachAllocation([&] { EXPECT_FALSE(LogAssertFailed(text, place)); });
+  testing::internal::GetCapturedStderr();
+  EXPECT_GE(failed, 2U);
+  EXPECT_LT(failed, ulENOUGH);
 }
 
 TEST(LogWithoutMemory, LoggersAreMadeWholeOrNotAtAll) {

@@ -14,13 +14,14 @@ namespace Oxa::Core {
 /// where there is no debugger). Gives false; nothing is raised, and the caller goes on. Any thread may call.
 OXACORE_API bool AssertFailed(const std::string& message, const CodeContext& context);
 
-/// The same, and an error entry in the log unless the library is unloading; for hosts.
+/// The same, and an error entry in the log unless the library is unloading; for hosts. Without memory, or without
+/// a log manager, that entry is left out.
 OXACORE_API bool LogAssertFailed(const std::string& message, const CodeContext& context);
 
 }  // namespace Oxa::Core
 
-/// Tests the condition and reports its source text if it doesn't hold (variadic for the sake of commas). The value is the outcome, so that code
-/// can leave early: `if (!OXA_ASSERT(p != 0)) return;`
+/// Tests the condition and reports its source text if it doesn't hold (variadic for the sake of commas). The value is
+/// the outcome, so that code can leave early: `if (!OXA_ASSERT(p != 0)) return;`
 #define OXA_ASSERT(...) ((__VA_ARGS__) ? true : OXA_CODE_SITE.FailAssertion(#__VA_ARGS__))
 
 #endif
