@@ -1,10 +1,10 @@
 #include "Log/LogTraffic.h"
 
-#include <algorithm>
+#include <atomic>
 #include <cstddef>
-#include <iterator>
 #include <thread>
 
+#include "Platform/Storage.h"
 #include "Platform/Threads.h"
 
 namespace Oxa::Core {
@@ -13,7 +13,7 @@ namespace {
 
 constexpr long long llPATIENCE_NS = 1000000000;
 
-// As long as a line of cache, so that writers on different cores don't slow one another down.
+// How many threads. As long as a line of cache, so that writers on different cores don't slow one another down.
 struct alignas(64) Calls {
   std::atomic<int> m_iCount{0};
 };
@@ -25,25 +25,36 @@ std::atomic<int>& CallsOfThisThread() noexcept {
   return s_calls[Platform::CurrentThreadId() % uPLACES].m_iCount;
 }
 
-bool NobodyCalls() noexcept {
-  return std::all_of(std::begin(s_calls), std::end(s_calls),
-                     [](const Calls& calls) { return calls.m_iCount.load() == 0; });
+bool CallsLog() noexcept { return Platform::HasThreadFlag(Platform::EThreadFlag::eCALLS_LOG); }
+
+// A handler may be what ends the manager.
+bool NobodyElseCalls() noexcept {
+  int threads = 0;
+  for (const Calls& calls : s_calls) threads += calls.m_iCount.load();
+  return threads <= (CallsLog() ? 1 : 0);
 }
 
 }  // namespace
 
 // The count goes up before the manager is looked for, and the manager is hidden before the counts are read: one of
 // the two threads sees the other.
-LogManagerInUse::LogManagerInUse() noexcept : m_iCalls(CallsOfThisThread()), m_pManager(nullptr) {
-  m_iCalls.fetch_add(1);
+LogManagerInUse::LogManagerInUse() noexcept : m_bOutermost(!CallsLog()), m_pManager(nullptr) {
+  if (m_bOutermost) {
+    Platform::SetThreadFlag(Platform::EThreadFlag::eCALLS_LOG, true);
+    CallsOfThisThread().fetch_add(1);
+  }
   m_pManager = LogManager::Instance();
 }
 
-LogManagerInUse::~LogManagerInUse() { m_iCalls.fetch_sub(1); }
+LogManagerInUse::~LogManagerInUse() {
+  if (!m_bOutermost) return;
+  CallsOfThisThread().fetch_sub(1);
+  Platform::SetThreadFlag(Platform::EThreadFlag::eCALLS_LOG, false);
+}
 
 void AwaitLogCalls() noexcept {
   const Platform::Deadline deadline = Platform::Deadline::In(llPATIENCE_NS);
-  while (!NobodyCalls() && !deadline.HasPassed()) std::this_thread::yield();
+  while (!NobodyElseCalls() && !deadline.HasPassed()) std::this_thread::yield();
 }
 
 }  // namespace Oxa::Core

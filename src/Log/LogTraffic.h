@@ -4,8 +4,6 @@
 
 #include <Infrastructure/OxaCore/LogManager.h>
 
-#include <atomic>
-
 namespace Oxa::Core {
 
 /// The log manager for the length of a call, or null. Stands on the stack of the calling thread.
@@ -20,12 +18,12 @@ class LogManagerInUse {
   LogManager* operator->() const noexcept { return m_pManager; }
 
  private:
-  std::atomic<int>& m_iCalls;
+  const bool m_bOutermost;  // of this thread
   LogManager* m_pManager;
 };
 
-/// For the manager, once Instance() is null: waits until nobody has it in use any more, or for a second. A call
-/// that ends the manager from within itself waits in vain.
+/// For the manager, once Instance() is null: waits until no other thread has it in use any more, or for a second: a
+/// handler may hang. A call may end the manager from within itself.
 void AwaitLogCalls() noexcept;
 
 }  // namespace Oxa::Core
