@@ -57,11 +57,17 @@ LogManager::~LogManager() {
 LogManager* LogManager::Instance() noexcept { return s_manager.load(); }
 
 void LogManager::Shutdown() {
+  if (EndThread()) ForgetLoggers();
+}
+
+// False if that is done already. Services are told behind the mutex: one of their threads may want it, while it
+// keeps a third one waiting for the lock of the services.
+bool LogManager::EndThread() {
   const Lock lock(m_threadMutex);
-  if (m_bShutDown) return;
-  StopThread();
-  ForgetLoggers();
+  if (m_bShutDown) return false;
   m_bShutDown = true;
+  StopThread();
+  return true;
 }
 
 }  // namespace Oxa::Core

@@ -45,8 +45,6 @@ void IfMemoryAllows(const Operation& operation) {
   }
 }
 
-std::string LastComponent(const std::string& path) { return path.substr(path.rfind('.') + 1); }
-
 }  // namespace
 
 void LogManager::WriteLog(OxaLogSeverityEnum severity, FormatOnce& message, const std::string& path,
@@ -59,8 +57,8 @@ void LogManager::WriteLog(OxaLogSeverityEnum severity, FormatOnce& message, cons
 }
 
 void LogManager::WriteBadFormat(const char* format, const std::string& path) {
-  WriteText(eLOG_ERROR, FormatText(sBAD_FORMAT, LastComponent(path).c_str(), ShownFormat(format)), sLOG_NAME,
-            sPLAIN_LOG_FORM);
+  WriteText(eLOG_ERROR, FormatText(sBAD_FORMAT, Logger(path).GetName().c_str(), ShownFormat(format)),
+            sLOG_NAME, sPLAIN_LOG_FORM);
 }
 
 // Alerts come here with their text as it stands: a "%" in it means nothing.

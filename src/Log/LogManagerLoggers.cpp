@@ -42,6 +42,13 @@ boost::shared_ptr<Logger> LogManager::FindLogger(const std::string& path) {
   return found == m_loggers.end() ? boost::shared_ptr<Logger>() : found->second;
 }
 
+std::vector<boost::shared_ptr<Logger>> LogManager::GetLoggers() {
+  const ReaderLock reading(m_loggerMutex);
+  std::vector<boost::shared_ptr<Logger>> loggers;
+  for (const auto& [path, logger] : m_loggers) loggers.push_back(logger);
+  return loggers;
+}
+
 boost::shared_ptr<Logger> LogManager::AddLogger(const std::string& path) {
   const ReaderLock serviceReading(m_serviceMutex);
   const WriterLock writing(m_loggerMutex);

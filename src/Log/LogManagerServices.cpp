@@ -72,10 +72,10 @@ void LogManager::UninstallLogService(IOxaLogService& service) {
   GoBackToDefault();
 }
 
+// Of copies: the service may ask for loggers, or give some up, while it is being told.
 void LogManager::TakeLeaveOf(IOxaLogService& service) {
   Swallowing([&] {
-    const ReaderLock reading(m_loggerMutex);
-    for (const auto& [path, logger] : m_loggers) service.UnregisterLogger(logger.get());
+    for (const boost::shared_ptr<Logger>& logger : GetLoggers()) service.UnregisterLogger(logger.get());
   });
   Swallowing([&] {
     for (IOxaLogHandler* const handler : m_pDefaultService->GetHandlers()) service.UnregisterHandler(handler);

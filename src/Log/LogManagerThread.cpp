@@ -45,6 +45,20 @@ class FlagUp {
   std::atomic<bool>& m_flag;
 };
 
+// Of the thread, whichever way it ends: the system gives ids to new threads.
+class OwnId {
+ public:
+  explicit OwnId(std::atomic<unsigned long>& id) noexcept : m_id(id) {
+    m_id.store(Platform::CurrentThreadId());
+  }
+  OwnId(const OwnId&) = delete;
+  OwnId& operator=(const OwnId&) = delete;
+  ~OwnId() { m_id.store(0); }
+
+ private:
+  std::atomic<unsigned long>& m_id;
+};
+
 }  // namespace
 
 bool LogManager::StartThread() {
@@ -54,14 +68,13 @@ bool LogManager::StartThread() {
 }
 
 int LogManager::Run(TaskDirective& directive) {
+  const OwnId ownId(m_ulThread);
   const Platform::FileLimitGuard guard;  // once for all entries
-  m_ulThread.store(Platform::CurrentThreadId());
   while (!directive.MustStop()) {
     while (SendNext(directive)) {
     }
   }
   m_queue.Drain();
-  m_ulThread.store(0);
   return 0;
 }
 
@@ -79,11 +92,11 @@ bool LogManager::SendNext(TaskDirective& directive) {
 bool LogManager::OnOwnThread() const noexcept { return m_ulThread.load() == Platform::CurrentThreadId(); }
 
 // A child that was forked off has a manager, but not its thread. One that was started a moment ago may not have
-// begun, and can't be asked anything until then.
+// begun, and can't be asked anything until then. A handler may have ended it.
 bool LogManager::IsThreadRunning() const {
   if (!m_spThread || m_ulProcess != Platform::ProcessId()) return false;
   Await(llTO_BEGIN_MS, [this] { return m_spThread->HasBegun(); });
-  return m_spThread->IsRunning();
+  return m_spThread->IsAlive();
 }
 
 void LogManager::AskThreadToStop() {

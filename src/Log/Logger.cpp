@@ -11,12 +11,6 @@ std::string LastComponent(const std::string& path) { return path.substr(path.rfi
 Logger::Logger(const std::string& path)
     : m_sPath(path), m_sName(LastComponent(path)), m_uFilters(uDEFAULT_LOG_FILTERS) {}
 
-Logger::Logger(const Logger& other)
-    : IOxaLogger(other),
-      m_sPath(other.m_sPath),
-      m_sName(other.m_sName),
-      m_uFilters(other.GetSeverityFilters()) {}
-
 Logger::~Logger() = default;
 
 std::string Logger::GetPath() const { return m_sPath; }

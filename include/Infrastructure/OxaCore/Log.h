@@ -157,7 +157,6 @@ class OXACORE_API Logger : public IOxaLogger {
  protected:
   /// The name is what stands behind the last "." of `path`; the filter word is uDEFAULT_LOG_FILTERS.
   explicit Logger(const std::string& path);
-  Logger(const Logger& other);
 
  private:
   friend class LogManager;

@@ -7,9 +7,10 @@
 // Thread safety: any thread may call anything while the manager lives. Locks that a caller can meet: the one of the
 // services, then the one of the loggers; both are reentrant, and held around the operations of services and, by
 // way of these, of handlers. So a handler may ask for loggers, write, raise alerts, and register or unregister. It
-// must not wait for another thread that installs or uninstalls a service.
-// Failures: what a service throws is swallowed; one that throws while it writes is thrown out, and the library's
-// own takes over. Only InvalidLogPath reaches the caller, and errors of locks.
+// must not wait for another thread that makes a logger, or that installs or uninstalls a service; nor may it take the
+// manager down by ShutdownOxaCore, although it may end the process.
+// Failures: what a service throws is swallowed, except where an operation says otherwise; one that throws while it
+// writes is thrown out, and the library's own takes over. Errors of locks reach the caller.
 //
 //   LogManager* const manager = LogManager::Instance();
 //   if (manager != nullptr) manager->RegisterHandler(&m_window);
@@ -31,6 +32,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace Oxa::Core {
 
@@ -68,14 +70,18 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   void SetSeverityFilters(const std::string& path, unsigned int filters);
   unsigned int GetSeverityFilters(const std::string& path);
 
-  /// Makes `names` the names of what stands directly beneath `rootPath`.
+  /// Makes `names` the names of what stands directly beneath `rootPath`. What the service throws reaches the caller,
+  /// InvalidLogPath among it.
   void EnumLoggers(const std::string& rootPath, std::list<std::string>& names);
 
-  /// Whether the log service knows the path.
+  /// Whether the log service knows the path. Throws what EnumLoggers does.
   bool Exists(const std::string& path);
 
   /// Adds a receiver of entries. It isn't owned, and has to be unregistered before it dies. Raises NullPointer.
   void RegisterHandler(IOxaLogHandler* handler);
+
+  /// Null and unknown ones are left to the services, the library's own of which ignores them. What a service throws
+  /// reaches the caller; the library's own has forgotten the handler by then.
   void UnregisterHandler(IOxaLogHandler* handler);
 
   /// For services: handlers have come. Entries that the default service keeps for want of handlers are handed to
@@ -98,7 +104,8 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   /// written while another one is being sent, on whatever thread, are then dropped. On: starts a new thread.
   void SetBufferingMode(bool on);
 
-  /// Stops the thread; what still waits in the queue is gone. Unregisters all loggers. Later calls do nothing.
+  /// Stops the thread, which may take 11 seconds if a handler hangs; what still waits in the queue is gone. Then
+  /// unregisters the loggers, until the service throws; while the process ends nobody is told. Later calls do nothing.
   void Shutdown();
 
   /// The body of the thread. Not for hosts.
@@ -115,6 +122,7 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   using Loggers = std::unordered_map<std::string, boost::shared_ptr<Logger>>;
 
   boost::shared_ptr<Logger> FindLogger(const std::string& path);
+  std::vector<boost::shared_ptr<Logger>> GetLoggers();
   boost::shared_ptr<Logger> AddLogger(const std::string& path);
   void RegisterWithService(Logger& logger);
   void UnregisterFromService(Logger& logger);
@@ -136,6 +144,7 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   void TakeLeaveOf(IOxaLogService& service);
 
   bool StartThread();
+  bool EndThread();
   bool SendNext(TaskDirective& directive);
   bool OnOwnThread() const noexcept;
   bool IsThreadRunning() const;
