@@ -125,6 +125,14 @@ TEST(LogAlerts, WarningsHeedTheFilterOfTheirLogger) {
   EXPECT_EQ("end", entries[0].m_sMessage);
 }
 
+TEST(LogAlerts, WarningsUnderARefusedPathReturnAllTheSame) {
+  TapeHandler handler;
+  OXA_RAISE_WARNING("Alerts..Refused", ErrorSlicedOnThrow("lost"));
+  GetLogger("Alerts.Refused")->WriteLog(eLOG_ERROR, "end");
+  handler.Await("Alerts.Refused", 1);
+  EXPECT_TRUE(handler.Of("Alerts..Refused").empty());
+}
+
 TEST(LogAlerts, FailedAssertsOfHostsAreErrors) {
   TapeHandler handler;
   EXPECT_FALSE(LogAssertFailed("2 + 2 == 5", CodeContext("file.cpp", 12, "build", "F", "void F()")));

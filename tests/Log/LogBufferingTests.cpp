@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/System.h>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
@@ -69,6 +70,18 @@ TEST(LogBuffering, ThreadIsTheManagersOwn) {
   const LogTests::Unbuffered unbuffered;
   GetLogger("Buffering.Thread")->WriteLog(eLOG_ERROR, "text");
   EXPECT_EQ(Thread::GetCurrentId(), handlerThread);
+}
+
+TEST(LogBuffering, ThreadHasItsName) {
+  std::atomic<bool> has{false};
+  TapeHandler handler([&has](const OxaLogEntry&) {
+    char name[16] = "";
+    ::pthread_getname_np(::pthread_self(), name, sizeof name);
+    has = std::string(name) == std::string("LogManager Thread").substr(0, 15);
+  });
+  GetLogger("Buffering.Name")->WriteLog(eLOG_ERROR, "text");
+  handler.Await("Buffering.Name", 1);
+  EXPECT_TRUE(has);
 }
 
 TEST(LogBuffering, DropsWhatComesAtThreeThousandAndReportsEveryHundred) {

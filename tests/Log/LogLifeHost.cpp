@@ -7,6 +7,7 @@
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
 
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <functional>
 #include <map>
 #include <string>
@@ -80,6 +82,7 @@ void WriteAfterShutdown() {
   const auto logger = GetLogger("Life.After");
   ShutdownOxaCore();
   std::printf("manager: %d\n", LogManager::Instance() != nullptr);
+  std::printf("alert manager: %d\n", AlertManager::Instance() != nullptr);
   logger->WriteLog(eLOG_ERROR, "to nobody");
   logger->WriteLog(eLOG_ERROR, Hidden("bad %"), 0);
   try {
@@ -145,6 +148,87 @@ void ShutDownTwice() {
   std::printf("buffering: %d\n", LogManager::Instance()->GetBufferingMode());
   ShutdownOxaCore();
   ShutdownOxaCore();
+}
+
+// A service may bring the end about itself, and is not asked for ever.
+void ServiceShutsDownAgain() {
+  TapeService& service = AnEternalService();
+  Write("Life.A", 1);
+  Write("Life.B", 1);
+  service.m_onCall = [](const std::string&) { LogManager::Instance()->Shutdown(); };
+  ShutdownOxaCore();
+  std::printf("told: %d %d\n", service.CountOf("unregister Life.A"), service.CountOf("unregister Life.B"));
+}
+
+// Nothing of the library's is left waiting for a thread that a handler has ended.
+void HandlerEndsTheThread() {
+  static std::atomic<bool> ended{false};
+  auto* const handler = new TapeHandler([](const OxaLogEntry& entry) {
+    if (entry.m_sMessage == "message 1") {
+      ended = true;
+      ::pthread_exit(nullptr);
+    }
+  });
+  Write("Life.Ending", 1);
+  Eventually([] { return ended.load(); });
+  Write("Life.Ending", 2);
+  const auto off = [] { LogManager::Instance()->SetBufferingMode(false); };
+  std::printf("off in time: %d\n", TestSupport::MillisecondsOf(off) < 3000);
+  for (const OxaLogEntry& entry : handler->Of("Life.Ending"))
+    std::printf("received: %s\n", entry.m_sMessage.c_str());
+  LogManager::Instance()->SetBufferingMode(true);
+  Write("Life.Ending", 3);
+  std::printf("received: %s\n", handler->Await("Life.Ending", 2).back().m_sMessage.c_str());
+  std::printf("down in time: %d\n", TestSupport::MillisecondsOf([] { ShutdownOxaCore(); }) < 3000);
+}
+
+void ExitFromADirectHandler() {
+  LogManager::Instance()->SetBufferingMode(false);
+  new TapeHandler([](const OxaLogEntry& entry) {
+    if (entry.m_sLoggerPath == "Life.End") std::exit(6);
+  });
+  Write("Life.End", 1);
+}
+
+// Shows what arrives as it arrives, and takes its time.
+TapeService& ASlowEternalService() {
+  TapeService& service = AnEternalService();
+  LogManager::Instance()->OnLogHandlerChange();
+  service.m_onWrite = [](const OxaLogEntry& entry) {
+    OxaSleep(1, Elapse::MilliSeconds, false);
+    const bool isUncaught = entry.m_sMessage.find("<Circumstance>Uncaught Fatal Error<") != std::string::npos;
+    if (entry.m_sForm == "plain") std::puts(entry.m_sMessage.c_str());
+    if (isUncaught) std::printf("uncaught, buffering: %d\n", LogManager::Instance()->GetBufferingMode());
+    std::fflush(stdout);
+  };
+  return service;
+}
+
+void DieWithAFullQueue() {
+  ASlowEternalService();
+  for (int i = 0; i < 300; ++i) Write("Life.Dying", i);
+  throw LogicError("nobody catches this");
+}
+
+// Shuts the library down as the host's static objects die, before the library unloads.
+struct LateShutdown {
+  bool m_bWanted = false;
+  ~LateShutdown() {
+    if (m_bWanted) ShutdownOxaCore();
+  }
+};
+LateShutdown s_lateShutdown;
+
+void PrepareLateShutdown() {
+  TapeService& service = AnEternalService();
+  Write("Life.A", 1);
+  service.m_onCall = [](const std::string& call) { std::printf("told: %s\n", call.c_str()); };
+  s_lateShutdown.m_bWanted = true;
+}
+
+void DieBeforeTheShutdown() {
+  PrepareLateShutdown();
+  std::terminate();
 }
 
 int AwaitStatus(pid_t child) {
@@ -260,6 +344,12 @@ int main(int argc, char** argv) {
       {"tells-service", ShutDownTellsTheService},
       {"failing-service", ShutDownEndsTheTellingAtTheFirstFailure},
       {"exit-tells-nobody", ExitTellsNoService},
+      {"service-shuts-down", ServiceShutsDownAgain},
+      {"handler-ends-thread", HandlerEndsTheThread},
+      {"exit-from-direct-handler", ExitFromADirectHandler},
+      {"die", DieWithAFullQueue},
+      {"late-end", PrepareLateShutdown},
+      {"late-end-dying", DieBeforeTheShutdown},
       {"shut-down-twice", ShutDownTwice},
       {"fork", ForkedChildrenEndAtOnce},
       {"shut-down-among-writers", ShutDownAmongWriters},

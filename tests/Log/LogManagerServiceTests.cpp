@@ -2,10 +2,12 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/LogManager.h>
+#include <Infrastructure/OxaCore/Thread.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -123,6 +125,75 @@ TEST(LogHandlers, MayUnregisterThemselvesWriteAndAskForLoggers) {
   EXPECT_EQ((Texts{"first", "second", "leave"}), Of(handler));
 }
 
+// Whoever tells handlers of a new path holds nothing that the making of loggers on other threads needs: a handler
+// that asks for loggers would otherwise wait in a circle with them.
+class MeanwhileMaker : public IOxaLogHandler, public AlertListener {
+ public:
+  MeanwhileMaker() {
+    Manager().RegisterHandler(this);
+    AlertManager::Instance()->AddAlertListener(*this);
+  }
+  ~MeanwhileMaker() override {
+    AlertManager::Instance()->RemoveAlertListener(*this);
+    Manager().UnregisterHandler(this);
+  }
+  void OnLoggersChanged() override { MakeOnAnotherThread(); }
+  void HandleLogEntry(const OxaLogEntry&) override {}
+  void ErrorRaised(Error&) override { MakeOnAnotherThread(); }
+
+  std::atomic<int> m_iMade{0};
+
+ private:
+  void MakeOnAnotherThread() {
+    if (Thread::GetCurrentId() != m_ulOwner) return;
+    const int number = ++m_iAsked;
+    m_threads.emplace_back([this, number] {
+      GetLogger("Meanwhile.Made" + std::to_string(number));
+      ++m_iMade;
+    });
+    EXPECT_TRUE(Eventually([&] { return m_iMade == number; }));
+    m_threads.back().join();
+  }
+
+  const unsigned long m_ulOwner = Thread::GetCurrentId();
+  int m_iAsked = 0;
+  std::vector<std::thread> m_threads;
+};
+
+TEST(LogHandlers, MayAskForLoggersAsTheyHearOfNewPaths) {
+  MeanwhileMaker handler;
+  Manager().SetSeverityFilters("Meanwhile.Set", 2);
+  EXPECT_EQ(2, handler.m_iMade) << "of the path, and of its word";
+  Manager().GetSeverityFilters("Meanwhile.Get");
+  EXPECT_EQ(3, handler.m_iMade);
+}
+
+TEST(LogHandlers, ListenersMayAskForLoggersAsTheyHearOfRefusedPaths) {
+  GetLogger("Refused.Known");
+  MeanwhileMaker listener;
+  std::list<std::string> names;
+  EXPECT_THROW(Manager().Exists("Refused..Bad"), InvalidLogPath);
+  EXPECT_THROW(Manager().EnumLoggers("Refused..Bad", names), InvalidLogPath);
+  EXPECT_THROW(Manager().SetSeverityFilters("Refused..Bad", 2), InvalidLogPath);
+  EXPECT_THROW(Manager().GetSeverityFilters("Refused..Bad"), InvalidLogPath);
+  EXPECT_EQ(4, listener.m_iMade);
+}
+
+TEST(LogHandlers, HearWhatAServiceThrowsAsItForgetsThem) {
+  TapeService service;
+  Manager().InstallLogService(service);
+  TapeHandler handler;
+  service.m_onCall = [](const std::string& call) {
+    if (call == "unregister handler") throw std::runtime_error("no");
+  };
+  EXPECT_THROW(Manager().UnregisterHandler(&handler), std::runtime_error);
+  service.m_onCall = nullptr;
+  Manager().UninstallLogService(service);
+  const Unbuffered unbuffered;
+  Write("not heard");
+  EXPECT_TRUE(Of(handler).empty());
+}
+
 TEST(LogServices, GetEntriesWhileTheyAreInstalled) {
   const Unbuffered unbuffered;
   TapeHandler handler;
@@ -238,6 +309,34 @@ TEST(LogServices, ThatFailToLetGoAreUninstalledAllTheSame) {
   Write("to the handlers");
   EXPECT_EQ(Texts{"to the handlers"}, Of(handler));
   EXPECT_EQ(Texts{"to the handlers"}, Of(other));
+}
+
+TEST(LogServices, MayAskForLoggersAndGiveThemUpAsTheyLetThemGo) {
+  constexpr int iLOGGERS = 20;
+  TapeService service;
+  Manager().InstallLogService(service);
+  for (int i = 0; i < iLOGGERS; ++i) GetLogger("Leaving.L" + std::to_string(i));
+  int calls = 0;
+  service.m_onCall = [&calls](const std::string& call) {
+    if (call.rfind("unregister Leaving.L", 0) != 0 || ++calls > iLOGGERS) return;
+    for (int i = 0; i < 50; ++i) GetLogger("Leaving.New" + std::to_string(calls) + "." + std::to_string(i));
+    Manager().UnregisterLogger("Leaving.L" + std::to_string(calls));
+  };
+  Manager().UninstallLogService(service);
+  service.m_onCall = nullptr;
+  for (int i = 0; i < iLOGGERS; ++i)
+    EXPECT_GE(service.CountOf("unregister Leaving.L" + std::to_string(i)), 1) << i;
+}
+
+TEST(LogServices, KeepTheLoggersThatWereMadeForThem) {
+  TapeService service;
+  Manager().InstallLogService(service);
+  const auto logger = GetLogger("Service.MadeForIt");
+  EXPECT_EQ(1, service.CountOf("register Service.MadeForIt"));
+  Manager().UninstallLogService(service);
+  EXPECT_EQ(1, service.CountOf("unregister Service.MadeForIt"));
+  EXPECT_FALSE(Manager().Exists("Service.MadeForIt")) << "the default service never had it";
+  EXPECT_EQ(logger, GetLogger("Service.MadeForIt"));
 }
 
 TEST(LogServices, ThatRefuseAHandlerKeepItFromNobodyElse) {
