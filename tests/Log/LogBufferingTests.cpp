@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
+#include <fstream>
 #include <regex>
 #include <string>
 #include <thread>
@@ -82,6 +84,21 @@ TEST(LogBuffering, ThreadHasItsName) {
   GetLogger("Buffering.Name")->WriteLog(eLOG_ERROR, "text");
   handler.Await("Buffering.Name", 1);
   EXPECT_TRUE(has);
+}
+
+// What becomes of the arguments behind the call is of no interest to the log.
+TEST(LogBuffering, EntryIsOfTheMomentOfTheCall) {
+  Gate gate;
+  char word[] = "before";
+  GetLogger("Buffering.Moment")->WriteLog(eLOG_ERROR, "%s", word);
+  const Time behindTheCall;
+  std::strcpy(word, "after");
+  OxaSleep(2, Elapse::MilliSeconds, false);
+  gate.Open();
+  const auto entries = gate.Handler().Await("Buffering.Moment", 1);
+  ASSERT_EQ(1U, entries.size());
+  EXPECT_EQ("before", entries[0].m_sMessage);
+  EXPECT_LE(entries[0].m_time, behindTheCall);
 }
 
 TEST(LogBuffering, DropsWhatComesAtThreeThousandAndReportsEveryHundred) {
@@ -174,6 +191,30 @@ TEST(LogBuffering, GoesOnAndOffOverAndOver) {
     ++written;
     ASSERT_EQ(written, handler.Await("Buffering.Cycles", written).size());
   }
+}
+
+// Whether the thread sleeps at 50 looks in a row.
+bool Rests(unsigned long thread) {
+  for (int look = 0; look < 50; ++look) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t state = line.rfind(')') + 2;
+    if (state >= line.size() || line[state] != 'S') return false;
+    OxaSleep(1, Elapse::MilliSeconds, false);
+  }
+  return true;
+}
+
+// A queue that is left released from the end of the old thread would keep the new one from its sleep.
+TEST(LogBuffering, NewThreadSleepsWhileThereIsNothingToDo) {
+  std::atomic<unsigned long> thread{0};
+  TapeHandler handler([&thread](const OxaLogEntry&) { thread = Thread::GetCurrentId(); });
+  Manager().SetBufferingMode(false);
+  Manager().SetBufferingMode(true);
+  GetLogger("Buffering.Rest")->WriteLog(eLOG_ERROR, "text");
+  handler.Await("Buffering.Rest", 1);
+  EXPECT_TRUE(Eventually([&thread] { return Rests(thread); }));
 }
 
 TEST(LogBuffering, OffIsBoundedWhenAHandlerHangs) {

@@ -160,6 +160,16 @@ void ServiceShutsDownAgain() {
   std::printf("told: %d %d\n", service.CountOf("unregister Life.A"), service.CountOf("unregister Life.B"));
 }
 
+// The manager forgets its loggers, once: those that are made afterwards are left alone.
+void ShutDownForgetsLoggersOnce() {
+  const TapeService& service = AnEternalService();
+  const auto logger = GetLogger("Life.Forgotten");
+  LogManager::Instance()->Shutdown();
+  std::printf("the same: %d\n", GetLogger("Life.Forgotten") == logger);
+  LogManager::Instance()->Shutdown();
+  std::printf("told: %d\n", service.CountOf("unregister Life.Forgotten"));
+}
+
 // Nothing of the library's is left waiting for a thread that a handler has ended.
 void HandlerEndsTheThread() {
   static std::atomic<bool> ended{false};
@@ -344,6 +354,7 @@ int main(int argc, char** argv) {
       {"tells-service", ShutDownTellsTheService},
       {"failing-service", ShutDownEndsTheTellingAtTheFirstFailure},
       {"exit-tells-nobody", ExitTellsNoService},
+      {"forgets-loggers", ShutDownForgetsLoggersOnce},
       {"service-shuts-down", ServiceShutsDownAgain},
       {"handler-ends-thread", HandlerEndsTheThread},
       {"exit-from-direct-handler", ExitFromADirectHandler},

@@ -177,6 +177,10 @@ TEST(LogLife, HandlerThatHangsDoesNotKeepTheProcessFromItsEnd) {
   EXPECT_EQ(7, result.m_iStatus) << result.m_sError;
 }
 
+TEST(LogLife, ShutdownForgetsTheLoggersOnce) {
+  EXPECT_EQ("the same: 0\ntold: 1\n", RunLeaking("forgets-loggers").m_sOutput);
+}
+
 TEST(LogLife, ShutdownFromWithinTheShutdownDoesNothing) {
   const ChildResult result = RunLeaking("service-shuts-down");
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
