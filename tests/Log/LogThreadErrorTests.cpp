@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "LogTape.h"
+#include "Threads/ThreadTestSupport.h"
 
 namespace {
 
@@ -66,6 +67,7 @@ TEST(LogThreadErrors, OfForeignKindAreRaisedErrors) {
 }
 
 TEST(LogThreadErrors, OfKilledThreadsAreRaisedErrors) {
+  OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
   TapeHandler handler;
   const auto thread = Started([](TaskDirective& directive) {
     while (!directive.MustStop()) OxaSleep(1, Elapse::MilliSeconds, false);
