@@ -101,11 +101,13 @@ TEST(NativeThread, KnowsWhatStackItWasAskedFor) {
   EXPECT_EQ(0u, NativeThread::OwnStackSize());
 }
 
+// A little of it is the system's own.
 TEST(NativeThread, HasRoomForAMegabyteWhateverWasAskedFor) {
+  constexpr std::size_t room = 900 * 1024;
   Working thread([] {
-    volatile char room[900 * 1024];
-    for (std::size_t i = 0; i < sizeof room; i += 4096) room[i] = 1;
-    return static_cast<unsigned int>(room[4096]);
+    volatile char bytes[room];
+    for (std::size_t i = 0; i < room; i += 4096) bytes[i] = 1;
+    return static_cast<unsigned int>(bytes[4096]);
   });
   ASSERT_EQ(0, thread.Start(1));
   EXPECT_TRUE(thread.EndsWith(1));

@@ -22,7 +22,12 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr std::size_t uLEAST_STACK = 1u << 20;   // address space only, until it is touched
+// Address space only, until it is touched.
+#if defined(__SANITIZE_THREAD__)
+constexpr std::size_t uLEAST_STACK = 2u << 20;  // the sanitizer keeps most of a megabyte of it for itself
+#else
+constexpr std::size_t uLEAST_STACK = 1u << 20;
+#endif
 constexpr long long iLOOK_EVERY = 50 * 1000000;  // nanoseconds
 constexpr long long iWAIT_A_MOMENT = 100000;
 constexpr std::uint32_t uHELD_FOR_EVER = 1u << 30;
@@ -221,6 +226,8 @@ NativeThread::KillResult NativeThread::AwaitKilled(Deadline deadline) noexcept {
       return {EKillEnd::eFAILED, ETIMEDOUT};
     FutexWait(&m_eState, state, NextLook(deadline));
   }
+  // Locks that it held count as abandoned from the moment when the system knows it no more.
+  while (!ThreadIsGone(m_uId.load()) && !deadline.HasPassed()) WaitAMoment();
   EndedThreads::JoinGone();
   return {EKillEnd::eKILLED, 0};
 }
