@@ -30,14 +30,13 @@ constexpr int iKILLS = 1000;
 const Elapse g_moment(1, Elapse::MilliSeconds);
 const Elapse g_long(20);
 
-// What victims and survivors share. What a victim may die with, a mutex, is never destroyed: that would wait for it.
+// What victims and survivors share.
 struct Playground {
   Condition m_condition{true};
   Semaphore m_semaphore{2};
   Platform::Event* m_pEvent = Platform::Event::Create();
   Platform::ShortLock m_shortLock;
   std::atomic<bool> m_bShortLockIsHeld{false};
-  Mutex* m_pMutex = new Mutex;
 
   ~Playground() { Platform::Event::Destroy(m_pEvent); }
 
@@ -62,13 +61,6 @@ struct Playground {
   void UseEvent() {
     m_pEvent->Set();
     m_pEvent->Wait(Deadline::InMilliseconds(1));
-  }
-
-  void UseMutex(Mutex& mutex) {
-    mutex.Lock();
-    mutex.Unlock();
-    if (mutex.TryLock()) mutex.Unlock();
-    if (mutex.TryLock(g_moment)) mutex.Unlock();
   }
 };
 
@@ -111,6 +103,13 @@ void ExpectAllInOrder(Playground& ground) {
     ground.m_pEvent->Set();
     return ground.m_pEvent->Wait(Deadline::InMilliseconds(1)).m_eEnd == Platform::EWaitEnd::eSIGNALLED;
   }));
+}
+
+void UseMutex(Mutex& mutex) {
+  mutex.Lock();
+  mutex.Unlock();
+  if (mutex.TryLock()) mutex.Unlock();
+  if (mutex.TryLock(g_moment)) mutex.Unlock();
 }
 
 class KillStress : public testing::Test {
@@ -187,11 +186,11 @@ TEST_F(KillStress, InWaitsWithoutALimit) {
   ExpectAllInOrder(ground);
 }
 
-// The mutex is the victim's alone, since it stays held where the victim died with it.
+// The mutex is the victim's alone, since it stays held where the victim died with it. Nor is it destroyed: that would
+// wait for its owner.
 TEST_F(KillStress, WithAMutex) {
   static auto& s_mutexes = *new std::vector<Mutex*>;
-  Playground ground;
-  std::atomic<Mutex*> mutex{ground.m_pMutex};
+  std::atomic<Mutex*> mutex{new Mutex};
   s_mutexes.push_back(mutex);
   int held = 0;
   const SharedThread victim = Thread::Create("Victim");
@@ -199,7 +198,7 @@ TEST_F(KillStress, WithAMutex) {
     std::atomic<bool> begun{false};
     ASSERT_TRUE(victim->Start(Do([&](TaskDirective&) {
       begun = true;
-      while (true) ground.UseMutex(*mutex);
+      while (true) UseMutex(*mutex);
       return 0;
     })));
     ASSERT_TRUE(Eventually([&begun] { return begun.load(); }));
