@@ -32,6 +32,18 @@ constexpr int iSECOND = 1000;
 // A moment in which a thread that was seen on its way into a wait gets there; being early only makes a test weaker.
 void LetItFallAsleep() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
 
+// Takes a condition however its last owner left it.
+void TakeOver(Condition& condition) {
+  try {
+    condition.Lock();
+  } catch (OSError&) {
+    // abandoned, and ours
+  }
+}
+
+// Goes through the lock of a condition, which a thread that was seen to hold it gives up in its wait only.
+void SeeItWait(Condition& condition) { const Lock lock(condition); }
+
 class Kills : public testing::Test {
  protected:
   void SetUp() override { OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED(); }
@@ -180,19 +192,27 @@ TEST_F(Kills, AMutexOfTheVictimStaysHeld) {
   auto* const mutex = new Mutex;  // never destroyed: that would wait for its owner
   static Mutex* s_pKept = mutex;
   ASSERT_EQ(mutex, s_pKept);
-  Kill([mutex](TaskDirective&) {
+  std::atomic<bool> locked{false};
+  Start([&locked, mutex](TaskDirective&) {
     mutex->Lock();
+    locked = true;
     Spin();
   });
+  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
+  KillNow();
   EXPECT_FALSE(mutex->TryLock());
 }
 
 TEST_F(Kills, AConditionOfTheVictimIsAbandoned) {
   Condition condition(true);
-  Kill([&condition](TaskDirective&) {
+  std::atomic<bool> locked{false};
+  Start([&](TaskDirective&) {
     condition.Lock();
+    locked = true;
     Spin();
   });
+  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
+  KillNow();
   std::string text;
   try {
     condition.Lock();
@@ -205,10 +225,15 @@ TEST_F(Kills, AConditionOfTheVictimIsAbandoned) {
 
 TEST_F(Kills, AWaiterOfAConditionIsCountedNoMore) {
   Condition condition(true);
-  Kill([&condition](TaskDirective&) {
+  std::atomic<bool> locked{false};
+  Start([&](TaskDirective&) {
     const Lock lock(condition);
+    locked = true;
     while (true) condition.Wait();
   });
+  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
+  SeeItWait(condition);
+  KillNow();
   ASSERT_TRUE(condition.TryLock(Elapse(1)));
   condition.Unlock();
   bool go = false;
@@ -231,10 +256,14 @@ TEST_F(Kills, AWaiterOfAConditionIsCountedNoMore) {
 
 TEST_F(Kills, ASignalForADeadWaiterGoesToTheNext) {
   Condition condition(false);
-  Start([&condition](TaskDirective&) {
+  std::atomic<bool> locked{false};
+  Start([&](TaskDirective&) {
     const Lock lock(condition);
+    locked = true;
     while (true) condition.Wait();
   });
+  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
+  SeeItWait(condition);
   bool go = false;
   std::atomic<bool> waiting{false};
   std::thread other([&] {
@@ -243,7 +272,7 @@ TEST_F(Kills, ASignalForADeadWaiterGoesToTheNext) {
     while (!go) condition.Wait();
   });
   ASSERT_TRUE(Eventually([&] { return waiting.load(); }));
-  LetItFallAsleep();
+  SeeItWait(condition);
   KillNow();
   {
     const Lock lock(condition);
@@ -259,8 +288,15 @@ TEST_F(Kills, ABroadcastThatADeadWaiterWasPartOfComesToItsEnd) {
     m_bBegun = false;
     std::atomic<bool> end{false};
     std::thread other([&] {
-      const Lock lock(condition);
-      while (!end) condition.TimedWait(Elapse(1));
+      while (!end) {
+        try {
+          condition.Lock();
+          if (!end) condition.TimedWait(Elapse(1));
+        } catch (OSError&) {
+          // the victim had just taken the lock
+        }
+        condition.Unlock();
+      }
     });
     ASSERT_TRUE(m_victim->Start(Do([&](TaskDirective&) {
       const Lock lock(condition);
@@ -271,15 +307,15 @@ TEST_F(Kills, ABroadcastThatADeadWaiterWasPartOfComesToItsEnd) {
     ASSERT_TRUE(Eventually([this] { return m_bBegun.load(); }));
     std::thread killer([this] { m_victim->Kill(Elapse(5)); });
     for (int broadcast = 0; broadcast != 20; ++broadcast) {
-      try {
-        const Lock lock(condition);
-        condition.Broadcast();
-      } catch (OSError&) {
-        condition.Unlock();  // the victim had just taken the lock
-      }
+      TakeOver(condition);
+      condition.Broadcast();
+      condition.Unlock();
     }
     killer.join();
+    TakeOver(condition);
     end = true;
+    condition.Broadcast();
+    condition.Unlock();
     other.join();
   }
 }
