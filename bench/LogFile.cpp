@@ -29,10 +29,9 @@ OxaLogEntry TypicalEntry() {
 
 void OursText(benchmark::State& state) {
   const OxaLogEntry entry = TypicalEntry();
-  std::string text;
   for (auto _ : state) {
-    LogEntryText(entry, text);
-    benchmark::DoNotOptimize(text.data());
+    const BriefLogEntryText text(entry);
+    benchmark::DoNotOptimize(text.Get().data());
   }
 }
 OXA_BENCH("Log entry as text", "Ours", OursText);
@@ -113,12 +112,8 @@ OXA_BENCH("Log entry to disk", "bare lock", BareLock);
 void OursTextAndWrite(benchmark::State& state) {
   const LogFolder folder;
   const OxaLogEntry entry = TypicalEntry();
-  std::string text;
   DefaultLogEntriesFile file;
-  for (auto _ : state) {
-    LogEntryText(entry, text);
-    file.Write(text);
-  }
+  for (auto _ : state) file.Write(BriefLogEntryText(entry).Get());
 }
 OXA_BENCH("Log entry as text and to disk", "Ours", OursTextAndWrite);
 

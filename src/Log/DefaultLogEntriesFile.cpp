@@ -24,11 +24,6 @@ DefaultLogEntriesFile::~DefaultLogEntriesFile() = default;
 
 // --- Open and closed
 
-bool DefaultLogEntriesFile::IsOpen() const {
-  const Lock lock(m_mutex);
-  return m_file.IsOpen();
-}
-
 bool DefaultLogEntriesFile::Open() {
   const Lock lock(m_mutex);
   if (m_file.IsOpen()) return true;
@@ -42,12 +37,14 @@ bool DefaultLogEntriesFile::OpenByName() {
   m_ullGeneration = m_spFileMutex->GetGeneration();
   int code = 0;
   m_file = Platform::FileHandle::OpenForAppend(m_PathName, code);
+  m_bOpen.store(m_file.IsOpen(), std::memory_order_release);
   if (!m_file.IsOpen()) m_spFileMutex.reset();
   return m_file.IsOpen();
 }
 
 void DefaultLogEntriesFile::Close() {
   const Lock lock(m_mutex);
+  m_bOpen.store(false, std::memory_order_release);
   m_file.Close();
   m_spFileMutex.reset();
 }
@@ -60,7 +57,7 @@ boost::shared_ptr<LogFileMutex> DefaultLogEntriesFile::MutexOfOpenFile() {
 
 // --- Writing
 
-bool DefaultLogEntriesFile::Write(const std::string& text) {
+bool DefaultLogEntriesFile::Write(std::string_view text) {
   boost::shared_ptr<LogFileMutex> spFileMutex = MutexOfOpenFile();
   if (!spFileMutex) return false;
   const LogFileLock processLock(std::move(spFileMutex));
@@ -83,7 +80,7 @@ bool DefaultLogEntriesFile::Prepare(const LogFileLock& processLock) {
 
 bool DefaultLogEntriesFile::HasNameMoved() const { return m_spFileMutex->GetGeneration() != m_ullGeneration; }
 
-void DefaultLogEntriesFile::Append(const std::string& text, const LogFileLock& processLock) {
+void DefaultLogEntriesFile::Append(std::string_view text, const LogFileLock& processLock) {
   std::size_t written = 0;
   m_file.Write(text.data(), text.size(), written);
   if (written != 0 && written != text.size()) CutBack(written, processLock);

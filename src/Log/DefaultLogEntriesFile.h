@@ -19,9 +19,10 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/PathName.h>
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "Platform/Files.h"
 
@@ -43,18 +44,19 @@ class DefaultLogEntriesFile {
 
   /// Appends `text`, after opening the file if need be, and turns over if the file is full then. False if it
   /// can't be opened. What else goes wrong isn't told: without room on the disk the text is lost.
-  bool Write(const std::string& text);
+  bool Write(std::string_view text);
 
   void Close();
 
-  bool IsOpen() const;
+  /// At that moment: somebody else may close it in the next.
+  bool IsOpen() const noexcept { return m_bOpen.load(std::memory_order_acquire); }
 
  private:
   bool OpenByName();
   boost::shared_ptr<LogFileMutex> MutexOfOpenFile();
   bool Prepare(const LogFileLock& processLock);
   bool HasNameMoved() const;
-  void Append(const std::string& text, const LogFileLock& processLock);
+  void Append(std::string_view text, const LogFileLock& processLock);
   void CutBack(std::size_t written, const LogFileLock& processLock);
   bool IsFull();
   void Rollover();
@@ -62,10 +64,11 @@ class DefaultLogEntriesFile {
   bool MoveToArchive(LogFileMutex& fileMutex);
   void CopyToArchive();
 
-  mutable Mutex m_mutex;  // guards what follows; taken behind the lock between processes, if that is taken
+  Mutex m_mutex;  // guards what follows; taken behind the lock between processes, if that is taken
   boost::shared_ptr<LogFileMutex> m_spFileMutex;  // null while closed
   PathName m_PathName;                            // of the file that is, or was, open
   Platform::FileHandle m_file;
+  std::atomic<bool> m_bOpen{false};  // m_file, for a look without the mutex
   std::uint64_t m_ullGeneration = 0;  // of the lock, when the file was opened
 };
 

@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -112,10 +113,11 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   void Drop(const Handlers& handlers);
 
   void Retain(const OxaLogEntry& entry);
+  void ReplaceOldest(const OxaLogEntry& entry);
   void CountRetained();
 
-  void WriteToFile(const std::string& text);
-  bool TryWriteToFile(const std::string& text);
+  void WriteToFile(std::string_view text);
+  bool TryWriteToFile(std::string_view text);
   bool OpenLogFilesIfClosed();
   bool OpenLogFiles();
   void CloseLogFiles();

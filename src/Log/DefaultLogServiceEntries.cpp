@@ -13,6 +13,7 @@ namespace Oxa::Core {
 namespace {
 
 constexpr std::size_t uMAX_RETAINED = 1000;
+constexpr std::size_t uUSUAL_MESSAGE = 512;  // bytes
 
 }  // namespace
 
@@ -52,8 +53,23 @@ void DefaultLogService::FlushRetained(IOxaLogService& service) { RetainedInHand(
 
 void DefaultLogService::Retain(const OxaLogEntry& entry) {
   const Lock lock(m_retainedMutex);
-  m_retained.push_back(entry);
+  const bool isFull = m_retained.size() == uMAX_RETAINED;
+  if (isFull && m_retained.front().m_sMessage.capacity() <= uUSUAL_MESSAGE) {
+    ReplaceOldest(entry);
+  } else {
+    m_retained.push_back(entry);
+  }
   CountRetained();
+}
+
+/// A process that logs all its life drops an entry for each that it retains: the memory of the one does for the
+/// other. Where there is no memory for the new one's texts, the oldest is gone all the same. With the lock of the
+/// retained entries held.
+void DefaultLogService::ReplaceOldest(const OxaLogEntry& entry) {
+  std::list<OxaLogEntry> place;
+  place.splice(place.end(), m_retained, m_retained.begin());
+  place.front() = entry;
+  m_retained.splice(m_retained.end(), place);
 }
 
 /// Drops the oldest entries beyond the limit. With the lock of the retained entries held.
@@ -62,13 +78,13 @@ void DefaultLogService::CountRetained() {
   m_uRetained.store(m_retained.size(), std::memory_order_relaxed);
 }
 
-void DefaultLogService::WriteToFile(const std::string& text) {
+void DefaultLogService::WriteToFile(std::string_view text) {
   if (TryWriteToFile(text)) return;
   const Platform::FileLimitGuard guard;  // standard error can be a file, too
   std::cerr << text << std::flush;
 }
 
-bool DefaultLogService::TryWriteToFile(const std::string& text) {
+bool DefaultLogService::TryWriteToFile(std::string_view text) {
   try {
     return OpenLogFilesIfClosed() && m_entriesFile.Write(text);
   } catch (...) {
@@ -78,6 +94,7 @@ bool DefaultLogService::TryWriteToFile(const std::string& text) {
 }
 
 bool DefaultLogService::OpenLogFilesIfClosed() {
+  if (m_entriesFile.IsOpen()) return true;
   const Lock lock(m_fileMutex);
   return m_entriesFile.IsOpen() || OpenLogFiles();
 }

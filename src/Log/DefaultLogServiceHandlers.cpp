@@ -81,7 +81,7 @@ void DefaultLogService::WriteLogEntry(const OxaLogEntry& entry) {
     if (CallHandlers(next, [&entry](IOxaLogHandler& handler) { handler.HandleLogEntry(entry); }) > 0) return;
     told.insert(told.end(), next.begin(), next.end());
   }
-  WriteToFile(LogEntryText(entry));
+  WriteToFile(BriefLogEntryText(entry).Get());
 }
 
 /// The handlers that haven't been told yet. Where there is none the entry is retained, under the same lock:

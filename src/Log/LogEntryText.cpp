@@ -96,19 +96,39 @@ void PutStartTag(Pen& pen, OxaLogSeverityEnum severity) {
     pen << "<LogEntry>\n";
 }
 
-void PutByHand(const OxaLogEntry& entry, std::string& text) {
-  std::string buffers[2];
-  const std::string time = entry.m_time.ToString();
-  const std::string& path = EscapeInto(entry.m_sLoggerPath, buffers[0]);
-  const std::string& message = EscapeInto(entry.m_sMessage, buffers[1]);
-  text.resize(time.size() + path.size() + message.size() + uFRAME);
-  Pen pen(text.data());
-  PutStartTag(pen, entry.m_eSeverity);
-  PutElement(pen, "TimeStamp", time);
-  PutElement(pen, "LogName", path);
-  PutElement(pen, "Message", message);
-  pen << "</LogEntry>\n\n" << sLOG_ENTRY_SEPARATOR;
-  text.resize(static_cast<std::size_t>(pen.At() - text.data()));
+// The texts as they stand in the entry.
+class EscapedTexts {
+ public:
+  explicit EscapedTexts(const OxaLogEntry& entry)
+      : m_sTime(entry.m_time.ToString()),
+        m_path(EscapeInto(entry.m_sLoggerPath, m_buffers[0])),
+        m_message(EscapeInto(entry.m_sMessage, m_buffers[1])) {}
+  EscapedTexts(const EscapedTexts&) = delete;
+  EscapedTexts& operator=(const EscapedTexts&) = delete;
+
+  /// More than the whole entry takes.
+  std::size_t Room() const { return m_sTime.size() + m_path.size() + m_message.size() + uFRAME; }
+
+  /// Gives the end of what it wrote.
+  char* Put(OxaLogSeverityEnum severity, char* at) const {
+    Pen pen(at);
+    PutStartTag(pen, severity);
+    PutElement(pen, "TimeStamp", m_sTime);
+    PutElement(pen, "LogName", m_path);
+    PutElement(pen, "Message", m_message);
+    pen << "</LogEntry>\n\n" << sLOG_ENTRY_SEPARATOR;
+    return pen.At();
+  }
+
+ private:
+  std::string m_buffers[2];  // first: the two references may be to these
+  const std::string m_sTime;
+  const std::string& m_path;
+  const std::string& m_message;
+};
+
+std::string TextByWriter(const OxaLogEntry& entry) {
+  return WrittenElement(entry).append("\n").append(sLOG_ENTRY_SEPARATOR);
 }
 
 }  // namespace
@@ -117,17 +137,20 @@ const char* SeverityWord(OxaLogSeverityEnum severity) noexcept {
   return severity < eLOG_ALARM || severity > eLOG_VERBOSE ? nullptr : sWORDS[severity - eLOG_ALARM];
 }
 
-void LogEntryText(const OxaLogEntry& entry, std::string& text) {
-  if (IsSimple(entry))
-    PutByHand(entry, text);
-  else
-    text.assign(WrittenElement(entry)).append("\n").append(sLOG_ENTRY_SEPARATOR);
+BriefLogEntryText::BriefLogEntryText(const OxaLogEntry& entry) {
+  if (!IsSimple(entry)) {
+    m_text = m_long = TextByWriter(entry);
+    return;
+  }
+  const EscapedTexts texts(entry);
+  char* room = m_room;
+  if (texts.Room() > sizeof m_room) {
+    m_long.resize(texts.Room());
+    room = m_long.data();
+  }
+  m_text = std::string_view(room, static_cast<std::size_t>(texts.Put(entry.m_eSeverity, room) - room));
 }
 
-std::string LogEntryText(const OxaLogEntry& entry) {
-  std::string text;
-  LogEntryText(entry, text);
-  return text;
-}
+std::string LogEntryText(const OxaLogEntry& entry) { return std::string(BriefLogEntryText(entry).Get()); }
 
 }  // namespace Oxa::Core

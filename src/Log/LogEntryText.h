@@ -24,8 +24,21 @@ const char* SeverityWord(OxaLogSeverityEnum severity) noexcept;
 /// Raises Time::OsTimeApiError for a time that the system can't break down; if that returns, the time is empty.
 std::string LogEntryText(const OxaLogEntry& entry);
 
-/// The same in place of what `text` held. A caller that brings the same text again saves the allocation.
-void LogEntryText(const OxaLogEntry& entry, std::string& text);
+/// The same for a caller that needs it for a moment: one of usual length allocates nothing. Stands on a stack.
+class BriefLogEntryText {
+ public:
+  explicit BriefLogEntryText(const OxaLogEntry& entry);
+  BriefLogEntryText(const BriefLogEntryText&) = delete;
+  BriefLogEntryText& operator=(const BriefLogEntryText&) = delete;
+
+  /// Lives as long as this does.
+  std::string_view Get() const noexcept { return m_text; }
+
+ private:
+  char m_room[2048];
+  std::string m_long;
+  std::string_view m_text;
+};
 
 }  // namespace Oxa::Core
 

@@ -36,10 +36,12 @@ bool Await(long long milliseconds, const Condition& condition) {
 
 class FlagUp {
  public:
-  explicit FlagUp(std::atomic<bool>& flag) noexcept : m_flag(flag) { m_flag.store(true); }
+  explicit FlagUp(std::atomic<bool>& flag) noexcept : m_flag(flag) {
+    m_flag.store(true, std::memory_order_release);
+  }
   FlagUp(const FlagUp&) = delete;
   FlagUp& operator=(const FlagUp&) = delete;
-  ~FlagUp() { m_flag.store(false); }
+  ~FlagUp() { m_flag.store(false, std::memory_order_release); }
 
  private:
   std::atomic<bool>& m_flag;
@@ -58,6 +60,9 @@ class OwnId {
  private:
   std::atomic<unsigned long>& m_id;
 };
+
+// Room for an entry to come: the clock isn't read for it.
+OxaLogEntry Vacant() { return {Time(0, Time::ePlatformTimeCurrent), eLOG_INFORMATIONAL, {}, {}, {}}; }
 
 }  // namespace
 
@@ -78,12 +83,13 @@ int LogManager::Run(TaskDirective& directive) {
   return 0;
 }
 
-// Once it is to stop, the queue is only emptied. False if there was nothing in it.
+// Once it is to stop, the queue is only emptied. Whoever finds the queue empty, by its lock, behind the pop finds the
+// flag as well. False if there was nothing in it.
 bool LogManager::SendNext(TaskDirective& directive) {
   m_queue.GetSemaphore().Wait();
   m_queue.WakeNext();
   const FlagUp inHand(m_bInHand);
-  OxaLogEntry entry;
+  OxaLogEntry entry = Vacant();
   if (!m_queue.TryPop(entry)) return false;
   if (!directive.MustStop() && !IsLibraryUnloading()) SendLogMessage(entry, false);
   return true;
@@ -183,7 +189,7 @@ std::size_t LogManager::CountWaiting() const {
 }
 
 void LogManager::SendWaitingHere() {
-  OxaLogEntry entry;
+  OxaLogEntry entry = Vacant();
   while (m_queue.TryPop(entry)) SendLogMessage(entry, false);
 }
 

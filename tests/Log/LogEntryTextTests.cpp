@@ -191,12 +191,13 @@ TEST(LogEntryText, HoldsAWholeAlert) {
   EXPECT_NE(std::string::npos, text.find("five &lt; 6"));
 }
 
-TEST(LogEntryText, ReplacesWhatTheBufferHeld) {
-  std::string buffer(5000, 'x');
-  const char* const memory = buffer.data();
-  LogEntryText(Entry("m"), buffer);
-  EXPECT_EQ(LogEntryText(Entry("m")), buffer);
-  EXPECT_EQ(memory, buffer.data());
+TEST(LogEntryText, IsTheSameForAMomentWhateverItsLength) {
+  for (const std::size_t length : {0U, 1U, 1000U, 1400U, 1500U, 1600U, 100000U}) {
+    const OxaLogEntry entry = Entry(std::string(length, 'm'));
+    EXPECT_EQ(ByTheWriter(entry, "Error"), BriefLogEntryText(entry).Get()) << length;
+  }
+  const OxaLogEntry twoLines = Entry("one\ntwo");
+  EXPECT_EQ(ByTheWriter(twoLines, "Error"), BriefLogEntryText(twoLines).Get());
 }
 
 TEST(LogEntryText, ParsesWithItsNeighbours) {
