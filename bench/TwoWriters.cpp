@@ -68,12 +68,6 @@ class Writer {
   int m_iOut = -1;
 };
 
-std::uintmax_t Size(const std::string& name) {
-  std::error_code code;
-  const std::uintmax_t size = fs::file_size(name, code);
-  return code ? 0 : size;
-}
-
 /// The log of both, with its archive. It is empty at first.
 class SharedLog {
  public:
@@ -83,7 +77,7 @@ class SharedLog {
   }
 
   const std::string& Folder() const { return m_sFolder; }
-  std::uintmax_t Length() const { return Size(Entries()) + Size(Archive()); }
+  std::uintmax_t Length() const { return LengthOf(Entries()) + LengthOf(Archive()); }
 
   /// Whether it comes to that length.
   bool Await(std::uintmax_t length) const {
