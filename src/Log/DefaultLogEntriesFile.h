@@ -68,7 +68,7 @@ class DefaultLogEntriesFile {
   boost::shared_ptr<LogFileMutex> m_spFileMutex;  // null while closed
   PathName m_PathName;                            // of the file that is, or was, open
   Platform::FileHandle m_file;
-  std::atomic<bool> m_bOpen{false};  // m_file, for a look without the mutex
+  std::atomic<bool> m_bOpen{false};   // m_file, for a look without the mutex
   std::uint64_t m_ullGeneration = 0;  // of the lock, when the file was opened
 };
 
