@@ -11,7 +11,6 @@
 
 namespace Station {
 
-using Oxa::Core::CodeContext;
 using Oxa::Core::Error;
 using Oxa::Core::InvalidParameter;
 

@@ -14,11 +14,6 @@ namespace Station {
 using Oxa::Core::Elapse;
 using Oxa::Core::InvalidParameter;
 
-const char* const sNAME_FIELD = "name";
-const char* const sINTERVAL_FIELD = "interval";
-const char* const sCOUNT_FIELD = "count";
-const char* const sTOLERANCE_FIELD = "tolerance";
-
 namespace {
 
 const char* const sLOG_NAME = "Station.Plan.Field";

@@ -12,10 +12,10 @@
 namespace Station {
 
 /// The names of the fields, as messages show them.
-extern const char* const sNAME_FIELD;
-extern const char* const sINTERVAL_FIELD;
-extern const char* const sCOUNT_FIELD;
-extern const char* const sTOLERANCE_FIELD;
+inline constexpr const char* sNAME_FIELD = "name";
+inline constexpr const char* sINTERVAL_FIELD = "interval";
+inline constexpr const char* sCOUNT_FIELD = "count";
+inline constexpr const char* sTOLERANCE_FIELD = "tolerance";
 
 /// Up to 20 letters, digits, '-', '_' and '.'; gives `text`.
 std::string ReadName(const std::string& text);

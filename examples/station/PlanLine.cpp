@@ -20,7 +20,7 @@ const char* const sBLANKS = " \t\r";
 const char* const sFIFTH_FIELD = "fifth field";
 const char* const sTOO_MANY_FIELDS = " (a line holds name, interval, count and tolerance)";
 
-const char* const aFIELDS[] = {sNAME_FIELD, sINTERVAL_FIELD, sCOUNT_FIELD, sTOLERANCE_FIELD};
+constexpr const char* aFIELDS[] = {sNAME_FIELD, sINTERVAL_FIELD, sCOUNT_FIELD, sTOLERANCE_FIELD};
 constexpr std::size_t uFIELDS = 4;
 
 std::vector<std::string> SplitAtBlanks(const std::string& text) {

@@ -124,7 +124,9 @@ class NotificationTo : public Notification {
  protected:
   NotificationTo() noexcept : m_pClass(nullptr) {}
   NotificationTo(const NotificationTo&) noexcept : NotificationTo() {}
-  NotificationTo& operator=(const NotificationTo&) noexcept { return *this; }
+  NotificationTo& operator=(const NotificationTo&) noexcept {  // NOLINT: what was learnt stays
+    return *this;
+  }
 
   virtual void Tell(Listener& listener) = 0;
 
