@@ -37,7 +37,7 @@ const char* FormatOnce::ExpandBeyond(std::size_t length) noexcept {
 // A list of arguments can be walked once only: each trial walks a copy.
 int FormatOnce::Print(char* buffer, std::size_t size) noexcept {
   std::va_list args;
-  va_copy(args, m_args);
+  va_copy(args, m_args);  // NOLINT(clang-analyzer-valist.Uninitialized): copied by the constructor
   const int length = std::vsnprintf(buffer, size, m_pFormat, args);
   va_end(args);
   return length;

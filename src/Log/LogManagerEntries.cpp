@@ -90,7 +90,7 @@ void LogManager::SendLogMessage(const OxaLogEntry& entry, bool direct) {
   const IOxaLogService* service = nullptr;
   try {
     const ReaderLock reading(m_serviceMutex);
-    service = m_pLogService;
+    service = m_pLogService;  // NOLINT(clang-analyzer-deadcode.DeadStores): read where the next line throws
     Deliver(entry);
     return;
   } catch (...) {

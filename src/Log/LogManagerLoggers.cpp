@@ -54,10 +54,10 @@ boost::shared_ptr<Logger> LogManager::AddLogger(const std::string& path) {
   const WriterLock writing(m_loggerMutex);
   // Somebody may have been faster.
   const auto [place, isNew] = m_loggers.try_emplace(path);
-  const boost::shared_ptr<Logger> known = place->second;
+  boost::shared_ptr<Logger> known = place->second;
   if (!isNew) return known;
   try {
-    const boost::shared_ptr<Logger> logger(new Logger(path));
+    boost::shared_ptr<Logger> logger(new Logger(path));
     place->second = logger;
     RegisterWithService(*logger);
     return logger;

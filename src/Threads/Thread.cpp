@@ -45,7 +45,7 @@ void Thread::Listener::OnThreadComplete(boost::shared_ptr<Thread>) {}
 void Thread::Listener::OnThreadError(boost::shared_ptr<Thread>, Error&) {}
 
 boost::shared_ptr<Thread> Thread::Create(const std::string& name) {
-  const boost::shared_ptr<Thread> thread(new Thread);
+  boost::shared_ptr<Thread> thread(new Thread);
   thread->m_wpThis = thread;
   if (!name.empty()) thread->SetName(name);
   return thread;

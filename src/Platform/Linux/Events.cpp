@@ -132,9 +132,9 @@ bool Event::GiveUp(Waiter& waiter) noexcept {
 }
 
 // What was handed to a dead thread is for the next one.
-void Event::LeaveKilled(void* killed) {
-  Waiter& waiter = *static_cast<Waiter*>(killed);
-  if (!waiter.m_pEvent->GiveUp(waiter)) waiter.m_pEvent->Set();
+void Event::LeaveKilled(void* waiter) {
+  Waiter& killed = *static_cast<Waiter*>(waiter);
+  if (!killed.m_pEvent->GiveUp(killed)) killed.m_pEvent->Set();
 }
 
 }  // namespace Oxa::Core::Platform

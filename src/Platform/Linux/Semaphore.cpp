@@ -121,8 +121,8 @@ bool CountingSemaphore::Withdraw() noexcept {
 
 // One that was posted for the dead thread is for the next one, and so is a wake that it got. It dies in its sleep,
 // and nowhere else.
-void CountingSemaphore::LeaveKilled(void* waitedFor) {
-  CountingSemaphore& self = *static_cast<CountingSemaphore*>(waitedFor);
+void CountingSemaphore::LeaveKilled(void* semaphore) {
+  CountingSemaphore& self = *static_cast<CountingSemaphore*>(semaphore);
   const void* const word = LowerHalf(self.m_ullHandedOut);
   if (self.Withdraw()) {
     self.m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
