@@ -1,5 +1,6 @@
 // Starts for which the system has no thread, and how threads tell the log of their ends.
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -52,6 +53,7 @@ std::vector<std::string> Logged() {
 class ThreadLog : public testing::Test {
  protected:
   ThreadLog() : m_before(TheHooks()) {
+    Oxa::Core::LogManager::Instance()->SetBufferingMode(false);  // the log's thread reads a hook as it begins
     TheHooks().logThreadError = [](const std::string& text) { Keep(text); };
     TheHooks().logErrorRaised = [](Error& error) {
       Keep(error.GetData(Error::sLOG_NAME) + ": " + error.what());

@@ -1,6 +1,7 @@
 // What becomes of failures that leave a broadcast, seen by putting failing hooks in place of the library's own.
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,7 @@ class AlertBroadcast : public testing::Test {
   };
 
   AlertBroadcast() : m_hooks(TheHooks()) {
+    LogManager::Instance()->SetBufferingMode(false);  // the log's thread reads a hook as it begins
     g_seen = Seen();
     TheHooks().mayWarn = &MayWarn;
     TheHooks().warningRaised = &KeepWarning;

@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,11 @@ std::vector<std::string> s_calls;
 
 class RaiseHooks : public testing::Test {
  protected:
-  RaiseHooks() : m_before(TheHooks()) { s_calls.clear(); }
+  // The log's thread reads a hook as it begins: it is to be over before any is written.
+  RaiseHooks() : m_before(TheHooks()) {
+    LogManager::Instance()->SetBufferingMode(false);
+    s_calls.clear();
+  }
   ~RaiseHooks() override { TheHooks() = m_before; }
 
  private:
