@@ -1,6 +1,5 @@
 // Starts for which the system has no thread, and how threads tell the log of their ends.
 #include <Infrastructure/OxaCore/CommonErrors.h>
-#include <Infrastructure/OxaCore/LogManager.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -9,6 +8,7 @@
 #include <boost/weak_ptr.hpp>
 
 #include "ErrorHandling/Hooks.h"
+#include "Support/RestoreHooks.h"
 #include "Threads/ThreadTestSupport.h"
 
 using namespace ThreadTests;
@@ -53,14 +53,13 @@ std::vector<std::string> Logged() {
 class ThreadLog : public testing::Test {
  protected:
   ThreadLog() : m_before(TheHooks()) {
-    Oxa::Core::LogManager::Instance()->SetBufferingMode(false);  // the log's thread reads a hook as it begins
     TheHooks().logThreadError = [](const std::string& text) { Keep(text); };
     TheHooks().logErrorRaised = [](Error& error) {
       Keep(error.GetData(Error::sLOG_NAME) + ": " + error.what());
     };
     s_lines.clear();
   }
-  ~ThreadLog() override { TheHooks() = m_before; }
+  ~ThreadLog() override { TestSupport::RestoreHooks(m_before); }
 
   void RunToItsEnd(const SharedTask& task) {
     m_spThread->Start(task);

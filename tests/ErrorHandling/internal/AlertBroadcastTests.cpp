@@ -1,7 +1,6 @@
 // What becomes of failures that leave a broadcast, seen by putting failing hooks in place of the library's own.
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
-#include <Infrastructure/OxaCore/LogManager.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +12,7 @@
 #include "Core/LibraryGlobals.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/RawChannel.h"
+#include "Support/RestoreHooks.h"
 
 namespace {
 
@@ -48,13 +48,12 @@ class AlertBroadcast : public testing::Test {
   };
 
   AlertBroadcast() : m_hooks(TheHooks()) {
-    LogManager::Instance()->SetBufferingMode(false);  // the log's thread reads a hook as it begins
     g_seen = Seen();
     TheHooks().mayWarn = &MayWarn;
     TheHooks().warningRaised = &KeepWarning;
     AlertManager::Instance()->AddAlertListener(m_failing);
   }
-  ~AlertBroadcast() override { TheHooks() = m_hooks; }
+  ~AlertBroadcast() override { TestSupport::RestoreHooks(m_hooks); }
 
   // What standard error shows of one raise.
   static std::string Raise() {

@@ -2,7 +2,6 @@
 #include <Infrastructure/OxaCore/Assert.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Error.h>
-#include <Infrastructure/OxaCore/LogManager.h>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +11,7 @@
 
 #include "Core/LibraryState.h"
 #include "ErrorHandling/Hooks.h"
+#include "Support/RestoreHooks.h"
 
 namespace {
 
@@ -22,12 +22,8 @@ std::vector<std::string> s_calls;
 
 class RaiseHooks : public testing::Test {
  protected:
-  // The log's thread reads a hook as it begins: it is to be over before any is written.
-  RaiseHooks() : m_before(TheHooks()) {
-    LogManager::Instance()->SetBufferingMode(false);
-    s_calls.clear();
-  }
-  ~RaiseHooks() override { TheHooks() = m_before; }
+  RaiseHooks() : m_before(TheHooks()) { s_calls.clear(); }
+  ~RaiseHooks() override { TestSupport::RestoreHooks(m_before); }
 
  private:
   Hooks m_before;
