@@ -168,9 +168,9 @@ void LogManager::SwitchOff() {
     AwaitEmptyQueue();
     m_spThread->Stop(s_toStop);
     AwaitThread(s_toEndAtSwitch);
-  } else if (!m_bShutDown && m_ulProcess == Platform::ProcessId()) {
-    SendWaitingHere();
   }
+  // A handler may have ended the thread, before or meanwhile; asked to stop it leaves nothing itself.
+  if (!IsThreadRunning() && !m_bShutDown && m_ulProcess == Platform::ProcessId()) SendWaitingHere();
   m_queue.Drain();
   if (!IsThreadRunning()) m_spThread.reset();
 }
@@ -178,7 +178,7 @@ void LogManager::SwitchOff() {
 // As many times as entries wait at that moment.
 void LogManager::AwaitEmptyQueue() {
   for (std::size_t turn = 0; turn < CountWaiting(); ++turn) {
-    Await(llFOR_EACH_ENTRY_MS, [this] { return CountWaiting() == 0; });
+    Await(llFOR_EACH_ENTRY_MS, [this] { return CountWaiting() == 0 || !IsThreadRunning(); });
   }
 }
 

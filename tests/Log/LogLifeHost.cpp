@@ -8,6 +8,7 @@
 #include <Infrastructure/OxaCore/System.h>
 
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -170,17 +171,40 @@ void ShutDownForgetsLoggersOnce() {
   std::printf("told: %d\n", service.CountOf("unregister Life.Forgotten"));
 }
 
+// Takes its time to go, for whoever unwinds the thread.
+struct SlowEnd {
+  ~SlowEnd() { std::this_thread::sleep_for(std::chrono::milliseconds(250)); }
+};
+
+// What waits behind an entry whose handler is just ending the thread is not lost by the switch.
+void SwitchedOffWhileAHandlerEndsTheThread() {
+  static std::atomic<bool> ending{false};
+  auto* const handler = new TapeHandler([](const OxaLogEntry& entry) {
+    if (entry.m_sMessage != "message 1") return;
+    const SlowEnd slow;
+    ending = true;
+    ::pthread_exit(nullptr);
+  });
+  Write("Life.Ending", 1);
+  Eventually([] { return ending.load(); });
+  Write("Life.Ending", 2);
+  LogManager::Instance()->SetBufferingMode(false);
+  for (const OxaLogEntry& entry : handler->Of("Life.Ending"))
+    std::printf("received: %s\n", entry.m_sMessage.c_str());
+}
+
 // Nothing of the library's is left waiting for a thread that a handler has ended.
 void HandlerEndsTheThread() {
-  static std::atomic<bool> ended{false};
+  static std::atomic<long> ending{0};
   auto* const handler = new TapeHandler([](const OxaLogEntry& entry) {
     if (entry.m_sMessage == "message 1") {
-      ended = true;
+      ending = ::syscall(SYS_gettid);
       ::pthread_exit(nullptr);
     }
   });
   Write("Life.Ending", 1);
-  Eventually([] { return ended.load(); });
+  const auto isGone = [] { return ::syscall(SYS_tgkill, ::getpid(), ending.load(), 0) != 0; };
+  Eventually([&isGone] { return ending.load() != 0 && isGone(); });
   Write("Life.Ending", 2);
   const auto off = [] { LogManager::Instance()->SetBufferingMode(false); };
   std::printf("off in time: %d\n", TestSupport::MillisecondsOf(off) < 3000);
@@ -357,6 +381,7 @@ int main(int argc, char** argv) {
       {"forgets-loggers", ShutDownForgetsLoggersOnce},
       {"service-shuts-down", ServiceShutsDownAgain},
       {"handler-ends-thread", HandlerEndsTheThread},
+      {"off-while-handler-ends-thread", SwitchedOffWhileAHandlerEndsTheThread},
       {"exit-from-direct-handler", ExitFromADirectHandler},
       {"die", DieWithAFullQueue},
       {"late-end", PrepareLateShutdown},

@@ -193,6 +193,12 @@ TEST(LogLife, ThreadThatAHandlerEndedIsWaitedForByNobody) {
   EXPECT_EQ("off in time: 1\nreceived: message 2\nreceived: message 3\ndown in time: 1\n", result.m_sOutput);
 }
 
+TEST(LogLife, SwitchLosesNothingWhileAHandlerEndsTheThread) {
+  const ChildResult result = RunLeaking("off-while-handler-ends-thread");
+  EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ("received: message 2\n", result.m_sOutput);
+}
+
 TEST(LogLife, HandlerMayEndTheProcessWithoutBufferingToo) {
   const ChildResult result = RunLeaking("exit-from-direct-handler");
   EXPECT_EQ(6, result.m_iStatus) << result.m_sError;
