@@ -30,6 +30,7 @@
 #include "Core/Life.h"
 #include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
+#include "XML/XMLParseMutex.h"
 
 #include "Platform/Storage.h"
 
@@ -95,6 +96,9 @@ const XMLAttributeMap<std::string>& XMLWriter::sEMPTY_MAP = s_noAttributes.Get()
 // What dying listeners and sources take, and the registry of singletons: both outlive everything, the static
 // objects of hosts included.
 Immortal<Mutex> g_teardownMutex;
+
+// What serialises the parses of XML: texts are parsed to the very end.
+Immortal<Mutex> g_xmlParseMutex;
 
 namespace {
 
