@@ -1,0 +1,105 @@
+// Buffered streams: filters between a user who reads and writes in small pieces and a stream that is better called
+// seldom. Blocks of at least the buffer's size go past the buffer without a copy.
+//
+// Both take part in what BinaryStreams.h tells: the buffer is dropped or written out before the stream below moves.
+// Neither destructor flushes: what was not flushed or closed is lost.
+//
+// Thread safety: threads may share one; each call is whole. The stream below is called with the lock of the filter
+// held, so that lock comes before those of the streams beneath. Locks without a time limit throughout.
+// Failures: what the stream below raises passes unchanged; what had been copied stays copied.
+//
+//   BufferedBinaryInputStream in(file, BufferedBinaryInputStream::DEFAULT_BUFFER_SIZE);
+//   for (int byte = in.Read(); byte >= 0; byte = in.Read()) Use(byte);
+#ifndef INFRASTRUCTURE_OXACORE_IO_BUFFEREDSTREAMS_H
+#define INFRASTRUCTURE_OXACORE_IO_BUFFEREDSTREAMS_H
+
+#include <Infrastructure/OxaCore/Export.h>
+#include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/io/BinaryStreams.h>
+
+#include <boost/shared_array.hpp>
+
+namespace Oxa::Core {
+
+/// Reads ahead from a source.
+class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
+ public:
+  static const unsigned long long DEFAULT_BUFFER_SIZE = 2048;
+
+  /// A size of 0 is not corrected: nothing is buffered then. Throws std::bad_alloc without memory for the buffer.
+  BufferedBinaryInputStream(BinaryInputStream& source, unsigned long long bufferSize);
+  ~BufferedBinaryInputStream() override;
+
+  /// From the buffer, if that holds `count` bytes. An empty buffer: straight from the source, and then the buffer
+  /// is filled anew, so that a source that waits may wait twice. A buffer with less: what it holds and, straight
+  /// from the source, as much of the rest as comes at once. -1 and -2 of the source only if no byte came.
+  long long Read(void* buffer, long long count) override;
+
+  /// -1 whenever the source gives no byte, also where it only has none now.
+  int Read() override;
+
+  /// In the buffer, and for what goes beyond it in the source; there `false` leaves the buffer as it is. An emptied
+  /// buffer is filled anew.
+  bool Skip(unsigned long long count) override;
+
+  /// Those in the buffer and those of the source.
+  unsigned long long AvailableBytes() override;
+
+  void AcquireReadLocks(LockSet& locks) override;
+
+ protected:
+  void DoBufferedInputInvalidation() override;
+
+  /// Reads the source to the begin of the buffer and gives the result. The lock is held, and the buffer is empty.
+  long long FillBuffer();
+
+ private:
+  unsigned long long Left() const { return m_dataSize - m_readIndex; }
+  void Take(void* to, unsigned long long count);
+  int ReadAnew();
+  long long ReadBeyond(unsigned char* to, long long count);
+  void Refill();
+
+  Mutex m_mutex;  // guards all the others
+  boost::shared_array<unsigned char> m_buffer;
+  unsigned long long m_bufferSize;
+  unsigned long long m_dataSize = 0;   // bytes of the buffer that hold data
+  unsigned long long m_readIndex = 0;  // the next one to deliver
+};
+
+/// Collects what is written, and hands it to a sink in larger pieces.
+class OXACORE_API BufferedBinaryOutputStream : public BinaryOutputStreamFilter {
+ public:
+  static const unsigned long long DEFAULT_BUFFER_SIZE = 512;
+
+  /// A size of 0 is not corrected: nothing is buffered then. Throws std::bad_alloc without memory for the buffer.
+  BufferedBinaryOutputStream(BinaryOutputStream& sink, unsigned long long bufferSize);
+  ~BufferedBinaryOutputStream() override;
+
+  /// A block that would fill the buffer, or more, has it written out first. One of at least the buffer's size goes
+  /// straight to the sink. If writing out raises, the buffer keeps what it held and nothing of the block is taken.
+  void Write(const void* buffer, unsigned long long count) override;
+
+  void Write(unsigned char byte) override;
+
+  /// Writes out the buffer, and flushes the sink.
+  void Flush() override;
+
+  void AcquireWriteLocks(LockSet& locks) override;
+
+ protected:
+  void DoOutputBufferFlush() override;
+
+ private:
+  void Put(const void* from, unsigned long long count);
+  void WriteAnew(unsigned char byte);
+
+  Mutex m_mutex;  // guards all the others
+  boost::shared_array<unsigned char> m_buffer;
+  unsigned long long m_bufferSize;
+  unsigned long long m_fill = 0;  // bytes that wait in the buffer
+};
+
+}  // namespace Oxa::Core
+
+#endif

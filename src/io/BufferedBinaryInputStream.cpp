@@ -1,0 +1,95 @@
+#include <Infrastructure/OxaCore/io/BufferedStreams.h>
+
+#include <cstring>
+
+namespace Oxa::Core {
+
+const unsigned long long BufferedBinaryInputStream::DEFAULT_BUFFER_SIZE;
+
+BufferedBinaryInputStream::BufferedBinaryInputStream(BinaryInputStream& source, unsigned long long bufferSize)
+    : BinaryInputStreamFilter(source), m_buffer(new unsigned char[bufferSize]), m_bufferSize(bufferSize) {}
+
+BufferedBinaryInputStream::~BufferedBinaryInputStream() = default;
+
+int BufferedBinaryInputStream::Read() {
+  const Lock lock(m_mutex);
+  if (m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
+  return ReadAnew();
+}
+
+// A source may give 0 for "no byte", too, and nobody may see what the buffer held before.
+int BufferedBinaryInputStream::ReadAnew() {
+  DoBufferedInputInvalidation();
+  if (m_bufferSize == 0) {
+    const int byte = m_source->Read();
+    return byte < 0 ? -1 : byte;
+  }
+  if (FillBuffer() < 1) return -1;
+  return m_buffer.get()[m_readIndex++];
+}
+
+long long BufferedBinaryInputStream::Read(void* buffer, long long count) {
+  if (count < 1) return 0;
+  const Lock lock(m_mutex);
+  if (Left() >= static_cast<unsigned long long>(count)) {
+    Take(buffer, static_cast<unsigned long long>(count));
+    return count;
+  }
+  if (Left() != 0) return ReadBeyond(static_cast<unsigned char*>(buffer), count);
+  const long long result = m_source->Read(buffer, count);
+  Refill();
+  return result;
+}
+
+// For a buffer that holds less than `count` bytes: all of them, and what the source gives at once.
+long long BufferedBinaryInputStream::ReadBeyond(unsigned char* to, long long count) {
+  const long long left = static_cast<long long>(Left());
+  Take(to, Left());
+  const long long result = m_source->Read(to + left, count - left);
+  return result > 0 ? left + result : left;
+}
+
+bool BufferedBinaryInputStream::Skip(unsigned long long count) {
+  if (count == 0) return true;
+  const Lock lock(m_mutex);
+  const unsigned long long left = Left();
+  if (left < count) {
+    if (!m_source->Skip(count - left)) return false;
+  } else {
+    m_readIndex += count;
+  }
+  if (left <= count) Refill();
+  return true;
+}
+
+unsigned long long BufferedBinaryInputStream::AvailableBytes() {
+  const Lock lock(m_mutex);
+  return Left() + m_source->AvailableBytes();
+}
+
+void BufferedBinaryInputStream::AcquireReadLocks(LockSet& locks) { AddLock(locks, m_mutex); }
+
+// The lock is held already by whoever calls this.
+void BufferedBinaryInputStream::DoBufferedInputInvalidation() {
+  m_dataSize = 0;
+  m_readIndex = 0;
+}
+
+long long BufferedBinaryInputStream::FillBuffer() {
+  const long long result = m_source->Read(m_buffer.get(), static_cast<long long>(m_bufferSize));
+  if (result >= 0) m_dataSize = static_cast<unsigned long long>(result);
+  return result;
+}
+
+// What the source answers doesn't matter here: it will say so again.
+void BufferedBinaryInputStream::Refill() {
+  DoBufferedInputInvalidation();
+  FillBuffer();
+}
+
+void BufferedBinaryInputStream::Take(void* to, unsigned long long count) {
+  std::memcpy(to, m_buffer.get() + m_readIndex, count);
+  m_readIndex += count;
+}
+
+}  // namespace Oxa::Core

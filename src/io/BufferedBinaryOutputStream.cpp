@@ -1,0 +1,60 @@
+#include <Infrastructure/OxaCore/io/BufferedStreams.h>
+
+#include <cstring>
+
+namespace Oxa::Core {
+
+const unsigned long long BufferedBinaryOutputStream::DEFAULT_BUFFER_SIZE;
+
+BufferedBinaryOutputStream::BufferedBinaryOutputStream(BinaryOutputStream& sink,
+                                                       unsigned long long bufferSize)
+    : BinaryOutputStreamFilter(sink), m_buffer(new unsigned char[bufferSize]), m_bufferSize(bufferSize) {}
+
+BufferedBinaryOutputStream::~BufferedBinaryOutputStream() = default;
+
+void BufferedBinaryOutputStream::Write(unsigned char byte) {
+  const Lock lock(m_mutex);
+  if (m_fill >= m_bufferSize) return WriteAnew(byte);
+  m_buffer.get()[m_fill++] = byte;
+}
+
+// The buffer is full. One without any room stays so.
+void BufferedBinaryOutputStream::WriteAnew(unsigned char byte) {
+  DoOutputBufferFlush();
+  if (m_fill >= m_bufferSize) return m_sink->Write(byte);
+  m_buffer.get()[m_fill++] = byte;
+}
+
+void BufferedBinaryOutputStream::Write(const void* buffer, unsigned long long count) {
+  if (count == 0) return;
+  const Lock lock(m_mutex);
+  if (count < m_bufferSize) {
+    if (count >= m_bufferSize - m_fill) DoOutputBufferFlush();
+    Put(buffer, count);
+  } else {
+    DoOutputBufferFlush();
+    m_sink->Write(buffer, count);
+  }
+}
+
+void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {
+  std::memcpy(m_buffer.get() + m_fill, from, count);
+  m_fill += count;
+}
+
+void BufferedBinaryOutputStream::Flush() {
+  const Lock lock(m_mutex);
+  DoOutputBufferFlush();
+  m_sink->Flush();
+}
+
+void BufferedBinaryOutputStream::AcquireWriteLocks(LockSet& locks) { AddLock(locks, m_mutex); }
+
+// The lock is held already by whoever calls this.
+void BufferedBinaryOutputStream::DoOutputBufferFlush() {
+  if (m_fill == 0) return;
+  m_sink->Write(m_buffer.get(), m_fill);
+  m_fill = 0;
+}
+
+}  // namespace Oxa::Core
