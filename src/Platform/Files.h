@@ -62,6 +62,22 @@ int ListDirectory(const char* folder, const char* pattern, std::vector<std::stri
 /// themselves, their case included.
 bool MatchesPattern(const char* name, const char* pattern) noexcept;
 
+/// What opening does where the file is there, and where it is not.
+enum class EDisposition {
+  eOPEN_EXISTING,  ///< a missing file is a failure: ENOENT
+  eCREATE_NEW,     ///< a file that is there is one: EEXIST
+  eCREATE_ALWAYS,  ///< made, or emptied
+  eOPEN_ALWAYS     ///< opened, or made
+};
+
+struct FileAccess {
+  bool m_bRead = false;
+  bool m_bWrite = false;
+};
+
+/// Where a place in a file is counted from.
+enum class EOrigin { eBEGIN, eCURRENT, eEND };
+
 /// An open file; closes it at the end of its life. Programs that this process starts don't inherit it.
 class FileHandle {
  public:
@@ -78,6 +94,19 @@ class FileHandle {
 
   /// For reading from the beginning. Takes no lock. Refuses folders.
   static FileHandle OpenForReading(const char* name, int& code) noexcept;
+
+  /// For what `access` says, from the beginning, beside others that open the same file this way: one that writes
+  /// has the file for itself and those that read have it together, so that who wants to write fails with
+  /// EWOULDBLOCK while anybody has it; but who only reads comes in beside one that writes already. That holds
+  /// between handles of this process as between processes, for plain files only, and for those who ask: the other
+  /// ways to open a file neither heed nor disturb it. It ends when the process that opened the handle closes it;
+  /// a forked child that closes its copy takes nothing away. Where that process ends without closing, it ends with
+  /// the last of its children that has a copy.
+  ///
+  /// Emptying takes the right to write, also for who then only reads, and happens when nobody else has the file.
+  /// Missing files are made as by OpenForAppend. Refuses folders.
+  static FileHandle OpenShared(const char* name, const FileAccess& access, EDisposition disposition,
+                               int& code) noexcept;
 
   FileHandle() noexcept = default;
   FileHandle(FileHandle&& other) noexcept;
@@ -100,6 +129,12 @@ class FileHandle {
   /// Sets the place of the next Read or Write, counted from the beginning. It may lie behind the end.
   int Seek(std::uint64_t position) noexcept;
 
+  /// Moves the place by `offset` from `origin`, and tells where that is.
+  int Move(std::int64_t offset, EOrigin origin, std::uint64_t& position) noexcept;
+
+  /// Tells the place of the next Read or Write.
+  int Position(std::uint64_t& position) const noexcept;
+
   /// Sets it behind the end, and tells where that is: the length of the file, for half the price of Size. A look
   /// at the status makes the system give the next write a time stamp of its own as well, which costs more still.
   int SeekToEnd(std::uint64_t& position) noexcept;
@@ -111,16 +146,23 @@ class FileHandle {
 
  private:
   static FileHandle Open(const char* name, int flags, int& code) noexcept;
+  int TakeWhatOpeningPromised(const FileAccess& access, EDisposition disposition) noexcept;
+  int Claim(bool alone) noexcept;
+  void GiveUpClaim() noexcept;
 
   int m_iFile = -1;
+  int m_iClaimant = 0;  ///< the process that claimed the file against others; 0 if none did
 };
 
 /// While one stands on a thread, a write beyond the limit for the size of files fails there, where the system
-/// would end the process otherwise. FileHandle::Write puts one up for itself, which costs three calls of the
-/// system; a thread that writes all its life keeps one instead. They may be nested, and die in the reverse order
-/// on the thread that made them.
+/// would end the process otherwise. FileHandle::Write asks whether there is a limit, which costs a small call of
+/// the system, and puts one up for itself where there is, which costs three more; a thread that writes all its
+/// life keeps one instead. They may be nested, and die in the reverse order on the thread that made them.
 class FileLimitGuard {
  public:
+  /// Whether a write on this thread could end the process: there is a limit at the moment, and no guard.
+  static bool IsNeeded() noexcept;
+
   FileLimitGuard() noexcept;
   FileLimitGuard(const FileLimitGuard&) = delete;
   FileLimitGuard& operator=(const FileLimitGuard&) = delete;

@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <optional>
 #include <utility>
 
 #include "Platform/Faults.h"
@@ -16,6 +17,8 @@ namespace {
 
 constexpr mode_t uFILE_MODE = 0666;
 
+static_assert(sizeof(off_t) == sizeof(std::int64_t), "places in files have 64 bits");
+
 // One call of the system, made again as long as signals cut in.
 template <class Call>
 int Again(const Call& call, std::size_t& done) noexcept {
@@ -26,6 +29,11 @@ int Again(const Call& call, std::size_t& done) noexcept {
   } while (result < 0 && errno == EINTR);
   done = result < 0 ? 0 : static_cast<std::size_t>(result);
   return result < 0 ? errno : 0;
+}
+
+int WhenceOf(EOrigin origin) noexcept {
+  if (origin == EOrigin::eBEGIN) return SEEK_SET;
+  return origin == EOrigin::eCURRENT ? SEEK_CUR : SEEK_END;
 }
 
 bool IsDirectory(int file) noexcept {
@@ -67,11 +75,13 @@ FileHandle FileHandle::OpenForReading(const char* name, int& code) noexcept {
   return handle;
 }
 
-FileHandle::FileHandle(FileHandle&& other) noexcept : m_iFile(std::exchange(other.m_iFile, -1)) {}
+FileHandle::FileHandle(FileHandle&& other) noexcept
+    : m_iFile(std::exchange(other.m_iFile, -1)), m_iClaimant(std::exchange(other.m_iClaimant, 0)) {}
 
 FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
   FileHandle taken(std::move(other));  // which may be this one
   std::swap(m_iFile, taken.m_iFile);
+  std::swap(m_iClaimant, taken.m_iClaimant);
   return *this;
 }
 
@@ -80,13 +90,15 @@ FileHandle::~FileHandle() { Close(); }
 int FileHandle::Close() noexcept {
   if (!IsOpen()) return 0;
   const HoldCancellation hold;
+  GiveUpClaim();
   // Closed whatever comes back: once more would close what another thread has opened meanwhile.
   const bool bClosed = close(std::exchange(m_iFile, -1)) == 0 || errno == EINTR;
   return bClosed ? 0 : errno;
 }
 
 int FileHandle::Write(const void* data, std::size_t size, std::size_t& written) noexcept {
-  const FileLimitGuard guard;
+  std::optional<FileLimitGuard> guard;
+  if (FileLimitGuard::IsNeeded()) guard.emplace();
   long result = -1;
   do {
     // The call itself: write() is a place of cancellation, and to be none costs as much as a tenth of the call.
@@ -111,6 +123,20 @@ int FileHandle::SeekToEnd(std::uint64_t& position) noexcept {
   return 0;
 }
 
+int FileHandle::Move(std::int64_t offset, EOrigin origin, std::uint64_t& position) noexcept {
+  const off_t place = lseek(m_iFile, offset, WhenceOf(origin));
+  if (place < 0) return errno;
+  position = static_cast<std::uint64_t>(place);
+  return 0;
+}
+
+int FileHandle::Position(std::uint64_t& position) const noexcept {
+  const off_t place = lseek(m_iFile, 0, SEEK_CUR);
+  if (place < 0) return errno;
+  position = static_cast<std::uint64_t>(place);
+  return 0;
+}
+
 int FileHandle::Size(std::uint64_t& size) const noexcept {
   struct stat facts;
   if (fstat(m_iFile, &facts) != 0) return errno;
@@ -119,7 +145,8 @@ int FileHandle::Size(std::uint64_t& size) const noexcept {
 }
 
 int FileHandle::Truncate(std::uint64_t size) noexcept {
-  const FileLimitGuard guard;
+  std::optional<FileLimitGuard> guard;
+  if (FileLimitGuard::IsNeeded()) guard.emplace();
   std::size_t ignored = 0;
   return Again([&] { return ftruncate(m_iFile, static_cast<off_t>(size)); }, ignored);
 }

@@ -1,6 +1,7 @@
 #include <errno.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <time.h>
 
 #include "Platform/Files.h"
@@ -27,6 +28,12 @@ void DropPending(const sigset_t& signal) noexcept {
 }
 
 }  // namespace
+
+bool FileLimitGuard::IsNeeded() noexcept {
+  if (HasThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT)) return false;
+  rlimit limit;
+  return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+}
 
 FileLimitGuard::FileLimitGuard() noexcept : m_bOutermost(!HasThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT)) {
   if (!m_bOutermost) return;

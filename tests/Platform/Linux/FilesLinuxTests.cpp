@@ -180,6 +180,27 @@ TEST(FilesLinux, AWriteBeyondTheLimitIsShortAndThenFails) {
   EXPECT_FALSE(IsPending(SIGXFSZ));
 }
 
+TEST(FilesLinux, AGuardIsNeededWhereThereIsALimitAndNoGuard) {
+  rlimit limit;
+  ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &limit));
+  EXPECT_EQ(limit.rlim_cur != RLIM_INFINITY, Platform::FileLimitGuard::IsNeeded());
+  LimitFiles();
+  EXPECT_TRUE(Platform::FileLimitGuard::IsNeeded());
+  const Platform::FileLimitGuard guard;
+  EXPECT_FALSE(Platform::FileLimitGuard::IsNeeded());
+}
+
+TEST(FilesLinux, ALimitThatComesWhileAFileIsOpenCountsAtOnce) {
+  const TemporaryFolder folder;
+  FileHandle handle = Appending(folder.File("file"));
+  std::size_t written = 0;
+  const std::string text(uLIMIT, 'x');
+  EXPECT_EQ(0, handle.Write(text.data(), text.size(), written));
+  LimitFiles();
+  EXPECT_EQ(EFBIG, handle.Write("1", 1, written));
+  EXPECT_EQ(0u, written);
+}
+
 TEST(FilesLinux, ACopyBeyondTheLimitIsRemoved) {
   const TemporaryFolder folder;
   const std::string from = folder.Write("from", std::string(uLIMIT * 2, 'x'));
