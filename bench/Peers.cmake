@@ -55,6 +55,8 @@ find_package(LibXml2 QUIET)
 oxacore_peer(LIBXML2 LibXml2::LibXml2)
 find_package(tinyxml2 QUIET)
 oxacore_peer(TINYXML2 tinyxml2::tinyxml2)
+find_package(OpenSSL QUIET COMPONENTS Crypto)
+oxacore_peer(OPENSSL OpenSSL::Crypto)
 find_package(pugixml QUIET)
 oxacore_peer(PUGIXML pugixml::pugixml)
 oxacore_pkg_peer(KJ kj)  # its CMake package stops the whole configuration where libatomic isn't developed with
