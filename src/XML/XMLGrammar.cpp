@@ -8,12 +8,12 @@
 namespace Oxa::Core {
 
 bool XMLParseSink::Recognise(const char* first, const char* last) {
-  return XMLGrammar<XMLParseSink>(*this).IsDocument(first, last);
+  return XMLGrammar<XMLParseSink>(*this).Matches(XMLProductions::document, first, last);
 }
 
 bool XMLParseSink::Recognise(std::istream& stream) {
   XMLStreamWindow window(stream);
-  return XMLGrammar<XMLParseSink>(*this).IsDocument(XMLStreamIterator(window), XMLStreamIterator());
+  return XMLGrammar<XMLParseSink>(*this).Matches(XMLProductions::document, window);
 }
 
 }  // namespace Oxa::Core

@@ -85,70 +85,73 @@ constexpr One<uEXTENDER> Extender{};             // [89]
 
 // Names.
 OXA_XML_PRODUCTION(Name, One<uNAME_START>() >> Any<uNAME_CHAR>());  // [5]
-OXA_XML_PRODUCTION(Names, Name >> *(' ' >> Name));                  // [6]
+OXA_XML_PRODUCTION(Names, Name >> *(Lit(' ') >> Name));             // [6]
 constexpr Some<uNAME_CHAR> Nmtoken{};                               // [7]
-OXA_XML_PRODUCTION(Nmtokens, Nmtoken >> *(' ' >> Nmtoken));         // [8]
+OXA_XML_PRODUCTION(Nmtokens, Nmtoken >> *(Lit(' ') >> Nmtoken));    // [8]
 
 // References.
-OXA_XML_PRODUCTION(EntityRef, '&' >> Name >> ';');  // [68]
-OXA_XML_PRODUCTION(CharRef, (Lit("&#x") >> Some<uHEXADECIMAL>() >> ';') |
-                                (Lit("&#") >> Some<uDECIMAL>() >> ';'));  // [66]
-OXA_XML_PRODUCTION(Reference, EntityRef | CharRef);                       // [67]
-OXA_XML_PRODUCTION(PEReference, '%' >> Name >> ';');                      // [69]
+OXA_XML_PRODUCTION(EntityRef, Lit('&') >> Name >> Lit(';'));  // [68]
+OXA_XML_PRODUCTION(CharRef, (Lit("&#x") >> Some<uHEXADECIMAL>() >> Lit(';')) |
+                                (Lit("&#") >> Some<uDECIMAL>() >> Lit(';')));  // [66]
+OXA_XML_PRODUCTION(Reference, EntityRef | CharRef);                            // [67]
+OXA_XML_PRODUCTION(PEReference, Lit('%') >> Name >> Lit(';'));                 // [69]
 
 // Literals.
 OXA_XML_PRODUCTION(EntityValue,
-                   ('"' >> *(Some<uENTITY_VALUE_IN_QUOT>() | PEReference | Reference) >> '"') |
-                       ('\'' >> *(Some<uENTITY_VALUE_IN_APOS>() | PEReference | Reference) >> '\''));  // [9]
-OXA_XML_PRODUCTION(AttValue, ('"' >> *(Some<uATT_VALUE_IN_QUOT>()[AttributeValueTextAction()] |
-                                       Reference[AttributeValueRefAction()]) >>
-                              '"') |
-                                 ('\'' >> *(Some<uATT_VALUE_IN_APOS>()[AttributeValueTextAction()] |
+                   (Lit('"') >> *(Some<uENTITY_VALUE_IN_QUOT>() | PEReference | Reference) >> Lit('"')) |
+                       (Lit('\'') >> *(Some<uENTITY_VALUE_IN_APOS>() | PEReference | Reference) >>
+                        Lit('\'')));  // [9]
+OXA_XML_PRODUCTION(AttValue, (Lit('"') >> *(Some<uATT_VALUE_IN_QUOT>()[AttributeValueTextAction()] |
                                             Reference[AttributeValueRefAction()]) >>
-                                  '\''));  // [10]
-OXA_XML_PRODUCTION(SystemLiteral, ('"' >> Any<uLITERAL_IN_QUOT>() >> '"') |
-                                      ('\'' >> Any<uLITERAL_IN_APOS>() >> '\''));  // [11]
-OXA_XML_PRODUCTION(PubidLiteral, ('"' >> Any<uPUBID_CHAR>() >> '"') |
-                                     ('\'' >> Any<uPUBID_CHAR_IN_APOS>() >> '\''));  // [12]
+                              Lit('"')) |
+                                 (Lit('\'') >> *(Some<uATT_VALUE_IN_APOS>()[AttributeValueTextAction()] |
+                                                 Reference[AttributeValueRefAction()]) >>
+                                  Lit('\'')));  // [10]
+OXA_XML_PRODUCTION(SystemLiteral, (Lit('"') >> Any<uLITERAL_IN_QUOT>() >> Lit('"')) |
+                                      (Lit('\'') >> Any<uLITERAL_IN_APOS>() >> Lit('\'')));  // [11]
+OXA_XML_PRODUCTION(PubidLiteral, (Lit('"') >> Any<uPUBID_CHAR>() >> Lit('"')) |
+                                     (Lit('\'') >> Any<uPUBID_CHAR_IN_APOS>() >> Lit('\'')));  // [12]
 
 // Character data, comments, processing instructions and CDATA sections.
-OXA_XML_PRODUCTION(CharData, +(Some<uTEXT>() | (spirit::ch_p(']') - Lit("]]>"))));  // [14], if there is some
-OXA_XML_PRODUCTION(Comment, Lit("<!--") >> (*(Some<uCOMMENT_TEXT>() | ('-' >> One<uCOMMENT_TEXT>())) >>
+OXA_XML_PRODUCTION(CharData, +(Some<uTEXT>() | (Lit(']') - Lit("]]>"))));  // [14], if there is some
+OXA_XML_PRODUCTION(Comment, Lit("<!--") >> (*(Some<uCOMMENT_TEXT>() | (Lit('-') >> One<uCOMMENT_TEXT>())) >>
                                             Lit("-->"))[CommentAction()]);  // [15]
-OXA_XML_PRODUCTION(PITarget, Name - ((spirit::ch_p('X') | 'x') >> (spirit::ch_p('M') | 'm') >>
-                                     (spirit::ch_p('L') | 'l')));  // [17]
-OXA_XML_PRODUCTION(PI, Lit("<?") >> PITarget >>
-                           !(S >> *(Some<uPI_TEXT>() | (spirit::ch_p('?') - Lit("?>")))) >>
-                           Lit("?>"));                                                 // [16]
-OXA_XML_PRODUCTION(CDStart, Lit("<![CDATA["));                                         // [19]
-OXA_XML_PRODUCTION(CData, *(Some<uCDATA_TEXT>() | (spirit::ch_p(']') - Lit("]]>"))));  // [20]
-OXA_XML_PRODUCTION(CDEnd, Lit("]]>"));                                                 // [21]
-OXA_XML_PRODUCTION(CDSect, CDStart >> (CData >> CDEnd)[CDataAction()]);                // [18]
+OXA_XML_PRODUCTION(PITarget,
+                   Name - ((Lit('X') | Lit('x')) >> (Lit('M') | Lit('m')) >> (Lit('L') | Lit('l'))));  // [17]
+OXA_XML_PRODUCTION(PI, Lit("<?") >> PITarget >> !(S >> *(Some<uPI_TEXT>() | (Lit('?') - Lit("?>")))) >>
+                           Lit("?>"));                                        // [16]
+OXA_XML_PRODUCTION(CDStart, Lit("<![CDATA["));                                // [19]
+OXA_XML_PRODUCTION(CData, *(Some<uCDATA_TEXT>() | (Lit(']') - Lit("]]>"))));  // [20]
+OXA_XML_PRODUCTION(CDEnd, Lit("]]>"));                                        // [21]
+OXA_XML_PRODUCTION(CDSect, CDStart >> (CData >> CDEnd)[CDataAction()]);       // [18]
 
 // The XML declaration.
-OXA_XML_PRODUCTION(Eq, !S >> '=' >> !S);    // [25]
-constexpr Some<uVERSION_NUM> VersionNum{};  // [26]
+OXA_XML_PRODUCTION(Eq, !S >> Lit('=') >> !S);  // [25]
+constexpr Some<uVERSION_NUM> VersionNum{};     // [26]
 OXA_XML_PRODUCTION(VersionInfo,
-                   S >> Lit("version") >> Eq >> (('\'' >> VersionNum[SetVersionAction()] >> '\'') |
-                                                 ('"' >> VersionNum[SetVersionAction()] >> '"')));  // [24]
-OXA_XML_PRODUCTION(EncName, One<uASCII_LETTER>() >> Any<uENC_NAME>());                              // [81]
+                   S >> Lit("version") >> Eq >>
+                       ((Lit('\'') >> VersionNum[SetVersionAction()] >> Lit('\'')) |
+                        (Lit('"') >> VersionNum[SetVersionAction()] >> Lit('"'))));  // [24]
+OXA_XML_PRODUCTION(EncName, One<uASCII_LETTER>() >> Any<uENC_NAME>());               // [81]
 OXA_XML_PRODUCTION(EncodingDecl,
-                   S >> Lit("encoding") >> Eq >> (('"' >> EncName[SetEncodingAction()] >> '"') |
-                                                  ('\'' >> EncName[SetEncodingAction()] >> '\'')));  // [80]
+                   S >> Lit("encoding") >> Eq >>
+                       ((Lit('"') >> EncName[SetEncodingAction()] >> Lit('"')) |
+                        (Lit('\'') >> EncName[SetEncodingAction()] >> Lit('\''))));  // [80]
 OXA_XML_PRODUCTION(YesOrNo, Lit("yes") | Lit("no"));
 OXA_XML_PRODUCTION(SDDecl,
-                   S >> Lit("standalone") >> Eq >> (('\'' >> YesOrNo[SetStandaloneAction()] >> '\'') |
-                                                    ('"' >> YesOrNo[SetStandaloneAction()] >> '"')));  // [32]
+                   S >> Lit("standalone") >> Eq >>
+                       ((Lit('\'') >> YesOrNo[SetStandaloneAction()] >> Lit('\'')) |
+                        (Lit('"') >> YesOrNo[SetStandaloneAction()] >> Lit('"'))));  // [32]
 OXA_XML_PRODUCTION(XMLDecl,
                    Lit("<?xml") >> VersionInfo >> !EncodingDecl >> !SDDecl >> !S >> Lit("?>"));  // [23]
 
 // Languages, as the first edition has them.
-constexpr Some<uASCII_LETTER> Subcode{};                                                  // [38]
-OXA_XML_PRODUCTION(UserCode, (spirit::ch_p('x') | 'X') >> '-' >> Some<uASCII_LETTER>());  // [37]
-OXA_XML_PRODUCTION(IanaCode, (spirit::ch_p('i') | 'I') >> '-' >> Some<uASCII_LETTER>());  // [36]
-OXA_XML_PRODUCTION(ISO639Code, One<uASCII_LETTER>() >> One<uASCII_LETTER>());             // [35]
-OXA_XML_PRODUCTION(Langcode, ISO639Code | IanaCode | UserCode);                           // [34]
-OXA_XML_PRODUCTION(LanguageID, Langcode >> *('-' >> Subcode));                            // [33]
+constexpr Some<uASCII_LETTER> Subcode{};                                                   // [38]
+OXA_XML_PRODUCTION(UserCode, (Lit('x') | Lit('X')) >> Lit('-') >> Some<uASCII_LETTER>());  // [37]
+OXA_XML_PRODUCTION(IanaCode, (Lit('i') | Lit('I')) >> Lit('-') >> Some<uASCII_LETTER>());  // [36]
+OXA_XML_PRODUCTION(ISO639Code, One<uASCII_LETTER>() >> One<uASCII_LETTER>());              // [35]
+OXA_XML_PRODUCTION(Langcode, ISO639Code | IanaCode | UserCode);                            // [34]
+OXA_XML_PRODUCTION(LanguageID, Langcode >> *(Lit('-') >> Subcode));                        // [33]
 
 // Entities and notations.
 OXA_XML_PRODUCTION(ExternalID, (Lit("SYSTEM") >> S >> SystemLiteral) |
@@ -156,13 +159,13 @@ OXA_XML_PRODUCTION(ExternalID, (Lit("SYSTEM") >> S >> SystemLiteral) |
 OXA_XML_PRODUCTION(NDataDecl, S >> Lit("NDATA") >> S >> Name);                                   // [76]
 OXA_XML_PRODUCTION(EntityDef, EntityValue | (ExternalID >> !NDataDecl));                         // [73]
 OXA_XML_PRODUCTION(PEDef, EntityValue | ExternalID);                                             // [74]
-OXA_XML_PRODUCTION(GEDecl, Lit("<!ENTITY") >> S >> Name >> S >> EntityDef >> !S >> '>');         // [71]
+OXA_XML_PRODUCTION(GEDecl, Lit("<!ENTITY") >> S >> Name >> S >> EntityDef >> !S >> Lit('>'));    // [71]
 OXA_XML_PRODUCTION(PEDecl,
-                   Lit("<!ENTITY") >> S >> '%' >> S >> Name >> S >> PEDef >> !S >> '>');  // [72]
-OXA_XML_PRODUCTION(EntityDecl, GEDecl | PEDecl);                                          // [70]
-OXA_XML_PRODUCTION(PublicID, Lit("PUBLIC") >> S >> PubidLiteral);                         // [83]
+                   Lit("<!ENTITY") >> S >> Lit('%') >> S >> Name >> S >> PEDef >> !S >> Lit('>'));  // [72]
+OXA_XML_PRODUCTION(EntityDecl, GEDecl | PEDecl);                                                    // [70]
+OXA_XML_PRODUCTION(PublicID, Lit("PUBLIC") >> S >> PubidLiteral);                                   // [83]
 OXA_XML_PRODUCTION(NotationDecl,
-                   Lit("<!NOTATION") >> S >> Name >> S >> (ExternalID | PublicID) >> !S >> '>');  // [82]
+                   Lit("<!NOTATION") >> S >> Name >> S >> (ExternalID | PublicID) >> !S >> Lit('>'));  // [82]
 
 // The declaration of an element. Groups are opened and closed around names, so that what is inside which is a
 // matter of counting.
@@ -192,41 +195,44 @@ inline bool Separate(State& state, bool choice) {
 inline bool SeparateChoice(State& state) { return Separate(state, true); }
 inline bool SeparateSequence(State& state) { return Separate(state, false); }
 
-OXA_XML_PRODUCTION(Occurrence, spirit::ch_p('?') | '*' | '+');
-OXA_XML_PRODUCTION(groupStart, '(' >> Step<&OpenGroup>() >> !S);
-OXA_XML_PRODUCTION(groupEnd, !S >> ')' >> Step<&CloseGroup>() >> !Occurrence);
+OXA_XML_PRODUCTION(Occurrence, Lit('?') | Lit('*') | Lit('+'));
+OXA_XML_PRODUCTION(groupStart, Lit('(') >> Step<&OpenGroup>() >> !S);
+OXA_XML_PRODUCTION(groupEnd, !S >> Lit(')') >> Step<&CloseGroup>() >> !Occurrence);
 OXA_XML_PRODUCTION(separator,
-                   ('|' >> Step<&SeparateChoice>()) | (',' >> Step<&SeparateSequence>()));  // of [49], [50]
-OXA_XML_PRODUCTION(cp, *groupStart >> Name >> !Occurrence >> *groupEnd);                    // [48]
+                   (Lit('|') >> Step<&SeparateChoice>()) |
+                       (Lit(',') >> Step<&SeparateSequence>()));          // of [49], [50]
+OXA_XML_PRODUCTION(cp, *groupStart >> Name >> !Occurrence >> *groupEnd);  // [48]
 OXA_XML_PRODUCTION(children, Step<&BeginGroups>() >> groupStart >> cp >>
                                  while_p(Step<&IsInGroup>())[!S >> separator >> !S >> cp]);  // [47]
-OXA_XML_PRODUCTION(Mixed, ('(' >> !S >> Lit("#PCDATA") >> *(!S >> '|' >> !S >> Name) >> !S >> Lit(")*")) |
-                              ('(' >> !S >> Lit("#PCDATA") >> !S >> ')'));      // [51]
+OXA_XML_PRODUCTION(Mixed,
+                   (Lit('(') >> !S >> Lit("#PCDATA") >> *(!S >> Lit('|') >> !S >> Name) >> !S >> Lit(")*")) |
+                       (Lit('(') >> !S >> Lit("#PCDATA") >> !S >> Lit(')')));   // [51]
 OXA_XML_PRODUCTION(contentspec, Lit("EMPTY") | Lit("ANY") | Mixed | children);  // [46]
 OXA_XML_PRODUCTION(elementdecl,
-                   Lit("<!ELEMENT") >> S >> Name >> S >> contentspec >> !S >> '>');  // [45]
+                   Lit("<!ELEMENT") >> S >> Name >> S >> contentspec >> !S >> Lit('>'));  // [45]
 
 // The declaration of attributes.
 OXA_XML_PRODUCTION(StringType, Lit("CDATA"));  // [55]
 OXA_XML_PRODUCTION(TokenizedType, Lit("IDREFS") | Lit("IDREF") | Lit("ID") | Lit("ENTITIES") | Lit("ENTITY") |
                                       Lit("NMTOKENS") | Lit("NMTOKEN"));  // [56]
-OXA_XML_PRODUCTION(NotationType, Lit("NOTATION") >> S >> '(' >> !S >> Name >> *(!S >> '|' >> !S >> Name) >>
-                                     !S >> ')');  // [58]
+OXA_XML_PRODUCTION(NotationType, Lit("NOTATION") >> S >> Lit('(') >> !S >> Name >>
+                                     *(!S >> Lit('|') >> !S >> Name) >> !S >> Lit(')'));  // [58]
 OXA_XML_PRODUCTION(Enumeration,
-                   '(' >> !S >> Nmtoken >> *(!S >> '|' >> !S >> Nmtoken) >> !S >> ')');  // [59]
-OXA_XML_PRODUCTION(EnumeratedType, NotationType | Enumeration);                          // [57]
-OXA_XML_PRODUCTION(AttType, StringType | TokenizedType | EnumeratedType);                // [54]
+                   Lit('(') >> !S >> Nmtoken >> *(!S >> Lit('|') >> !S >> Nmtoken) >> !S >>
+                       Lit(')'));                                          // [59]
+OXA_XML_PRODUCTION(EnumeratedType, NotationType | Enumeration);            // [57]
+OXA_XML_PRODUCTION(AttType, StringType | TokenizedType | EnumeratedType);  // [54]
 OXA_XML_PRODUCTION(DefaultDecl,
                    Lit("#REQUIRED") | Lit("#IMPLIED") | (!(Lit("#FIXED") >> S) >> AttValue));  // [60]
 OXA_XML_PRODUCTION(AttDef, S >> Name >> S >> AttType >> S >> DefaultDecl);                     // [53]
-OXA_XML_PRODUCTION(AttlistDecl, Lit("<!ATTLIST") >> S >> Name >> *AttDef >> !S >> '>');        // [52]
+OXA_XML_PRODUCTION(AttlistDecl, Lit("<!ATTLIST") >> S >> Name >> *AttDef >> !S >> Lit('>'));   // [52]
 
 // The document type declaration.
 OXA_XML_PRODUCTION(markupdecl, elementdecl | AttlistDecl | EntityDecl | NotationDecl | PI | Comment);  // [29]
 OXA_XML_PRODUCTION(DeclSep, PEReference | S);                            // [28a]
 OXA_XML_PRODUCTION(intSubset, *(checkpoint >> (markupdecl | DeclSep)));  // [28b]
 OXA_XML_PRODUCTION(doctypedecl, Lit("<!DOCTYPE") >> S >> Name >> !(S >> ExternalID) >> !S >>
-                                    if_p(spirit::ch_p('['))[intSubset >> ']' >> !S] >> '>');  // [28]
+                                    if_p(Lit('['))[intSubset >> Lit(']') >> !S] >> Lit('>'));  // [28]
 
 // Elements. A tag is the beginning of an element or, with "/>", a whole one.
 inline bool EnterElement(State& state) {
@@ -241,13 +247,15 @@ inline bool LeaveElement(State& state) {
 
 OXA_XML_PRODUCTION(Attribute, (Name[AttributeNameAction()] >> Eq >>
                                AttValue[AttributeValueAction()])[AttributeAction()]);  // [41]
-OXA_XML_PRODUCTION(tag, '<' >> Name[StartTagAction()] >> *(S >> Attribute) >> !S >>
-                            (('>' >> Step<&EnterElement>())[StartTagContentAction()] |
+OXA_XML_PRODUCTION(tag, Lit('<') >> Name[StartTagAction()] >> *(S >> Attribute) >> !S >>
+                            ((Lit('>') >> Step<&EnterElement>())[StartTagContentAction()] |
                              Lit("/>")[EndEmptyTagAction()]));  // [40], [44]
-OXA_XML_PRODUCTION(ETag, Lit("</") >> Name[EndTagAction()] >> !S >> '>' >> Step<&LeaveElement>());  // [42]
+OXA_XML_PRODUCTION(ETag,
+                   Lit("</") >> Name[EndTagAction()] >> !S >> Lit('>') >> Step<&LeaveElement>());  // [42]
 OXA_XML_PRODUCTION(contentBesideTags, Reference[ContentReferenceAction()] | CDSect | Comment | PI);
 OXA_XML_PRODUCTION(contentItem, CharData[TextAction()] | ETag | tag | contentBesideTags);
-OXA_XML_PRODUCTION(element, tag >> while_p(Step<&IsInElement>())[checkpoint >> contentItem]);  // [39]
+OXA_XML_PRODUCTION(
+    element, tag >> while_p(Step<&IsInElement>())[checkpoint >> Attempted<contentItemProduction>()]);  // [39]
 // [43], where no element is around it.
 OXA_XML_PRODUCTION(content, *(CharData[TextAction()] | element | contentBesideTags));
 
@@ -288,14 +296,15 @@ inline bool CloseIgnored(State& state) {
   return true;
 }
 
-OXA_XML_PRODUCTION(Ignore, *(Some<uIGNORE_TEXT>() | (spirit::ch_p('<') - Lit("<![")) |
-                             (spirit::ch_p(']') - Lit("]]>"))));  // [65]
+OXA_XML_PRODUCTION(Ignore,
+                   *(Some<uIGNORE_TEXT>() | (Lit('<') - Lit("<![")) | (Lit(']') - Lit("]]>"))));  // [65]
 OXA_XML_PRODUCTION(ignoreSect,
-                   Lit("<![") >> !S >> Lit("IGNORE") >> !S >> '[' >> Step<&BeginIgnored>() >>
+                   Lit("<![") >> !S >> Lit("IGNORE") >> !S >> Lit('[') >> Step<&BeginIgnored>() >>
                        while_p(Step<&IsIgnored>())[Ignore >> ((Lit("<![") >> Step<&OpenIgnored>()) |
                                                               (Lit("]]>") >> Step<&CloseIgnored>()))]);
 // [63], with [64]
-OXA_XML_PRODUCTION(includeStart, Lit("<![") >> !S >> Lit("INCLUDE") >> !S >> '[' >> Step<&OpenIncluded>());
+OXA_XML_PRODUCTION(includeStart,
+                   Lit("<![") >> !S >> Lit("INCLUDE") >> !S >> Lit('[') >> Step<&OpenIncluded>());
 OXA_XML_PRODUCTION(includeEnd, Lit("]]>") >> Step<&CloseIncluded>());  // [62] is what stands between the two
 OXA_XML_PRODUCTION(extSubsetDecl, Step<&BeginIncluded>() >>
                                       *(markupdecl | includeStart | includeEnd | ignoreSect | DeclSep) >>
@@ -311,29 +320,27 @@ OXA_XML_PRODUCTION(extPE, !TextDecl >> extSubsetDecl);                          
 template <class Parser>
 class XMLGrammar {
  public:
-  explicit XMLGrammar(Parser& parser) : m_rParser(parser) {}
+  explicit XMLGrammar(Parser& parser) : m_run{parser, {}} {}
 
-  /// Whether `production` matches all from `first` to `last`.
-  template <class Production, class Iterator>
-  bool Matches(const Production& production, Iterator first, const Iterator& last) {
-    namespace spirit = boost::spirit::classic;
-    using Policies = spirit::scanner_policies<spirit::iteration_policy, spirit::match_policy,
-                                              XMLGrammarParts::ActionPolicy<Parser>>;
-    const Policies policies(spirit::iteration_policy(), spirit::match_policy(),
-                            XMLGrammarParts::ActionPolicy<Parser>(m_rParser, m_state));
-    const spirit::scanner<Iterator, Policies> scanner(first, last, policies);
-    return production.parse(scanner) && first == last;
+  /// Whether `production` matches the whole text.
+  template <class Production>
+  bool Matches(const Production& production, const char* first, const char* last) {
+    return Work<XMLGrammarParts::TextForm>(production, first, last);
   }
 
-  /// Whether the whole input is a document.
-  template <class Iterator>
-  bool IsDocument(const Iterator& first, const Iterator& last) {
-    return Matches(XMLProductions::document, first, last);
+  /// Whether `production` matches all that the stream gives.
+  template <class Production>
+  bool Matches(const Production& production, XMLStreamWindow& window) {
+    return Work<XMLGrammarParts::StreamForm>(production, XMLStreamIterator(window), XMLStreamIterator());
   }
 
  private:
-  Parser& m_rParser;
-  XMLGrammarParts::State m_state;
+  template <class Form, class Production, class Iterator>
+  bool Work(const Production& production, Iterator first, const Iterator& last) {
+    return production.parse(XMLGrammarParts::MakeScanner<Form>(m_run, first, last)) && first == last;
+  }
+
+  XMLGrammarParts::Run<Parser> m_run;
 };
 
 }  // namespace Oxa::Core

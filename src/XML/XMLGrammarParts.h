@@ -6,6 +6,7 @@
 #include <bitset>
 #include <boost/spirit/include/classic_core.hpp>
 #include <cstddef>
+#include <type_traits>
 
 #include "XML/XMLCharacters.h"
 #include "XML/XMLStreamIterator.h"
@@ -25,9 +26,24 @@ struct State {
   std::bitset<uMAX_GROUPS> choices;    ///< ... and whether it is "|"
   std::size_t included = 0;            ///< open INCLUDE sections
   std::size_t ignored = 0;             ///< open IGNORE sections
+
+  // An attempt to match what a stream's window holds at the moment.
+  bool ranOut = false;  ///< it has come to the end of the window: what it finds from now on doesn't count
+  std::size_t delivered = 0;  ///< how many actions it has called before
+  std::size_t repeated = 0;   ///< how many the second try, step by step, has yet to leave out
 };
 
-// How both kinds of iterators are stepped over a run of characters, remembered, and turned into text.
+// How iterators are remembered and turned into text.
+inline void SetCheckpoint(const char*) {}
+inline void SetCheckpoint(const XMLStreamIterator& at) { at.Checkpoint(); }
+inline const char* BeginOf(const char* first) { return first; }
+inline const char* BeginOf(const XMLStreamIterator& first) { return first.Begin(); }
+inline const char* EndOf(const char*, const char* last) { return last; }
+inline const char* EndOf(const XMLStreamIterator& first, const XMLStreamIterator& last) {
+  return first.End(last);
+}
+
+// Steps over a run of characters; gives their number.
 template <class Accepts>
 std::size_t Skip(const char*& first, const char* last, const Accepts& accepts) {
   const char* const begin = first;
@@ -38,31 +54,75 @@ template <class Accepts>
 std::size_t Skip(XMLStreamIterator& first, const XMLStreamIterator&, const Accepts& accepts) {
   return first.Skip(accepts);
 }
-inline void SetCheckpoint(const char*) {}
-inline void SetCheckpoint(const XMLStreamIterator& at) { at.Checkpoint(); }
-inline const char* BeginOf(const char* first) { return first; }
-inline const char* BeginOf(const XMLStreamIterator& first) { return first.Begin(); }
-inline const char* EndOf(const char*, const char* last) { return last; }
-inline const char* EndOf(const XMLStreamIterator& first, const XMLStreamIterator& last) {
-  return first.End(last);
-}
 
-/// Carries the parser whose operations the actions call, and the state of the run, through the scanner.
+/// What a run works on.
 template <class Parser>
+struct Run {
+  Parser& parser;  ///< whose operations the actions call
+  State state;
+};
+
+/// Carries the run through the scanner, and calls the actions that the form of input wants.
+template <class Parser, class Form>
 class ActionPolicy {
  public:
-  ActionPolicy(Parser& parser, State& state) : m_pParser(&parser), m_pState(&state) {}
+  using ParserType = Parser;
+  using FormType = Form;
+
+  explicit ActionPolicy(Run<Parser>* run) : m_pRun(run) {}
 
   template <class Action, class Attribute, class Iterator>
   void do_action(const Action& action, Attribute&, const Iterator& first, const Iterator& last) const {
-    action(*m_pParser, BeginOf(first), EndOf(first, last));
+    if (Form::WantsAction(m_pRun->state)) action(m_pRun->parser, BeginOf(first), EndOf(first, last));
   }
-  State& GetState() const { return *m_pState; }
+  Run<Parser>& GetRun() const { return *m_pRun; }
+  State& GetState() const { return m_pRun->state; }
 
  private:
-  Parser* m_pParser;
-  State* m_pState;
+  Run<Parser>* m_pRun;
 };
+
+/// A whole text.
+struct TextForm : spirit::iteration_policy {
+  static bool WantsAction(State&) { return true; }
+};
+
+/// What a stream's window holds at the moment, as a text that may go on.
+struct AttemptForm : spirit::iteration_policy {
+  template <class Scanner>
+  bool at_end(const Scanner& scan) const {
+    if (scan.first != scan.last) return false;
+    scan.GetState().ranOut = true;
+    return true;
+  }
+  static bool WantsAction(State& state) {
+    if (state.ranOut) return false;
+    ++state.delivered;
+    return true;
+  }
+};
+
+/// A stream, step by step.
+struct StreamForm : spirit::iteration_policy {
+  template <class Scanner>
+  bool at_end(const Scanner& scan) const {
+    return scan.first.IsEnd();
+  }
+  static bool WantsAction(State& state) {
+    if (state.repeated == 0) return true;
+    --state.repeated;
+    return false;
+  }
+};
+
+/// The scanner of a form.
+template <class Form, class Parser, class Iterator>
+auto MakeScanner(Run<Parser>& run, Iterator& first, const Iterator& last) {
+  using Actions = ActionPolicy<Parser, Form>;
+  using Policies = spirit::scanner_policies<Form, spirit::match_policy, Actions>;
+  return spirit::scanner<Iterator, Policies>(first, last,
+                                             Policies(Form(), spirit::match_policy(), Actions(&run)));
+}
 
 using Match = spirit::match<spirit::nil_t>;
 
@@ -91,7 +151,10 @@ template <XMLCharacters::Set uSets>
 struct Any : Part<Any<uSets>> {
   template <class Scanner>
   Match parse(const Scanner& scan) const {
-    return Match(Skip(scan.first, scan.last, [](char c) { return XMLCharacters::IsIn(uSets, c); }));
+    const std::size_t size =
+        Skip(scan.first, scan.last, [](char c) { return XMLCharacters::IsIn(uSets, c); });
+    if (scan.first == scan.last) static_cast<void>(scan.at_end());  // an attempt has to know
+    return Match(size);
   }
 };
 
@@ -103,6 +166,22 @@ struct Some : Part<Some<uSets>> {
     const Match all = Any<uSets>().parse(scan);
     return all.length() > 0 ? all : Match();
   }
+};
+
+/// One certain character. Spirit's own builds a scanner for each.
+class Character : public Part<Character> {
+ public:
+  constexpr explicit Character(char c) : m_c(c) {}
+
+  template <class Scanner>
+  Match parse(const Scanner& scan) const {
+    if (scan.at_end() || *scan != m_c) return Match();
+    ++scan;
+    return Match(1);
+  }
+
+ private:
+  char m_c;
 };
 
 /// A text as it stands.
@@ -121,6 +200,8 @@ class Literal : public Part<Literal<uSize>> {
  private:
   const char* m_pText;
 };
+
+constexpr Character Lit(char c) { return Character(c); }
 
 template <std::size_t uSize>
 constexpr Literal<uSize> Lit(const char (&text)[uSize]) {
@@ -144,6 +225,43 @@ struct Checkpoint : Part<Checkpoint> {
   Match parse(const Scanner& scan) const {
     SetCheckpoint(scan.first);
     return Match(0);
+  }
+};
+
+/// Matches `subject`. In a stream what the window holds is tried first, at the speed of a text. Only what
+/// reaches beyond is done again step by step, without the actions that have taken place.
+template <class Subject>
+struct Attempted : Part<Attempted<Subject>> {
+  template <class Scanner>
+  Match parse(const Scanner& scan) const {
+    if constexpr (std::is_same_v<typename Scanner::FormType, StreamForm>)
+      return ParseStream(scan);
+    else
+      return Subject().parse(scan);
+  }
+
+ private:
+  template <class Scanner>
+  static Match ParseStream(const Scanner& scan) {
+    State& state = scan.GetState();
+    const std::size_t elements = state.elements;
+    state.ranOut = false;
+    state.delivered = 0;
+    const Match attempt = ParseWindow(scan);
+    if (!state.ranOut) return attempt;
+    state.elements = elements;
+    state.repeated = state.delivered;
+    return Subject().parse(scan);
+  }
+
+  template <class Scanner>
+  static Match ParseWindow(const Scanner& scan) {
+    const char* const begin = scan.first.Begin();
+    const char* at = begin;
+    const char* const end = begin + scan.first.GetSize();
+    const Match match = Subject().parse(MakeScanner<AttemptForm>(scan.GetRun(), at, end));
+    if (!scan.GetState().ranOut) scan.first += static_cast<std::size_t>(at - begin);
+    return match;
   }
 };
 

@@ -24,26 +24,19 @@ class XMLStreamWindow {
   explicit XMLStreamWindow(std::istream& stream, std::size_t room = 16384)
       : m_input(stream), m_buffer(room) {}
 
-  /// The characters from position `at` on, as many as are there, at least one; reads on if need be. None at
-  /// the end. `size` is their number. Throws illegal_backtracking if they have been forgotten.
-  const char* From(std::uint64_t at, std::size_t& size) {
-    const std::uint64_t index = at - m_uForgotten;
-    if (index >= m_uFilled && !ReadOn(at)) {
-      size = 0;
-      return nullptr;
-    }
-    size = m_uFilled - static_cast<std::size_t>(at - m_uForgotten);
-    return &m_buffer[static_cast<std::size_t>(at - m_uForgotten)];
+  /// Whether the input ends at `at`; reads on if need be. Throws illegal_backtracking if what stands there has
+  /// been forgotten.
+  bool IsEnd(std::uint64_t at) {
+    return at - m_uForgotten >= m_uFilled && !ReadOn(at);  // what is forgotten wraps around to large numbers
   }
 
-  /// The character at `at`, which must not lie beyond the end; fails as From.
-  char At(std::uint64_t at) {
-    const std::uint64_t index = at - m_uForgotten;
-    if (index >= m_uFilled && !ReadOn(at)) return 0;
-    return m_buffer[static_cast<std::size_t>(at - m_uForgotten)];
-  }
+  /// The character at `at`, of which IsEnd has said that there is one.
+  char At(std::uint64_t at) const { return *Kept(at); }
 
-  bool IsEnd(std::uint64_t at) { return at - m_uForgotten >= m_uFilled && !ReadOn(at); }
+  /// How many characters are there from `at` on, where the input doesn't end.
+  std::size_t GetSize(std::uint64_t at) const {
+    return m_uFilled - static_cast<std::size_t>(at - m_uForgotten);
+  }
 
   /// The characters that were read from `at` on and are still kept.
   const char* Kept(std::uint64_t at) const {
@@ -89,10 +82,20 @@ class XMLStreamIterator {
     return before;
   }
   bool operator==(const XMLStreamIterator& other) const {
-    if (other.m_pWindow == nullptr) return m_pWindow == nullptr || m_pWindow->IsEnd(m_uAt);
+    if (other.m_pWindow == nullptr) return m_pWindow == nullptr || IsEnd();
     return m_pWindow == other.m_pWindow && m_uAt == other.m_uAt;
   }
   bool operator!=(const XMLStreamIterator& other) const { return !(*this == other); }
+
+  /// Whether there is nothing more; not asked of the one that stands for the end.
+  bool IsEnd() const { return m_pWindow->IsEnd(m_uAt); }
+
+  /// How many characters from here on are in the window.
+  std::size_t GetSize() const { return m_pWindow->GetSize(m_uAt); }
+  XMLStreamIterator& operator+=(std::size_t count) {
+    m_uAt += count;
+    return *this;
+  }
 
   void Checkpoint() const { m_pWindow->Checkpoint(m_uAt); }
 
@@ -100,10 +103,10 @@ class XMLStreamIterator {
   template <class Accepts>
   std::size_t Skip(const Accepts& accepts) {
     const std::uint64_t begin = m_uAt;
-    std::size_t size = 0;
-    while (const char* span = m_pWindow->From(m_uAt, size)) {
+    while (!IsEnd()) {
+      const char* const span = Begin();
+      const char* const end = span + GetSize();
       const char* at = span;
-      const char* const end = span + size;
       while (at != end && accepts(*at)) ++at;
       m_uAt += static_cast<std::size_t>(at - span);
       if (at != end) break;
