@@ -17,6 +17,7 @@
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
+#include <Infrastructure/OxaCore/WrappingFileStream.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <cstddef>
@@ -162,6 +163,9 @@ const std::string& UnknownError::sCATEGORY = ImmortalText("Unknown");
 
 const std::string& InvalidParameter::sPARAM_NAME = ImmortalText("ParamName");
 const std::string& InvalidParameter::sPARAM_VALUE = ImmortalText("ParamValue");
+
+// Where logs of hosts complain.
+const std::string& WrappingFileStream::s_logPath = ImmortalText("OxaCore.WrappingFileStream");
 
 namespace {
 

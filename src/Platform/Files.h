@@ -4,10 +4,10 @@
 // "/" both separate their parts. A drive or a server is no more than a part of a name. Symbolic links are
 // followed, except by RemoveFile, RemoveDirectory and RenameFile, which are about the links themselves.
 //
-// No function raises or throws, takes a lock of ours or logs, and none is a place where the cancellation of a
-// thread happens. Those that give an int give 0 or the system's error code; results are untouched when they
-// fail, unless an operation says otherwise. Any thread may call anything, but one FileHandle belongs to one
-// thread at a time.
+// No function raises or throws (but for std::bad_alloc where that is said), takes a lock of ours or logs, and none
+// is a place where the cancellation of a thread happens. Those that give an int give 0 or the system's error code;
+// results are untouched when they fail, unless an operation says otherwise. Any thread may call anything, but one
+// FileHandle belongs to one thread at a time.
 #ifndef OXACORE_PLATFORM_FILES_H
 #define OXACORE_PLATFORM_FILES_H
 
@@ -61,6 +61,10 @@ int ListDirectory(const char* folder, const char* pattern, std::vector<std::stri
 /// Whether all of `name` matches: "*" stands for any characters or none, "?" for one, and all others for
 /// themselves, their case included.
 bool MatchesPattern(const char* name, const char* pattern) noexcept;
+
+/// The name with this system's separators only: for those that open files by other means than this header. Throws
+/// nothing but std::bad_alloc.
+std::string NameForSystem(std::string name);
 
 /// What opening does where the file is there, and where it is not.
 enum class EDisposition {

@@ -282,6 +282,11 @@ TEST(Files, ALargeFolderIsListedWhole) {
   EXPECT_EQ(expected, Listed(folder.Path(), "a*"));
 }
 
+TEST(Files, NameForSystemHasItsSeparatorsOnly) {
+  EXPECT_EQ("a/b//c.d/", Platform::NameForSystem("a\\b/\\c.d\\"));
+  EXPECT_EQ("", Platform::NameForSystem(""));
+}
+
 TEST(NamePattern, StarAndQuestionMark) {
   struct Case {
     const char* name;

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 #include <system_error>
 
@@ -40,6 +41,16 @@ class TemporaryFolder {
   std::string Write(const std::string& name, const std::string& bytes) const {
     std::ofstream(File(name), std::ios::binary) << bytes;
     return File(name);
+  }
+
+  std::string Read(const std::string& name) const { return ReadFile(File(name)); }
+  bool Has(const std::string& name) const { return std::filesystem::exists(File(name)); }
+
+  std::set<std::string> Names() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
+      names.insert(entry.path().filename().string());
+    return names;
   }
 
  private:

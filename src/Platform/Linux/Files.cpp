@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "Platform/Linux/FileName.h"
 
 namespace Oxa::Core::Platform {
@@ -45,6 +47,11 @@ int WithNames(const char* from, const char* to, const Operation& operation) noex
 }
 
 }  // namespace
+
+std::string NameForSystem(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
 
 int Status(const char* name, FileStatus& status) noexcept {
   struct stat facts;

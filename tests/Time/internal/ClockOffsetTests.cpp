@@ -13,6 +13,7 @@
 #include <string>
 
 #include "Core/LibraryState.h"
+#include "Support/ClockAndZones.h"
 #include "Time/LocalTime.h"
 
 #include "Platform/Clock.h"
@@ -21,34 +22,8 @@ namespace {
 
 using namespace Oxa::Core;
 
-// Puts the clock at a moment for as long as this lives.
-class ClockAt {
- public:
-  explicit ClockAt(const Time& moment) { Platform::SetClockOffset((moment - Time()).GetRawTimerTicks(), 0); }
-  ~ClockAt() { Platform::SetClockOffset(0, 0); }
-};
-
-// The zone of the moment and the zone of the load, both as they were before once this is gone.
-class Zones {
- public:
-  Zones(const char* ofLoad, const char* ofTheMoment)
-      : m_bWasSet(std::getenv("TZ") != nullptr), m_sBefore(m_bWasSet ? std::getenv("TZ") : "") {
-    ::setenv("TZ", ofLoad, 1);
-    EXPECT_EQ(0, Platform::LoadZone());
-    ::setenv("TZ", ofTheMoment, 1);
-  }
-  explicit Zones(const char* both) : Zones(both, both) {}
-  Zones(const Zones&) = delete;
-  Zones& operator=(const Zones&) = delete;
-  ~Zones() {
-    m_bWasSet ? ::setenv("TZ", m_sBefore.c_str(), 1) : ::unsetenv("TZ");
-    Platform::LoadZone();
-  }
-
- private:
-  bool m_bWasSet;
-  std::string m_sBefore;
-};
+using TestSupport::ClockAt;
+using TestSupport::Zones;
 
 TEST(ClockOffset, TheYearOfADateIsTheLocalYearOfNow) {
   const ClockAt clock(Time(6, 1, 2031, Elapse()));
