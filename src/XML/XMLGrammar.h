@@ -323,8 +323,8 @@ class XMLGrammar {
   explicit XMLGrammar(Parser& parser) : m_run{parser, {}} {}
 
   /// Whether `production` matches the whole text.
-  template <class Production>
-  bool Matches(const Production& production, const char* first, const char* last) {
+  template <class Production, class Iterator>
+  bool Matches(const Production& production, const Iterator& first, const Iterator& last) {
     return Work<XMLGrammarParts::TextForm>(production, first, last);
   }
 

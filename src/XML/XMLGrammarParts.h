@@ -44,9 +44,9 @@ inline const char* EndOf(const XMLStreamIterator& first, const XMLStreamIterator
 }
 
 // Steps over a run of characters; gives their number.
-template <class Accepts>
-std::size_t Skip(const char*& first, const char* last, const Accepts& accepts) {
-  const char* const begin = first;
+template <class Iterator, class Accepts>
+std::size_t Skip(Iterator& first, const Iterator& last, const Accepts& accepts) {
+  const Iterator begin = first;
   while (first != last && accepts(*first)) ++first;
   return static_cast<std::size_t>(first - begin);
 }
