@@ -1,9 +1,12 @@
 // What one entry of the default log costs: its text, and its way to the disk with the lock between processes and
 // the test of the length that go with each.
+#include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <boost/make_shared.hpp>
 #include <filesystem>
+#include <ostream>
 #include <sstream>
 #include <string>
 
@@ -11,6 +14,7 @@
 #include "Log/DefaultLogEntriesFile.h"
 #include "Log/LogEntryText.h"
 #include "Log/LogFileMutex.h"
+#include "XML/PrettyPrintFormatter.h"
 
 #include "Platform/Files.h"
 
@@ -48,6 +52,68 @@ void WriterText(benchmark::State& state) {
   }
 }
 OXA_BENCH("Log entry as text", "XMLWriter", WriterText);
+
+// An alert on its way into the log: what a raise has told of it, as XML, comes into its entry laid out anew.
+OxaLogEntry AlertEntry() {
+  OxaLogEntry entry = TypicalEntry();
+  entry.m_sForm = "xml";
+  try {
+    OXA_RAISE_ERROR("Bench.Alert", LogicError("Read of 1024 bytes failed: the other end is gone"));
+  } catch (Error& error) {
+    std::ostringstream text;
+    XMLWriter writer;
+    error.ToXML(writer, text, "Error Raised");
+    entry.m_sMessage = text.str();
+  }
+  return entry;
+}
+
+// Lays nothing out anew.
+class CopyingFormatter : public PrettyPrintFormatter {
+ public:
+  void FormatMarkup(std::ostream& os, const String& markup) override {
+    os.write(markup.data(), static_cast<std::streamsize>(markup.size()));
+  }
+};
+
+void OursAlert(benchmark::State& state) {
+  const OxaLogEntry entry = AlertEntry();
+  for (auto _ : state) {
+    const BriefLogEntryText text(entry);
+    benchmark::DoNotOptimize(text.Get().data());
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(entry.m_sMessage.size()) * state.iterations());
+}
+OXA_BENCH("Alert's log entry as text", "Ours", OursAlert);
+
+void CopiedAlert(benchmark::State& state) {
+  const OxaLogEntry entry = AlertEntry();
+  for (auto _ : state) {
+    std::ostringstream out;
+    XMLWriter writer(boost::make_shared<CopyingFormatter>());
+    out << writer.StartTag("LogEntry") << writer.Attribute("Severity", "Informational")
+        << writer.Tag("TimeStamp", entry.m_time.ToString()) << writer.Tag("LogName", entry.m_sLoggerPath)
+        << writer.Markup(entry.m_sMessage) << writer.EndAllTags();
+    benchmark::DoNotOptimize(out.str().append("\n").append(sLOG_ENTRY_SEPARATOR).data());
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(entry.m_sMessage.size()) * state.iterations());
+}
+OXA_BENCH("Alert's log entry as text", "copied through", CopiedAlert);
+
+// Without the parse: the same alert written part by part onto the same layout.
+void WrittenAlert(benchmark::State& state) {
+  try {
+    OXA_RAISE_ERROR("Bench.Alert", LogicError("Read of 1024 bytes failed: the other end is gone"));
+  } catch (Error& error) {
+    for (auto _ : state) {
+      std::ostringstream text;
+      XMLWriter writer;
+      error.ToXML(writer, text, "Error Raised");
+      benchmark::DoNotOptimize(text.str().data());
+    }
+  }
+}
+OXA_BENCH("Alert's log entry as text", "the alert's own writing", WrittenAlert);
 
 /// A folder for the log, and what a thread keeps that logs all its life. It is always the same folder, since the
 /// lock that belongs to it stays on the machine.

@@ -2,11 +2,13 @@
 
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <boost/make_shared.hpp>
 #include <cstddef>
 #include <cstring>
 #include <sstream>
 #include <string_view>
 
+#include "Log/LogFormatter.h"
 #include "XML/Escape.h"
 
 namespace Oxa::Core {
@@ -37,7 +39,7 @@ void PutMessage(XMLWriter& writer, std::ostream& out, const OxaLogEntry& entry) 
 
 std::string WrittenElement(const OxaLogEntry& entry) {
   std::ostringstream out;
-  XMLWriter writer;
+  XMLWriter writer(boost::make_shared<LogFormatter>());
   out << writer.StartTag(sENTRY);
   if (const char* word = SeverityWord(entry.m_eSeverity)) out << writer.Attribute(sSEVERITY, word);
   out << writer.Tag(sTIME, entry.m_time.ToString()) << writer.Tag(sLOG_NAME, entry.m_sLoggerPath);

@@ -19,8 +19,10 @@ constexpr std::string_view sLOG_ENTRY_SEPARATOR =
 const char* SeverityWord(OxaLogSeverityEnum severity) noexcept;
 
 /// The entry in the layout of an XMLWriter with its default formatter, with the separator and the empty lines
-/// around that. A message of the form "xml" stands in it as it is; every other one is escaped text in an element
-/// "Message". As ever with XMLWriter, control characters and bytes above 127 go through.
+/// around that. A message of the form "xml" stands in it as markup, laid out anew; of one that isn't well-formed, as
+/// much as was recognised, with end tags for what that leaves open (LogFormatter.h). Every other message
+/// is escaped text in an element "Message"; as ever with XMLWriter, control characters and bytes above 127 go
+/// through.
 /// Raises Time::OsTimeApiError for a time that the system can't break down; if that returns, the time is empty.
 std::string LogEntryText(const OxaLogEntry& entry);
 

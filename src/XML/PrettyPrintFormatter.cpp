@@ -3,6 +3,7 @@
 #include "StringTools/Characters.h"
 #include "XML/Escape.h"
 #include "XML/FormatterParts.h"
+#include "XML/MarkupHandler.h"
 #include "XML/TextInput.h"
 
 namespace Oxa::Core {
@@ -238,20 +239,17 @@ void PrettyPrintFormatter::FormatTextStream(std::ostream& os, std::istream& text
 
 // --- Markup
 
-void PrettyPrintFormatter::FormatMarkup(std::ostream& os, const String& markup) {
-  TextOutput out(os);
-  out << markup;
-  Follow(markup.data(), markup.size());
-  out.Flush();
+template <class Source>
+void PrettyPrintFormatter::Reflow(std::ostream& os, Source& markup) {
+  XMLParser<XMLHandler> parser(*this, os);
+  if (!parser.Parse(markup)) parser.Abandon();
 }
 
+void PrettyPrintFormatter::FormatMarkup(std::ostream& os, const String& markup) { Reflow(os, markup); }
+
 void PrettyPrintFormatter::FormatMarkupStream(std::ostream& os, std::istream& markup) {
-  TextOutput out(os);
-  TextInput(markup).ForEach([&](char c) {
-    out << c;
-    Follow(&c, 1);
-  });
-  out.Flush();
+  Reflow(os, markup);
+  TextInput(markup).ForEach([](char) {});  // what stands behind the place where it stopped to be markup
 }
 
 // --- Blocks

@@ -21,6 +21,8 @@ namespace Oxa::Core {
 
 class PrettyPrintFormatter : public XMLFormatter {
  public:
+  class XMLHandler;
+
   PrettyPrintFormatter();
   ~PrettyPrintFormatter() override;
 
@@ -33,7 +35,7 @@ class PrettyPrintFormatter : public XMLFormatter {
   void FormatEndTag(std::ostream& os, const String& name) override;
   void FormatProcessingInstruction(std::ostream& os, const String& target, const String& content,
                                    bool preserve) override;
-  /// The markup is written as it stands, in the column where it comes; line and column follow it.
+  /// The markup is parsed and laid out anew. Of one that isn't well-formed, what was recognised is written.
   void FormatMarkupStream(std::ostream& os, std::istream& markup) override;
   void FormatMarkup(std::ostream& os, const String& markup) override;
   void FormatComment(std::ostream& os, const String& text, bool preserve) override;
@@ -76,6 +78,9 @@ class PrettyPrintFormatter : public XMLFormatter {
   void PlaceText(TextOutput& out, const String& text);
   void PutTextLines(TextOutput& out, const String& text);
   void EndLongLine(TextOutput& out);
+
+  template <class Source>
+  void Reflow(std::ostream& os, Source& markup);
 
   void PutBlock(std::ostream& os, const Block& block);
   void PutBlockText(TextOutput& out, const Block& block);

@@ -2,6 +2,7 @@
 
 #include <Infrastructure/OxaCore/Warning.h>
 #include <Infrastructure/OxaCore/XMLFormatter.h>
+#include <Infrastructure/OxaCore/XMLParser.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "Support/ChildProcess.h"
 
@@ -168,6 +170,53 @@ TEST(LogEntryText, PutsXmlWhereTheMessageWouldStand) {
   EXPECT_EQ(0, LintStatus(text));
 }
 
+TEST(LogEntryText, LaysXmlOutAsAPartOfTheEntry) {
+  OxaLogEntry entry =
+      Entry("<Warning><Message>one\ntwo</Message><CallStack><Context/></CallStack></Warning>");
+  entry.m_sForm = "xml";
+  EXPECT_EQ(
+      "<LogEntry Severity=\"Error\" >\n"
+      "  <TimeStamp>1998/08/23 02:33:17.123</TimeStamp>\n"
+      "  <LogName>Oxa.Core.Mutex</LogName>\n"
+      "  <Warning>\n"
+      "    <Message>\n"
+      "      one\n"
+      "      two\n"
+      "    </Message>\n"
+      "    <CallStack>\n"
+      "      <Context/>\n"
+      "    </CallStack>\n"
+      "  </Warning>\n" +
+          sEND,
+      LogEntryText(entry));
+}
+
+// The log is one document, of which no entry may take the rest away.
+TEST(LogEntryText, StaysWholeWhateverItsXml) {
+  const char* const cases[][2] = {
+      {"", ""},
+      {"no xml", ""},
+      {"<Error><Message>ab\x01"
+       "c</Message><CallStack/></Error>",
+       "  <Error>\n    <Message>ab</Message>\n  </Error>\n"},
+      {"<Error><My Key>v</My Key></Error>", "  <Error></Error>\n"},
+      {"<Error><Var name=\"vector<int>\">1</Var></Error>", "  <Error></Error>\n"},
+      {"<Error><Message>a ]]> b</Message></Error>", "  <Error>\n    <Message>a</Message>\n  </Error>\n"},
+      {"<Error><Message>a", "  <Error>\n    <Message>a</Message>\n  </Error>\n"},
+      {"<Error/></LogEntry><LogEntry>", "  <Error/>\n"},
+      {"<a></b>", "  <a></a>\n"},
+      {"<Error><!-- a -- b --></Error>", "  <Error></Error>\n"},
+  };
+  for (const auto& tried : cases) {
+    OxaLogEntry entry = Entry(tried[0]);
+    entry.m_sForm = "xml";
+    const std::string text = LogEntryText(entry);
+    EXPECT_EQ("  <LogName>Oxa.Core.Mutex</LogName>\n" + (tried[1] + sEND),
+              text.substr(text.find("  <LogName>")));
+    EXPECT_EQ(0, LintStatus(text + LogEntryText(Entry("next")))) << text;
+  }
+}
+
 TEST(LogEntryText, TakesNoOtherFormForXml) {
   for (const char* form : {"", "plain", "XML", "xml ", "Xml", "xmls"}) {
     OxaLogEntry entry = Entry("<Warning/>");
@@ -189,6 +238,61 @@ TEST(LogEntryText, HoldsAWholeAlert) {
   const std::string text = LogEntryText(entry);
   EXPECT_EQ(0, LintStatus(text + LogEntryText(Entry("next"))));
   EXPECT_NE(std::string::npos, text.find("five &lt; 6"));
+}
+
+// As the log manager writes it down.
+OxaLogEntry WarningEntry(const std::string& message) {
+  struct Odd : Warning {
+    explicit Odd(const std::string& text) : Warning(text) {}
+  } warning(message);
+  std::ostringstream xml;
+  XMLWriter writer;
+  warning.ToXML(writer, xml, "");
+  OxaLogEntry entry = Entry(xml.str());
+  entry.m_sForm = "xml";
+  return entry;
+}
+
+TEST(LogEntryText, HoldsAlertsOfWhateverText) {
+  for (const char* odd : {"]]>", "--", "-->", "<a>", "&", "&amp;", "\xC3\xA4\xE2\x82\xAC", "'\"", "\t"}) {
+    const std::string message = "before " + std::string(odd) + " behind";
+    const std::string text = LogEntryText(WarningEntry(message));
+    EXPECT_EQ(0, LintStatus(text + LogEntryText(Entry("next")))) << text;
+    EXPECT_NE(std::string::npos, text.find("<Message>" + XMLFormatter::Escape(message) + "</Message>\n"))
+        << text;
+    EXPECT_NE(std::string::npos, text.find("<Severity>")) << text;
+  }
+}
+
+TEST(LogEntryText, LaysALongMessageOfAnAlertOutLineByLine) {
+  const std::string text = LogEntryText(WarningEntry("one\r\n\ttwo\n\nthree"));
+  EXPECT_NE(std::string::npos, text.find("    <Message>\n"
+                                         "      one\n"
+                                         "      two\n"
+                                         "      \n"
+                                         "      three\n"
+                                         "    </Message>\n"))
+      << text;
+  EXPECT_EQ(0, LintStatus(text));
+}
+
+// Which may last as long as the host's stream has nothing to give.
+TEST(LogEntryText, DoesNotWaitForAParseOfTheHost) {
+  const OxaLogEntry entry = WarningEntry("not late");
+  const Lock parse(XMLParseMutex(), IMutex::sINFINITE);
+  std::string text;
+  std::thread([&text, &entry] { text = LogEntryText(entry); }).join();
+  EXPECT_NE(std::string::npos, text.find("<Message>not late</Message>"));
+}
+
+// There is no way to write such a character. What stands behind it in the alert is lost, and nothing else.
+TEST(LogEntryText, CutsAnAlertOffAtACharacterThatXmlDoesNotHave) {
+  for (const char* odd : {"\x01", "\x07", "\x0B", "\x0C", "\x1B[31m", "\x1F"}) {
+    const std::string text = LogEntryText(WarningEntry("before " + std::string(odd) + " behind"));
+    EXPECT_EQ(0, LintStatus(text + LogEntryText(Entry("next")))) << text;
+    EXPECT_NE(std::string::npos, text.find("<Message>before</Message>\n  </Warning>\n" + sEND)) << text;
+    EXPECT_EQ(std::string::npos, text.find("behind")) << text;
+  }
 }
 
 TEST(LogEntryText, IsTheSameForAMomentWhateverItsLength) {

@@ -86,14 +86,6 @@ class PrettyModel {
     EndAndClear();
   }
 
-  void Markup(const std::string& markup) {
-    text += markup;
-    for (const char c : markup) {
-      m_line += c == '\n' ? 1 : 0;
-      m_column = c == '\n' ? 0 : m_column + 1;
-    }
-  }
-
   void Block(const std::string& prefix, const std::string& content, const std::string& suffix,
              bool preserve) {
     Align();
@@ -149,14 +141,14 @@ class PrettyModel {
     return result;
   }
 
- private:
-  static bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-
   static std::string Trimmed(std::string line) {
     while (!line.empty() && IsSpace(line.back())) line.pop_back();
     while (!line.empty() && IsSpace(line.front())) line.erase(0, 1);
     return line;
   }
+
+ private:
+  static bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
   // At the line feeds: always one piece more than there are of them.
   static std::vector<std::string> Split(const std::string& whole) {

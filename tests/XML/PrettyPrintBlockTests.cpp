@@ -97,13 +97,6 @@ TEST(PrettyPrintBlock, CommentsAtTheMarginFollowEachOther) {
   EXPECT_EQ("<!-- a -->\n<!-- b -->\n", doc.Text());
 }
 
-// A line that happens to have the width of the indentation is taken for an indented one.
-TEST(PrettyPrintBlock, CommentBehindATextOfTheIndentationsWidth) {
-  Pretty doc;
-  doc.out << doc.writer.StartTag("a") << doc.writer.Markup("x\nyz") << doc.writer.Comment("c");
-  EXPECT_EQ("<a>x\nyz<!-- c -->\n", doc.Text());
-}
-
 // --- Processing instructions
 
 TEST(PrettyPrintBlock, StyleSheet) {

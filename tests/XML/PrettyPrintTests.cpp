@@ -350,28 +350,6 @@ TEST(PrettyPrint, TextBehindAttributesInLinesIsMeasuredFromTheLastLine) {
   EXPECT_EQ(tag + "\n  " + Times(10, 'x'), wide.Text());
 }
 
-// --- Markup
-
-TEST(PrettyPrint, MarkupIsWrittenAsItStands) {
-  std::istringstream stream("<n>\n\t<o/>\n</n>");
-  Pretty doc;
-  doc.out << doc.writer.StartTag("a") << doc.writer.Markup("<m>  x</m>") << doc.writer.EndTag();
-  EXPECT_EQ("<a><m>  x</m></a>\n", doc.Text());
-  doc.out.str("");
-  const auto formatter = XMLFormatter::CreatePrettyPrint();
-  formatter->FormatStartTag(doc.out, "a", Map(), false);
-  formatter->FormatMarkupStream(doc.out, stream);
-  formatter->FormatEndTag(doc.out, "a");
-  EXPECT_EQ("<a><n>\n\t<o/>\n</n>\n</a>\n", doc.Text());
-}
-
-TEST(PrettyPrint, ColumnFollowsMarkup) {
-  Pretty doc;
-  doc.out << doc.writer.Markup("x\n") << doc.writer.Tag("b", "") << doc.writer.Markup("y")
-          << doc.writer.Tag("c", "");
-  EXPECT_EQ("x\n<b/>\ny\n<c/>\n", doc.Text());
-}
-
 // --- The stream
 
 TEST(PrettyPrint, EveryLineEndFlushes) {

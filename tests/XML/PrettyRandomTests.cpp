@@ -32,11 +32,8 @@ class RandomLayout {
         f.FormatProcessingInstruction(m_out, name, text, flag);
         return m_model.Block("<?" + name + " ", text, "?>", flag);
       case 3:
-        f.FormatMarkupStream(m_out, stream);
-        return m_model.Markup(text);
       case 4:
-        f.FormatMarkup(m_out, text);
-        return m_model.Markup(text);
+        return Markup(name, text, flag);
       case 5:
         f.FormatComment(m_out, text, flag);
         return m_model.Block("<!-- ", text, " -->", flag);
@@ -86,6 +83,24 @@ class RandomLayout {
     }
     m_spFormatter->FormatStartTag(m_out, name, map, empty);
     m_model.StartTag(name, pairs, empty);
+  }
+
+  // As it is written part by part, but for the white space around the text.
+  void Markup(const std::string& name, std::string content, bool asStream) {
+    for (char& c : content)
+      if (c == '\v' || c == '\f') c = ' ';  // no characters of XML
+    const std::string markup =
+        "<" + name + "><" + name + "/>" + PrettyModel::Escaped(content) + "</" + name + ">";
+    std::istringstream stream(markup);
+    if (asStream)
+      m_spFormatter->FormatMarkupStream(m_out, stream);
+    else
+      m_spFormatter->FormatMarkup(m_out, markup);
+    m_model.StartTag(name, {}, false);
+    m_model.StartTag(name, {}, true);
+    const std::string trimmed = PrettyModel::Trimmed(content);
+    if (!trimmed.empty()) m_model.Text(trimmed);
+    m_model.EndTag(name);
   }
 
   void Element(const std::string& name, const std::string& content) {

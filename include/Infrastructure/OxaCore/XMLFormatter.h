@@ -38,8 +38,13 @@ class OXACORE_API XMLFormatter {
   /// A formatter that adds no white space of its own.
   static boost::shared_ptr<XMLFormatter> CreateCompact();
 
-  /// A formatter that indents by two blanks and keeps lines near 80 columns. Raw markup is written as it
-  /// stands, without being laid out anew.
+  /// A formatter that indents by two blanks and keeps lines near 80 columns.
+  /// Raw markup is parsed and laid out anew, as if it had been written part by part; what was laid out by this
+  /// formatter comes out as it is. It has to be a document, with or without its declaration, or one element. Of
+  /// markup that isn't well-formed, as much is written as was recognised, and the tags that are open then stay
+  /// open; nothing reports the rest. White space around texts and comments, processing instructions, the
+  /// document type, and all references in content but the five predefined ones are dropped. The parse takes the
+  /// process-wide lock of XMLParser.h.
   /// The layout adds white space to the content, and changes some of what is there: texts with line feeds and
   /// text streams (each line loses the white space around it and gets its indentation), texts that don't fit
   /// on the line of their start tag (a line end and blanks in front and behind), CDATA sections of more than
@@ -76,9 +81,10 @@ class OXACORE_API XMLFormatter {
   /// content stay; without, a formatter that lays out may lay it out line by line.
   virtual void FormatProcessingInstruction(std::ostream& os, const String& target, const String& content,
                                            bool preserve) = 0;
-  /// Text that is XML already; the stream is read to its end, piece by piece.
+  /// Text that is XML already, as it stands or, of a formatter that lays out, laid out anew; the stream is read to
+  /// its end, piece by piece.
   virtual void FormatMarkupStream(std::ostream& os, std::istream& markup) = 0;
-  /// Text that is XML already.
+  /// The same of a text.
   virtual void FormatMarkup(std::ostream& os, const String& markup) = 0;
   /// A comment; `preserve` as for processing instructions. A "--" in it is not detected.
   virtual void FormatComment(std::ostream& os, const String& text, bool preserve) = 0;

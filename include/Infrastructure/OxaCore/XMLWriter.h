@@ -182,7 +182,8 @@ class OXACORE_API XMLWriter {
   /// A reference: "amp" and "&amp;" both give "&amp;". Text that begins with "&" is taken as it stands.
   Manipulator EntityReference(const String& aReference);
 
-  /// Text that is XML already.
+  /// Text that is XML already. The compact formatter copies it; the pretty printer parses it and lays it out anew,
+  /// and of one that isn't well-formed writes what it recognised: see XMLFormatter::CreatePrettyPrint.
   Manipulator Markup(const String& aMarkup);
 
   /// A comment. With `aPreserve` a formatter leaves the line breaks in it as they are. "--" must not be in it.
