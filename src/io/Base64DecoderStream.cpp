@@ -1,23 +1,30 @@
 #include <Infrastructure/OxaCore/io/Base64Streams.h>
 
 #include <Infrastructure/OxaCore/Assert.h>
+#include <Infrastructure/OxaCore/io/IOErrors.h>
 
 #include <array>
+#include <typeinfo>
+
+#include "io/BufferWindows.h"
 
 namespace Oxa::Core {
 
 namespace {
 
+constexpr char sLOG_NAME[] = "Oxa.Core.BinaryInputStream";  // that of every block that ends so
 constexpr char sALPHABET[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
-constexpr unsigned char cPAD = 64;    // its place in the alphabet
-constexpr unsigned char cSKIP = 255;  // not in the alphabet
+constexpr unsigned char uPAD = 64;    // its place in the alphabet
+constexpr unsigned char uSKIP = 255;  // not in the alphabet
 constexpr unsigned uLAST_BYTE = 255;  // this one alone counts as the first letter
-constexpr int iGROUP = 4;
+constexpr int iGROUP = 4;             // characters, and the bytes that they become
+constexpr int iBLOCK = 3;
+constexpr long long llWORTH_ASKING = 16;  // bytes from which on it pays to look what the source is
 
 constexpr std::array<unsigned char, 256> MakeTable() {
   std::array<unsigned char, 256> table{};
-  for (unsigned char& value : table) value = cSKIP;
-  for (unsigned char value = 0; value <= cPAD; ++value)
+  for (unsigned char& value : table) value = uSKIP;
+  for (unsigned char value = 0; value <= uPAD; ++value)
     table[static_cast<unsigned char>(sALPHABET[value])] = value;
   table[uLAST_BYTE] = 0;
   return table;
@@ -25,15 +32,82 @@ constexpr std::array<unsigned char, 256> MakeTable() {
 
 constexpr std::array<unsigned char, 256> s_table = MakeTable();
 
+void StoreBlock(unsigned bits, unsigned char* bytes) {
+  bytes[0] = static_cast<unsigned char>(bits >> 16);
+  bytes[1] = static_cast<unsigned char>(bits >> 8);
+  bytes[2] = static_cast<unsigned char>(bits);
+}
+
+unsigned ValueOf(unsigned char character) { return s_table[character]; }
+
+// Decodes whole groups of what `source` has buffered, as many as `to` has room for: up to one that has a pad, a
+// foreign character between its own, or not all of them in the buffer. Gives the number of bytes. What stands
+// before a group is skipped only with that group.
+long long DecodeBuffered(BufferedBinaryInputStream& source, unsigned char* to, long long room) {
+  InputWindow window(source);
+  const unsigned char* next = window.Begin();
+  const unsigned char* const end = window.End();
+  long long stored = 0;
+  for (; room - stored >= iBLOCK; stored += iBLOCK) {
+    const unsigned char* group = next;
+    while (group != end && ValueOf(*group) == uSKIP) ++group;
+    if (end - group < iGROUP) break;
+    const unsigned first = ValueOf(group[0]);
+    const unsigned second = ValueOf(group[1]);
+    const unsigned third = ValueOf(group[2]);
+    const unsigned fourth = ValueOf(group[3]);
+    if ((first | second | third | fourth) >= uPAD) break;
+    StoreBlock(first << 18 | second << 12 | third << 6 | fourth, to + stored);
+    next = group + iGROUP;
+  }
+  window.ReadUpTo(next);
+  return stored;
+}
+
 }  // namespace
+
+/// Up to four values, the first one in the high bits.
+struct Base64DecoderStream::Group {
+  unsigned m_uBits = 0;
+  int m_iValid = 0;  ///< without pads
+};
 
 Base64DecoderStream::Base64DecoderStream(BinaryInputStream& source)
     : BinaryInputStreamFilter(source), m_decoded{}, m_iNumDecodedBytes(0), m_iDecodeIndex(0) {}
 
 Base64DecoderStream::~Base64DecoderStream() = default;
 
+// A derived class is asked for each byte; nobody can tell whether this one is.
 long long Base64DecoderStream::Read(void* buffer, long long count) {
-  return BinaryInputStream::Read(buffer, count);
+  if (typeid(*this) != typeid(Base64DecoderStream)) return BinaryInputStream::Read(buffer, count);
+  long long stored = 0;
+  try {
+    return ReadBlock(static_cast<unsigned char*>(buffer), count, stored);
+  } catch (IOError& error) {
+    OXA_RAISE_WARNING(sLOG_NAME, IOErrorDuringRead(count, stored, error.what()));
+  }
+  return stored;
+}
+
+// Whole groups go straight to the caller, without a stay in m_decoded.
+long long Base64DecoderStream::ReadBlock(unsigned char* bytes, long long count, long long& stored) {
+  auto* const buffered = count < llWORTH_ASKING ? nullptr : Exactly<BufferedBinaryInputStream>(*m_source);
+  while (stored < count) {
+    if (m_iNumDecodedBytes == 0) {
+      if (buffered != nullptr) stored += DecodeBuffered(*buffered, bytes + stored, count - stored);
+      if (stored == count) break;
+      const Group group = ReadGroup();
+      if (group.m_iValid == iGROUP && count - stored >= iBLOCK) {
+        StoreBlock(group.m_uBits, bytes + stored);
+        stored += iBLOCK;
+        continue;
+      }
+      Keep(group);
+      if (m_iNumDecodedBytes == 0) return stored != 0 ? stored : -1;
+    }
+    bytes[stored++] = static_cast<unsigned char>(Base64DecoderStream::Read());
+  }
+  return stored;
 }
 
 int Base64DecoderStream::Read() {
@@ -57,27 +131,32 @@ void Base64DecoderStream::DoBufferedInputInvalidation() {
 
 int Base64DecoderStream::DecodeNextBlock() {
   OXA_ASSERT(0 == m_iNumDecodedBytes);
-  m_iDecodeIndex = 0;
-  unsigned group[iGROUP] = {};
-  int valid = 0;
-  for (int count = 0; count < iGROUP;) {
-    const int character = m_source->Read();
-    if (character < 0) break;
-    const unsigned char value = s_table[static_cast<unsigned char>(character)];
-    if (value == cSKIP) continue;
-    if (value != cPAD) {
-      group[count] = value;
-      ++valid;
-    }
-    ++count;
-  }
-  const unsigned bits = group[0] << 18 | group[1] << 12 | group[2] << 6 | group[3];
-  m_decoded[0] = static_cast<unsigned char>(bits >> 16);
-  m_decoded[1] = static_cast<unsigned char>(bits >> 8);
-  m_decoded[2] = static_cast<unsigned char>(bits);
-  if (valid > 0) m_iNumDecodedBytes = valid < 3 ? 1 : valid - 1;
+  Keep(ReadGroup());
   OXA_ASSERT(0 <= m_iNumDecodedBytes && 4 > m_iNumDecodedBytes);
   return m_iNumDecodedBytes;
+}
+
+inline Base64DecoderStream::Group Base64DecoderStream::ReadGroup() {
+  Group group;
+  for (int shift = 18; shift >= 0;) {
+    const int character = m_source->Read();
+    if (character < 0) break;
+    const unsigned value = ValueOf(static_cast<unsigned char>(character));
+    if (value < uPAD) {
+      group.m_uBits |= value << shift;
+      ++group.m_iValid;
+    } else if (value == uSKIP) {
+      continue;
+    }
+    shift -= 6;
+  }
+  return group;
+}
+
+void Base64DecoderStream::Keep(const Group& group) {
+  StoreBlock(group.m_uBits, m_decoded);
+  m_iDecodeIndex = 0;
+  m_iNumDecodedBytes = group.m_iValid < 2 ? group.m_iValid : group.m_iValid - 1;
 }
 
 }  // namespace Oxa::Core

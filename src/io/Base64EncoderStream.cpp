@@ -1,22 +1,45 @@
 #include <Infrastructure/OxaCore/io/Base64Streams.h>
 
 #include <boost/endian/conversion.hpp>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <typeinfo>
 
 #include "Platform/Faults.h"
+#include "io/BufferWindows.h"
 
 namespace Oxa::Core {
 
 namespace {
 
-constexpr char sALPHABET[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
-constexpr unsigned uPAD = sALPHABET[64];
+constexpr char sALPHABET[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::uint32_t uPAD = '=';
 constexpr int iBLOCK = 3;  // bytes of a group, and the characters that they become
 constexpr int iGROUP = 4;
+constexpr unsigned long long ullWORTH_ASKING = 16;  // bytes from which on it pays to look what the sink is
 
-unsigned Encoded(unsigned bits) { return static_cast<unsigned char>(sALPHABET[bits & 0x3F]); }
+std::uint32_t Encoded(unsigned bits) { return static_cast<unsigned char>(sALPHABET[bits & 0x3F]); }
+
+// The characters of three bytes, the first one in the low bits.
+std::uint32_t WholeGroup(const unsigned char* bytes) {
+  const unsigned bits = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
+  return Encoded(bits >> 18) | Encoded(bits >> 12) << 8 | Encoded(bits >> 6) << 16 | Encoded(bits) << 24;
+}
+
+// Encodes to the buffer of `sink` as far as that goes without it being written out, but stops at the group that
+// begins at or before `last`. Gives where.
+const unsigned char* EncodeBuffered(BufferedBinaryOutputStream& sink, const unsigned char* next,
+                                    const unsigned char* last) {
+  OutputWindow window(sink);
+  unsigned char* to = window.Begin();
+  for (; last - next >= iBLOCK && window.End() - to > iGROUP; to += iGROUP) {
+    boost::endian::store_little_u32(to, WholeGroup(next));
+    next += iBLOCK;
+  }
+  window.WrittenUpTo(to);
+  return next;
+}
 
 }  // namespace
 
@@ -49,22 +72,25 @@ void Base64EncoderStream::InsertNewlines(bool insertNewlines, int lineLength,
 // A derived class sees each byte; nobody can tell whether this one does.
 void Base64EncoderStream::Write(const void* buffer, unsigned long long count) {
   if (typeid(*this) != typeid(Base64EncoderStream)) return BinaryOutputStream::Write(buffer, count);
+  auto* const buffered = count < ullWORTH_ASKING ? nullptr : Exactly<BufferedBinaryOutputStream>(*m_sink);
   const unsigned char* const end = static_cast<const unsigned char*>(buffer) + count;
   for (const unsigned char* next = end - count; next != end;) {
-    if (m_iBlockSize == 0 && end - next >= iBLOCK) {
-      std::memcpy(m_block, next, iBLOCK);
-      m_iBlockSize = iBLOCK;
-      next += iBLOCK;
-      EncodeDataBlock();
-    } else {
+    if (m_iBlockSize != 0 || end - next < iBLOCK) {
       Base64EncoderStream::Write(*next++);
+      continue;
     }
+    if (buffered != nullptr && !m_bInsertNewlines) next = EncodeBuffered(*buffered, next, end - iBLOCK);
+    std::memcpy(m_block, next, iBLOCK);
+    next += iBLOCK;
+    PutGroup(WholeGroup(m_block));
   }
 }
 
 void Base64EncoderStream::Write(unsigned char byte) {
   m_block[m_iBlockSize++] = byte;
-  if (m_iBlockSize == iBLOCK) EncodeDataBlock();
+  if (m_iBlockSize != iBLOCK) return;
+  m_iBlockSize = 0;
+  PutGroup(WholeGroup(m_block));
 }
 
 void Base64EncoderStream::Flush() {
@@ -74,16 +100,19 @@ void Base64EncoderStream::Flush() {
   m_sink->Flush();
 }
 
-// The group counts as written before the sink is asked: what that raises loses it, and doesn't come again. Its
-// characters are stored at once, since a sink loads them so and would have to wait for single ones.
+// Of one or two bytes; what stands behind them gives bits, too.
 void Base64EncoderStream::EncodeDataBlock() {
-  const unsigned bits = unsigned{m_block[0]} << 16 | unsigned{m_block[1]} << 8 | m_block[2];
-  const unsigned third = m_iBlockSize > 1 ? Encoded(bits >> 6) : uPAD;
-  const unsigned fourth = m_iBlockSize > 2 ? Encoded(bits) : uPAD;
-  unsigned char group[iGROUP];
-  boost::endian::store_little_u32(
-      group, Encoded(bits >> 18) | Encoded(bits >> 12) << 8 | third << 16 | fourth << 24);
+  const std::uint32_t pads = m_iBlockSize == 1 ? uPAD << 16 | uPAD << 24 : uPAD << 24;
+  const std::uint32_t kept = m_iBlockSize == 1 ? 0x0000FFFF : 0x00FFFFFF;
   m_iBlockSize = 0;
+  PutGroup((WholeGroup(m_block) & kept) | pads);
+}
+
+// The group counts as written before the sink is asked: what that raises loses it, and it doesn't come again. Its
+// characters are stored at once, since a sink loads them so and would have to wait for single ones.
+inline void Base64EncoderStream::PutGroup(unsigned int characters) {
+  unsigned char group[iGROUP];
+  boost::endian::store_little_u32(group, characters);
   m_sink->Write(group, iGROUP);
   if (m_bInsertNewlines) CountLine();
 }

@@ -19,18 +19,26 @@ constexpr char sTEXT_IN_MEMORY[] = " bytes for a string from the stream";
 
 constexpr std::size_t uSHORT_TEXT = 256;  // bytes; a text of one less stays on the stack
 
-// Gives how many bytes from the buffer's front on came from the source. That isn't `total`, which every result
-// below 0 takes something off.
-unsigned long long Gather(BinaryInputStream& source, void* buffer, unsigned long long count) {
-  unsigned char* const bytes = static_cast<unsigned char*>(buffer);
-  unsigned long long total = 0;
-  unsigned long long filled = 0;
+// Goes on after a first read of `got`. Gives how many bytes from the buffer's front on came from the source. That
+// isn't `total`, which every result below 0 takes something off.
+unsigned long long GatherOn(BinaryInputStream& source, void* buffer, unsigned long long count,
+                            long long got) {
+  auto total = static_cast<unsigned long long>(got);
+  unsigned long long filled = got > 0 ? std::min(total, count) : 0;
   while (total < count) {
-    const long long got = source.Read(bytes + total, static_cast<long long>(count - total));
+    got = source.Read(static_cast<unsigned char*>(buffer) + total, static_cast<long long>(count - total));
     total += static_cast<unsigned long long>(got);
     if (got > 0) filled = std::max(filled, std::min(total, count));
   }
   return filled;
+}
+
+// What comes in one piece has its own short way.
+inline unsigned long long Gather(BinaryInputStream& source, void* buffer, unsigned long long count) {
+  if (count == 0) return 0;
+  const long long got = source.Read(buffer, static_cast<long long>(count));
+  if (got == static_cast<long long>(count)) return count;
+  return GatherOn(source, buffer, count, got);
 }
 
 void RaiseAllocationFailed(unsigned long long bytes) {
@@ -46,7 +54,7 @@ void MakeRoom(Text& text, std::size_t length) {
 void Assign(std::string& text, const char* units, std::size_t filled, std::size_t length) {
   MakeRoom(text, length);
   text.assign(units, filled);
-  text.resize(length);
+  if (filled < length) text.resize(length);
 }
 
 // The same for code units. One of which half came counts as come, with its other half 0.
@@ -89,10 +97,8 @@ DataInputStream::~DataInputStream() = default;
 
 void DataInputStream::ReadFully(void* buffer, unsigned long long count) { Gather(*m_source, buffer, count); }
 
-template <class T>
-inline DataInputStream& DataInputStream::Take(T& value) {
-  ReadFully(&value, sizeof value);
-  return *this;
+void DataInputStream::ReadOn(void* buffer, unsigned long long count, long long got) {
+  GatherOn(*m_source, buffer, count, got);
 }
 
 template <class T>
@@ -117,18 +123,10 @@ inline DataInputStream& DataInputStream::TakeNarrowed(T& value) {
 DataInputStream& DataInputStream::operator>>(signed char& value) { return TakeChar(value); }
 DataInputStream& DataInputStream::operator>>(char& value) { return TakeChar(value); }
 DataInputStream& DataInputStream::operator>>(unsigned char& value) { return TakeChar(value); }
-DataInputStream& DataInputStream::operator>>(short& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(unsigned short& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(int& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(unsigned int& value) { return Take(value); }
 DataInputStream& DataInputStream::operator>>(long& value) { return TakeNarrowed<std::int32_t>(value); }
 DataInputStream& DataInputStream::operator>>(unsigned long& value) {
   return TakeNarrowed<std::uint32_t>(value);
 }
-DataInputStream& DataInputStream::operator>>(long long& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(unsigned long long& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(float& value) { return Take(value); }
-DataInputStream& DataInputStream::operator>>(double& value) { return Take(value); }
 
 // A bool of another value than 0 and 1 would be none.
 DataInputStream& DataInputStream::operator>>(bool& value) {

@@ -26,18 +26,6 @@ std::uint32_t LengthOnStream(std::size_t length) { return static_cast<std::uint3
 DataOutputStream::DataOutputStream(BinaryOutputStream& sink) : BinaryOutputStreamFilter(sink) {}
 DataOutputStream::~DataOutputStream() = default;
 
-template <class T>
-inline DataOutputStream& DataOutputStream::Put(T value) {
-  m_sink->Write(&value, sizeof value);
-  return *this;
-}
-
-template <class T>
-inline DataOutputStream& DataOutputStream::PutChar(T value) {
-  m_sink->Write(static_cast<unsigned char>(value));
-  return *this;
-}
-
 template <class OnStream, class T>
 inline DataOutputStream& DataOutputStream::PutNarrowed(T value) {
   const OnStream narrow = static_cast<OnStream>(value);
@@ -46,18 +34,6 @@ inline DataOutputStream& DataOutputStream::PutNarrowed(T value) {
   return *this;
 }
 
-DataOutputStream& DataOutputStream::operator<<(signed char value) { return PutChar(value); }
-DataOutputStream& DataOutputStream::operator<<(char value) { return PutChar(value); }
-DataOutputStream& DataOutputStream::operator<<(unsigned char value) { return PutChar(value); }
-DataOutputStream& DataOutputStream::operator<<(bool value) { return Put(static_cast<unsigned char>(value)); }
-DataOutputStream& DataOutputStream::operator<<(short value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(unsigned short value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(int value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(unsigned int value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(long long value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(unsigned long long value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(float value) { return Put(value); }
-DataOutputStream& DataOutputStream::operator<<(double value) { return Put(value); }
 DataOutputStream& DataOutputStream::operator<<(long value) { return PutNarrowed<std::int32_t>(value); }
 DataOutputStream& DataOutputStream::operator<<(unsigned long value) {
   return PutNarrowed<std::uint32_t>(value);

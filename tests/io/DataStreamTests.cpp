@@ -1,6 +1,7 @@
 #include <Infrastructure/OxaCore/io/DataStreams.h>
 
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/io/BinaryFileStream.h>
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Support/TemporaryFolder.h"
 #include "io/Streams.h"
 
 namespace {
@@ -311,6 +313,24 @@ TEST(DataStreams, AllTypesComeBackThroughBufferedStreams) {
   MemorySource source(sink.m_bytes);
   BufferedBinaryInputStream bufferedSource(source, 16);
   DataInputStream in(bufferedSource);
+  ExpectAll(in);
+  EXPECT_EQ(0U, in.AvailableBytes());
+}
+
+TEST(DataStreams, AllTypesComeBackFromAFile) {
+  const TestSupport::TemporaryFolder folder;
+  BinaryFileStream file;
+  ASSERT_TRUE(file.Open(folder.File("values"), BinaryFileStream::WRITE_MODE, BinaryFileStream::eCREATE_NEW));
+  {
+    BufferedBinaryOutputStream buffered(file, BufferedBinaryOutputStream::DEFAULT_BUFFER_SIZE);
+    DataOutputStream out(buffered);
+    WriteAll(out);
+    out.Close();
+  }
+  ASSERT_TRUE(
+      file.Open(folder.File("values"), BinaryFileStream::READ_MODE, BinaryFileStream::eOPEN_IF_EXISTS));
+  BufferedBinaryInputStream buffered(file, BufferedBinaryInputStream::DEFAULT_BUFFER_SIZE);
+  DataInputStream in(buffered);
   ExpectAll(in);
   EXPECT_EQ(0U, in.AvailableBytes());
 }

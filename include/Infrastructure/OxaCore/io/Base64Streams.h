@@ -47,8 +47,8 @@ class OXACORE_API Base64EncoderStream : public BinaryOutputStreamFilter {
 
  private:
   void EncodeDataBlock();
+  void PutGroup(unsigned int characters);
   void CountLine();
-  void WriteGroups(const unsigned char* bytes, unsigned long long count);
 
   unsigned char m_block[3];  ///< the group being collected; behind m_iBlockSize the one before
   bool m_bInsertNewlines;
@@ -83,7 +83,12 @@ class OXACORE_API Base64DecoderStream : public BinaryInputStreamFilter {
   void DoBufferedInputInvalidation() override;
 
  private:
+  struct Group;
+
+  Group ReadGroup();
+  void Keep(const Group& group);
   int DecodeNextBlock();
+  long long ReadBlock(unsigned char* bytes, long long count, long long& stored);
 
   unsigned char m_decoded[3];
   int m_iNumDecodedBytes;  ///< bytes of m_decoded still to deliver

@@ -54,6 +54,8 @@ class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
   long long FillBuffer();
 
  private:
+  friend class InputWindow;
+
   unsigned long long Left() const { return m_dataSize - m_readIndex; }
   void Take(void* to, unsigned long long count);
   int ReadAnew();
@@ -91,6 +93,8 @@ class OXACORE_API BufferedBinaryOutputStream : public BinaryOutputStreamFilter {
   void DoOutputBufferFlush() override;
 
  private:
+  friend class OutputWindow;
+
   void Put(const void* from, unsigned long long count);
   void WriteAnew(unsigned char byte);
 

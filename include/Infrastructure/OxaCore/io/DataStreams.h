@@ -41,18 +41,18 @@ class OXACORE_API DataOutputStream : public BinaryOutputStreamFilter {
   ~DataOutputStream() override;
 
   // Each is one Write of the stream below: of a byte for the three char types, of a block for all others.
-  DataOutputStream& operator<<(signed char value);
-  DataOutputStream& operator<<(char value);
-  DataOutputStream& operator<<(unsigned char value);
-  DataOutputStream& operator<<(bool value);
-  DataOutputStream& operator<<(short value);
-  DataOutputStream& operator<<(unsigned short value);
-  DataOutputStream& operator<<(int value);
-  DataOutputStream& operator<<(unsigned int value);
-  DataOutputStream& operator<<(long long value);
-  DataOutputStream& operator<<(unsigned long long value);
-  DataOutputStream& operator<<(float value);
-  DataOutputStream& operator<<(double value);
+  DataOutputStream& operator<<(signed char value) { return PutChar(value); }
+  DataOutputStream& operator<<(char value) { return PutChar(value); }
+  DataOutputStream& operator<<(unsigned char value) { return PutChar(value); }
+  DataOutputStream& operator<<(bool value) { return Put(static_cast<unsigned char>(value)); }
+  DataOutputStream& operator<<(short value) { return Put(value); }
+  DataOutputStream& operator<<(unsigned short value) { return Put(value); }
+  DataOutputStream& operator<<(int value) { return Put(value); }
+  DataOutputStream& operator<<(unsigned int value) { return Put(value); }
+  DataOutputStream& operator<<(long long value) { return Put(value); }
+  DataOutputStream& operator<<(unsigned long long value) { return Put(value); }
+  DataOutputStream& operator<<(float value) { return Put(value); }
+  DataOutputStream& operator<<(double value) { return Put(value); }
 
   /// Raise InvalidParameter ("value", log name "Oxa.Core.DataOutputStream") for what 4 bytes can't hold. Nothing
   /// is written then, also where that raise returns.
@@ -74,9 +74,17 @@ class OXACORE_API DataOutputStream : public BinaryOutputStreamFilter {
 
  private:
   template <class T>
-  DataOutputStream& Put(T value);
+  DataOutputStream& Put(T value) {
+    m_sink->Write(&value, sizeof value);
+    return *this;
+  }
+
   template <class T>
-  DataOutputStream& PutChar(T value);
+  DataOutputStream& PutChar(T value) {
+    m_sink->Write(static_cast<unsigned char>(value));
+    return *this;
+  }
+
   template <class OnStream, class T>
   DataOutputStream& PutNarrowed(T value);
   void WriteUnits(const std::wstring& value, char16_t* text, unsigned int length);
@@ -104,18 +112,18 @@ class OXACORE_API DataInputStream : public BinaryInputStreamFilter {
   DataInputStream& operator>>(char& value);
   DataInputStream& operator>>(unsigned char& value);
 
-  // By ReadFully. Any byte but 0 is true; a long gets the sign of its 4 bytes.
+  // As ReadFully does. Any byte but 0 is true; a long gets the sign of its 4 bytes.
   DataInputStream& operator>>(bool& value);
-  DataInputStream& operator>>(short& value);
-  DataInputStream& operator>>(unsigned short& value);
-  DataInputStream& operator>>(int& value);
-  DataInputStream& operator>>(unsigned int& value);
+  DataInputStream& operator>>(short& value) { return Take(value); }
+  DataInputStream& operator>>(unsigned short& value) { return Take(value); }
+  DataInputStream& operator>>(int& value) { return Take(value); }
+  DataInputStream& operator>>(unsigned int& value) { return Take(value); }
   DataInputStream& operator>>(long& value);
   DataInputStream& operator>>(unsigned long& value);
-  DataInputStream& operator>>(long long& value);
-  DataInputStream& operator>>(unsigned long long& value);
-  DataInputStream& operator>>(float& value);
-  DataInputStream& operator>>(double& value);
+  DataInputStream& operator>>(long long& value) { return Take(value); }
+  DataInputStream& operator>>(unsigned long long& value) { return Take(value); }
+  DataInputStream& operator>>(float& value) { return Take(value); }
+  DataInputStream& operator>>(double& value) { return Take(value); }
 
   /// By ReadFully: the length, then the bytes; at the end of the stream that gives an empty string. The string
   /// always gets as many characters as the length told: those that didn't come any more are null characters.
@@ -127,8 +135,15 @@ class OXACORE_API DataInputStream : public BinaryInputStreamFilter {
   DataInputStream& operator>>(std::wstring& value);
 
  private:
+  // Nearly always a value comes in one piece.
   template <class T>
-  DataInputStream& Take(T& value);
+  DataInputStream& Take(T& value) {
+    const long long got = m_source->Read(&value, sizeof value);
+    if (got != sizeof value) ReadOn(&value, sizeof value, got);
+    return *this;
+  }
+
+  void ReadOn(void* buffer, unsigned long long count, long long got);
   template <class T>
   DataInputStream& TakeChar(T& value);
   template <class OnStream, class T>

@@ -1,0 +1,195 @@
+// Blocks of Base64 have roads of their own: over any stream, and over our buffered ones. Nobody may see a difference
+// to single bytes, whatever the stream below does: not in the bytes, the errors and warnings, nor in the calls that
+// the stream beneath all of them gets. Classes derived from ours go the long way, and so they are the yardstick.
+#include <Infrastructure/OxaCore/io/Base64Streams.h>
+#include <Infrastructure/OxaCore/io/BufferedStreams.h>
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <random>
+#include <string>
+#include <type_traits>
+
+#include "io/Streams.h"
+
+namespace {
+
+using namespace IoTests;
+
+#ifdef OXACORE_SOAK
+constexpr unsigned uROUNDS = 100000;
+#else
+constexpr unsigned uROUNDS = 1500;
+#endif
+
+template <class Stream>
+class Derived : public Stream {
+ public:
+  using Stream::Stream;
+};
+
+class Dice {
+ public:
+  explicit Dice(unsigned seed) : m_engine(seed) {}
+  unsigned operator()(unsigned sides) { return static_cast<unsigned>(m_engine() % sides); }
+
+ private:
+  std::minstd_rand m_engine;
+};
+
+// Mostly the alphabet, with all that can stand between.
+std::string RandomEncoded(Dice& dice) {
+  static const std::string s_letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  static const std::string s_odd = "=====\r\n\r\n -_\xFF\xFE";
+  std::string encoded;
+  const unsigned oddities = 2 + dice(60);
+  for (unsigned length = dice(120); length > 0; --length) {
+    const bool odd = dice(oddities) == 0;
+    encoded += odd ? s_odd[dice(static_cast<unsigned>(s_odd.size()))] : s_letters[dice(64)];
+    if (odd && dice(10) == 0) encoded += "====";
+  }
+  return encoded;
+}
+
+std::deque<int> RandomAnswers(Dice& dice) {
+  static const int s_answers[] = {-2, -1, iRAISE, 0, 1, 2, 3, 50};
+  std::deque<int> answers;
+  if (dice(3) == 0) return answers;
+  for (unsigned count = dice(30); count > 0; --count)
+    answers.push_back(dice(4) == 0 ? s_answers[dice(8)] : 7);
+  return answers;
+}
+
+// What somebody sees who reads: the answers, the bytes, the errors.
+template <class Decoder>
+std::string SeenByReader(BinaryInputStream& below, Dice dice) {
+  Decoder decoder(below);
+  std::string seen;
+  for (int operation = 0; operation < 8; ++operation) {
+    try {
+      long long result = 0;
+      switch (dice(5)) {
+        case 0:
+          seen += std::to_string(decoder.Read());
+          break;
+        case 1:
+          seen += std::to_string(decoder.AvailableBytes());
+          break;
+        default:
+          seen += ReadBlock(decoder, dice(60), &result);
+          seen += std::to_string(result);
+      }
+    } catch (XIOSystemCallFailure&) {
+      seen += "raised";
+    }
+    seen += ';';
+  }
+  return seen;
+}
+
+// All that comes of a reading, as texts.
+template <class Decoder, class Buffered>
+Calls Read(unsigned round) {
+  Dice dice(round);
+  MemorySource source(RandomEncoded(dice));
+  source.m_script = RandomAnswers(dice);
+  const Warnings warnings;
+  Calls outcome;
+  if constexpr (std::is_void_v<Buffered>) {
+    outcome.push_back(SeenByReader<Decoder>(source, dice));
+  } else {
+    Buffered buffered(source, 1 + dice(40));
+    outcome.push_back(SeenByReader<Decoder>(buffered, dice));
+    outcome.push_back(std::to_string(buffered.AvailableBytes()));
+  }
+  for (const Calls& calls : {source.m_calls, warnings.m_messages, warnings.m_logNames})
+    outcome.insert(outcome.end(), calls.begin(), calls.end());
+  return outcome;
+}
+
+TEST(Base64Blocks, DecodedAreLikeSingleBytes) {
+  for (unsigned round = 1; round <= uROUNDS; ++round)
+    ASSERT_EQ((Read<Derived<Base64DecoderStream>, void>(round)), (Read<Base64DecoderStream, void>(round)))
+        << round;
+}
+
+TEST(Base64Blocks, DecodedFromABufferedStreamAreLikeSingleBytes) {
+  for (unsigned round = 1; round <= uROUNDS; ++round)
+    ASSERT_EQ((Read<Derived<Base64DecoderStream>, Derived<BufferedBinaryInputStream>>(round)),
+              (Read<Base64DecoderStream, BufferedBinaryInputStream>(round)))
+        << round;
+}
+
+std::string RandomPlain(Dice& dice) {
+  std::string plain(dice(80), '\0');
+  for (char& byte : plain) byte = static_cast<char>(dice(256));
+  return plain;
+}
+
+// What somebody sees who writes, and then what the sink got.
+template <class Encoder>
+void Operate(Encoder& encoder, MemorySink& sink, Dice& dice) {
+  sink.m_bFailWrite = dice(10) == 0;
+  switch (dice(10)) {
+    case 0:
+      return encoder.Write(static_cast<unsigned char>(dice(256)));
+    case 1:
+      return encoder.Flush();
+    case 2:
+      return encoder.InsertNewlines(dice(2) == 0, static_cast<int>(dice(12)), std::string(dice(3), '|'));
+    default:
+      return WriteText(encoder, RandomPlain(dice));
+  }
+}
+
+template <class Encoder>
+Calls SeenByWriter(BinaryOutputStream& below, MemorySink& sink, Dice& dice) {
+  Calls seen;
+  {
+    Encoder encoder(below, dice(3) == 0, 76, "\r\n");
+    for (int operation = 0; operation < 8; ++operation) {
+      Dice own(dice(1000000));
+      try {
+        Operate(encoder, sink, own);
+      } catch (XIOSystemCallFailure&) {
+        seen.push_back("raised");
+      }
+      seen.push_back(sink.m_bytes);
+    }
+  }
+  return seen;
+}
+
+template <class Encoder, class Buffered>
+Calls Write(unsigned round) {
+  Dice dice(round);
+  MemorySink sink;
+  Calls seen;
+  if constexpr (std::is_void_v<Buffered>) {
+    seen = SeenByWriter<Encoder>(sink, sink, dice);
+  } else {
+    Buffered buffered(sink, 1 + dice(40));
+    seen = SeenByWriter<Encoder>(buffered, sink, dice);
+    sink.m_bFailWrite = false;
+    buffered.Flush();
+  }
+  seen.push_back(sink.m_bytes);
+  seen.insert(seen.end(), sink.m_calls.begin(), sink.m_calls.end());
+  return seen;
+}
+
+TEST(Base64Blocks, EncodedAreLikeSingleBytes) {
+  for (unsigned round = 1; round <= uROUNDS; ++round)
+    ASSERT_EQ((Write<Derived<Base64EncoderStream>, void>(round)), (Write<Base64EncoderStream, void>(round)))
+        << round;
+}
+
+TEST(Base64Blocks, EncodedToABufferedStreamAreLikeSingleBytes) {
+  for (unsigned round = 1; round <= uROUNDS; ++round)
+    ASSERT_EQ((Write<Derived<Base64EncoderStream>, Derived<BufferedBinaryOutputStream>>(round)),
+              (Write<Base64EncoderStream, BufferedBinaryOutputStream>(round)))
+        << round;
+}
+
+}  // namespace
