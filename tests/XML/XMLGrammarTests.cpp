@@ -18,33 +18,40 @@ namespace {
 using boost::spirit::classic::multi_pass_policies::illegal_backtracking;
 namespace Rules = XMLProductions;
 
-// Takes all events, and counts some.
-struct Deaf {
-  int m_iEvents = 0;
-  void StartDoc() {}
-  void EndDoc() {}
-  void SetStandalone(const char*, const char*) {}
-  void SetVersion(const char*, const char*) { ++m_iEvents; }
-  void SetEncoding(const char*, const char*) { ++m_iEvents; }
-  void StartTag(const char*, const char*) {}
-  void AttributeName(const char*, const char*) {}
-  void AttributeValueText(const char*, const char*) {}
-  void AttributeValueRef(const char*, const char*) {}
-  void AttributeValue() {}
-  void Attribute() {}
-  void StartTagContent() {}
-  void EndEmptyTag() {}
-  void EndTag(const char*, const char*) {}
-  void Text(const char*, const char*) {}
-  void ContentReference(const char*, const char*) {}
-  void Comment(const char*, const char*) {}
-  void CData(const char*, const char*) {}
+// Writes down all events.
+class Echo {
+ public:
+  void StartDoc() { Note("StartDoc"); }
+  void SetVersion(const char* first, const char* last) { Note("SetVersion", first, last); }
+  void SetEncoding(const char* first, const char* last) { Note("SetEncoding", first, last); }
+  void SetStandalone(const char* first, const char* last) { Note("SetStandalone", first, last); }
+  void StartTag(const char* first, const char* last) { Note("StartTag", first, last); }
+  void AttributeName(const char* first, const char* last) { Note("AttributeName", first, last); }
+  void AttributeValueText(const char* first, const char* last) { Note("AttributeValueText", first, last); }
+  void AttributeValueRef(const char* first, const char* last) { Note("AttributeValueRef", first, last); }
+  void AttributeValue() { Note("AttributeValue"); }
+  void Attribute() { Note("Attribute"); }
+  void StartTagContent() { Note("StartTagContent"); }
+  void EndEmptyTag() { Note("EndEmptyTag"); }
+  void EndTag(const char* first, const char* last) { Note("EndTag", first, last); }
+  void Text(const char* first, const char* last) { Note("Text", first, last); }
+  void ContentReference(const char* first, const char* last) { Note("ContentReference", first, last); }
+  void Comment(const char* first, const char* last) { Note("Comment", first, last); }
+  void CData(const char* first, const char* last) { Note("CData", first, last); }
+  void EndDoc() { Note("EndDoc"); }
+
+  std::string m_sEvents;
+
+ private:
+  void Note(const char* event, const char* first = nullptr, const char* last = nullptr) {
+    m_sEvents.append(event).append(" ").append(first, static_cast<std::size_t>(last - first)) += '\n';
+  }
 };
 
 template <class Rule>
 bool Matches(const Rule& rule, const std::string& text) {
-  Deaf deaf;
-  return XMLGrammar<Deaf>(deaf).Matches(rule, text.data(), text.data() + text.size());
+  Echo echo;
+  return XMLGrammar<Echo>(echo).Matches(rule, text.data(), text.data() + text.size());
 }
 
 // The smallest of `valid` comes first; of its truncations those of the lengths given match, too.
@@ -131,10 +138,10 @@ TEST(XMLGrammar, ExternalEntities) {  // [77], [78], and [43] without an element
         {"<a>", "</a>", "]]>", "&", "<?xml encoding='x'?><?xml encoding='x'?>", "<!DOCTYPE a>"});
   Check(Rules::content, {"<a/>", "", "x<!----><?p?><![CDATA[]]>&a;<b></b>"}, {0},
         {"<a", "</a>", "<a></a></a>", "&a"});
-  Deaf deaf;
+  Echo echo;
   const std::string text = "<?xml version='1.0' encoding='x'?>";
-  EXPECT_TRUE(XMLGrammar<Deaf>(deaf).Matches(Rules::extParsedEnt, text.data(), text.data() + text.size()));
-  EXPECT_EQ(deaf.m_iEvents, 2);
+  EXPECT_TRUE(XMLGrammar<Echo>(echo).Matches(Rules::extParsedEnt, text.data(), text.data() + text.size()));
+  EXPECT_EQ(echo.m_sEvents, "SetVersion 1.0\nSetEncoding x\n");
 }
 
 // Deep sections are counted, not entered.
@@ -194,9 +201,9 @@ std::size_t LooksAt(const Part& part, int count) {
   std::string text = part.begin;
   for (int i = 0; i < count; ++i) text += part.repeated;
   text += part.end;
-  Deaf deaf;
+  Echo echo;
   Counting::s_uLooks = 0;
-  EXPECT_EQ(XMLGrammar<Deaf>(deaf).Matches(Rules::document, Counting(text.data()),
+  EXPECT_EQ(XMLGrammar<Echo>(echo).Matches(Rules::document, Counting(text.data()),
                                            Counting(text.data() + text.size())),
             part.isDocument)
       << part.begin << part.repeated << part.end;
@@ -247,6 +254,41 @@ TEST(XMLGrammar, EffortIsInProportionToTheText) {
     EXPECT_GT(once, 800U);
     const std::size_t twice = LooksAt(part, 1600);
     EXPECT_LE(twice, 2 * once + 1000) << part.begin << part.repeated << part.end;
+  }
+}
+
+// In a window of one character, which forgets whatever it may: the parser never goes back behind a checkpoint,
+// wherever a document goes wrong, and tells the same as with a text.
+void ExpectTheSameInASmallWindow(const std::string& text) {
+  Echo echo;
+  const bool full = XMLGrammar<Echo>(echo).Matches(Rules::document, text.data(), text.data() + text.size());
+  for (const std::size_t room : {1U, 11U}) {
+    std::istringstream stream(text);
+    XMLStreamWindow window(stream, room);
+    Echo streamed;
+    bool streamedFull = false;
+    EXPECT_NO_THROW(streamedFull = XMLGrammar<Echo>(streamed).Matches(Rules::document, window)) << text;
+    EXPECT_EQ(streamedFull, full) << text;
+    EXPECT_EQ(streamed.m_sEvents, echo.m_sEvents) << text;
+  }
+}
+
+TEST(XMLGrammar, WhatIsForgottenIsNeverNeededAgain) {
+  const std::string document =
+      "<?xml version='1.0' encoding=\"x\" standalone='no' ?>\n<!--c--><?pi x?>\n"
+      "<!DOCTYPE a PUBLIC 'p' 's' [<!ELEMENT a (b|(c,d)+)*>%p;<!ATTLIST a b CDATA #FIXED 'v&lt;' c (d|e) "
+      "#IMPLIED>"
+      "<!ENTITY % e 'x&y;'><!ENTITY f SYSTEM 's' NDATA n><!NOTATION n PUBLIC 'p'><!--c--><?p?> ] >\n<!--d-->"
+      "<a b='c&d;e' f = \"\">t]]&#10;<b/><![CDATA[ ] ]]]><!-- - --><?p ?\?>\n<c>u</c ><d "
+      "e='f'\n/></a>\n<!--g--> ";
+  ExpectTheSameInASmallWindow(document);
+  for (std::size_t i = 0; i < document.size(); ++i) {
+    ExpectTheSameInASmallWindow(document.substr(0, i));
+    for (const char wrong : {'<', '>', '\'', ' ', 'x', '\x01'}) {
+      std::string changed = document;
+      changed[i] = wrong;
+      ExpectTheSameInASmallWindow(changed);
+    }
   }
 }
 
