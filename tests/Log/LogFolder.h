@@ -4,24 +4,22 @@
 
 #include <Infrastructure/OxaCore/System.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
+#include <system_error>
 
 #include "Log/LogEntryText.h"
 #include "Platform/NamedLockSupport.h"
 #include "Support/ChildProcess.h"
+#include "Support/TemporaryFolder.h"
 
 namespace LogTests {
 
 /// The default log of this process lies there as long as the object lives.
 class LogFolder {
  public:
-  LogFolder() : m_sPath((std::filesystem::temp_directory_path() / "oxalogXXXXXX").string()) {
-    if (::mkdtemp(m_sPath.data()) == nullptr) std::abort();
+  LogFolder() {
     Oxa::Core::System::Instance()->GetProcessPath(m_sBefore);
     Oxa::Core::System::Instance()->SetProcessPath(Path());
   }
@@ -31,22 +29,16 @@ class LogFolder {
     RemoveLocks();
     Oxa::Core::System::Instance()->SetProcessPath(m_sBefore);
     std::error_code ignored;
-    std::filesystem::permissions(m_sPath, std::filesystem::perms::owner_all, ignored);
-    std::filesystem::remove_all(m_sPath, ignored);
+    std::filesystem::permissions(Path(), std::filesystem::perms::owner_all, ignored);
   }
 
   /// With a closing "/".
-  std::string Path() const { return m_sPath + '/'; }
-  std::string File(const std::string& name) const { return Path() + name; }
+  std::string Path() const { return File(""); }
+  std::string File(const std::string& name) const { return m_folder.File(name); }
 
-  std::string Read(const std::string& name) const {
-    std::ifstream file(File(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  }
-  void Put(const std::string& name, const std::string& text) const {
-    std::ofstream(File(name), std::ios::binary) << text;
-  }
-  bool Has(const std::string& name) const { return std::filesystem::exists(File(name)); }
+  std::string Read(const std::string& name) const { return m_folder.Read(name); }
+  void Put(const std::string& name, const std::string& text) const { m_folder.Write(name, text); }
+  bool Has(const std::string& name) const { return m_folder.Has(name); }
   std::uintmax_t Size(const std::string& name) const { return std::filesystem::file_size(File(name)); }
   void Allow(const std::string& name, unsigned mode) const {
     std::filesystem::permissions(File(name), static_cast<std::filesystem::perms>(mode));
@@ -55,12 +47,7 @@ class LogFolder {
   std::string Entries() const { return Read("DefaultLog.entries"); }
   std::string Archive() const { return Read("DefaultLog.archive"); }
 
-  std::set<std::string> Names() const {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
-      names.insert(entry.path().filename().string());
-    return names;
-  }
+  std::set<std::string> Names() const { return m_folder.Names(); }
 
   /// What xmllint has to say against the document with its entries; empty if nothing.
   std::string Faults() const {
@@ -77,11 +64,11 @@ class LogFolder {
     Oxa::Core::System::Instance()->GetProcessPath(last);
     NamedLockTests::RemoveLock(last + "DefaultLog.entries");
     NamedLockTests::RemoveLock(File("DefaultLog.entries"));
-    for (const auto& entry : std::filesystem::directory_iterator(m_sPath))
+    for (const auto& entry : std::filesystem::directory_iterator(Path()))
       if (entry.is_directory()) NamedLockTests::RemoveLock(entry.path().string() + "/DefaultLog.entries");
   }
 
-  std::string m_sPath;
+  const TestSupport::TemporaryFolder m_folder;
   std::string m_sBefore;
 };
 

@@ -4,14 +4,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "Support/ChildProcess.h"
 #include "Support/Eventually.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -34,33 +32,17 @@ constexpr int iENDS = 5;
 #endif
 
 // A folder of its own for the log of each run.
-class Folder {
+class Folder : public TestSupport::TemporaryFolder {
  public:
-  Folder() : m_sName((std::filesystem::temp_directory_path() / "oxaloglifeXXXXXX").string()) {
-    if (::mkdtemp(m_sName.data()) == nullptr) std::abort();
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_sName, ignored);
-  }
-  std::string Path() const { return m_sName + '/'; }
   std::string Entries() const {
     std::string all;
-    for (const auto& file : std::filesystem::directory_iterator(m_sName)) {
-      std::ifstream stream(file.path(), std::ios::binary);
-      all.append(std::istreambuf_iterator<char>(stream), {});
-    }
+    for (const std::string& name : Names()) all += Read(name);
     return all;
   }
-
- private:
-  std::string m_sName;
 };
 
 ChildResult RunHost(const std::string& scenario, const Folder& folder, const std::string& options = "") {
-  return RunChild({LOG_LIFE_HOST, scenario, folder.Path()}, {options.empty() ? "A=B" : options});
+  return RunChild({LOG_LIFE_HOST, scenario, folder.File("")}, {options.empty() ? "A=B" : options});
 }
 
 ChildResult RunHost(const std::string& scenario) { return RunHost(scenario, Folder()); }
