@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <locale>
+#include <optional>
 
 #include "Log/DailyFiles.h"
 
@@ -109,7 +110,8 @@ bool WrappingFileStream::StartDay(const Time& now) {
 
 void WrappingFileStream::Write(const std::string& text) {
   if (m_bError) return;
-  const Platform::FileLimitGuard guard;
+  std::optional<Platform::FileLimitGuard> guard;
+  if (Platform::FileLimitGuard::IsNeeded()) guard.emplace();
   MidnightCheck();
   if (IsFull() && !StartNextFile()) return;
   if (!m_bError) WriteText(text);

@@ -47,6 +47,7 @@ class Tape {
 
 inline std::vector<std::string> Messages(const std::vector<OxaLogEntry>& entries) {
   std::vector<std::string> messages;
+  messages.reserve(entries.size());
   for (const OxaLogEntry& entry : entries) messages.push_back(entry.m_sMessage);
   return messages;
 }
@@ -117,7 +118,7 @@ class TapeService : public Oxa::Core::IOxaLogService {
   void UnregisterLogger(IOxaLogger* logger) override { Note("unregister " + logger->GetPath()); }
   void EnumLoggers(const std::string& rootPath, std::list<std::string>& names) override {
     Note("enum " + rootPath);
-    names.push_back("Child");
+    names.emplace_back("Child");
   }
   void SetSeverityFilters(const std::string& path, unsigned int filters) override {
     Note("set " + path + " " + std::to_string(filters));

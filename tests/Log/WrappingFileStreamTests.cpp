@@ -70,7 +70,7 @@ TEST_F(WrappingFileStreamFiles, BackslashesSeparateFolders) {
 TEST_F(WrappingFileStreamFiles, TextsAreWrittenAsTheyAreAndAtOnce) {
   WrappingFileStream stream;
   Begin(stream);
-  const std::string bytes("a\r\n\0\xff%s\n", 9);
+  const std::string bytes("a\r\n\0\xff%s\n", 8);
   stream.Write(bytes);
   EXPECT_EQ(bytes, Read("Run2011_03_03-0.log"));
   stream.Write("");
