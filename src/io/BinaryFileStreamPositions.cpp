@@ -53,6 +53,11 @@ bool OriginOf(BinaryFileStream::EMoveMethod method, Platform::EOrigin& origin) {
   return true;
 }
 
+// None, if the file was cut behind the position.
+unsigned long long BytesBetween(long long position, long long size) {
+  return position > size ? 0 : static_cast<unsigned long long>(size - position);
+}
+
 bool IsOutside(long long target, long long size) { return target < 0 || target > size; }
 
 long long PlaceOf(const Platform::FileHandle& file) {
@@ -139,19 +144,29 @@ long long BinaryFileStream::Move(long long& position, long long target, long lon
   return target;
 }
 
-long long BinaryFileStream::SetInputPos(long long offset, EMoveMethod method) {
-  if (RefuseClosed()) return -1;
+// Where `aim` says, by the position and the size. It is asked twice: a move to the same place must not disturb what
+// is stacked above, and by the time that all of that has made way others may have read, moved or cut the file.
+template <class Aim>
+long long BinaryFileStream::MoveInput(const Aim& aim, const char* operation) {
   long long before = 0;
   long long size = 0;
-  if (const char* const failed = TryToTellInput(before, size)) {
-    RaiseFailure(failed, sSET_INPUT_POS);
-    return before;
-  }
-  const long long target = TargetOf(offset, method, before, size);
-  if (target == before) return target;
   LockSet locks;
-  InvalidateAllBufferedInput(locks);
-  return Move(m_inputPos, target, size, locks);
+  const char* failed = TryToTellInput(before, size);
+  if (failed == nullptr) {
+    if (aim(before, size) == before) return before;
+    InvalidateAllBufferedInput(locks);
+    failed = TryToTellInput(before, size);
+  }
+  if (failed == nullptr) return Move(m_inputPos, aim(before, size), size, locks);
+  locks.clear();
+  RaiseFailure(failed, operation);
+  return before;
+}
+
+long long BinaryFileStream::SetInputPos(long long offset, EMoveMethod method) {
+  if (RefuseClosed()) return -1;
+  const auto aim = [=](long long before, long long size) { return TargetOf(offset, method, before, size); };
+  return MoveInput(aim, sSET_INPUT_POS);
 }
 
 long long BinaryFileStream::SetOutputPos(long long offset, EMoveMethod method) {
@@ -195,12 +210,12 @@ const char* BinaryFileStream::TryToCut(long long target) {
 
 bool BinaryFileStream::Skip(unsigned long long count) {
   if (RefuseClosed()) return false;
-  const bool bEnough = count <= AvailableBytes();
-  if (bEnough) {
-    SetInputPos(static_cast<long long>(count), eFROM_CURRENT);
-  } else {
-    SetInputPos(0, eFROM_END);
-  }
+  bool bEnough = false;
+  const auto aim = [=, &bEnough](long long before, long long size) {
+    bEnough = count <= BytesBetween(before, size);
+    return bEnough ? before + static_cast<long long>(count) : size;
+  };
+  MoveInput(aim, sAVAILABLE_BYTES);
   return bEnough;
 }
 
@@ -210,7 +225,7 @@ unsigned long long BinaryFileStream::AvailableBytes() {
   long long size = 0;
   const char* const failed = TryToTellInput(before, size);
   if (failed != nullptr) RaiseFailure(failed, sAVAILABLE_BYTES);
-  return failed != nullptr || before > size ? 0 : static_cast<unsigned long long>(size - before);
+  return failed != nullptr ? 0 : BytesBetween(before, size);
 }
 
 }  // namespace Oxa::Core

@@ -151,6 +151,8 @@ class OXACORE_API BinaryFileStream : public BinaryInputStream, public BinaryOutp
   const char* TryToWrite(const void* buffer, unsigned long long count);
   const char* TryToTellSize(long long& size) const;
   const char* TryToTellInput(long long& position, long long& size) const;
+  template <class Aim>
+  long long MoveInput(const Aim& aim, const char* operation);
   long long Move(long long& position, long long target, long long size, LockSet& locks);
   const char* TryToCut(long long target);
 
