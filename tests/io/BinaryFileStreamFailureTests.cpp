@@ -40,6 +40,7 @@ Function Next(const char* name) {
 
 #define OXA_TEST_EXPORT __attribute__((visibility("default")))
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" {
 
 OXA_TEST_EXPORT off_t lseek(int file, off_t offset, int whence) noexcept {
@@ -67,6 +68,7 @@ OXA_TEST_EXPORT int ftruncate(int file, off_t size) noexcept {
   return s_bFailCut ? Fail() : next(file, size);
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace {
 
