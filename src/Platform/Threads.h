@@ -93,13 +93,17 @@ class ShortGuard {
   ShortLock& m_lock;
 };
 
+/// Tells the processor that the calling thread spins, and takes it some dozen nanoseconds.
+void PauseInSpin() noexcept;
+
 /// Tells by what happened lately whether it pays to spin before a sleep. It steers speed and nothing else, so
 /// that it doesn't matter when threads that meet here lose one another's lessons.
 class SpinAdvice {
  public:
   constexpr SpinAdvice() noexcept = default;
 
-  bool IsForIt() noexcept;
+  /// Against its conviction it is for one spin in `probeEvery`: times may have changed.
+  bool IsForIt(std::uint32_t probeEvery = 64) noexcept;
 
   /// How a spin ended; gives it back.
   bool Learn(bool success) noexcept;

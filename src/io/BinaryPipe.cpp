@@ -3,11 +3,11 @@
 #include <Infrastructure/OxaCore/io/IOErrors.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <string>
 
 #include "Threads/WholeMilliseconds.h"
+#include "io/BinaryPipeHold.h"
 
 namespace Oxa::Core {
 
@@ -36,76 +36,7 @@ constexpr long long llCLOSE_STEP_MS = 100;
 
 bool IsNonBlocking(const Elapse& timeout) { return timeout.GetRawTimerTicks() == 0; }
 
-// Bytes that a close must wait for; with the mutex held at both ends.
-class Pending {
- public:
-  Pending(unsigned long long& total, unsigned long long bytes) : m_total(total), m_bytes(bytes) {
-    m_total += m_bytes;
-  }
-  Pending(const Pending&) = delete;
-  Pending& operator=(const Pending&) = delete;
-  ~Pending() { m_total -= m_bytes; }
-
- private:
-  unsigned long long& m_total;
-  const unsigned long long m_bytes;
-};
-
 }  // namespace
-
-// Holds the pipe, and wakes whom it owes a wake once it lets go: nobody is woken into a lock that is still held.
-class BinaryPipe::Hold {
- public:
-  explicit Hold(BinaryPipe& pipe) : m_pipe(pipe) { m_pipe.m_mutex.Lock(IMutex::sINFINITE); }
-  Hold(const Hold&) = delete;
-  Hold& operator=(const Hold&) = delete;
-  ~Hold() { LetGo(); }
-
-  void WakeReaders(int most) { Owe(m_pipe.m_waitingReaders, most, m_iReaders); }
-  void WakeWriters(int most) { Owe(m_pipe.m_waitingWriters, most, m_iWriters); }
-
-  // Away from the pipe at `gate`. Whether it was posted doesn't matter: the caller looks at the ring again.
-  void Wait(Semaphore& gate, const Elapse& timeout, int& waiters) {
-    if (waiters < INT_MAX) ++waiters;
-    const Away away(*this);
-    gate.TimedWait(timeout);
-  }
-
- private:
-  // Comes back also where the wait raises.
-  class Away {
-   public:
-    explicit Away(Hold& hold) : m_hold(hold) { m_hold.LetGo(); }
-    Away(const Away&) = delete;
-    Away& operator=(const Away&) = delete;
-    ~Away() { m_hold.m_pipe.m_mutex.Lock(IMutex::sINFINITE); }
-
-   private:
-    Hold& m_hold;
-  };
-
-  static void Owe(int& waiters, int most, int& owed) {
-    const int woken = std::min(waiters, most);
-    waiters -= woken;
-    owed += woken;
-  }
-
-  static void Pay(Semaphore& gate, int& owed) {
-    if (owed == 0) return;
-    gate.Post(static_cast<unsigned int>(owed));
-    owed = 0;
-  }
-
-  void LetGo() {
-    m_pipe.m_mutex.Unlock();
-    Pay(m_pipe.m_readersGate, m_iReaders);
-    Pay(m_pipe.m_writersGate, m_iWriters);
-  }
-
-  BinaryPipe& m_pipe;
-  int m_iReaders = 0;
-  int m_iWriters = 0;
-};
 
 BinaryPipe::BinaryPipe(unsigned long long bufferSize, const Elapse& readTimeout, const Elapse& writeTimeout)
     : m_bufferSize(bufferSize != 0 ? bufferSize : DEFAULT_BUFFER_SIZE),
@@ -119,7 +50,8 @@ BinaryPipe::BinaryPipe(unsigned long long bufferSize, const Elapse& readTimeout,
       m_writersGate(0),
       m_readersGate(0),
       m_writeTimeout(writeTimeout),
-      m_readTimeout(readTimeout) {
+      m_readTimeout(readTimeout),
+      m_spins(new SpinAdvices) {
   m_buffer.reset(new unsigned char[m_bufferSize]);
 }
 
@@ -143,8 +75,8 @@ bool BinaryPipe::Open() {
   m_closed.store(false, std::memory_order_relaxed);
   m_readIndex = 0;
   m_writeIndex = 0;
-  m_count = 0;
-  hold.WakeWriters(INT_MAX);
+  SetCount(0);
+  hold.WakeWriters();
   return true;
 }
 
@@ -152,8 +84,8 @@ void BinaryPipe::Close() {
   {
     Hold hold(*this);
     m_closed.store(true, std::memory_order_relaxed);
-    hold.WakeReaders(INT_MAX);
-    hold.WakeWriters(INT_MAX);
+    hold.WakeReaders();
+    hold.WakeWriters();
     if (m_pendingWriteBytes == 0) return;
   }
   const Platform::Deadline deadline = ExactDeadline(Elapse(llCLOSE_PATIENCE_S));
@@ -169,7 +101,7 @@ bool BinaryPipe::WritesArePending() {
 
 unsigned long long BinaryPipe::AvailableBytes() {
   const Hold hold(*this);
-  return m_count;
+  return Count();
 }
 
 int BinaryPipe::Read() {
@@ -216,23 +148,23 @@ BinaryPipe::EEnd BinaryPipe::Take(unsigned char* target, unsigned long long coun
                                   unsigned long long& taken) {
   Hold hold(*this);
   EEnd end = EEnd::eALL;
-  while (taken < count && end == EEnd::eALL) {
-    end = AwaitBytes(hold);
+  while (taken < count) {
+    end = AwaitBytes(hold, count - taken);
     if (end != EEnd::eALL) break;
-    taken += TransferBytes(target != nullptr ? target + taken : nullptr, std::min(count - taken, m_count));
+    taken += TransferBytes(target != nullptr ? target + taken : nullptr, std::min(count - taken, Count()));
     hold.WakeWriters(1);
   }
-  if (m_count > 0) hold.WakeReaders(1);  // a reader hands on to the next one what it leaves
+  if (Count() > 0) hold.WakeReaders(1);  // a reader hands on to the next one what it leaves
   return end;
 }
 
-BinaryPipe::EEnd BinaryPipe::AwaitBytes(Hold& hold) {
-  if (m_count == 0 && IsOpen()) {
+BinaryPipe::EEnd BinaryPipe::AwaitBytes(Hold& hold, unsigned long long wanted) {
+  if (Count() == 0 && IsOpen()) {
     const Elapse timeout = m_readTimeout.load(std::memory_order_relaxed);
     if (IsNonBlocking(timeout)) return EEnd::eWOULD_BLOCK;
-    hold.Wait(m_readersGate, timeout, m_waitingReaders);
+    hold.WaitForBytes(wanted, timeout);
   }
-  if (m_count != 0) return EEnd::eALL;
+  if (Count() != 0) return EEnd::eALL;
   return IsClosed() ? EEnd::eCLOSED : EEnd::eTIMEOUT;
 }
 
@@ -244,7 +176,7 @@ unsigned long long BinaryPipe::TransferBytes(unsigned char* target, unsigned lon
   }
   m_readIndex = first < count ? count - first : m_readIndex + first;
   if (m_readIndex == m_bufferSize) m_readIndex = 0;
-  m_count -= count;
+  SetCount(Count() - count);
   return count;
 }
 
@@ -283,22 +215,19 @@ BinaryPipe::EEnd BinaryPipe::Put(const unsigned char* bytes, unsigned long long 
   while (sent < count) {
     const EEnd end = AwaitRoom(hold, count - sent);
     if (end != EEnd::eALL) return end;
-    sent += StoreBytes(bytes + sent, std::min(count - sent, m_bufferSize - m_count));
+    sent += StoreBytes(bytes + sent, std::min(count - sent, m_bufferSize - Count()));
     hold.WakeReaders(1);
   }
   return EEnd::eALL;
 }
 
 BinaryPipe::EEnd BinaryPipe::AwaitRoom(Hold& hold, unsigned long long left) {
-  if (m_count < m_bufferSize) return EEnd::eALL;
+  if (Count() < m_bufferSize) return EEnd::eALL;
   const Elapse timeout = m_writeTimeout.load(std::memory_order_relaxed);
   if (IsNonBlocking(timeout)) return EEnd::eWOULD_BLOCK;
-  {
-    const Pending pending(m_pendingWriteBytes, left);
-    hold.Wait(m_writersGate, timeout, m_waitingWriters);
-  }
+  hold.WaitForRoom(left, timeout);
   if (IsClosed()) return EEnd::eABORTED;
-  return m_count < m_bufferSize ? EEnd::eALL : EEnd::eTIMEOUT;
+  return Count() < m_bufferSize ? EEnd::eALL : EEnd::eTIMEOUT;
 }
 
 unsigned long long BinaryPipe::StoreBytes(const unsigned char* bytes, unsigned long long count) {
@@ -307,7 +236,7 @@ unsigned long long BinaryPipe::StoreBytes(const unsigned char* bytes, unsigned l
   std::memcpy(m_buffer.get(), bytes + first, count - first);
   m_writeIndex = first < count ? count - first : m_writeIndex + first;
   if (m_writeIndex == m_bufferSize) m_writeIndex = 0;
-  m_count += count;
+  SetCount(Count() + count);
   return count;
 }
 

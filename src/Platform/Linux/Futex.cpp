@@ -15,16 +15,16 @@ namespace {
 constexpr long long iNANOSECONDS_PER_SECOND = 1000000000;
 
 constexpr std::uint32_t uPRAISE = 4;
-constexpr std::uint32_t uPROBE_EVERY = 64;
 
 }  // namespace
 
-// Now and then the advice is for a spin though the last ones failed: times may have changed.
-bool SpinAdvice::IsForIt() noexcept {
+void PauseInSpin() noexcept { Pause(); }
+
+bool SpinAdvice::IsForIt(std::uint32_t probeEvery) noexcept {
   if (m_uScore.load(std::memory_order_relaxed) > 0) return true;
   const std::uint32_t refusals = m_uRefusals.load(std::memory_order_relaxed) + 1;
   m_uRefusals.store(refusals, std::memory_order_relaxed);
-  return refusals % uPROBE_EVERY == 0;
+  return refusals % probeEvery == 0;
 }
 
 bool SpinAdvice::Learn(bool success) noexcept {

@@ -5,7 +5,8 @@
 // if nothing has changed there it counts as a time-out. That may come early: the pipe wakes the waiters that it has
 // counted, those whose time was over stay counted until somebody has woken them in vain, and among several readers
 // or writers another one may have been quicker. So who shares a side of a pipe, or goes on after a time-out, is
-// ready for IOTimeout before its time.
+// ready for IOTimeout before its time. A wait of a millisecond or more begins with a spin of up to 50 microseconds, as
+// long as such spins pay, and adds it to the time-out.
 //
 // Thread safety: any thread may use any operation, and there may be any number of readers and writers; nothing is
 // promised of who is served first. What one call writes or reads is not kept together where it has to wait. All
@@ -31,6 +32,7 @@
 
 #include <atomic>
 #include <boost/shared_array.hpp>
+#include <memory>
 
 namespace Oxa::Core {
 
@@ -94,29 +96,33 @@ class OXACORE_API BinaryPipe : public BinaryOutputStream, public BinaryInputStre
  private:
   enum class EEnd { eALL, eWOULD_BLOCK, eTIMEOUT, eCLOSED, eABORTED };
   class Hold;
+  struct SpinAdvices;
 
   EEnd Take(unsigned char* target, unsigned long long count, unsigned long long& taken);
-  EEnd AwaitBytes(Hold& hold);
+  EEnd AwaitBytes(Hold& hold, unsigned long long wanted);
   unsigned long long TransferBytes(unsigned char* target, unsigned long long count);
   EEnd Put(const unsigned char* bytes, unsigned long long count, unsigned long long& sent);
   EEnd AwaitRoom(Hold& hold, unsigned long long left);
   unsigned long long StoreBytes(const unsigned char* bytes, unsigned long long count);
   bool WritesArePending();
+  unsigned long long Count() const { return m_count.load(std::memory_order_relaxed); }
+  void SetCount(unsigned long long count) { m_count.store(count, std::memory_order_relaxed); }
 
   Mutex m_mutex;  // guards all below but gates and time-outs
   boost::shared_array<unsigned char> m_buffer;
   unsigned long long m_bufferSize;
   unsigned long long m_readIndex;
   unsigned long long m_writeIndex;
-  unsigned long long m_count;              // bytes in the ring
-  unsigned long long m_pendingWriteBytes;  // in the hands of writers that wait
-  int m_waitingReaders;                    // that nobody has posted for yet, with those whose time was over
+  std::atomic<unsigned long long> m_count;  // bytes in the ring
+  unsigned long long m_pendingWriteBytes;   // in the hands of writers that wait
+  int m_waitingReaders;                     // that nobody has posted for yet, with those whose time was over
   int m_waitingWriters;
   std::atomic<bool> m_closed;
   Semaphore m_writersGate;  // where writers wait for room
   Semaphore m_readersGate;  // where readers wait for bytes
   std::atomic<Elapse> m_writeTimeout;
   std::atomic<Elapse> m_readTimeout;
+  const std::unique_ptr<SpinAdvices> m_spins;
 };
 
 }  // namespace Oxa::Core
