@@ -277,7 +277,7 @@ TEST(DataStreamWideString, CutOneEndsInNullCharacters) {
 
 #ifdef OXACORE_SOAK
 
-// Takes 9 GB.
+// Takes more than 4 GB of memory.
 TEST(DataStreamString, BeyondFourGigabytesIsCutToTheLowHalfOfItsLength) {
   std::string text(0x100000003, 'x');
   text[0] = 'a';
