@@ -224,12 +224,11 @@ void ExitFromADirectHandler() {
   Write("Life.End", 1);
 }
 
-// Shows what arrives as it arrives, and takes its time.
-TapeService& ASlowEternalService() {
+// Shows what arrives as it arrives, which takes far longer than to write it.
+TapeService& AShowingEternalService() {
   TapeService& service = AnEternalService();
   LogManager::Instance()->OnLogHandlerChange();
   service.m_onWrite = [](const OxaLogEntry& entry) {
-    OxaSleep(1, Elapse::MilliSeconds, false);
     const bool isUncaught = entry.m_sMessage.find("<Circumstance>Uncaught Fatal Error<") != std::string::npos;
     if (entry.m_sForm == "plain") std::puts(entry.m_sMessage.c_str());
     if (isUncaught) std::printf("uncaught, buffering: %d\n", LogManager::Instance()->GetBufferingMode());
@@ -239,8 +238,8 @@ TapeService& ASlowEternalService() {
 }
 
 void DieWithAFullQueue() {
-  ASlowEternalService();
-  for (int i = 0; i < 300; ++i) Write("Life.Dying", i);
+  AShowingEternalService();
+  for (int i = 0; i < 900; ++i) Write("Life.Dying", i);
   throw LogicError("nobody catches this");
 }
 

@@ -190,7 +190,7 @@ TEST(LogLife, FatalErrorIsPrecededByAllThatWasWritten) {
   const ChildResult result = RunLeaking("die");
   EXPECT_EQ(255, result.m_iStatus) << result.m_sError;
   std::string expected;
-  for (int i = 0; i < 300; ++i) expected += "message " + std::to_string(i) + "\n";
+  for (int i = 0; i < 900; ++i) expected += "message " + std::to_string(i) + "\n";
   EXPECT_EQ(expected + "uncaught, buffering: 0\n", result.m_sOutput);
 }
 
