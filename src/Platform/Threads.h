@@ -15,6 +15,13 @@ namespace Oxa::Core::Platform {
 /// nanosecond. In a forked child it is the child's own.
 unsigned long CurrentThreadId() noexcept;
 
+/// The same once the calling thread has asked for it, else 0: for roads on which a call counts. Only the backend
+/// writes to it.
+inline std::uint32_t& KnownThreadId() noexcept {
+  [[gnu::tls_model("initial-exec")]] static thread_local std::uint32_t t_uKnown = 0;
+  return t_uKnown;
+}
+
 /// Nanoseconds of a clock that nobody sets, from some moment in the past.
 long long MonotonicNow() noexcept;
 

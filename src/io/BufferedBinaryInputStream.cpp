@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "io/StreamPassage.h"
+
 namespace Oxa::Core {
 
 const unsigned long long BufferedBinaryInputStream::DEFAULT_BUFFER_SIZE;
@@ -12,13 +14,17 @@ BufferedBinaryInputStream::BufferedBinaryInputStream(BinaryInputStream& source, 
 BufferedBinaryInputStream::~BufferedBinaryInputStream() = default;
 
 int BufferedBinaryInputStream::Read() {
-  const Lock lock(m_mutex);
-  if (m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
-  return ReadAnew();
+  {
+    const StreamPassage passage(m_mutex);
+    if (passage && m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
+  }
+  return ReadLocked();
 }
 
 // A source may give 0 for "no byte", too, and nobody may see what the buffer held before.
-int BufferedBinaryInputStream::ReadAnew() {
+int BufferedBinaryInputStream::ReadLocked() {
+  const Lock lock(m_mutex);
+  if (m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
   DoBufferedInputInvalidation();
   if (m_bufferSize == 0) {
     const int byte = m_source->Read();
@@ -30,11 +36,16 @@ int BufferedBinaryInputStream::ReadAnew() {
 
 long long BufferedBinaryInputStream::Read(void* buffer, long long count) {
   if (count < 1) return 0;
-  const Lock lock(m_mutex);
-  if (Left() >= static_cast<unsigned long long>(count)) {
-    Take(buffer, static_cast<unsigned long long>(count));
-    return count;
+  {
+    const StreamPassage passage(m_mutex);
+    if (passage && TakeAll(buffer, count)) return count;
   }
+  return ReadLocked(buffer, count);
+}
+
+long long BufferedBinaryInputStream::ReadLocked(void* buffer, long long count) {
+  const Lock lock(m_mutex);
+  if (TakeAll(buffer, count)) return count;
   if (Left() != 0) return ReadBeyond(static_cast<unsigned char*>(buffer), count);
   const long long result = m_source->Read(buffer, count);
   Refill();
@@ -87,7 +98,14 @@ void BufferedBinaryInputStream::Refill() {
   FillBuffer();
 }
 
-void BufferedBinaryInputStream::Take(void* to, unsigned long long count) {
+// False, and nothing taken, if the buffer holds less.
+inline bool BufferedBinaryInputStream::TakeAll(void* to, long long count) {
+  const bool enough = Left() >= static_cast<unsigned long long>(count);
+  if (enough) Take(to, static_cast<unsigned long long>(count));
+  return enough;
+}
+
+inline void BufferedBinaryInputStream::Take(void* to, unsigned long long count) {
   std::memcpy(to, m_buffer.get() + m_readIndex, count);
   m_readIndex += count;
 }

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "io/StreamPassage.h"
+
 namespace Oxa::Core {
 
 const unsigned long long BufferedBinaryOutputStream::DEFAULT_BUFFER_SIZE;
@@ -13,20 +15,30 @@ BufferedBinaryOutputStream::BufferedBinaryOutputStream(BinaryOutputStream& sink,
 BufferedBinaryOutputStream::~BufferedBinaryOutputStream() = default;
 
 void BufferedBinaryOutputStream::Write(unsigned char byte) {
-  const Lock lock(m_mutex);
-  if (m_fill >= m_bufferSize) return WriteAnew(byte);
-  m_buffer.get()[m_fill++] = byte;
+  {
+    const StreamPassage passage(m_mutex);
+    if (passage && m_fill < m_bufferSize) return Put(byte);
+  }
+  WriteLocked(byte);
 }
 
-// The buffer is full. One without any room stays so.
-void BufferedBinaryOutputStream::WriteAnew(unsigned char byte) {
-  DoOutputBufferFlush();
-  if (m_fill >= m_bufferSize) return m_sink->Write(byte);
-  m_buffer.get()[m_fill++] = byte;
+void BufferedBinaryOutputStream::WriteLocked(unsigned char byte) {
+  const Lock lock(m_mutex);
+  if (m_fill >= m_bufferSize) DoOutputBufferFlush();
+  if (m_bufferSize == 0) return m_sink->Write(byte);
+  Put(byte);
 }
 
 void BufferedBinaryOutputStream::Write(const void* buffer, unsigned long long count) {
   if (count == 0) return;
+  {
+    const StreamPassage passage(m_mutex);
+    if (passage && count < m_bufferSize - m_fill) return Put(buffer, count);
+  }
+  WriteLocked(buffer, count);
+}
+
+void BufferedBinaryOutputStream::WriteLocked(const void* buffer, unsigned long long count) {
   const Lock lock(m_mutex);
   if (count < m_bufferSize) {
     if (count >= m_bufferSize - m_fill) DoOutputBufferFlush();
@@ -37,7 +49,12 @@ void BufferedBinaryOutputStream::Write(const void* buffer, unsigned long long co
   }
 }
 
-void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {
+inline void BufferedBinaryOutputStream::Put(unsigned char byte) {
+  m_buffer.get()[m_fill] = byte;
+  ++m_fill;
+}
+
+inline void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {
   std::memcpy(m_buffer.get() + m_fill, from, count);
   m_fill += count;
 }

@@ -24,20 +24,18 @@ constexpr long long iLOOK_FOR_DEAD_OWNER_EVERY = 50 * iNANOSECONDS_PER_MILLISECO
 constexpr std::uint32_t uSLEEPERS = 0x80000000u;
 constexpr std::uint32_t uHELD = 1;
 
-[[gnu::tls_model("initial-exec")]] thread_local std::uint32_t t_uThreadId = 0;
-
 [[gnu::noinline]] std::uint32_t AskThreadId() noexcept {
-  t_uThreadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
-  return t_uThreadId;
+  KnownThreadId() = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  return KnownThreadId();
 }
 
 inline std::uint32_t Self() noexcept {
-  const std::uint32_t known = t_uThreadId;
+  const std::uint32_t known = KnownThreadId();
   return known != 0 ? known : AskThreadId();
 }
 
 // The one thread of a forked child has a new id.
-void ForgetThreadId() { t_uThreadId = 0; }
+void ForgetThreadId() { KnownThreadId() = 0; }
 
 [[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &ForgetThreadId); }
 

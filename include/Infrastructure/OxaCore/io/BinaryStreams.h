@@ -172,7 +172,8 @@ class OXACORE_API BinaryOutputStream::FlushBufferedOutputEvent : public Notifica
   LockSet* m_locks;
 };
 
-/// Base of what is stacked on a source: forwards everything to it. Not closed by its destructor.
+/// Base of what is stacked on a source: forwards everything to it. Not closed by its destructor. To stack one on
+/// another of the very same class, hand that over as a BinaryInputStream&, or it would mean a copy.
 class OXACORE_API BinaryInputStreamFilter : public BinaryInputStream, protected BinaryInputStream::Listener {
  public:
   /// `source` must outlive the use of this filter, though not the filter; it isn't owned.
@@ -198,7 +199,8 @@ class OXACORE_API BinaryInputStreamFilter : public BinaryInputStream, protected 
   BinaryInputStream* m_source;
 };
 
-/// Base of what is stacked on a sink: forwards everything to it. Neither flushed nor closed by its destructor.
+/// Base of what is stacked on a sink: forwards everything to it. Neither flushed nor closed by its destructor. To
+/// stack one on another of the very same class, hand that over as a BinaryOutputStream&, or it would mean a copy.
 class OXACORE_API BinaryOutputStreamFilter : public BinaryOutputStream,
                                              protected BinaryOutputStream::Listener {
  public:

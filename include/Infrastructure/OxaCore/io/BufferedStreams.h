@@ -14,8 +14,8 @@
 #define INFRASTRUCTURE_OXACORE_IO_BUFFEREDSTREAMS_H
 
 #include <Infrastructure/OxaCore/Export.h>
-#include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/io/BinaryStreams.h>
+#include <Infrastructure/OxaCore/io/StreamMutex.h>
 
 #include <boost/shared_array.hpp>
 
@@ -57,12 +57,14 @@ class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
   friend class InputWindow;
 
   unsigned long long Left() const { return m_dataSize - m_readIndex; }
+  bool TakeAll(void* to, long long count);
   void Take(void* to, unsigned long long count);
-  int ReadAnew();
+  int ReadLocked();
+  long long ReadLocked(void* buffer, long long count);
   long long ReadBeyond(unsigned char* to, long long count);
   void Refill();
 
-  Mutex m_mutex;  // guards all the others
+  StreamMutex m_mutex;  // guards all the others
   boost::shared_array<unsigned char> m_buffer;
   unsigned long long m_bufferSize;
   unsigned long long m_dataSize = 0;   // bytes of the buffer that hold data
@@ -96,9 +98,11 @@ class OXACORE_API BufferedBinaryOutputStream : public BinaryOutputStreamFilter {
   friend class OutputWindow;
 
   void Put(const void* from, unsigned long long count);
-  void WriteAnew(unsigned char byte);
+  void Put(unsigned char byte);
+  void WriteLocked(const void* buffer, unsigned long long count);
+  void WriteLocked(unsigned char byte);
 
-  Mutex m_mutex;  // guards all the others
+  StreamMutex m_mutex;  // guards all the others
   boost::shared_array<unsigned char> m_buffer;
   unsigned long long m_bufferSize;
   unsigned long long m_fill = 0;  // bytes that wait in the buffer

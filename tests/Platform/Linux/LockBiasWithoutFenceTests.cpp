@@ -1,0 +1,74 @@
+// A system may refuse the fence in all threads from the begin, or from some moment on: containers have filters.
+#include <gtest/gtest.h>
+
+#include <errno.h>
+#include <linux/filter.h>
+#include <linux/membarrier.h>
+#include <linux/seccomp.h>
+#include <stddef.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <iterator>
+#include <thread>
+
+#include "Platform/LockBias.h"
+
+namespace {
+
+using namespace Oxa::Core::Platform;
+
+constexpr int iENOUGH = 64;
+
+// For the rest of the process and all its threads. False where that can't be had.
+bool RefuseFences() {
+  sock_filter program[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const sock_fprog filter = {static_cast<unsigned short>(std::size(program)), program};
+  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return false;
+  if (syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_TSYNC, &filter) != 0) return false;
+  return syscall(SYS_membarrier, MEMBARRIER_CMD_QUERY, 0, 0) == -1;
+}
+
+bool Passes(LockBias& bias) { return static_cast<bool>(LockBias::Passage(bias)); }
+
+constexpr int iFINE = 0;
+constexpr int iWRONG = 1;
+constexpr int iNO_FILTER = 2;
+
+int FavoursNobody() {
+  if (!RefuseFences()) return iNO_FILTER;
+  LockBias bias;
+  for (int i = 0; i != 3 * iENOUGH; ++i) bias.Taken();
+  return Passes(bias) ? iWRONG : iFINE;
+}
+
+int WithdrawsAFavour() {
+  LockBias bias;
+  for (int i = 0; i != iENOUGH; ++i) bias.Taken();
+  if (!Passes(bias) || !RefuseFences()) return iNO_FILTER;
+  std::thread([&bias] { bias.Taken(); }).join();
+  return Passes(bias) ? iWRONG : iFINE;
+}
+
+// The filter is for ever, so it is set in a process of its own.
+void ExpectFine(int (*test)()) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      _exit(test()),
+      [](int status) {
+        return WIFEXITED(status) && (WEXITSTATUS(status) == iFINE || WEXITSTATUS(status) == iNO_FILTER);
+      },
+      "");
+}
+
+TEST(LockBiasWithoutFenceDeathTest, FavoursNobody) { ExpectFine(&FavoursNobody); }
+TEST(LockBiasWithoutFenceDeathTest, StillWithdrawsAFavour) { ExpectFine(&WithdrawsAFavour); }
+
+}  // namespace
