@@ -282,7 +282,7 @@ class Reference {
   }
   std::string Read(std::size_t count) {
     if (m_sBytes.empty()) return "-2";
-    const std::string block = m_sBytes.substr(0, count);
+    std::string block = m_sBytes.substr(0, count);
     m_sBytes.erase(0, count);
     return block;
   }
