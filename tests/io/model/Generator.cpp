@@ -53,7 +53,7 @@ Layer Generator::MakeLayer() {
 
 long long Generator::MakeCount() {
   if (Once(30)) return static_cast<long long>(Below(3000));
-  return static_cast<long long>(Once(3) ? Below(60) : Below(12));
+  return static_cast<long long>(Once(2) ? Below(60) : Below(12));
 }
 
 Bytes Generator::MakeData(std::size_t size) {
@@ -79,7 +79,11 @@ Operation Generator::Push(What what) {
   Operation operation;
   operation.m_eWhat = what;
   operation.m_layer = MakeLayer();
-  (what == What::ePUSH_INPUT ? m_input : m_output).push_back(operation.m_layer);
+  std::vector<Layer>& stack = what == What::ePUSH_INPUT ? m_input : m_output;
+  // Base64 on a buffer works in blocks, unlike on all else.
+  if (!stack.empty() && stack.back().m_eKind == Layer::eBUFFERED && Once(2))
+    operation.m_layer.m_eKind = Layer::eBASE64;
+  stack.push_back(operation.m_layer);
   return operation;
 }
 
