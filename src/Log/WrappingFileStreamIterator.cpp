@@ -1,5 +1,6 @@
 #include <Infrastructure/OxaCore/WrappingFileStreamIterator.h>
 
+#include <algorithm>
 #include <fstream>
 #include <locale>
 #include <vector>
@@ -30,6 +31,14 @@ void ReadNumber(const PathName& file, int& number) {
   stream.imbue(std::locale::classic());
   int found = 0;
   if (stream >> found) number = found;
+}
+
+// Those whose names begin with `begin`, whatever a pattern would make of that.
+long long CountLogFiles(const std::string& folder, const std::string& begin) {
+  std::vector<std::string> names;
+  PathName(folder).ReadDirectory(names, begin + "*.log");
+  return std::count_if(names.begin(), names.end(),
+                       [&](const std::string& name) { return name.compare(0, begin.size(), begin) == 0; });
 }
 
 }  // namespace
@@ -94,9 +103,7 @@ void WrappingFileStreamIterator::IterateDay(const PathName& sequenceFile, const 
   ReadNumber(sequenceFile, number);
   const std::string folder = sequenceFile.GetBaseAndBranch();
   const std::string name = DailyName(m_prefix, DailyDateOf(day));
-  std::vector<std::string> names;
-  PathName(folder).ReadDirectory(names, name + "-*.log");
-  const auto count = static_cast<long long>(names.size());
+  const long long count = CountLogFiles(folder, name + '-');
   for (long long i = 0; i < count; ++i) {
     number = static_cast<int>((number + 1LL) % count);
     NextFile(DailyLogFileName(folder, name, number));

@@ -42,8 +42,10 @@ bool WrappingFileStream::FindFiles(int year, std::vector<std::string>& names) co
   return true;
 }
 
-// Names with a prefix aren't read, and so never are excess.
+// Names with a prefix aren't read, and so never are excess; those of others, which a prefix with "*" in it finds too,
+// are none of ours.
 bool WrappingFileStream::IsExcess(const std::string& name, const Time& today) const {
+  if (name.compare(0, m_prefix.size(), m_prefix) != 0) return false;
   DailyDate date;
   int number = m_maxFilesPerDay - 1;
   if (!ReadDailyFileName(name, date, number)) return false;

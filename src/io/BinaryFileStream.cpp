@@ -84,9 +84,10 @@ bool BinaryFileStream::OpenFile(const std::string& fileName, unsigned int mode, 
   if (!DispositionOf(behavior, disposition)) return false;
   const Platform::FileAccess access = {(mode & READ_MODE) != 0, (mode & WRITE_MODE) != 0};
   int code = 0;
-  *m_hFile = Platform::FileHandle::OpenShared(fileName.c_str(), access, disposition, code);
+  Platform::FileHandle file = Platform::FileHandle::OpenShared(fileName.c_str(), access, disposition, code);
   if (code != 0) return false;
-  m_fileName = fileName;
+  m_fileName = fileName;  // where memory is short, nothing stays open
+  *m_hFile = std::move(file);
   m_mode = mode;
   m_isOpen = true;
   SetFilePos(0, access.m_bRead ? eFROM_BEGIN : eFROM_END);

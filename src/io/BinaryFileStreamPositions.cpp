@@ -146,6 +146,7 @@ long long BinaryFileStream::Move(long long& position, long long target, long lon
 
 // Where `aim` says, by the position and the size. It is asked twice: a move to the same place must not disturb what
 // is stacked above, and by the time that all of that has made way others may have read, moved or cut the file.
+// `operation` is the one that asks first.
 template <class Aim>
 long long BinaryFileStream::MoveInput(const Aim& aim, const char* operation) {
   long long before = 0;
@@ -156,6 +157,7 @@ long long BinaryFileStream::MoveInput(const Aim& aim, const char* operation) {
     if (aim(before, size) == before) return before;
     InvalidateAllBufferedInput(locks);
     failed = TryToTellInput(before, size);
+    operation = sSET_INPUT_POS;
   }
   if (failed == nullptr) return Move(m_inputPos, aim(before, size), size, locks);
   locks.clear();

@@ -253,6 +253,27 @@ TEST_F(WrappingFileStreamAge, PrefixStopsAllDeleting) {
   EXPECT_EQ(4U, All().size());
 }
 
+TEST_F(WrappingFileStreamAge, PrefixThatIsAPatternDeletesNothingOfOthers) {
+  const Names others = {"2010_02_01-0.log", "2010_02_01.seq", "2011_03_02-9.log", "02010_02_01-0.log"};
+  for (const std::string& name : others) Put(name);
+  for (const char* const prefix : {"*", "?"}) {
+    WrappingFileStream stream;
+    for (int i = 0; i < 2; ++i) stream.Initialize(Path(), 7, 3, iNO_LIMIT, prefix);
+  }
+  for (const std::string& name : others) EXPECT_TRUE(m_folder.Has(name)) << name;
+}
+
+TEST_F(WrappingFileStreamAge, FirstInitializeBehindAFailureDeletesNothing) {
+  Put("2011_02_01-0.log");
+  BeginPruning(m_stream, iNO_LIMIT);
+  EXPECT_THROW(m_stream.Initialize(m_folder.File("none"), 7, 3, iNO_LIMIT, ""),
+               WrappingFileStream::Error_FolderDoesNotExist);
+  BeginPruning(m_stream, 7);
+  EXPECT_EQ(Names{"2011_02_01-0.log"}, Others());
+  BeginPruning(m_stream, 7);
+  EXPECT_EQ(Names{}, Others());
+}
+
 // Numbers are read as scanf reads them.
 TEST_F(WrappingFileStreamAge, PrefixOfBlanksStopsNothing) {
   Put(" 2010_02_01-0.log");

@@ -229,6 +229,18 @@ TEST_F(WrappingFileStreamWalk, PatternsInThePrefixStandForThemselves) {
   EXPECT_EQ(List{"R?n2011_03_02-0.log"}, WalkAll("R?n"));
   PutDay("%d2011_03_03", 1, "0");
   EXPECT_EQ(List{"%d2011_03_03-0.log"}, WalkAll("%d"));
+  PutDay("Run2011_03_02", 3, "2");
+  EXPECT_EQ(List{"R?n2011_03_02-0.log"}, WalkAll("R?n"));
+}
+
+TEST_F(WrappingFileStreamWalk, FolderMayEndInASeparator) {
+  PutDay("Run2011_03_01", 2, "0");
+  const std::string folder = Path() + '/';
+  Walker walker;
+  walker.Initialize(folder, "Run");
+  EXPECT_EQ((List{"Run2011_03_01-1.log", "Run2011_03_01-0.log"}), walker.Walk(folder));
+  walker.Initialize(folder, At(3, 1, 0), At(3, 1, 0), "Run");
+  EXPECT_EQ((List{"Run2011_03_01-1.log", "Run2011_03_01-0.log"}), walker.Walk(folder));
 }
 
 TEST_F(WrappingFileStreamWalk, InitializeBeginsAnew) {
@@ -240,6 +252,8 @@ TEST_F(WrappingFileStreamWalk, InitializeBeginsAnew) {
   EXPECT_EQ(List{"Else2011_03_02-0.log"}, walker.Walk(Path()));
   walker.Initialize(Path(), At(3, 1, 0), At(3, 2, 0), "Run");
   EXPECT_EQ(List{"Run2011_03_01-0.log"}, walker.Walk(Path()));
+  walker.Initialize(Path(), At(3, 1, 0), At(3, 2, 0), "None");
+  EXPECT_FALSE(walker.FilesExist());
 }
 
 TEST_F(WrappingFileStreamWalk, CopiesHaveAll) {

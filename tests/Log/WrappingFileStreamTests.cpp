@@ -206,6 +206,17 @@ TEST_F(WrappingFileStreamFiles, RestartCountsWhatIsThere) {
   EXPECT_EQ("next", Read("Run2011_03_03-1.log"));
 }
 
+TEST_F(WrappingFileStreamFiles, RestartBehindAFullFileBeginsTheNext) {
+  Put("Run2011_03_03-0.log", "above ");
+  Put("Run2011_03_03-1.log", "of an earlier round");
+  Put("Run2011_03_03.seq", "0\n");
+  WrappingFileStream stream;
+  Begin(stream, 3, 5);
+  stream.Write("next");
+  EXPECT_EQ("above ", Read("Run2011_03_03-0.log"));
+  EXPECT_EQ("next", Read("Run2011_03_03-1.log"));
+}
+
 TEST_F(WrappingFileStreamFiles, SequenceFileMayHoldAnything) {
   const struct {
     const char* m_pContent;

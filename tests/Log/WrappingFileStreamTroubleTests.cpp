@@ -84,7 +84,11 @@ TEST_F(WrappingFileStreamTrouble, FolderThatNoPathCanBe) {
 
 TEST_F(WrappingFileStreamTrouble, SecondInitializeThatFailsEndsTheWriting) {
   Begin(m_stream);
-  m_stream.Write("text");
+  m_stream.Write("te");
+  FolderComplaint<WrappingFileStream::Error_IllegalFolderSyntax>(":");
+  m_stream.Write("lost");
+  Begin(m_stream);
+  m_stream.Write("xt");
   FolderComplaint<WrappingFileStream::Error_FolderDoesNotExist>("none");
   m_stream.Write("lost");
   m_clock.Set(At(3, 4, 1));

@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include <csignal>
 #include <vector>
 
+#include "Log/FileLimit.h"
 #include "io/FileStreams.h"
 
 using namespace IoTests;
@@ -21,6 +21,7 @@ namespace {
 thread_local bool s_bFailSeek = false;
 thread_local bool s_bFailAsk = false;  // seeks that move nothing
 thread_local bool s_bFailStatus = false;
+thread_local int s_iGoodStatuses = 0;  // before that begins
 thread_local bool s_bFailRead = false;
 thread_local bool s_bFailCut = false;
 thread_local bool s_bPretendToRead = false;  // all that is wanted, and touch nothing
@@ -51,7 +52,7 @@ OXA_TEST_EXPORT off_t lseek(int file, off_t offset, int whence) noexcept {
 
 OXA_TEST_EXPORT int fstat(int file, struct stat* facts) noexcept {
   static const auto next = Next<int (*)(int, struct stat*)>("fstat");
-  return s_bFailStatus ? Fail() : next(file, facts);
+  return s_bFailStatus && s_iGoodStatuses-- <= 0 ? Fail() : next(file, facts);
 }
 
 OXA_TEST_EXPORT ssize_t read(int file, void* buffer, size_t size) {
@@ -81,6 +82,7 @@ class BinaryFileStreamFailureTest : public FileStreamTest {
     for (bool* const flag :
          {&s_bFailSeek, &s_bFailAsk, &s_bFailStatus, &s_bFailRead, &s_bFailCut, &s_bPretendToRead})
       *flag = false;
+    s_iGoodStatuses = 0;
   }
 
   void ExpectPositions(long long input, long long output) const {
@@ -113,8 +115,7 @@ TEST_F(BinaryFileStreamFailureTest, AReadThatFailsPutsInputWhereTheSystemStands)
 }
 
 TEST_F(BinaryFileStreamFailureTest, AWriteThatFailsPutsOutputWhereTheSystemStands) {
-  const rlimit limit = {12, RLIM_INFINITY};
-  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+  const LogTests::FileLimit limit(12);
   EXPECT_EQ(CallFailed("WriteFile", "Write"), Failed([&] { m_file.Write("abcd", 4); }));
   ExpectPositions(0, 12);
   EXPECT_EQ(CallFailed("WriteFile", "Write"), Failed([&] { m_file.Write('x'); }));
@@ -130,6 +131,9 @@ TEST_F(BinaryFileStreamFailureTest, AFullDeviceIsToldAndTheLastOfIt) {
   EXPECT_EQ(CallFailed("WriteFile", "Write"), Failed([&] { m_file.Write('x'); }));
   EXPECT_EQ(CallFailed("WriteFile", "Write"), Failed([&] { m_file.Write(m_bytes, 4); }));
   ExpectPositions(0, 0);
+  s_bFailAsk = true;
+  EXPECT_EQ(CallFailed("WriteFile", "Write"), Failed([&] { m_file.Write('x'); }));
+  ExpectPositions(0, -1);
 }
 
 TEST_F(BinaryFileStreamFailureTest, AMoveThatFailsBeforeAReadOrWrite) {
@@ -174,6 +178,15 @@ TEST_F(BinaryFileStreamFailureTest, ASizeThatCantBeToldStopsWhateverNeedsIt) {
   EXPECT_EQ(CallFailed("GetFileSize", "AvailableBytes"), Failed([&] { m_file.Skip(1); }));
   ExpectPositions(0, 10);
   EXPECT_EQ("0123456789", Content());
+}
+
+TEST_F(BinaryFileStreamFailureTest, SkippingAsksForTheSizeAndThenMoves) {
+  s_bFailStatus = true;
+  for (const unsigned long long count : {3ULL, 30ULL}) {
+    s_iGoodStatuses = 1;
+    EXPECT_EQ(CallFailed("GetFileSize", "SetInputPos"), Failed([&] { m_file.Skip(count); }));
+  }
+  ExpectPositions(0, 10);
 }
 
 TEST_F(BinaryFileStreamFailureTest, WithoutASizeInputInvalidatesNothingAndOutputHasFlushed) {
@@ -222,6 +235,7 @@ TEST_F(BinaryFileStreamFailureTest, ThePointerIsToldAsItIsOrNotAtAll) {
   EXPECT_EQ(3, m_file.GetCurrentPos());
   s_bFailAsk = true;
   EXPECT_EQ(-1, m_file.GetCurrentPos());
+  s_bFailSeek = true;  // asking has changed nothing, so that no move is needed
   EXPECT_EQ('3', m_file.Read());
 }
 

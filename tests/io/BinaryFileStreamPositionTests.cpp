@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <thread>
@@ -84,6 +85,7 @@ class OutputProbe : public BinaryOutputStreamFilter {
 
 TEST_F(BinaryFileStreamPositionTest, InputMovesFromAllOrigins) {
   EXPECT_EQ(4, m_file.SetInputPos(4, File::eFROM_BEGIN));
+  EXPECT_EQ(4, m_file.GetCurrentPos());
   EXPECT_EQ('4', m_file.Read());
   EXPECT_EQ(3, m_file.SetInputPos(-2, File::eFROM_CURRENT));
   EXPECT_EQ('3', m_file.Read());
@@ -98,6 +100,7 @@ TEST_F(BinaryFileStreamPositionTest, InputMovesFromAllOrigins) {
 
 TEST_F(BinaryFileStreamPositionTest, OutputMovesFromAllOrigins) {
   EXPECT_EQ(4, m_file.SetOutputPos(4, File::eFROM_BEGIN));
+  EXPECT_EQ(4, m_file.GetCurrentPos());
   m_file.Write('a');
   EXPECT_EQ(3, m_file.SetOutputPos(-2, File::eFROM_CURRENT));
   m_file.Write('b');
@@ -122,6 +125,9 @@ TEST_F(BinaryFileStreamPositionTest, InputOutsideTheFileIsRefused) {
   EXPECT_EQ(BadPosition(-1, 10), refused(-3, File::eFROM_CURRENT));
   EXPECT_EQ(BadPosition(llSMALLEST + 9, 10), refused(llLARGEST, File::eFROM_END));
   EXPECT_EQ(BadPosition(llSMALLEST + 10, 10), refused(llSMALLEST, File::eFROM_END));
+  EXPECT_EQ(BadPosition(llLARGEST, 10), refused(llLARGEST, File::eFROM_BEGIN));
+  EXPECT_EQ(BadPosition(llSMALLEST, 10), refused(llSMALLEST, File::eFROM_BEGIN));
+  EXPECT_EQ(BadPosition(llSMALLEST + 1, 10), refused(llLARGEST, File::eFROM_CURRENT));
   EXPECT_EQ(2, m_file.GetInputPos());
   EXPECT_EQ(10, m_file.GetOutputPos());
   EXPECT_EQ('2', m_file.Read());
@@ -136,6 +142,8 @@ TEST_F(BinaryFileStreamPositionTest, OutputOutsideTheFileIsRefused) {
   EXPECT_EQ(BadPosition(-5, 10), refused(-5, File::eFROM_BEGIN));
   EXPECT_EQ(BadPosition(11, 10), refused(9, File::eFROM_CURRENT));
   EXPECT_EQ(BadPosition(llSMALLEST + 1, 10), refused(llLARGEST, File::eFROM_CURRENT));
+  EXPECT_EQ(BadPosition(llLARGEST, 10), refused(llLARGEST, File::eFROM_BEGIN));
+  EXPECT_EQ(BadPosition(llSMALLEST + 10, 10), refused(llSMALLEST, File::eFROM_END));
   EXPECT_EQ(2, m_file.GetOutputPos());
   EXPECT_EQ(0, m_file.GetInputPos());
   m_file.Write('x');
@@ -186,6 +194,8 @@ TEST_F(BinaryFileStreamPositionTest, AFileIsNeverLengthened) {
   EXPECT_EQ(BadPosition(11, 10), refused(11, File::eFROM_BEGIN));
   EXPECT_EQ(BadPosition(11, 10), refused(1, File::eFROM_CURRENT));
   EXPECT_EQ(BadPosition(-1, 10), refused(-11, File::eFROM_END));
+  EXPECT_EQ(BadPosition(llSMALLEST + 9, 10), refused(llLARGEST, File::eFROM_CURRENT));
+  EXPECT_EQ(BadPosition(llSMALLEST, 10), refused(llSMALLEST, File::eFROM_BEGIN));
   EXPECT_EQ("0123456789", Content());
   EXPECT_EQ(10, m_file.GetOutputPos());
   EXPECT_EQ(0, m_file.GetInputPos());
@@ -229,7 +239,110 @@ TEST_F(BinaryFileStreamPositionTest, WhereSomebodyElseCutTheFileNothingIsLeft) {
   EXPECT_EQ(4, m_file.GetInputPos());
 }
 
+TEST_F(BinaryFileStreamPositionTest, WhereSomebodyElseCutTheFileItMayStayWhereItIs) {
+  m_file.SetInputPos(8, File::eFROM_BEGIN);
+  std::filesystem::resize_file(m_sName, 4);
+  EXPECT_EQ(8, m_file.SetInputPos(8, File::eFROM_BEGIN));
+  EXPECT_EQ(8, m_file.SetInputPos(4, File::eFROM_END));
+  EXPECT_EQ(10, m_file.SetOutputPos(10, File::eFROM_BEGIN));
+  EXPECT_EQ(10, m_file.SetOutputPos(0, File::eFROM_CURRENT));
+  EXPECT_EQ(BadPosition(7, 4),
+            Raised<XIOBadFilePosition>([&] { m_file.SetInputPos(-1, File::eFROM_CURRENT); }));
+  EXPECT_EQ(BadPosition(9, 4),
+            Raised<XIOBadFilePosition>([&] { m_file.SetOutputPos(9, File::eFROM_BEGIN); }));
+}
+
+// What a derived class may do.
+TEST_F(BinaryFileStreamPositionTest, ThePointerMovesFromAllOriginsAndThePositionsStay) {
+  class Derived : public File {
+   public:
+    using File::File;
+    using File::SetFilePos;
+  };
+  m_file.Close();
+  Derived file(m_sName, File::READ_WRITE_MODE, File::eOPEN_IF_EXISTS);
+  EXPECT_TRUE(file.SetFilePos(4, File::eFROM_BEGIN));
+  EXPECT_TRUE(file.SetFilePos(3, File::eFROM_CURRENT));
+  EXPECT_EQ(7, file.GetCurrentPos());
+  EXPECT_TRUE(file.SetFilePos(-1, File::eFROM_END));
+  EXPECT_EQ(9, file.GetCurrentPos());
+  EXPECT_FALSE(file.SetFilePos(-11, File::eFROM_END));
+  EXPECT_FALSE(file.SetFilePos(0, static_cast<File::EMoveMethod>(3)));
+  EXPECT_EQ(9, file.GetCurrentPos());
+  EXPECT_EQ(0, file.GetInputPos());
+  EXPECT_EQ('0', file.Read());
+  WriteText(file, "a");
+  EXPECT_EQ("0123456789a", Content());
+}
+
+// Whoever may not read or write at all hears that at once, and not when somebody else is done.
+TEST_F(BinaryFileStreamPositionTest, RefusalsDontWaitForTheLock) {
+  File closed;
+  File writing(m_folder.File("other"), File::WRITE_MODE, File::eCREATE_NEW);
+  m_file.Close();
+  ASSERT_TRUE(m_file.Open(m_sName, File::READ_MODE, File::eOPEN_IF_EXISTS));
+  char bytes[4] = {};
+  const std::function<void()> refused[] = {
+      [&] { EXPECT_THROW(closed.Read(), XIOFileNotOpen); },
+      [&] { EXPECT_THROW(closed.Read(bytes, 4), XIOFileNotOpen); },
+      [&] { EXPECT_THROW(closed.Write('x'), XIOFileNotOpen); },
+      [&] { EXPECT_THROW(closed.Write(bytes, 4), XIOFileNotOpen); },
+      [&] { EXPECT_THROW(closed.Flush(), XIOFileNotOpen); },
+      [&] { EXPECT_THROW(writing.Read(), XIOWriteOnlyFile); },
+      [&] { EXPECT_THROW(writing.Read(bytes, 4), XIOWriteOnlyFile); },
+      [&] { writing.Write(bytes, 0); },
+      [&] { writing.Flush(); },
+      [&] { EXPECT_THROW(m_file.Write('x'), XIOReadOnlyFile); },
+      [&] { EXPECT_THROW(m_file.Write(bytes, 4), XIOReadOnlyFile); },
+      [&] { EXPECT_THROW(m_file.SetEndOfFile(0, File::eFROM_BEGIN), XIOReadOnlyFile); },
+      [&] { EXPECT_TRUE(m_file.IsOpen()); }};
+  LockSet locks;
+  for (File* const file : {&closed, &writing, &m_file}) file->AcquireReadLocks(locks);
+  std::atomic<std::size_t> done{0};
+  std::thread other([&] {
+    for (const auto& action : refused) {
+      action();
+      ++done;
+    }
+  });
+  EXPECT_TRUE(TestSupport::Eventually([&] { return done == std::size(refused); })) << done;
+  locks.clear();
+  other.join();
+}
+
 // --- With filters above
+
+TEST_F(BinaryFileStreamPositionTest, RefusalsDisturbNothingAbove) {
+  InputProbe input(m_file);
+  OutputProbe output(m_file);
+  m_file.Close();
+  EXPECT_EQ(1, output.m_iFlushes);
+  EXPECT_THROW(m_file.SetInputPos(3, File::eFROM_BEGIN), XIOFileNotOpen);
+  EXPECT_THROW(m_file.SetOutputPos(3, File::eFROM_BEGIN), XIOFileNotOpen);
+  EXPECT_THROW(m_file.SetEndOfFile(3, File::eFROM_BEGIN), XIOFileNotOpen);
+  EXPECT_THROW(m_file.Skip(3), XIOFileNotOpen);
+  m_file.Close();
+  m_file.Open(m_sName, File::READ_MODE, File::eOPEN_IF_EXISTS);
+  EXPECT_THROW(m_file.SetEndOfFile(3, File::eFROM_BEGIN), XIOReadOnlyFile);
+  EXPECT_EQ(0, input.m_iInvalidations);
+  EXPECT_EQ(1, output.m_iFlushes);
+}
+
+TEST_F(BinaryFileStreamPositionTest, CuttingAtTheEndConcernsThoseAboveAllTheSame) {
+  InputProbe input(m_file);
+  OutputProbe output(m_file);
+  m_file.SetEndOfFile(0, File::eFROM_END);
+  EXPECT_EQ(1, input.m_iInvalidations);
+  EXPECT_EQ(1, output.m_iFlushes);
+}
+
+TEST_F(BinaryFileStreamPositionTest, AnOpeningThatFailsHasClosedAndWritten) {
+  BufferedBinaryOutputStream buffered(m_file, 10);
+  buffered.Write('a');
+  EXPECT_FALSE(m_file.Open(m_sName, File::WRITE_MODE, static_cast<File::EOpenBehavior>(4)));
+  EXPECT_FALSE(m_file.IsOpen());
+  EXPECT_EQ("0123456789a", Content());
+}
 
 TEST_F(BinaryFileStreamPositionTest, AMoveOfInputDropsWhatWasReadAhead) {
   BufferedBinaryInputStream inner(m_file, 4);

@@ -29,6 +29,12 @@ TEST_F(BinaryFileStreamTest, TheValuesOfItsNamesAreFixed) {
   EXPECT_EQ(2, File::eFROM_END);
 }
 
+TEST_F(BinaryFileStreamTest, TheSourceIsItsFirstBase) {
+  File file;
+  EXPECT_EQ(static_cast<void*>(&file), static_cast<void*>(static_cast<BinaryInputStream*>(&file)));
+  EXPECT_LT(static_cast<void*>(&file), static_cast<void*>(static_cast<BinaryOutputStream*>(&file)));
+}
+
 TEST_F(BinaryFileStreamTest, OneThatWasNotOpenedRefusesAllThatNeedsAFile) {
   File file;
   char bytes[4] = {};
