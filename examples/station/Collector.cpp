@@ -7,6 +7,7 @@
 #include <string>
 #include <typeinfo>
 
+#include "DailyLog.h"
 #include "Loggers.h"
 #include "StationAlerts.h"
 
@@ -30,8 +31,8 @@ void LimitWarnings() {
 
 }  // namespace
 
-Collector::Collector(const Plan& plan, SampleQueue& queue, Progress& progress)
-    : m_queue(queue), m_progress(progress) {
+Collector::Collector(const Plan& plan, SampleQueue& queue, Progress& progress, DailyLog* daily)
+    : m_queue(queue), m_progress(progress), m_pDaily(daily) {
   for (const Series& series : plan.m_series) {
     m_measurements.emplace_back();
     m_measurements.back().m_series = series;
@@ -40,6 +41,7 @@ Collector::Collector(const Plan& plan, SampleQueue& queue, Progress& progress)
   }
   LimitWarnings<SampleLate>();
   LimitWarnings<SampleLost>();
+  LimitWarnings<SampleNotRecorded>();
 }
 
 bool Collector::Collect(const Elapse& timeout) {
@@ -58,6 +60,7 @@ void Collector::Record(const Sample& sample) {
   spLogger->WriteLog(eLOG_DEBUG, sSAMPLE, sample.m_ulNumber, MicroSeconds(sample.m_lateness));
   if (sample.m_lateness <= series.m_tolerance) return;
   ++measurement.m_ulLate;
+  if (m_pDaily != nullptr) m_pDaily->TellLate(sample, series);
   OXA_RAISE_WARNING(spLogger->GetPath(),
                     SampleLate(sample.m_ulNumber, series.m_sName, sample.m_lateness, series.m_tolerance));
 }

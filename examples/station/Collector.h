@@ -15,6 +15,8 @@
 
 namespace Station {
 
+class DailyLog;
+
 /// Of all samples that come later than their series tolerates, this many are told; the rest is silenced. The
 /// limit is for the class of warnings, and so for all series together.
 constexpr unsigned long ulMAX_WARNINGS = 20;
@@ -22,11 +24,11 @@ constexpr unsigned long ulMAX_WARNINGS = 20;
 /// One thread, and not one of those that measure: it has the time to log, to warn and to draw.
 class Collector {
  public:
-  /// `queue` and `progress` must outlive it.
-  Collector(const Plan& plan, SampleQueue& queue, Progress& progress);
+  /// `queue` and `progress` must outlive it, and the daily log, if there is one.
+  Collector(const Plan& plan, SampleQueue& queue, Progress& progress, DailyLog* daily = nullptr);
 
   /// Waits for one sample, up to `timeout`, and records it. A sample that is late beyond the tolerance of its
-  /// series is told as a SampleLate. False if none came.
+  /// series is told as a SampleLate, and in the daily log. False if none came.
   bool Collect(const Oxa::Core::Elapse& timeout);
 
   /// One per series of the plan, in its order.
@@ -37,6 +39,7 @@ class Collector {
 
   SampleQueue& m_queue;
   Progress& m_progress;
+  DailyLog* const m_pDaily;
   std::vector<Measurement> m_measurements;
   std::vector<boost::shared_ptr<Oxa::Core::Logger>> m_loggers;  // one per series
   unsigned long m_ulWanted = 0;

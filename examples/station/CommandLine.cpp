@@ -1,45 +1,50 @@
 #include "CommandLine.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "ShownText.h"
 
 namespace Station {
 
 const char* const sHELP =
-    "usage: station [--plan FILE] [--log FOLDER] [--open PATH=LEVEL]... [--help]\n"
+    "usage: station [--plan FILE] [--record FILE] [--daily FOLDER] [OPTION]...\n"
+    "       station replay FILE [OPTION]...\n"
+    "       station days FOLDER [OPTION]...\n"
     "\n"
-    "Measures how late this system wakes a sleeper.\n"
+    "Measures how late this system wakes a sleeper; or shows the table of a recording again; or walks the\n"
+    "files of a daily log, from the oldest to the newest.\n"
     "\n"
     "  --plan FILE   what to measure; without it, a plan that is built in\n"
+    "  --record FILE keeps all samples in FILE, which is made or emptied\n"
+    "  --daily FOLDER\n"
+    "                keeps a daily log in FOLDER, which is made if need be: every sample that was too\n"
+    "                late, and what came out\n"
     "  --log FOLDER  where the log goes, DefaultLog.xml and the files that belong to it, which holds every\n"
     "                error and warning and how the run went; the folder is made if need be, and without it\n"
     "                the log lies beside the program\n"
     "  --open PATH=LEVEL\n"
-    "                lets more messages into the log: those of LEVEL (Debug or Verbose; Alarm, Error, "
-    "Warning\n"
-    "                and Informational are open anyway) at and below PATH; may come several times. "
-    "Station.Clock\n"
-    "                tells every sleep and Station.Series.NAME every sample of a series, both as Debug\n"
+    "                lets more messages into the log: those of LEVEL (Debug or Verbose; Alarm, Error,\n"
+    "                Warning and Informational are open anyway) at and below PATH; may come several times.\n"
+    "                Station.Clock tells every sleep and Station.Series.NAME every sample of a series, both\n"
+    "                as Debug\n"
     "  --help        this text\n"
     "\n"
     "A plan has one series a line: name, interval, count and tolerance, as in\n"
     "\n"
     "  fast 1ms 500 250us   # 500 samples, one a millisecond; up to 250 microseconds late is fine\n"
     "\n"
-    "Units are ns, us, ms and s. Intervals go up to 10s, counts up to 1000000. What follows a # is a "
-    "comment.\n"
-    "A line that can't be read is refused, and the next one is read. The series, up to 16, are measured all "
-    "at\n"
-    "once. A sample that is missed, because the one before it came too late, is retried, up to 500 times a\n"
-    "series; then the series is given up. Of all samples that are later than their series tolerates, the "
-    "first\n"
-    "20 are told.\n"
+    "Units are ns, us, ms and s. Intervals go up to 10s, counts up to 1000000. What follows a # is a\n"
+    "comment. A line that can't be read is refused, and the next one is read. The series, up to 16, are\n"
+    "measured all at once. A sample that is missed, because the one before it came too late, is retried,\n"
+    "up to 500 times a series; then the series is given up. Of all samples that are later than their\n"
+    "series tolerates, the first 20 are told.\n"
     "\n"
     "exit status:\n"
-    "  0    every series of the plan was measured; lines of it may have been refused\n"
-    "  1    a series was given up, or there was none, or a result was lost\n"
-    "  2    nothing was measured: the arguments, the plan file or the log folder can't be used\n"
+    "  0    every series of the plan was measured, lines of it may have been refused; or all was shown\n"
+    "  1    a series was given up, or there was none, or a result was lost; or a recording could be read\n"
+    "       in part only, or there is no daily log\n"
+    "  2    nothing was measured or shown: the arguments, a file or a folder can't be used\n"
     "  130  interrupted (143: terminated); what was measured until then is shown\n";
 
 namespace {
@@ -47,12 +52,16 @@ namespace {
 const char* const sPLAN = "--plan";
 const char* const sLOG = "--log";
 const char* const sOPEN = "--open";
+const char* const sRECORD = "--record";
+const char* const sDAILY = "--daily";
+const char* const sREPLAY = "replay";
+const char* const sDAYS = "days";
 const char* const sHELP_OPTION = "--help";
 
 // What has to stand behind an option; null for what is no such option.
 const char* WantedBehind(const std::string& option) {
-  if (option == sPLAN) return "a file";
-  if (option == sLOG) return "a folder";
+  if (option == sPLAN || option == sRECORD || option == sREPLAY) return "a file";
+  if (option == sLOG || option == sDAILY || option == sDAYS) return "a folder";
   if (option == sOPEN) return "PATH=LEVEL";
   return nullptr;
 }
@@ -67,11 +76,34 @@ std::string AddOpening(std::vector<LogOpening>& openings, const std::string& val
   return std::string();
 }
 
+std::string TakeCommand(CommandLine& result, const std::string& command, const std::string& operand) {
+  if (result.m_eCommand != eMEASURE) return "one thing at a time: " + Quoted(command);
+  result.m_eCommand = command == sREPLAY ? eREPLAY : eDAYS;
+  result.m_sOperand = operand;
+  return std::string();
+}
+
+// Options that only measuring knows what to do with.
+std::string FindContradiction(const CommandLine& result) {
+  if (result.m_eCommand == eMEASURE) return std::string();
+  const std::pair<const char*, bool> given[] = {{sPLAN, result.m_plan.has_value()},
+                                                {sRECORD, !result.m_sRecording.empty()},
+                                                {sDAILY, !result.m_sDailyFolder.empty()},
+                                                {sOPEN, !result.m_logOpenings.empty()}};
+  for (const auto& [option, isGiven] : given) {
+    if (isGiven) return std::string(option) + " is for measuring";
+  }
+  return std::string();
+}
+
 // Gives what is wrong; empty if nothing is.
 std::string TakeOption(CommandLine& result, const std::string& option, const std::string& value) {
   if (option == sOPEN) return AddOpening(result.m_logOpenings, value);
   if (option == sPLAN) result.m_plan = value;
   if (option == sLOG) result.m_sLogFolder = value;
+  if (option == sRECORD) result.m_sRecording = value;
+  if (option == sDAILY) result.m_sDailyFolder = value;
+  if (option == sREPLAY || option == sDAYS) return TakeCommand(result, option, value);
   return std::string();
 }
 
@@ -92,6 +124,7 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
       result.m_sMistake = TakeOption(result, argument, arguments[++i]);
     }
   }
+  if (result.m_sMistake.empty()) result.m_sMistake = FindContradiction(result);
   return result;
 }
 

@@ -10,17 +10,27 @@
 
 namespace Station {
 
+enum ECommand {
+  eMEASURE,
+  eREPLAY,  ///< show a recording
+  eDAYS     ///< walk a daily log
+};
+
 /// The arguments, read.
 struct CommandLine {
+  ECommand m_eCommand = eMEASURE;
+  std::string m_sOperand;                 ///< the recording or the folder that the command is about
   std::optional<std::string> m_plan;      ///< nothing: the plan that is built in
   std::string m_sLogFolder;               ///< where the log goes; empty: beside the program
+  std::string m_sRecording;               ///< where samples are kept; empty: nowhere
+  std::string m_sDailyFolder;             ///< where the daily log goes; empty: there is none
   std::vector<LogOpening> m_logOpenings;  ///< what goes into the log in addition
   bool m_bHelp = false;
   std::string m_sMistake;  ///< what is wrong with the arguments; empty if nothing is
 };
 
-/// `arguments` without the program's name. Of --plan and --log the last one counts, and every --open. What
-/// follows a mistake isn't read.
+/// `arguments` without the program's name. Of an option that comes several times the last one counts, but every
+/// --open does. What follows a mistake isn't read.
 CommandLine ReadCommandLine(const std::vector<std::string>& arguments);
 
 /// The answer to --help.

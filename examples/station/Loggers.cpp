@@ -7,6 +7,7 @@ namespace Station {
 const char* const sSTATION_LOGGER = "Station";
 const char* const sCLOCK_LOGGER = "Station.Clock";
 const char* const sPLAN_LOGGER = "Station.Plan";
+const char* const sRECORDER_LOGGER = "Station.Recorder";
 
 namespace {
 
@@ -21,7 +22,7 @@ std::string SeriesLogger(const std::string& series) {
 }
 
 std::vector<std::string> LoggerPaths(const Plan& plan) {
-  std::vector<std::string> paths{sSTATION_LOGGER, sCLOCK_LOGGER, sPLAN_LOGGER};
+  std::vector<std::string> paths{sSTATION_LOGGER, sCLOCK_LOGGER, sPLAN_LOGGER, sRECORDER_LOGGER};
   for (const Series& series : plan.m_series) paths.push_back(SeriesLogger(series.m_sName));
   return paths;
 }

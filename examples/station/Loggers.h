@@ -14,9 +14,10 @@
 
 namespace Station {
 
-extern const char* const sSTATION_LOGGER;  ///< "Station": the run as a whole
-extern const char* const sCLOCK_LOGGER;    ///< "Station.Clock": every sleep
-extern const char* const sPLAN_LOGGER;     ///< "Station.Plan": what was read, and what was refused
+extern const char* const sSTATION_LOGGER;   ///< "Station": the run as a whole
+extern const char* const sCLOCK_LOGGER;     ///< "Station.Clock": every sleep
+extern const char* const sRECORDER_LOGGER;  ///< "Station.Recorder": what is recorded, and what is read back
+extern const char* const sPLAN_LOGGER;      ///< "Station.Plan": what was read, and what was refused
 
 /// "Station.Series." and the name of the series: its begin, its end, its samples, and all of its alerts. Dots in
 /// the name become underlines, since dots are what divides a path.

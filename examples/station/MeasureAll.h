@@ -12,11 +12,15 @@
 
 namespace Station {
 
+class DailyLog;
+class Recorder;
+
 /// One measurement per series of the plan, in its order, with all statistics. Each series has a thread of its
 /// own; the calling one collects. Once `wantsToEnd` says so all of them are stopped, and what was measured until
-/// then is given.
+/// then is given. The recorder and the daily log, if there are any, receive their share.
 std::vector<Measurement> MeasureAll(const Plan& plan, Clock& clock, Progress& progress,
-                                    const std::function<bool()>& wantsToEnd);
+                                    const std::function<bool()>& wantsToEnd, Recorder* recorder = nullptr,
+                                    DailyLog* daily = nullptr);
 
 }  // namespace Station
 

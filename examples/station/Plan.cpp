@@ -3,7 +3,6 @@
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
-#include <cstddef>
 #include <sstream>
 
 #include "PlanField.h"
@@ -19,7 +18,6 @@ namespace {
 const char* const sLOG_NAME = "Station.Plan";
 const char* const sPLACE = "Plan";
 const char* const sFULL = " (a plan holds 16 series at most)";
-constexpr std::size_t uMOST_SERIES = 16;  // each of them will have a thread of its own
 
 // Names have to differ, or the table at the end could not be read.
 void RequireNewName(const Plan& plan, const Series& series) {

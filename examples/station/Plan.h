@@ -2,6 +2,7 @@
 #ifndef STATION_PLAN_H
 #define STATION_PLAN_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -9,15 +10,18 @@
 
 namespace Station {
 
+/// More than that a plan can't hold: each series will have a thread of its own.
+constexpr std::size_t uMOST_SERIES = 16;
+
 /// What is to be measured, and what of the plan could not be read.
 struct Plan {
   std::vector<Series> m_series;
   std::vector<std::string> m_refusals;  ///< per refused line its place and what is wrong with it
 };
 
-/// Reads the plan in `text`, up to 16 series. A line that can't be read is refused, and the next one is read: each refusal has
-/// been an InvalidParameter, forwarded from the field to the line to the plan. `name` is what refusals call
-/// the plan.
+/// Reads the plan in `text`, up to uMOST_SERIES. A line that can't be read is refused, and the next one is read:
+/// each refusal has been an InvalidParameter, forwarded from the field to the line to the plan. `name` is what
+/// refusals call the plan.
 Plan ReadPlan(const std::string& name, const std::string& text);
 
 /// The text of the file `file`. Raises PlanUnreadable if there is none, if it is a folder, or if it is longer

@@ -4,7 +4,6 @@
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <limits>
 
 #include "ShownText.h"
@@ -30,8 +29,6 @@ const char* const sBAD_COUNT = "1 to 1000000 is wanted";
 
 const char* const sDIGITS = "0123456789";
 const char* const sNAME_CHARACTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.";
-constexpr std::size_t uLONGEST_NAME = 20;
-constexpr long long iLARGEST_COUNT = 1000000;
 
 struct Unit {
   const char* m_pName;
@@ -104,7 +101,7 @@ std::string ReadName(const std::string& text) {
 Elapse ReadInterval(const std::string& text) {
   try {
     const Elapse interval = ReadDuration(sINTERVAL_FIELD, text);
-    if (interval > 0 && interval <= Elapse(10, Elapse::Seconds)) return interval;
+    if (interval > 0 && interval <= Elapse(llLONGEST_INTERVAL, Elapse::Seconds)) return interval;
     Refuse(sINTERVAL_FIELD, text, sBAD_INTERVAL);
   }
   OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO(sPLACE, sINTERVAL_FIELD))
@@ -119,7 +116,7 @@ unsigned long ReadCount(const std::string& text) {
     }
     const long long largest = std::numeric_limits<long long>::max();
     const long long count = ReadDigits(sCOUNT_FIELD, text, text.size(), largest);
-    if (count >= 1 && count <= iLARGEST_COUNT) return static_cast<unsigned long>(count);
+    if (count >= 1 && count <= llLARGEST_COUNT) return static_cast<unsigned long>(count);
     Refuse(sCOUNT_FIELD, text, sBAD_COUNT);
   }
   OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO(sPLACE, sCOUNT_FIELD))

@@ -7,6 +7,7 @@
 
 #include <Infrastructure/OxaCore/Time.h>
 
+#include <cstddef>
 #include <string>
 
 namespace Station {
@@ -16,6 +17,11 @@ inline constexpr const char* sNAME_FIELD = "name";
 inline constexpr const char* sINTERVAL_FIELD = "interval";
 inline constexpr const char* sCOUNT_FIELD = "count";
 inline constexpr const char* sTOLERANCE_FIELD = "tolerance";
+
+/// What the fields of a plan can hold at most.
+constexpr std::size_t uLONGEST_NAME = 20;
+constexpr long long llLARGEST_COUNT = 1000000;
+constexpr long long llLONGEST_INTERVAL = 10;  ///< in seconds
 
 /// Up to 20 letters, digits, '-', '_' and '.'; gives `text`.
 std::string ReadName(const std::string& text);

@@ -10,6 +10,7 @@
 #include <typeinfo>
 
 #include "Loggers.h"
+#include "Recorder.h"
 #include "StationAlerts.h"
 
 namespace Station {
@@ -44,10 +45,12 @@ class RetryScope {
 
 }  // namespace
 
-SeriesTask::SeriesTask(const Series& series, std::size_t number, Clock& clock, SampleQueue& queue)
+SeriesTask::SeriesTask(const Series& series, std::size_t number, Clock& clock, SampleQueue& queue,
+                       Recorder* recorder)
     : m_series(series),
       m_uNumber(number),
       m_queue(queue),
+      m_pRecorder(recorder),
       m_sampler(clock, series),
       m_spRetry(boost::make_shared<RetryMissedSample>(m_sampler, ulMAX_RETRIES)),
       m_spLogger(LogManager::Instance()->GetLogger(SeriesLogger(series.m_sName))) {}
@@ -77,7 +80,9 @@ unsigned long SeriesTask::TakeSamples(TaskDirective& directive) {
 }
 
 void SeriesTask::Deliver(unsigned long number, const Elapse& lateness) {
-  if (m_queue.Push(Sample{m_uNumber, number, lateness})) return;
+  const Sample sample{m_uNumber, number, lateness};
+  if (m_pRecorder != nullptr) m_pRecorder->Keep(sample);
+  if (m_queue.Push(sample)) return;
   OXA_RAISE_WARNING(m_spLogger->GetPath(), SampleLost(number, m_series.m_sName));
 }
 

@@ -16,15 +16,19 @@
 
 namespace Station {
 
+class Recorder;
+
 /// Of each series, this many missed samples are retried; one more, and the series is given up.
 constexpr unsigned long ulMAX_RETRIES = 500;
 
 /// One series, once. What isn't measuring is left to others, since every microsecond between two samples
-/// counts: a sample goes into a queue, and that's all.
+/// counts: a sample goes into a queue, and into the pipe of the recorder, and that's all.
 class SeriesTask : public Oxa::Core::Task {
  public:
-  /// `number` is the place of `series` in the plan. All references must outlive the task.
-  SeriesTask(const Series& series, std::size_t number, Clock& clock, SampleQueue& queue);
+  /// `number` is the place of `series` in the plan. All references must outlive the task, and the recorder, if there
+  /// is one.
+  SeriesTask(const Series& series, std::size_t number, Clock& clock, SampleQueue& queue,
+             Recorder* recorder = nullptr);
 
   /// What its thread is to be called: "Series " and the name of the series.
   std::string GetThreadName() const;
@@ -43,6 +47,7 @@ class SeriesTask : public Oxa::Core::Task {
   const Series& m_series;
   const std::size_t m_uNumber;
   SampleQueue& m_queue;
+  Recorder* const m_pRecorder;
   Sampler m_sampler;
   const boost::shared_ptr<RetryMissedSample> m_spRetry;
   const boost::shared_ptr<Oxa::Core::Logger> m_spLogger;

@@ -27,9 +27,9 @@ std::string WhyGivenUp(Thread& thread) {
 
 }  // namespace
 
-SeriesThreads::SeriesThreads(const Plan& plan, Clock& clock, SampleQueue& queue) {
+SeriesThreads::SeriesThreads(const Plan& plan, Clock& clock, SampleQueue& queue, Recorder* recorder) {
   for (const Series& series : plan.m_series) {
-    const auto spTask = boost::make_shared<SeriesTask>(series, m_workers.size(), clock, queue);
+    const auto spTask = boost::make_shared<SeriesTask>(series, m_workers.size(), clock, queue, recorder);
     m_workers.push_back({spTask, Thread::Create(spTask->GetThreadName())});
   }
   for (const Worker& worker : m_workers) worker.m_spThread->Start(worker.m_spTask);

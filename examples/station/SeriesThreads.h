@@ -18,8 +18,8 @@ namespace Station {
 /// The operations are for one thread, which is none of those.
 class SeriesThreads {
  public:
-  /// Starts them all. All references must outlive this object.
-  SeriesThreads(const Plan& plan, Clock& clock, SampleQueue& queue);
+  /// Starts them all. All references must outlive this object, and the recorder, if there is one.
+  SeriesThreads(const Plan& plan, Clock& clock, SampleQueue& queue, Recorder* recorder = nullptr);
   SeriesThreads(const SeriesThreads&) = delete;
   SeriesThreads& operator=(const SeriesThreads&) = delete;
   /// Stops them, and waits until they have ended.

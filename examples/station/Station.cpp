@@ -6,12 +6,15 @@
 #include <iostream>
 
 #include "Clock.h"
+#include "Days.h"
 #include "Interruption.h"
+#include "Keeping.h"
 #include "LogFolder.h"
 #include "Loggers.h"
 #include "MeasureAll.h"
 #include "Plan.h"
 #include "Progress.h"
+#include "Replay.h"
 #include "Report.h"
 #include "ShownText.h"
 #include "StationAlerts.h"
@@ -19,6 +22,7 @@
 namespace Station {
 
 using Oxa::Core::eLOG_INFORMATIONAL;
+using Oxa::Core::Error;
 using Oxa::Core::LogManager;
 
 namespace {
@@ -46,11 +50,12 @@ void TellPlan(const std::string& name, const Plan& plan) {
   if (plan.m_series.empty()) Complain(sNO_SERIES);
 }
 
-std::vector<Measurement> Measure(const Plan& plan) {
+std::vector<Measurement> Measure(const Plan& plan, Keeping& keeping) {
   HeedInterruptions();
   SystemClock clock;
   Progress progress(std::cerr, IsErrorOutputTerminal());
-  std::vector<Measurement> measurements = MeasureAll(plan, clock, progress, IsInterrupted);
+  std::vector<Measurement> measurements =
+      MeasureAll(plan, clock, progress, IsInterrupted, keeping.GetRecorder(), keeping.GetDailyLog());
   if (IsInterrupted()) {
     LogManager::Instance()->GetLogger(sSTATION_LOGGER)->WriteLog(eLOG_INFORMATIONAL, sINTERRUPTED);
   }
@@ -78,19 +83,33 @@ int MeasureAndReport(const CommandLine& commandLine) {
     const Plan plan = LoadPlan(commandLine);
     OpenLog(commandLine.m_logOpenings, plan);
     TellPlan(PlanName(commandLine), plan);
-    const std::vector<Measurement> measurements = Measure(plan);
+    Keeping keeping(commandLine, plan);
+    const std::vector<Measurement> measurements = Measure(plan, keeping);
+    const bool isKept = keeping.Finish(measurements);
     Report(plan, measurements);
-    return StatusOf(measurements);
-  } catch (const PlanUnreadable& error) {
+    const int status = StatusOf(measurements);
+    return status == iALL_MEASURED && !isKept ? iINCOMPLETE : status;
+  } catch (const Error& error) {  // the plan, the recording or the daily log
     Complain(error.what());
     return iCANNOT_START;
+  }
+}
+
+int Serve(const CommandLine& commandLine) {
+  switch (commandLine.m_eCommand) {
+    case eREPLAY:
+      return Replay(commandLine.m_sOperand);
+    case eDAYS:
+      return ShowDays(std::cout, commandLine.m_sOperand);
+    default:
+      return MeasureAndReport(commandLine);
   }
 }
 
 }  // namespace
 
 int Run(const CommandLine& commandLine) {
-  const int status = MeasureAndReport(commandLine);
+  const int status = Serve(commandLine);
   FinishLog();
   WriteLogPlace(std::cout, LogDocument());
   if (std::cout.flush().good()) return status;

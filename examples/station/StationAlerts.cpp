@@ -17,6 +17,10 @@ const char* const sPLAN_UNREADABLE = "The plan \"%1%\" can't be read: %2%";
 const char* const sSAMPLE_MISSED = "Sample %1% of series \"%2%\" was missed: it was due %3% ago";
 const char* const sSAMPLE_LATE = "Sample %1% of series \"%2%\" came %3% late; up to %4% are tolerated";
 const char* const sSAMPLE_LOST = "Sample %1% of series \"%2%\" was lost: nobody collected it in time";
+const char* const sRECORDING_IMPOSSIBLE = "Nothing can be recorded in \"%1%\": %2%";
+const char* const sRECORDING_UNREADABLE = "The recording \"%1%\" can't be read: %2%";
+const char* const sRECORDING_DAMAGED = "The recording \"%1%\" can't be read beyond its %2% samples: %3%";
+const char* const sSAMPLE_NOT_RECORDED = "Sample %1% of series \"%2%\" is not in the recording";
 
 }  // namespace
 
@@ -34,5 +38,18 @@ SampleLate::SampleLate(unsigned long sample, const std::string& series, const El
 
 SampleLost::SampleLost(unsigned long sample, const std::string& series)
     : Warning(AlertMessage(sSAMPLE_LOST, sample, series)) {}
+
+SampleNotRecorded::SampleNotRecorded(unsigned long sample, const std::string& series)
+    : Warning(AlertMessage(sSAMPLE_NOT_RECORDED, sample, series)) {}
+
+RecordingImpossible::RecordingImpossible(const std::string& file, const std::string& reason)
+    : ErrorClass(AlertMessage(sRECORDING_IMPOSSIBLE, Shown(file), reason)) {}
+
+RecordingUnreadable::RecordingUnreadable(const std::string& file, const std::string& reason)
+    : ErrorClass(AlertMessage(sRECORDING_UNREADABLE, Shown(file), reason)) {}
+
+RecordingDamaged::RecordingDamaged(const std::string& file, unsigned long long samples,
+                                   const std::string& reason)
+    : ErrorClass(AlertMessage(sRECORDING_DAMAGED, Shown(file), samples, reason)) {}
 
 }  // namespace Station

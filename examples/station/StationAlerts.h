@@ -28,6 +28,24 @@ class SampleMissed : public Oxa::Core::ErrorClass<SampleMissed, Oxa::Core::Hardw
   SampleMissed(unsigned long sample, const std::string& series, const Oxa::Core::Elapse& overdue);
 };
 
+/// Nothing can be recorded in `file`, for `reason`.
+class RecordingImpossible : public Oxa::Core::ErrorClass<RecordingImpossible, Oxa::Core::IOError> {
+ public:
+  RecordingImpossible(const std::string& file, const std::string& reason);
+};
+
+/// `file` can't be read as a recording at all, for `reason`.
+class RecordingUnreadable : public Oxa::Core::ErrorClass<RecordingUnreadable, Oxa::Core::IOError> {
+ public:
+  RecordingUnreadable(const std::string& file, const std::string& reason);
+};
+
+/// The recording in `file` can't be read beyond its first `samples` samples, for `reason`.
+class RecordingDamaged : public Oxa::Core::ErrorClass<RecordingDamaged, Oxa::Core::IOError> {
+ public:
+  RecordingDamaged(const std::string& file, unsigned long long samples, const std::string& reason);
+};
+
 /// A sample came later than its series tolerates.
 class SampleLate : public Oxa::Core::Warning {
  public:
@@ -39,6 +57,13 @@ class SampleLate : public Oxa::Core::Warning {
 class SampleLost : public Oxa::Core::Warning {
  public:
   SampleLost(unsigned long sample, const std::string& series);
+};
+
+/// A sample was taken, but there was no room for it among those that wait to be recorded, or the recording has
+/// ended.
+class SampleNotRecorded : public Oxa::Core::Warning {
+ public:
+  SampleNotRecorded(unsigned long sample, const std::string& series);
 };
 
 }  // namespace Station

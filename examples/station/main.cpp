@@ -2,7 +2,9 @@
 //
 // Read on in Station.cpp (the run), Plan.cpp (bad input is raised, forwarded, survived), MeasureAll.cpp (threads,
 // and a queue between them), Sampler.cpp (a failure is settled in place), Collector.cpp (warnings and their
-// limit, messages for the log), LogFolder.cpp and LogOpening.cpp (where the log goes, and what goes into it).
+// limit, messages for the log), SampleSender.cpp and Recorder.cpp (streams: typed values through a pipe into a
+// file), RecordingReader.cpp (and back, from a file that may be anything), DailyLog.cpp and Days.cpp (a log of the
+// host's own), LogFolder.cpp and LogOpening.cpp (where the log goes, and what goes into it).
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <iostream>

@@ -1,14 +1,18 @@
 #include "Collector.h"
 
 #include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/RaiseSite.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
 #include <sstream>
 
+#include "DailyLog.h"
 #include "FakeClock.h"
 #include "LogOpening.h"
+#include "StationAlerts.h"
+#include "TemporaryFolder.h"
 #include "TestLog.h"
 #include "Witness.h"
 
@@ -91,6 +95,25 @@ TEST_F(CollectorTest, SilencesWarningsOfAllSeriesBeyondTheFirstTwenty) {
   EXPECT_EQ(20U, witness.m_warnings.size());
   EXPECT_EQ(20U, TheWarningRecord().GetRaisedCount());
   EXPECT_EQ(10U, TheWarningRecord().GetSilencedCount());
+}
+
+TEST_F(CollectorTest, LimitsTheWarningsOfOthersTooAndTellsTheDailyLogAll) {
+  const StationTests::TemporaryFolder folder;
+  Station::DailyLog daily(folder.Path());
+  Progress progress(m_out, false);
+  Collector collector(ReadPlan("p", "a 1ms 30 0s"), m_queue, progress, &daily);
+  Witness witness;
+  for (unsigned long i = 1; i <= 30; ++i) {
+    EXPECT_TRUE(m_queue.Push({0, i, Micro(1)}));
+    EXPECT_TRUE(collector.Collect(Elapse(0)));
+    OXA_RAISE_WARNING("Station.Series.a", Station::SampleNotRecorded(i, "a"));
+  }
+  EXPECT_EQ(40U, witness.m_warnings.size());
+  std::string text;
+  for (const auto& file : std::filesystem::directory_iterator(folder.Path()))
+    text += StationTests::ReadFile(file.path().string());
+  for (int i = 1; i <= 30; ++i)
+    EXPECT_THAT(text, testing::HasSubstr("a: sample " + std::to_string(i) + " came 1.0 microseconds late\n"));
 }
 
 TEST_F(CollectorTest, LogsSamplesOfASeriesThatIsOpened) {

@@ -10,7 +10,10 @@ using Station::ReadCommandLine;
 TEST(CommandLine, MayBeEmpty) {
   const CommandLine read = ReadCommandLine({});
   EXPECT_FALSE(read.m_plan.has_value());
+  EXPECT_EQ(Station::eMEASURE, read.m_eCommand);
   EXPECT_EQ("", read.m_sLogFolder);
+  EXPECT_EQ("", read.m_sRecording);
+  EXPECT_EQ("", read.m_sDailyFolder);
   EXPECT_TRUE(read.m_logOpenings.empty());
   EXPECT_FALSE(read.m_bHelp);
   EXPECT_EQ("", read.m_sMistake);
@@ -39,6 +42,35 @@ TEST(CommandLine, TakesEveryOpening) {
   EXPECT_EQ(Oxa::Core::eLOG_VERBOSE, read.m_logOpenings[1].m_eLevel);
 }
 
+TEST(CommandLine, TakesWhatIsToBeKept) {
+  const CommandLine read = ReadCommandLine({"--record", "samples", "--daily", "days"});
+  EXPECT_EQ(Station::eMEASURE, read.m_eCommand);
+  EXPECT_EQ("samples", read.m_sRecording);
+  EXPECT_EQ("days", read.m_sDailyFolder);
+  EXPECT_EQ("", read.m_sMistake);
+}
+
+TEST(CommandLine, TakesCommands) {
+  const CommandLine replay = ReadCommandLine({"replay", "samples", "--log", "there"});
+  EXPECT_EQ(Station::eREPLAY, replay.m_eCommand);
+  EXPECT_EQ("samples", replay.m_sOperand);
+  EXPECT_EQ("there", replay.m_sLogFolder);
+  EXPECT_EQ("", replay.m_sMistake);
+  const CommandLine days = ReadCommandLine({"--log", "there", "days", "replay"});
+  EXPECT_EQ(Station::eDAYS, days.m_eCommand);
+  EXPECT_EQ("replay", days.m_sOperand);
+  EXPECT_EQ("", days.m_sMistake);
+}
+
+TEST(CommandLine, TakesOneCommandAndItsOptionsOnly) {
+  EXPECT_EQ("one thing at a time: \"days\"", ReadCommandLine({"replay", "a", "days", "b"}).m_sMistake);
+  EXPECT_EQ("one thing at a time: \"replay\"", ReadCommandLine({"replay", "a", "replay", "a"}).m_sMistake);
+  EXPECT_EQ("--plan is for measuring", ReadCommandLine({"replay", "a", "--plan", "b"}).m_sMistake);
+  EXPECT_EQ("--record is for measuring", ReadCommandLine({"--record", "b", "days", "a"}).m_sMistake);
+  EXPECT_EQ("--daily is for measuring", ReadCommandLine({"days", "a", "--daily", "b"}).m_sMistake);
+  EXPECT_EQ("--open is for measuring", ReadCommandLine({"days", "a", "--open", "b=Debug"}).m_sMistake);
+}
+
 TEST(CommandLine, AsksForHelp) { EXPECT_TRUE(ReadCommandLine({"--help"}).m_bHelp); }
 
 TEST(CommandLine, NamesItsMistakes) {
@@ -51,6 +83,10 @@ TEST(CommandLine, NamesItsMistakes) {
   EXPECT_EQ("--plan needs a file behind it", ReadCommandLine({"--plan", "--log", "a"}).m_sMistake);
   EXPECT_EQ("--log needs a folder behind it", ReadCommandLine({"--plan", "x", "--log"}).m_sMistake);
   EXPECT_EQ("--log needs a folder behind it", ReadCommandLine({"--log", ""}).m_sMistake);
+  EXPECT_EQ("--record needs a file behind it", ReadCommandLine({"--record"}).m_sMistake);
+  EXPECT_EQ("--daily needs a folder behind it", ReadCommandLine({"--daily", "--help"}).m_sMistake);
+  EXPECT_EQ("replay needs a file behind it", ReadCommandLine({"replay"}).m_sMistake);
+  EXPECT_EQ("days needs a folder behind it", ReadCommandLine({"days", ""}).m_sMistake);
   EXPECT_EQ("--open needs PATH=LEVEL behind it", ReadCommandLine({"--open"}).m_sMistake);
 }
 

@@ -25,9 +25,9 @@ TEST(Loggers, HaveNoDotsFromTheNamesOfSeries) {
 }
 
 TEST(Loggers, AreKnownFromThePlan) {
-  EXPECT_THAT(
-      LoggerPaths(Station::ReadPlan("p", "a 1s 1 0s\nb.c 1s 1 0s")),
-      ElementsAre("Station", "Station.Clock", "Station.Plan", "Station.Series.a", "Station.Series.b_c"));
+  EXPECT_THAT(LoggerPaths(Station::ReadPlan("p", "a 1s 1 0s\nb.c 1s 1 0s")),
+              ElementsAre("Station", "Station.Clock", "Station.Plan", "Station.Recorder", "Station.Series.a",
+                          "Station.Series.b_c"));
 }
 
 TEST(Loggers, TellTimesInMicroseconds) {

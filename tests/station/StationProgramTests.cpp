@@ -245,6 +245,8 @@ TEST(StationProgram, EndsWith2OnBadArguments) {
   const std::pair<std::vector<std::string>, std::string> mistakes[] = {
       {{"--fast"}, "unknown argument \"--fast\""},
       {{"--log"}, "--log needs a folder behind it"},
+      {{"replay"}, "replay needs a file behind it"},
+      {{"days", "x", "--record", "y"}, "--record is for measuring"},
       {{"--open", "a..b=Debug"},
        "--open: \"a..b\" is no path of a logger: names with single dots between them make one"},
       {{"--open", "Station.Clock=Loud"},
@@ -264,7 +266,9 @@ TEST(StationProgram, HelpsOnRequest) {
   EXPECT_EQ(0, result.m_iStatus);
   EXPECT_EQ("", result.m_sError);
   EXPECT_THAT(result.m_sOutput,
-              StartsWith("usage: station [--plan FILE] [--log FOLDER] [--open PATH=LEVEL]... [--help]\n"));
+              StartsWith("usage: station [--plan FILE] [--record FILE] [--daily FOLDER] [OPTION]...\n"
+                         "       station replay FILE [OPTION]...\n"
+                         "       station days FOLDER [OPTION]...\n"));
   EXPECT_THAT(result.m_sOutput, HasSubstr("exit status:\n  0  "));
 }
 
@@ -329,14 +333,18 @@ TEST(StationProgram, EndsWith1WhenItsResultsAreLost) {
 // A station at work in a folder of its own, with its output and log there.
 class StationAtWork {
  public:
-  explicit StationAtWork(const std::string& plan) {
-    const std::string file = m_folder.Write("plan", plan);
+  explicit StationAtWork(const std::string& plan, std::vector<std::string> arguments = {}) {
+    arguments.insert(arguments.begin(),
+                     {STATION, "--plan", m_folder.Write("plan", plan), "--log", m_folder.Path()});
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
     const std::string output = m_folder.File("output");
     m_child = ::fork();
     if (m_child == 0) {
       ::close(STDOUT_FILENO);
       ::open(output.c_str(), O_WRONLY | O_CREAT, 0600);
-      ::execl(STATION, STATION, "--plan", file.c_str(), "--log", m_folder.Path().c_str(), nullptr);
+      ::execv(STATION, pointers.data());
       ::_exit(127);
     }
   }
@@ -392,6 +400,147 @@ TEST(StationProgram, LeavesAGoodDocumentWhenItIsKilled) {
   station.Signal(SIGKILL);
   EXPECT_EQ(-SIGKILL, station.AwaitEnd());
   station.Log().ExpectWellFormed();
+}
+
+// From the title to the last row.
+std::string Table(const std::string& output) {
+  const auto begin = output.find("How late the system wakes a sleeper");
+  return begin == std::string::npos ? std::string()
+                                    : output.substr(begin, output.find("\n\n", begin + 70) - begin);
+}
+
+ChildResult Replay(const TemporaryFolder& folder, const std::string& file) {
+  return RunStation({"replay", file, "--log", folder.Path()});
+}
+
+TEST(StationProgram, ReplaysTheTableOfItsRun) {
+  const TemporaryFolder folder;
+  const ChildResult run = RunStation({"--log", folder.Path(), "--record", folder.File("x")});
+  EXPECT_EQ(0, run.m_iStatus);
+  const ChildResult replay = Replay(folder, folder.File("x"));
+  EXPECT_EQ(0, replay.m_iStatus);
+  EXPECT_EQ("", replay.m_sError);
+  EXPECT_THAT(Table(run.m_sOutput), ContainsRegex("\nstrict +200( +[0-9.]+){4} +200$"));
+  EXPECT_EQ(Table(run.m_sOutput), Table(replay.m_sOutput));
+  EXPECT_EQ(sSTARTED_UP + ('\n' + Table(replay.m_sOutput)) + '\n' + LogLine(folder.Path()), replay.m_sOutput);
+  EXPECT_EQ(1, DefaultLog(folder.Path()).Count("Replays " + folder.File("x")));
+  DefaultLog(folder.Path()).ExpectWellFormed();
+}
+
+TEST(StationProgram, ReplaysWhatIsLeftOfARecording) {
+  const TemporaryFolder folder;
+  RunPlan(folder, "a 1ms 20 0s", {"--record", folder.File("x")});
+  std::filesystem::resize_file(folder.File("x"), 14 + 8 + 5 + 20 + 16 * 7 + 3);
+  const ChildResult replay = Replay(folder, folder.File("x"));
+  EXPECT_EQ(1, replay.m_iStatus);
+  EXPECT_EQ("station: The recording \"" + folder.File("x") +
+                "\" can't be read beyond its 7 samples: it ends in the middle of a sample\n",
+            replay.m_sError);
+  EXPECT_THAT(replay.m_sOutput, ContainsRegex("\na +7( +[0-9.]+){4} +7\n"));
+  EXPECT_EQ(1, DefaultLog(folder.Path()).Count("Error Handled: The recording &quot;"));
+}
+
+TEST(StationProgram, EndsWith2WhenThereIsNothingToReplay) {
+  const TemporaryFolder folder;
+  const std::pair<std::string, std::string> files[] = {
+      {folder.File("missing"), "it can't be opened"},
+      {folder.Path(), "it can't be opened"},
+      {folder.Write("empty", ""), "it ends before its first sample"},
+      {folder.Write("plan", "fast 1ms 500 250us\n"), "it isn't a recording of a station"}};
+  for (const auto& [file, reason] : files) {
+    const ChildResult replay = Replay(folder, file);
+    EXPECT_EQ(2, replay.m_iStatus);
+    EXPECT_EQ("station: The recording \"" + file + "\" can't be read: " + reason + "\n", replay.m_sError);
+    EXPECT_EQ(sSTARTED_UP + LogLine(folder.Path()).substr(1), replay.m_sOutput);
+  }
+}
+
+TEST(StationProgram, EndsWith2WhenNothingCanBeRecorded) {
+  const TemporaryFolder folder;
+  const ChildResult result = RunPlan(folder, "a 1ms 3 1s", {"--record", folder.File("missing/x")});
+  EXPECT_EQ(2, result.m_iStatus);
+  EXPECT_EQ("station: Nothing can be recorded in \"" + folder.File("missing/x") +
+                "\": the file can't be made, or somebody else has it open\n",
+            result.m_sError);
+  EXPECT_EQ(0, DefaultLog(folder.Path()).Count("Begins: "));
+}
+
+TEST(StationProgram, EndsWith1WhenItsRecordingIsNotWhole) {
+  const TemporaryFolder folder;
+  const ChildResult result = RunChild(
+      {"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 10; exec \"$0\" --plan \"$1\" --log \"$2\" --record \"$3\"",
+       STATION, folder.Write("plan", "a 1ms 1000 10s"), folder.Path(), folder.File("x")});
+  EXPECT_EQ(1, result.m_iStatus);
+  EXPECT_THAT(result.m_sError,
+              HasSubstr("station: the recording isn't whole: System call to ::WriteFile() "));
+  EXPECT_THAT(result.m_sOutput, ContainsRegex("\na +1000 "));
+  EXPECT_EQ(1, Replay(folder, folder.File("x")).m_iStatus);
+}
+
+TEST(StationProgram, WritesNoRecordingOfNothing) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(1, RunPlan(folder, "# nothing\n", {"--record", folder.File("x")}).m_iStatus);
+  EXPECT_FALSE(std::filesystem::exists(folder.File("x")));
+}
+
+TEST(StationProgram, RecordsUntilItIsInterrupted) {
+  const TemporaryFolder folder;
+  const StationAtWork station("first 20ms 5 0ns\nendless 10s 1000000 1s", {"--record", folder.File("x")});
+  ASSERT_TRUE(station.AwaitLogged("Sample 5 of series"));
+  station.Signal(SIGTERM);
+  EXPECT_EQ(128 + SIGTERM, station.AwaitEnd());
+  const ChildResult replay = Replay(folder, folder.File("x"));
+  EXPECT_EQ(0, replay.m_iStatus);
+  EXPECT_EQ("", replay.m_sError);
+  EXPECT_EQ(Table(station.Output()), Table(replay.m_sOutput));
+}
+
+TEST(StationProgram, RecordsUntilItIsKilled) {
+  const TemporaryFolder folder;
+  const StationAtWork station("first 20ms 5 0ns\nendless 10s 1000000 1s", {"--record", folder.File("x")});
+  ASSERT_TRUE(station.AwaitLogged("Sample 5 of series"));
+  ASSERT_TRUE(Eventually([&] { return std::filesystem::file_size(folder.File("x")) >= 14 + 8 + 60 + 80; }));
+  station.Signal(SIGKILL);
+  EXPECT_EQ(-SIGKILL, station.AwaitEnd());
+  const ChildResult replay = Replay(folder, folder.File("x"));
+  EXPECT_EQ(1, replay.m_iStatus);
+  EXPECT_THAT(replay.m_sError,
+              HasSubstr("beyond its 5 samples: it ends without its end mark, so what recorded it "
+                        "was ended early, or is still at work\n"));
+  EXPECT_THAT(replay.m_sOutput, ContainsRegex("\nfirst +5( +[0-9.]+){4} +5\n"));
+}
+
+TEST(StationProgram, KeepsADailyLogBesideTheOther) {
+  const TemporaryFolder folder;
+  const std::string days = folder.File("days");
+  const ChildResult run = RunPlan(folder, "a 1ms 30 0s\nbroken", {"--daily", days});
+  EXPECT_EQ(0, run.m_iStatus);
+  EXPECT_EQ(20, DefaultLog(folder.Path()).Count("<Warning>"));
+  const ChildResult walk = RunStation({"days", days, "--log", folder.Path()});
+  EXPECT_EQ(0, walk.m_iStatus);
+  EXPECT_EQ("", walk.m_sError);
+  EXPECT_THAT(walk.m_sOutput, StartsWith(sSTARTED_UP + std::string("\ndaily log  ")));
+  // A begin, a refusal, a line for each late sample, and the result.
+  EXPECT_THAT(walk.m_sOutput, ContainsRegex("\nStation[0-9_]+-0\\.log +33  "));
+  EXPECT_THAT(walk.m_sOutput, EndsWith(LogLine(folder.Path()).substr(1)));
+}
+
+TEST(StationProgram, EndsWith2WhenTheDailyLogCannotBegin) {
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("file", "");
+  const ChildResult result = RunPlan(folder, "a 1ms 3 1s", {"--daily", file});
+  EXPECT_EQ(2, result.m_iStatus);
+  EXPECT_EQ("station: The stream folder <" + file + "> does not exist\n", result.m_sError);
+}
+
+TEST(StationProgram, SaysWhenThereIsNoDailyLog) {
+  const TemporaryFolder folder;
+  const ChildResult empty = RunStation({"days", folder.Path(), "--log", folder.Path()});
+  EXPECT_EQ(1, empty.m_iStatus);
+  EXPECT_EQ("station: The folder \"" + folder.Path() + "\" holds no daily log\n", empty.m_sError);
+  const ChildResult missing = RunStation({"days", folder.File("missing"), "--log", folder.Path()});
+  EXPECT_EQ(2, missing.m_iStatus);
+  EXPECT_EQ("station: The folder \"" + folder.File("missing") + "\" isn't there\n", missing.m_sError);
 }
 
 TEST(StationProgram, RollsItsLogOver) {
