@@ -31,7 +31,7 @@ class ClockAt {
 class Zones {
  public:
   Zones(const char* ofLoad, const char* ofTheMoment)
-      : m_bWasSet(std::getenv("TZ") != nullptr), m_sBefore(m_bWasSet ? std::getenv("TZ") : "") {
+      : m_bWasSet(std::getenv("TZ") != nullptr), m_sBefore(TextOf(std::getenv("TZ"))) {
     ::setenv("TZ", ofLoad, 1);
     EXPECT_EQ(0, Oxa::Core::Platform::LoadZone());
     ::setenv("TZ", ofTheMoment, 1);
@@ -45,6 +45,8 @@ class Zones {
   }
 
  private:
+  static std::string TextOf(const char* value) { return value != nullptr ? value : ""; }
+
   bool m_bWasSet;
   std::string m_sBefore;
 };
