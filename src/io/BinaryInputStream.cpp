@@ -30,7 +30,7 @@ long long BinaryInputStream::Read(void* buffer, long long count) {
       bytes[stored++] = static_cast<unsigned char>(byte);
     }
   } catch (IOError& error) {
-    OXA_RAISE_WARNING(sLOG_NAME, IOErrorDuringRead(count, stored, error.what()));
+    OXA_RAISE_WARNING(sLOG_NAME, IOErrorDuringRead(count, stored, error.GetData(AlertInfo::sMESSAGE)));
   }
   return stored;
 }

@@ -56,7 +56,7 @@ void BinaryOutputStreamFilter::Close() {
   try {
     Flush();
   } catch (IOError& error) {
-    OXA_RAISE_WARNING(sFILTER_LOG_NAME, IOErrorDuringFlush(error.what()));
+    OXA_RAISE_WARNING(sFILTER_LOG_NAME, IOErrorDuringFlush(error.GetData(AlertInfo::sMESSAGE)));
   }
   m_sink->Close();
 }

@@ -25,7 +25,7 @@ int BufferedBinaryInputStream::Read() {
 int BufferedBinaryInputStream::ReadLocked() {
   const Lock lock(m_mutex);
   if (m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
-  DoBufferedInputInvalidation();
+  Drop();
   if (m_bufferSize == 0) {
     const int byte = m_source->Read();
     return byte < 0 ? -1 : byte;
@@ -81,7 +81,9 @@ unsigned long long BufferedBinaryInputStream::AvailableBytes() {
 void BufferedBinaryInputStream::AcquireReadLocks(LockSet& locks) { AddLock(locks, m_mutex); }
 
 // The lock is held already by whoever calls this.
-void BufferedBinaryInputStream::DoBufferedInputInvalidation() {
+void BufferedBinaryInputStream::DoBufferedInputInvalidation() { Drop(); }
+
+void BufferedBinaryInputStream::Drop() {
   m_dataSize = 0;
   m_readIndex = 0;
 }
@@ -94,7 +96,7 @@ long long BufferedBinaryInputStream::FillBuffer() {
 
 // What the source answers doesn't matter here: it will say so again.
 void BufferedBinaryInputStream::Refill() {
-  DoBufferedInputInvalidation();
+  Drop();
   FillBuffer();
 }
 

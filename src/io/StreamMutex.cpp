@@ -12,9 +12,11 @@ StreamMutex::StreamMutex() {
 
 StreamMutex::~StreamMutex() = default;
 
+// With a limit the lock is taken by the TryLock below, or not at all: where a raise returns, this comes back without
+// it, and may not speak for who has it.
 void StreamMutex::Lock(const Elapse& timeout) {
   Mutex::Lock(timeout);
-  Bias().Taken();
+  if (timeout.GetRawTimerTicks() == sINFINITE.GetRawTimerTicks()) Bias().Taken();
 }
 
 bool StreamMutex::TryLock(const Elapse& timeout) {

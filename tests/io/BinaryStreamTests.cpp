@@ -81,6 +81,39 @@ TEST(BinaryInputStream, AnErrorAtTheFirstByteOfABlockGivesZero) {
               ElementsAre(std::string("Read of 2 bytes ended after 0 bytes read due to error:\n") + sRAISED));
 }
 
+// The message of an error is its data; what() may be another's idea of it.
+class Wordy : public ErrorClass<Wordy, IOError> {
+ public:
+  Wordy() : ErrorClass("the message") {}
+  const char* what() const noexcept override { return "something else"; }
+};
+
+TEST(BinaryInputStream, TheWarningQuotesTheMessageOfTheError) {
+  class Broken : public ByteSource {
+   public:
+    int Read() override {
+      OXA_RAISE_ERROR("Test", Wordy());
+      return -1;
+    }
+    using ByteSource::Read;
+  } source;
+  Warnings warnings;
+  ReadBlock(source, 2);
+  EXPECT_THAT(warnings.m_messages,
+              ElementsAre("Read of 2 bytes ended after 0 bytes read due to error:\nthe message"));
+}
+
+TEST(BinaryOutputStreamFilter, TheWarningQuotesTheMessageOfTheError) {
+  class Broken : public MemorySink {
+   public:
+    void Flush() override { OXA_RAISE_ERROR("Test", Wordy()); }
+  } sink;
+  BinaryOutputStreamFilter filter(sink);
+  Warnings warnings;
+  filter.Close();
+  EXPECT_THAT(warnings.m_messages, ElementsAre("Flush raised the following i/o error:\nthe message"));
+}
+
 TEST(BinaryInputStream, OtherExceptionsPassThroughABlock) {
   class Broken : public ByteSource {
    public:

@@ -103,6 +103,35 @@ TEST(BoundedInput, SkipBeyondTheLimitMovesTheSourceAndLeavesTheCount) {
   EXPECT_EQ(20u, bounded.AvailableBytes());
 }
 
+TEST(BoundedInput, SkipAtTheLimitMovesNothing) {
+  MemorySource source(Alphabet(51));
+  BoundedBinaryInputStream bounded(source, 0);
+  EXPECT_FALSE(bounded.Skip(1));
+  EXPECT_THAT(source.m_calls, ElementsAre("skip 0"));
+  EXPECT_TRUE(bounded.Skip(0));
+  EXPECT_THAT(source.m_calls, ElementsAre("skip 0", "skip 0"));
+  EXPECT_EQ(0u, bounded.NumBytesInput());
+}
+
+TEST(BoundedInput, SkipCountsBeforeTheSourceFails) {
+  MemorySource source(Alphabet(51));
+  source.m_script = {iRAISE, iRAISE};
+  BoundedBinaryInputStream bounded(source, 30);
+  EXPECT_THROW(bounded.Skip(31), XIOSystemCallFailure);
+  EXPECT_EQ(0u, bounded.NumBytesInput());
+  EXPECT_THROW(bounded.Skip(10), XIOSystemCallFailure);
+  EXPECT_EQ(10u, bounded.NumBytesInput());
+}
+
+TEST(BoundedInput, CountsNothingOfAReadThatFails) {
+  MemorySource source(Alphabet(51));
+  source.m_script = {iRAISE, iRAISE};
+  BoundedBinaryInputStream bounded(source, 30);
+  EXPECT_THROW(bounded.Read(), XIOSystemCallFailure);
+  EXPECT_THROW(ReadBlock(bounded, 5), XIOSystemCallFailure);
+  EXPECT_EQ(0u, bounded.NumBytesInput());
+}
+
 TEST(BoundedInput, SkipCountsEvenWhatTheSourceLacks) {
   MemorySource source("abc");
   BoundedBinaryInputStream bounded(source, 30);
@@ -187,6 +216,22 @@ TEST(BoundedOutput, CountsNothingThatTheSinkRefused) {
   EXPECT_THROW(bounded.Write('a'), XIOSystemCallFailure);
   EXPECT_THROW(WriteText(bounded, "abc"), XIOSystemCallFailure);
   EXPECT_EQ(0u, bounded.NumBytesOutput());
+}
+
+TEST(BoundedOutput, AnErrorOfTheFlushAtTheLimitTakesThePlaceOfTheLimits) {
+  MemorySink sink;
+  sink.m_bFailFlush = true;
+  BoundedBinaryOutputStream bounded(sink, 3);
+  EXPECT_THROW(WriteText(bounded, "abcd"), XIOSystemCallFailure);
+  EXPECT_EQ("abc", sink.m_bytes);
+  EXPECT_EQ(3u, bounded.NumBytesOutput());
+}
+
+TEST(BoundedOutput, TakesTheLargestLimit) {
+  MemorySink sink;
+  BoundedBinaryOutputStream bounded(sink, ~0ULL);
+  WriteText(bounded, "abc");
+  EXPECT_EQ(3u, bounded.NumBytesOutput());
 }
 
 TEST(BoundedOutput, ForwardsFlushAndClose) {

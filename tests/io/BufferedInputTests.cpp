@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <thread>
 
 #include "Support/Allocations.h"
+#include "io/Held.h"
 #include "io/Streams.h"
 
 namespace {
@@ -242,6 +245,78 @@ TEST(BufferedInput, InvalidationDropsTheBuffer) {
   }
   EXPECT_EQ(6u, ten.m_buffered.AvailableBytes());
   EXPECT_EQ('u', ten.m_buffered.Read());
+}
+
+// What derives from the stream learns of moves by that operation, and of nothing else.
+TEST(BufferedInput, OnlyMovesOfTheSourceCountAsInvalidation) {
+  class Counting : public BufferedBinaryInputStream {
+   public:
+    using BufferedBinaryInputStream::BufferedBinaryInputStream;
+    void DoBufferedInputInvalidation() override {
+      ++m_iMoves;
+      BufferedBinaryInputStream::DoBufferedInputInvalidation();
+    }
+    int m_iMoves = 0;
+  };
+  MemorySource source(Alphabet(200));
+  Counting buffered(source, 10);
+  buffered.Read();
+  ReadBlock(buffered, 9);
+  ReadBlock(buffered, 30);
+  buffered.Skip(10);
+  buffered.Skip(30);
+  for (int i = 0; i != 30; ++i) buffered.BufferedBinaryInputStream::Read();
+  EXPECT_EQ(0, buffered.m_iMoves);
+  LockSet locks;
+  source.InvalidateAllBufferedInput(locks);
+  EXPECT_EQ(1, buffered.m_iMoves);
+}
+
+TEST(BufferedInput, AllOperationsWaitForWhoHoldsTheLock) {
+  for (const int before : {1, 100}) {  // the first thread may come often, or not
+    MemorySource source(Alphabet(200));
+    BufferedBinaryInputStream buffered(source, 190);
+    for (int i = 0; i != before; ++i) buffered.Read();
+    ExpectToWait(
+        [&](LockSet& locks) { buffered.AcquireReadLocks(locks); },
+        {[&] { EXPECT_LE(0, buffered.Read()); }, [&] { EXPECT_EQ(2u, ReadBlock(buffered, 2).size()); },
+         [&] { EXPECT_TRUE(buffered.Skip(2)); },
+         [&] { EXPECT_EQ(195u - static_cast<unsigned>(before), buffered.AvailableBytes()); }});
+  }
+}
+
+TEST(BufferedInput, TheSourceIsCalledUnderTheLock) {
+  class Probing : public MemorySource {
+   public:
+    using MemorySource::MemorySource;
+    using MemorySource::Read;
+    long long Read(void* buffer, long long count) override {
+      return m_probe(), MemorySource::Read(buffer, count);
+    }
+    bool Skip(unsigned long long count) override { return m_probe(), MemorySource::Skip(count); }
+    unsigned long long AvailableBytes() override { return m_probe(), MemorySource::AvailableBytes(); }
+
+    std::function<void()> m_probe = [] {};
+  };
+  using Operation = std::function<void(BinaryInputStream&)>;
+  const Operation operations[] = {
+      [](auto& stream) { stream.Read(); }, [](auto& stream) { ReadBlock(stream, 3); },
+      [](auto& stream) { stream.Skip(3); }, [](auto& stream) { stream.AvailableBytes(); }};
+  for (const Operation& operation : operations) {
+    Probing source(Alphabet(50));
+    BufferedBinaryInputStream buffered(source, 10);
+    std::unique_ptr<Waiter> waiter;
+    source.m_probe = [&] {
+      source.m_probe = [] {};
+      waiter = std::make_unique<Waiter>([&] {
+        LockSet locks;
+        buffered.AcquireReadLocks(locks);
+      });
+      EXPECT_TRUE(waiter->Waits());
+    };
+    operation(buffered);
+    EXPECT_TRUE(waiter);
+  }
 }
 
 TEST(BufferedInput, AnErrorOfTheSourcePassesAndReleasesTheLock) {

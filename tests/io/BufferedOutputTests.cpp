@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <thread>
 
+#include "io/Held.h"
 #include "io/Streams.h"
 
 namespace {
@@ -183,6 +186,75 @@ TEST(BufferedOutput, AnErrorOfTheSinkKeepsTheBytesAndReleasesTheLock) {
   ten.m_sink.m_bFailWrite = false;
   std::thread([&] { ten.m_buffered.Flush(); }).join();
   EXPECT_EQ("abcdklmnop", ten.m_sink.m_bytes);
+}
+
+TEST(BufferedOutput, AllOperationsWaitForWhoHoldsTheLock) {
+  for (const int before : {1, 100}) {  // the first thread may come often, or not
+    MemorySink sink;
+    BufferedBinaryOutputStream buffered(sink, 200);
+    for (int i = 0; i != before; ++i) buffered.Write('x');
+    ExpectToWait(
+        [&](LockSet& locks) { buffered.AcquireWriteLocks(locks); },
+        {[&] { buffered.Write('y'); }, [&] { WriteText(buffered, "zz"); }, [&] { buffered.Flush(); }});
+    EXPECT_EQ(std::string(static_cast<std::size_t>(before), 'x') + "yzz", sink.m_bytes);
+  }
+}
+
+TEST(BufferedOutput, TheSinkIsCalledUnderTheLock) {
+  class Probing : public MemorySink {
+   public:
+    using MemorySink::Write;
+    void Write(const void* buffer, unsigned long long count) override {
+      m_probe();
+      MemorySink::Write(buffer, count);
+    }
+    void Flush() override { m_probe(); }
+
+    std::function<void()> m_probe = [] {};
+  };
+  using Operation = std::function<void(BinaryOutputStream&)>;
+  const Operation operations[] = {
+      [](auto& stream) { stream.Write('x'); }, [](auto& stream) { WriteText(stream, "xyz"); },
+      [](auto& stream) { WriteText(stream, Alphabet(20)); }, [](auto& stream) { stream.Flush(); }};
+  for (const std::size_t before : {std::size_t{10}, std::size_t{0}}) {
+    for (const Operation& operation : operations) {
+      Probing sink;
+      BufferedBinaryOutputStream buffered(sink, 10);
+      for (std::size_t i = 0; i != before; ++i) buffered.Write('a');
+      std::unique_ptr<Waiter> waiter;
+      sink.m_probe = [&] {
+        sink.m_probe = [] {};
+        waiter = std::make_unique<Waiter>([&] {
+          LockSet locks;
+          buffered.AcquireWriteLocks(locks);
+        });
+        EXPECT_TRUE(waiter->Waits());
+      };
+      operation(buffered);
+      EXPECT_TRUE(waiter || before == 0);
+    }
+  }
+}
+
+// A sink that writes to the stream above it while that holds its lock and hands on its buffer: what it writes is lost
+// with the rest of the buffer, but nobody waits for himself.
+TEST(BufferedOutput, ASinkMayCallBack) {
+  class CallingBack : public MemorySink {
+   public:
+    using MemorySink::Write;
+    void Write(const void* buffer, unsigned long long count) override {
+      MemorySink::Write(buffer, count);
+      m_pAbove->Write('!');
+    }
+    BinaryOutputStream* m_pAbove = nullptr;
+  } sink;
+  BufferedBinaryOutputStream buffered(sink, 1000);
+  sink.m_pAbove = &buffered;
+  for (int i = 0; i != 200; ++i) buffered.Write('x');
+  buffered.Flush();
+  for (int i = 0; i != 200; ++i) buffered.Write('y');
+  std::thread([&] { buffered.Flush(); }).join();
+  EXPECT_EQ(std::string(200, 'x') + std::string(200, 'y'), sink.m_bytes);
 }
 
 TEST(BufferedOutput, WithoutABufferEverythingGoesToTheSink) {

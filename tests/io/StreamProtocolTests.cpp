@@ -224,6 +224,41 @@ TEST(FlushAll, ReleasesWhatTheSetHeldBefore) {
   EXPECT_THAT(sink.m_calls, ElementsAre("flush"));
 }
 
+TEST(FlushAll, ReachesEachOfSeveralFiltersOnOneStream) {
+  LockedSink sink;
+  LockedOutput first(sink, "first", sink.m_calls);
+  LockedOutput second(sink, "second", sink.m_calls);
+  LockSet locks;
+  sink.FlushAllBufferedOutput(locks);
+  EXPECT_THAT(sink.m_calls, ElementsAre("first locks", "first writes", "second locks", "second writes",
+                                        "sink locks", "flush"));
+}
+
+TEST(FlushAll, OfAFilterReachesOnlyWhatIsStackedOnItAndFlushesDown) {
+  LockedSink sink;
+  LockedOutput inner(sink, "inner", sink.m_calls);
+  LockedOutput outer(inner, "outer", sink.m_calls);
+  LockSet locks;
+  inner.FlushAllBufferedOutput(locks);
+  EXPECT_THAT(sink.m_calls, ElementsAre("outer locks", "outer writes", "inner locks", "flush"));
+}
+
+TEST(FlushAll, NoLongerReachesAFilterThatDied) {
+  LockedSink sink;
+  LockSet locks;
+  { LockedOutput filter(sink, "filter", sink.m_calls); }
+  sink.FlushAllBufferedOutput(locks);
+  EXPECT_THAT(sink.m_calls, ElementsAre("sink locks", "flush"));
+}
+
+TEST(FlushAll, TheSinkMayDieBeforeTheFilter) {
+  auto sink = std::make_unique<LockedSink>();
+  Calls calls;
+  LockedOutput filter(*sink, "filter", calls);
+  sink.reset();
+  EXPECT_TRUE(calls.empty());
+}
+
 TEST(FlushAll, AFailureInAFilterIsAWarningAndStopsNobody) {
   LockedSink sink;
   LockedOutput inner(sink, "inner", sink.m_calls);

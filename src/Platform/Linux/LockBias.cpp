@@ -72,11 +72,16 @@ void LockBias::Taken() noexcept {
   if (Slot* const slot = SlotFor(thread)) m_pFavoured.store(slot, std::memory_order_relaxed);
 }
 
+// The caller has the lock, so it isn't inside: a slot that says so comes from a dead thread, whose id may be the
+// caller's by now.
 LockBias::Slot* LockBias::SlotFor(std::uint32_t thread) noexcept {
   Slot* usable = nullptr;
   for (Slot& slot : m_slots) {
     const std::uint32_t owner = slot.m_uThread.load(std::memory_order_relaxed);
-    if (owner == thread) return &slot;
+    if (owner == thread) {
+      usable = &slot;
+      break;
+    }
     if (usable == nullptr && (owner == 0 || ThreadIsGone(owner))) usable = &slot;
   }
   if (usable != nullptr) {

@@ -100,6 +100,7 @@ class OXACORE_API BinaryInputStream::InvalidateBufferedInputEvent : public Notif
   /// `locks` must outlive this.
   explicit InvalidateBufferedInputEvent(LockSet& locks);
 
+  /// Has `listener` invalidate, if it is one that can; what that raises passes.
   void Notify(NotificationListener& listener) override;
 
  private:
@@ -166,6 +167,7 @@ class OXACORE_API BinaryOutputStream::FlushBufferedOutputEvent : public Notifica
   /// `locks` must outlive this.
   explicit FlushBufferedOutputEvent(LockSet& locks);
 
+  /// Has `listener` write out, if it is one that can; what that raises passes.
   void Notify(NotificationListener& listener) override;
 
  private:

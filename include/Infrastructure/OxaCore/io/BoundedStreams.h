@@ -17,6 +17,7 @@ namespace Oxa::Core {
 /// The first bytes of a source; then its end.
 class OXACORE_API BoundedBinaryInputStream : public BinaryInputStreamFilter {
  public:
+  /// Lets the next `limit` bytes of `source` through.
   BoundedBinaryInputStream(BinaryInputStream& source, unsigned long long limit);
   ~BoundedBinaryInputStream() override;
 
@@ -42,6 +43,7 @@ class OXACORE_API BoundedBinaryInputStream : public BinaryInputStreamFilter {
 /// Lets the first bytes through to a sink, and raises at the next one.
 class OXACORE_API BoundedBinaryOutputStream : public BinaryOutputStreamFilter {
  public:
+  /// Lets `limit` bytes through to `sink`.
   BoundedBinaryOutputStream(BinaryOutputStream& sink, unsigned long long limit);
   ~BoundedBinaryOutputStream() override;
 
@@ -49,7 +51,7 @@ class OXACORE_API BoundedBinaryOutputStream : public BinaryOutputStreamFilter {
   /// XIOExceededOutputLimit is raised ("Oxa.Core.BoundedBinaryOutputStream"); the rest is dropped.
   void Write(const void* buffer, unsigned long long count) override;
 
-  /// Raises the same at the limit, and writes nothing then.
+  /// Raises the same at the limit, and neither writes nor flushes then.
   void Write(unsigned char byte) override;
 
   /// The bytes written.

@@ -45,12 +45,15 @@ class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
   /// Those in the buffer and those of the source.
   unsigned long long AvailableBytes() override;
 
+  /// Adds the lock that all calls take, with no limit of the wait.
   void AcquireReadLocks(LockSet& locks) override;
 
  protected:
+  /// Only for the moves of the source; what else empties the buffer doesn't call this. The lock is held.
   void DoBufferedInputInvalidation() override;
 
-  /// Reads the source to the begin of the buffer and gives the result. The lock is held, and the buffer is empty.
+  /// Reads the source to the begin of the buffer and gives the result, of which 0 and above become what the buffer
+  /// holds. The lock is held, and the buffer is empty.
   long long FillBuffer();
 
  private:
@@ -62,6 +65,7 @@ class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
   int ReadLocked();
   long long ReadLocked(void* buffer, long long count);
   long long ReadBeyond(unsigned char* to, long long count);
+  void Drop();
   void Refill();
 
   StreamMutex m_mutex;  // guards all the others
@@ -84,14 +88,17 @@ class OXACORE_API BufferedBinaryOutputStream : public BinaryOutputStreamFilter {
   /// straight to the sink. If writing out raises, the buffer keeps what it held and nothing of the block is taken.
   void Write(const void* buffer, unsigned long long count) override;
 
+  /// A full buffer is written out first.
   void Write(unsigned char byte) override;
 
   /// Writes out the buffer, and flushes the sink.
   void Flush() override;
 
+  /// Adds the lock that all calls take, with no limit of the wait.
   void AcquireWriteLocks(LockSet& locks) override;
 
  protected:
+  /// Writes out the buffer, which is empty then, or as it was if that raises. Doesn't flush the sink. The lock is held.
   void DoOutputBufferFlush() override;
 
  private:

@@ -14,11 +14,15 @@ class LockBias;
 /// A Mutex, with the same contract in all. Between stream and lock there is more: a thread that calls the stream over
 /// and over, with nobody between, passes the lock for what touches only the buffer, and that excludes whoever holds
 /// the lock just as well. For a stream that changes hands at every call it is a plain Mutex.
+///
+/// Who takes it while a thread passes waits until that one is through: a few instructions, or as long as the system
+/// keeps that thread from running. A time limit doesn't cut that wait short.
 class OXACORE_API StreamMutex : public Mutex {
  public:
   StreamMutex();
   ~StreamMutex() override;
 
+  /// As those of Mutex.
   void Lock(const Elapse& timeout = sINFINITE) override;
   bool TryLock(const Elapse& timeout = sNO_WAIT) override;
 
