@@ -307,7 +307,7 @@ TEST(BufferedInput, TheSourceIsCalledUnderTheLock) {
     BufferedBinaryInputStream buffered(source, 10);
     std::unique_ptr<Waiter> waiter;
     source.m_probe = [&] {
-      source.m_probe = [] {};
+      if (waiter) return;
       waiter = std::make_unique<Waiter>([&] {
         LockSet locks;
         buffered.AcquireReadLocks(locks);

@@ -223,7 +223,7 @@ TEST(BufferedOutput, TheSinkIsCalledUnderTheLock) {
       for (std::size_t i = 0; i != before; ++i) buffered.Write('a');
       std::unique_ptr<Waiter> waiter;
       sink.m_probe = [&] {
-        sink.m_probe = [] {};
+        if (waiter) return;
         waiter = std::make_unique<Waiter>([&] {
           LockSet locks;
           buffered.AcquireWriteLocks(locks);
