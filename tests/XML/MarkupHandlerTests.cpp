@@ -65,6 +65,14 @@ TEST(MarkupHandler, JoinsThePiecesOfATextAndTrimsTheWhole) {
   EXPECT_EQ("<a>one two</a>\n", reflow.Text());
 }
 
+TEST(MarkupHandler, WhatWaitsIsWrittenAtTheEndOfTheDocument) {
+  Reflow reflow;
+  reflow.Open("a");
+  reflow.handler.Text(" one ");
+  reflow.handler.EndDoc();
+  EXPECT_EQ("<a>one", reflow.Text());
+}
+
 TEST(MarkupHandler, DropsWhiteSpaceBetweenElements) {
   Reflow reflow;
   reflow.Open("a");

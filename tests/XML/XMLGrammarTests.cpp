@@ -292,6 +292,27 @@ TEST(XMLGrammar, WhatIsForgottenIsNeverNeededAgain) {
   }
 }
 
+// However long the document, what has been dealt with is forgotten: nobody has to keep it whole in memory.
+TEST(XMLGrammar, OfAStreamNoMoreIsKeptThanAConstructNeeds) {
+  const Part parts[] = {
+      {"<a>", "<b c='d'>text &lt;</b><!-- e --><f/>", "</a>", true},
+      {"<a>", "<b><![CDATA[ ]] ]]>", "", false},
+      {"<?xml version='1.0'?>", "<!-- a -->\n<?p?>", "<a/>", true},
+      {"<!DOCTYPE a [", "<!ELEMENT b (c|(d,e))>%p; <!-- f -->", "]><a/>", true},
+      {"<!DOCTYPE a>", "<!-- a -->\n<?p?>", "<a/>", true},
+      {"<a/>", "<!-- a -->\n<?p?>", "", true},
+  };
+  for (const Part& part : parts) {
+    std::string text = part.begin;
+    for (int i = 0; i < 2000; ++i) text += part.repeated;
+    std::istringstream stream(text + part.end);
+    XMLStreamWindow window(stream, 64);
+    Echo echo;
+    EXPECT_EQ(XMLGrammar<Echo>(echo).Matches(Rules::document, window), part.isDocument) << part.repeated;
+    EXPECT_LE(window.GetRoom(), 256U) << part.begin << part.repeated << part.end;
+  }
+}
+
 TEST(XMLStreamWindow, GivesTheStreamAndItsEnd) {
   std::istringstream stream("abc");
   XMLStreamWindow window(stream, 2);

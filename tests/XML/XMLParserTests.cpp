@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/XMLParser.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -10,6 +11,8 @@
 
 namespace XMLParserTests {
 namespace {
+
+using Oxa::Core::XMLStringPolicy;
 
 TEST(XMLParser, EmptyTextIsNoDocument) {
   const Outcome outcome = ParseAllWays("");
@@ -50,6 +53,18 @@ TEST(XMLParser, BothQuotesGiveTheSameValue) {
       "EndEmptyTag\nEndDoc\n";
   EXPECT_EQ(ParseAllWays("<a b='v w'/>").events, events);
   EXPECT_EQ(ParseAllWays("<a b=\"v w\"/>").events, events);
+}
+
+TEST(XMLParser, WhicheverQuotesTheEventsAreTheSame) {
+  const std::string events =
+      "StartDoc\nSetVersion 1.1\nSetEncoding x\nSetStandalone yes\nStartTag a\n"
+      "AttributeName b\nAttributeValueText v\nAttributeValueRef &lt;\nAttributeValueText w\n"
+      "AttributeValueRef &#65;\nAttributeValue\nAttribute\nEndEmptyTag\nEndDoc\n";
+  std::string document = "<?xml version='1.1' encoding='x' standalone='yes'?><a b='v&lt;w&#65;'/>";
+  EXPECT_EQ(ParseAllWays(document).events, events);
+  for (char& c : document)
+    if (c == '\'') c = '"';
+  EXPECT_EQ(ParseAllWays(document).events, events);
 }
 
 TEST(XMLParser, StandaloneIsYesOrNo) {
@@ -196,6 +211,40 @@ class References : public XMLParseHandler<> {
   }
   std::string m_sSeen;
 };
+
+// Builds texts in capitals, and compares without regard to them.
+struct LoudPolicy : XMLStringPolicy<std::string> {
+  static void Assign(String& text, const char* first, const char* last) {
+    text.assign(first, last);
+    for (char& c : text)
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  static bool Equal(const String& text, const char* other) {
+    String loud;
+    Assign(loud, other, other + std::strlen(other));
+    return text == loud;
+  }
+};
+
+TEST(XMLParser, ThePolicyBuildsAndComparesTheTexts) {
+  class Loud : public XMLParseHandler<LoudPolicy> {
+   public:
+    using Base = XMLParseHandler<LoudPolicy>;
+    Loud() { entities["&LT;"] = "<"; }
+    void StartTag(const String& name) {
+      Base::StartTag(name);
+      m_sSeen += version + encoding + (standalone ? " yes " : " no ") + tagNames.back();
+    }
+    void ContentReference(const String& reference) {
+      String out;
+      m_sSeen += ResolveReference(reference, out) ? out : reference;
+    }
+    String m_sSeen;
+  };
+  XMLParser<Loud> parser;
+  EXPECT_TRUE(parser.Parse("<?xml version='1.0a' encoding='x' standalone='yes'?><abc>&lt;&gt;</abc>"));
+  EXPECT_EQ(parser.m_sSeen, "1.0AX yes ABC<&GT;");
+}
 
 TEST(XMLParser, PredefinedEntityIsFoundInTheTable) {
   XMLParser<References> parser;

@@ -12,8 +12,9 @@
 // Failures: a text that doesn't match gives false, without saying where or why; what was recognised before has
 // been handed on and can't be taken back. What the handler throws passes through, and so does std::bad_alloc.
 // Thread safety: a parser object belongs to one thread at a time. All parses of the process are serial: one
-// process-wide mutex is held while one runs. It is reentrant, so a handler may parse something else with
-// another parser; but it must not wait for a thread that parses.
+// process-wide mutex is held while one runs, but for handlers whose GetLock gives another lock. It is reentrant,
+// so a handler may parse something else with another parser; but it must not wait for a thread that parses, and
+// nobody may parse while holding a lock that a handler takes.
 //
 //   class Names : public XMLParseHandler<> {
 //    public:
@@ -39,7 +40,8 @@
 
 namespace Oxa::Core {
 
-/// How a text type is built from the characters of the input and compared. Its characters are char.
+/// How a text type is built from the characters of the input and compared. Its characters are char; what else is
+/// asked of it is a hash, size, data, [], compare with and assignment from characters, as std::string has them.
 template <class StringType>
 struct XMLStringPolicy {
   using String = StringType;
@@ -108,7 +110,8 @@ class XMLParseHandler {
   XMLParseHandler& operator=(const XMLParseHandler&) = default;
   virtual ~XMLParseHandler() = default;
 
-  /// The lock that is held while a parse runs: one on XMLParseMutex, without a limit for the wait.
+  /// The lock that is held while a parse runs: one on XMLParseMutex, without a limit for the wait. A handler that
+  /// can't wait for the parses of others gives one of its own: parses share nothing but that mutex.
   virtual Lock GetLock() { return Lock(XMLParseMutex(), IMutex::sINFINITE); }
 
   /// Forgets the open elements of an earlier parse, and makes room for 32. Called as a parse begins.
@@ -188,6 +191,7 @@ class XMLParseHandler {
     return true;
   }
 
+  /// Takes the innermost name off `tagNames`, if there is one.
   void PopTagName() {
     if (!tagNames.empty()) tagNames.pop_back();
   }
