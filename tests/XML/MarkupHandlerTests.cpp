@@ -257,6 +257,17 @@ TEST(MarkupHandler, TheDeclarationOfAnEarlierParseIsNotWrittenAgain) {
   EXPECT_EQ("US-ASCII", reflow.handler.encoding);
 }
 
+TEST(MarkupHandler, ADeclarationTakesNothingFromAnEarlierOne) {
+  Reflow reflow;
+  reflow.handler.SetVersion("1.1");
+  reflow.handler.SetEncoding("US-ASCII");
+  reflow.handler.SetStandalone(true);
+  reflow.handler.StartDoc();
+  reflow.handler.SetVersion("1.0");
+  reflow.handler.Comment("c");
+  EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- c -->\n", reflow.Text());
+}
+
 TEST(MarkupHandler, AFragmentKeepsTheLayoutAroundIt) {
   Reflow reflow;
   reflow.formatter.FormatStartTag(reflow.out, "doc", {}, false);
@@ -299,6 +310,16 @@ TEST(MarkupHandler, AnAbandonedParseDropsAnUnfinishedStartTag) {
   EXPECT_EQ("<a>", reflow.Text());
   reflow.handler.EndOpenTags();
   EXPECT_EQ("<a></a>\n", reflow.Text());
+}
+
+TEST(MarkupHandler, AParseThatFailsAtOnceFindsNothingOfTheLastOne) {
+  Reflow reflow;
+  reflow.Open("a");
+  reflow.handler.StartTag("b");
+  reflow.handler.StartDoc();
+  reflow.handler.Abandon();
+  reflow.handler.EndOpenTags();
+  EXPECT_EQ("<a>", reflow.Text());
 }
 
 TEST(MarkupHandler, TheNextParseForgetsWhatTheLastOneLeft) {
