@@ -17,7 +17,7 @@ inline bool IsSpace(char c) {
 }
 
 inline bool IsSpace(wchar_t c) {
-  const auto code = static_cast<std::wint_t>(c);
+  const auto code = static_cast<std::wint_t>(c);  // NOLINT(bugprone-signed-char-misuse): it is wide
   return code < 128 ? IsAsciiSpace(code) : std::iswspace(code) != 0;
 }
 

@@ -41,7 +41,7 @@
 namespace Oxa::Core {
 
 /// How a text type is built from the characters of the input and compared. Its characters are char; what else is
-/// asked of it is a hash, size, data, [], compare with and assignment from characters, as std::string has them.
+/// asked of it is a hash, size, data, [], == and assignment of characters, as std::string has them.
 template <class StringType>
 struct XMLStringPolicy {
   using String = StringType;
@@ -52,7 +52,7 @@ struct XMLStringPolicy {
     text.assign(first, static_cast<typename String::size_type>(last - first));
   }
   /// Whether `text` is the null-terminated `other`.
-  static bool Equal(const String& text, const char* other) { return text.compare(other) == 0; }
+  static bool Equal(const String& text, const char* other) { return text == other; }
 };
 
 /// Where the grammar reports what it finds, in the order of the document. The link between XMLParser and the
