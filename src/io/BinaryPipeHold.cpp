@@ -116,7 +116,8 @@ bool BinaryPipe::Hold::Watch(unsigned long long unchanged, const Elapse& timeout
 }
 
 // As long as the other side goes on: two that take turns at a whole ring are quicker than two that take the lock and
-// the ring's memory from one another for each block.
+// the ring's memory from one another for each block. Not for ever: among several sharers the ring may never become
+// full or empty.
 void BinaryPipe::Hold::Linger() const {
   Platform::SpinAdvice& advice = m_pipe.m_spins->m_linger;
   const unsigned long long first = m_pipe.Count();
@@ -124,11 +125,12 @@ void BinaryPipe::Hold::Linger() const {
   const auto through = [&] { return seen == 0 || seen == m_pipe.m_bufferSize || m_pipe.IsClosed(); };
   if (through() || !advice.IsForIt()) return;
   long long changed = Platform::MonotonicNow();
+  const long long end = changed + llSPIN_NS;
   for (int pauses = iFEWEST_LINGERING_PAUSES; !through();) {
     Pause(pauses);
     const unsigned long long count = m_pipe.Count();
     const long long now = Platform::MonotonicNow();
-    if (count == seen && now - changed > llLINGER_NS) break;
+    if (now > end || (count == seen && now - changed > llLINGER_NS)) break;
     if (count == seen) continue;
     seen = count;
     changed = now;

@@ -450,8 +450,8 @@ TEST(BinaryPipe, HandsNothingOnFromAnEmptyRing) {
 TEST(BinaryPipe, WakesAWriterWhoseTimeWasOver) {
   BinaryPipe pipe(2, s_noWait, Milliseconds(1));
   Write(pipe, "ab");
-  EXPECT_THROW(pipe.Write('c'), IOTimeout);
-  EXPECT_EQ('a', pipe.Read());
+  for (int time = 0; time < 3; ++time) EXPECT_THROW(pipe.Write('c'), IOTimeout);
+  EXPECT_EQ('a', pipe.Read());  // wakes one of them
   pipe.Write('c');
   pipe.SetWriteTimeout(s_long);
   EXPECT_GT(dAT_ONCE, MillisecondsOf([&] {

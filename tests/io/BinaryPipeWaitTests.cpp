@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/io/BinaryPipe.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "Support/Eventually.h"
@@ -101,6 +102,29 @@ TEST(BinaryPipeWaits, ACloseEndsTheWaitsOfReaders) {
   EXPECT_FALSE(skipped);
 }
 
+// The first moments of a wait are none in which anybody can be woken.
+TEST(BinaryPipeWaits, ACloseEndsAWaitAtWhateverMomentItComes) {
+  const double all = MillisecondsOf([] {
+    for (int delay = 0; delay < 100; ++delay) {
+      BinaryPipe pipe(8, s_long, s_long);
+      std::atomic<bool> begun{false};
+      int byte = 0;
+      std::thread reader([&] {
+        begun = true;
+        byte = pipe.Read();
+      });
+      while (!begun) std::this_thread::yield();
+      const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(delay);
+      while (std::chrono::steady_clock::now() < end) {
+      }
+      pipe.Close();
+      reader.join();
+      ASSERT_EQ(-1, byte);
+    }
+  });
+  EXPECT_GT(dAT_ONCE, all);
+}
+
 TEST(BinaryPipeWaits, ACloseLeavesAReaderWhatItHas) {
   BinaryPipe pipe(8, s_long, s_long);
   std::string got;
@@ -175,6 +199,24 @@ TEST(BinaryPipeWaits, ACloseLetsAllWritersGo) {
   std::vector<std::string> expected = {Aborted(100)};
   if (!refused) expected.push_back(Aborted(7));
   EXPECT_EQ(expected, warnings.Heard());
+}
+
+// Whom a close meets before it is back at the ring doesn't write any more, though there is room.
+TEST(BinaryPipeWaits, ACloseLetsAWriterGoAlsoWhereRoomHasCome) {
+  const bool aborted = Eventually([] {
+    Warnings warnings;
+    BinaryPipe pipe(1, s_long, s_long);
+    std::thread writer([&] { Write(pipe, "ab"); });
+    EXPECT_TRUE(IsFull(pipe, 1));
+    EXPECT_EQ('a', pipe.Read());
+    pipe.Close();
+    writer.join();
+    const bool written = pipe.Read() == 'b';
+    EXPECT_EQ(written ? std::vector<std::string>() : std::vector<std::string>({Aborted(1)}),
+              warnings.Heard());
+    return !written;
+  });
+  EXPECT_TRUE(aborted);
 }
 
 TEST(BinaryPipeWaits, AWriterThatTimedOutIsNotPending) {

@@ -8,30 +8,22 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
+
+#include "io/Raised.h"
 
 namespace PipeTests {
 
 using namespace Oxa::Core;
+using IoTests::Raised;
 
 constexpr Elapse s_noWait(0);
 constexpr Elapse s_long(60);        // far beyond what any test takes
 constexpr double dAT_ONCE = 20000;  // in milliseconds: well below the long one, however busy the machine is
 
 inline Elapse Milliseconds(long long count) { return Elapse(count, Elapse::MilliSeconds); }
-
-/// "LOG NAME: MESSAGE" of the error of exactly that class that `action` raises.
-template <class TheError, class Action>
-std::string Raised(const Action& action) {
-  try {
-    action();
-  } catch (Error& error) {
-    EXPECT_EQ(typeid(TheError), typeid(error));
-    return error.GetData(AlertInfo::sLOG_NAME) + ": " + error.what();
-  }
-  return "nothing raised";
-}
 
 inline std::string Written(const std::string& information) {
   return "Oxa.Core.BinaryPipe.Write: Timeout occurred during Write.  Info: " + information;

@@ -5,8 +5,8 @@
 // if nothing has changed there it counts as a time-out. That may come early: the pipe wakes the waiters that it has
 // counted, those whose time was over stay counted until somebody has woken them in vain, and among several readers
 // or writers another one may have been quicker. So who shares a side of a pipe, or goes on after a time-out, is
-// ready for IOTimeout before its time. A wait of a millisecond or more begins with a spin of up to 50 microseconds, as
-// long as such spins pay, and adds it to the time-out.
+// ready for IOTimeout before its time. A wait of a millisecond or more begins with a spin of up to 100 microseconds,
+// as long as such spins pay, and adds it to the time-out.
 //
 // Thread safety: any thread may use any operation, and there may be any number of readers and writers; nothing is
 // promised of who is served first. What one call writes or reads is not kept together where it has to wait. All
