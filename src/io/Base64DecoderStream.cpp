@@ -41,36 +41,29 @@ void StoreBlock(unsigned bits, unsigned char* bytes) {
 unsigned ValueOf(unsigned char character) { return s_table[character]; }
 
 // Decodes whole groups of what `source` has buffered, as many as `to` has room for: up to one that has a pad, a
-// foreign character between its own, or not all of them in the buffer. Gives the number of bytes. What stands
-// before a group is skipped only with that group.
+// foreign character between its own, or not all of them in the buffer. Gives the number of bytes. Who still has room
+// then reads on at the source, as it would have with single bytes.
 long long DecodeBuffered(BufferedBinaryInputStream& source, unsigned char* to, long long room) {
   InputWindow window(source);
   const unsigned char* next = window.Begin();
   const unsigned char* const end = window.End();
   long long stored = 0;
   for (; room - stored >= iBLOCK; stored += iBLOCK) {
-    const unsigned char* group = next;
-    while (group != end && ValueOf(*group) == uSKIP) ++group;
-    if (end - group < iGROUP) break;
-    const unsigned first = ValueOf(group[0]);
-    const unsigned second = ValueOf(group[1]);
-    const unsigned third = ValueOf(group[2]);
-    const unsigned fourth = ValueOf(group[3]);
+    while (next != end && ValueOf(*next) == uSKIP) ++next;
+    if (end - next < iGROUP) break;
+    const unsigned first = ValueOf(next[0]);
+    const unsigned second = ValueOf(next[1]);
+    const unsigned third = ValueOf(next[2]);
+    const unsigned fourth = ValueOf(next[3]);
     if ((first | second | third | fourth) >= uPAD) break;
     StoreBlock(first << 18 | second << 12 | third << 6 | fourth, to + stored);
-    next = group + iGROUP;
+    next += iGROUP;
   }
   window.ReadUpTo(next);
   return stored;
 }
 
 }  // namespace
-
-/// Up to four values, the first one in the high bits.
-struct Base64DecoderStream::Group {
-  unsigned m_uBits = 0;
-  int m_iValid = 0;  ///< without pads
-};
 
 Base64DecoderStream::Base64DecoderStream(BinaryInputStream& source)
     : BinaryInputStreamFilter(source), m_decoded{}, m_iNumDecodedBytes(0), m_iDecodeIndex(0) {}
@@ -89,29 +82,26 @@ long long Base64DecoderStream::Read(void* buffer, long long count) {
   return stored;
 }
 
-// Whole groups go straight to the caller, without a stay in m_decoded.
 long long Base64DecoderStream::ReadBlock(unsigned char* bytes, long long count, long long& stored) {
   auto* const buffered = count < llWORTH_ASKING ? nullptr : Exactly<BufferedBinaryInputStream>(*m_source);
   while (stored < count) {
     if (m_iNumDecodedBytes == 0) {
       if (buffered != nullptr) stored += DecodeBuffered(*buffered, bytes + stored, count - stored);
       if (stored == count) break;
-      const Group group = ReadGroup();
-      if (group.m_iValid == iGROUP && count - stored >= iBLOCK) {
-        StoreBlock(group.m_uBits, bytes + stored);
-        stored += iBLOCK;
-        continue;
-      }
-      Keep(group);
-      if (m_iNumDecodedBytes == 0) return stored != 0 ? stored : -1;
+      if (DecodeNextBlock() == 0) return stored != 0 ? stored : -1;
     }
-    bytes[stored++] = static_cast<unsigned char>(Base64DecoderStream::Read());
+    do bytes[stored++] = NextDecoded();
+    while (m_iNumDecodedBytes != 0 && stored < count);
   }
   return stored;
 }
 
 int Base64DecoderStream::Read() {
   if (m_iNumDecodedBytes == 0 && DecodeNextBlock() == 0) return -1;
+  return NextDecoded();
+}
+
+inline unsigned char Base64DecoderStream::NextDecoded() {
   OXA_ASSERT(0 < m_iNumDecodedBytes && 4 > m_iNumDecodedBytes);
   --m_iNumDecodedBytes;
   OXA_ASSERT(0 <= m_iDecodeIndex && m_iDecodeIndex < 4);
@@ -129,34 +119,27 @@ void Base64DecoderStream::DoBufferedInputInvalidation() {
   m_iDecodeIndex = 0;
 }
 
+// A group of up to four values, the first one in the high bits; pads count as values of 0, but not as valid ones.
 int Base64DecoderStream::DecodeNextBlock() {
   OXA_ASSERT(0 == m_iNumDecodedBytes);
-  Keep(ReadGroup());
-  OXA_ASSERT(0 <= m_iNumDecodedBytes && 4 > m_iNumDecodedBytes);
-  return m_iNumDecodedBytes;
-}
-
-inline Base64DecoderStream::Group Base64DecoderStream::ReadGroup() {
-  Group group;
+  m_iDecodeIndex = 0;
+  unsigned bits = 0;
+  int valid = 0;
   for (int shift = 18; shift >= 0;) {
     const int character = m_source->Read();
     if (character < 0) break;
     const unsigned value = ValueOf(static_cast<unsigned char>(character));
-    if (value < uPAD) {
-      group.m_uBits |= value << shift;
-      ++group.m_iValid;
-    } else if (value == uSKIP) {
-      continue;
+    if (value == uSKIP) continue;
+    if (value != uPAD) {
+      bits |= value << shift;
+      ++valid;
     }
     shift -= 6;
   }
-  return group;
-}
-
-void Base64DecoderStream::Keep(const Group& group) {
-  StoreBlock(group.m_uBits, m_decoded);
-  m_iDecodeIndex = 0;
-  m_iNumDecodedBytes = group.m_iValid < 2 ? group.m_iValid : group.m_iValid - 1;
+  StoreBlock(bits, m_decoded);
+  m_iNumDecodedBytes = valid < 2 ? valid : valid - 1;
+  OXA_ASSERT(0 <= m_iNumDecodedBytes && 4 > m_iNumDecodedBytes);
+  return m_iNumDecodedBytes;
 }
 
 }  // namespace Oxa::Core

@@ -6,11 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <deque>
 #include <random>
 #include <string>
 #include <type_traits>
+#include <vector>
 
+#include "Support/Together.h"
 #include "io/Streams.h"
 
 namespace {
@@ -190,6 +194,88 @@ TEST(Base64Blocks, EncodedToABufferedStreamAreLikeSingleBytes) {
     ASSERT_EQ((Write<Derived<Base64EncoderStream>, Derived<BufferedBinaryOutputStream>>(round)),
               (Write<Base64EncoderStream, BufferedBinaryOutputStream>(round)))
         << round;
+}
+
+// --- Buffered streams of others
+
+class CountingSink : public BufferedBinaryOutputStream {
+ public:
+  using BufferedBinaryOutputStream::BufferedBinaryOutputStream;
+  using BufferedBinaryOutputStream::Write;
+  void Write(const void* buffer, unsigned long long count) override {
+    m_counts.push_back(count);
+    BufferedBinaryOutputStream::Write(buffer, count);
+  }
+  std::vector<unsigned long long> m_counts;
+};
+
+TEST(Base64Blocks, BufferedStreamOfADerivedClassSeesEachGroup) {
+  MemorySink sink;
+  CountingSink counting(sink, 512);
+  Base64EncoderStream encoder(counting, false, 0, "");
+  WriteText(encoder, Alphabet(60));
+  EXPECT_EQ(std::vector<unsigned long long>(20, 4), counting.m_counts);
+}
+
+class CountingSource : public BufferedBinaryInputStream {
+ public:
+  using BufferedBinaryInputStream::BufferedBinaryInputStream;
+  using BufferedBinaryInputStream::Read;
+  int Read() override {
+    ++m_iReads;
+    return BufferedBinaryInputStream::Read();
+  }
+  int m_iReads = 0;
+};
+
+TEST(Base64Blocks, BufferedStreamOfADerivedClassIsAskedForEachCharacter) {
+  MemorySource source(std::string(80, 'A'));
+  CountingSource counting(source, 512);
+  Base64DecoderStream decoder(counting);
+  EXPECT_EQ(std::string(60, '\0'), ReadBlock(decoder, 60));
+  EXPECT_EQ(80, counting.m_iReads);
+}
+
+// The other thread writes what can be told from all that an encoder does.
+TEST(Base64Blocks, AnotherThreadMayWriteToTheSameBufferedStream) {
+  constexpr int strangers = 100000;
+  int blocks = 0;
+  std::atomic<bool> end{false};
+  MemorySink sink;
+  BufferedBinaryOutputStream buffered(sink, 512);
+  TestSupport::Together(2, [&](int index) {
+    Base64EncoderStream encoder(buffered, false, 0, "");
+    for (; index == 0 && !end; ++blocks) WriteText(encoder, std::string(30, '\0'));
+    for (int stranger = 0; index != 0 && stranger < strangers; ++stranger) buffered.Write('.');
+    end = true;
+  });
+  buffered.Flush();
+  EXPECT_EQ(strangers, std::count(sink.m_bytes.begin(), sink.m_bytes.end(), '.'));
+  EXPECT_EQ(blocks * 40, std::count(sink.m_bytes.begin(), sink.m_bytes.end(), 'A'));
+  EXPECT_EQ(static_cast<std::size_t>(blocks * 40 + strangers), sink.m_bytes.size());
+}
+
+// Bytes that so many characters become.
+std::size_t DecodedSize(std::size_t characters) {
+  const std::size_t rest = characters % 4;
+  return characters / 4 * 3 + (rest < 2 ? rest : rest - 1);
+}
+
+TEST(Base64Blocks, AnotherThreadMayReadFromTheSameBufferedStream) {
+  constexpr std::size_t characters = 400000;
+  MemorySource source(std::string(characters, 'A'));
+  BufferedBinaryInputStream buffered(source, 512);
+  std::size_t decoded = 0;
+  std::size_t taken = 0;
+  TestSupport::Together(2, [&](int index) {
+    Base64DecoderStream decoder(buffered);
+    if (index != 0)
+      while (buffered.Read() >= 0) ++taken;
+    else
+      for (std::string block = ReadBlock(decoder, 30); !block.empty(); block = ReadBlock(decoder, 30))
+        decoded += block.size();
+  });
+  EXPECT_EQ(DecodedSize(characters - taken), decoded);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <Infrastructure/OxaCore/io/Base64Streams.h>
 
+#include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
 #include <gtest/gtest.h>
@@ -202,6 +203,13 @@ TEST(Base64Encoder, FirstGroupOfAllHasNoStaleBits) {
   EXPECT_EQ("TQ==", encoder.m_sink.m_bytes);
 }
 
+TEST(Base64Encoder, DestroyedWithABytePendingSeparatesItToo) {
+  Encoder encoder(true, 4, "|");
+  WriteText(*encoder.m_pStream, "ManM");
+  encoder.m_pStream.reset();
+  EXPECT_EQ("TWFu|TW==|", encoder.m_sink.m_bytes);
+}
+
 TEST(Base64Encoder, DestroyedWithNothingPendingWritesNothing) {
   Encoder encoder;
   WriteText(*encoder.m_pStream, "Man");
@@ -226,6 +234,47 @@ TEST(Base64Encoder, GroupThatTheSinkRefusesIsLost) {
   WriteText(*encoder.m_pStream, "Man");
   EXPECT_EQ("TWFu", encoder.m_sink.m_bytes);
 }
+
+// Takes groups, and separators only if it is told to.
+class SinkOfGroups : public MemorySink {
+ public:
+  using MemorySink::Write;
+  void Write(const void* buffer, unsigned long long count) override {
+    m_bFailWrite = count != 4 && m_bRefuse;
+    MemorySink::Write(buffer, count);
+  }
+  bool m_bRefuse = true;
+};
+
+TEST(Base64Encoder, CharactersBeforeARefusedSeparatorStayCounted) {
+  SinkOfGroups sink;
+  Base64EncoderStream encoder(sink, true, 4, "|");
+  EXPECT_THROW(WriteText(encoder, "Man"), XIOSystemCallFailure);
+  sink.m_bRefuse = false;
+  WriteText(encoder, "Man");  // 8 are above the line length
+  EXPECT_EQ("TWFuTWFu", sink.m_bytes);
+}
+
+#ifdef OXACORE_SOAK
+
+class NoSink : public BinaryOutputStream {
+ public:
+  using BinaryOutputStream::Write;
+  void Write(unsigned char) override { ADD_FAILURE(); }
+  void Write(const void*, unsigned long long count) override { m_bOnlyGroups = m_bOnlyGroups && count == 4; }
+  void Flush() override {}
+  bool m_bOnlyGroups = true;
+};
+
+TEST(Base64Encoder, CountOfCharactersHasNoOverflow) {
+  NoSink sink;
+  Base64EncoderStream encoder(sink, true, 3, "|");
+  const std::string block(3 << 20, 'x');
+  for (int times = 0; times < 520; ++times) WriteText(encoder, block);  // 4 MiB of characters each
+  EXPECT_TRUE(sink.m_bOnlyGroups);
+}
+
+#endif
 
 TEST(Base64Encoder, CloseTurnsAnErrorOfTheFlushIntoAWarning) {
   Encoder encoder;
@@ -386,6 +435,24 @@ TEST(Base64Decoder, ErrorOfTheSourceAtOnceIsABlockOfNone) {
   EXPECT_EQ("", ReadBlock(decoder, 6, &result));
   EXPECT_EQ(0, result);
   EXPECT_EQ(1U, warnings.m_messages.size());
+}
+
+class BrokenSource : public ByteSource {
+ public:
+  using ByteSource::ByteSource;
+  using ByteSource::Read;
+  int Read() override {
+    if (m_uAt == m_bytes.size()) OXA_RAISE_ERROR("Test.Streams", AllocationFailed("nothing"));
+    return ByteSource::Read();
+  }
+};
+
+TEST(Base64Decoder, OtherErrorsOfTheSourcePassFromABlock) {
+  BrokenSource source("TWFu");
+  Base64DecoderStream decoder(source);
+  const Warnings warnings;
+  EXPECT_THROW(ReadBlock(decoder, 6), AllocationFailed);
+  EXPECT_EQ(Calls(), warnings.m_messages);
 }
 
 TEST(Base64Decoder, AvailableBytesIsAnEstimate) {

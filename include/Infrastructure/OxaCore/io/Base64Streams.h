@@ -83,11 +83,8 @@ class OXACORE_API Base64DecoderStream : public BinaryInputStreamFilter {
   void DoBufferedInputInvalidation() override;
 
  private:
-  struct Group;
-
-  Group ReadGroup();
-  void Keep(const Group& group);
   int DecodeNextBlock();
+  unsigned char NextDecoded();
   long long ReadBlock(unsigned char* bytes, long long count, long long& stored);
 
   unsigned char m_decoded[3];
