@@ -185,6 +185,53 @@ TEST(DataStreams, BytesOfAValueThatCameBeforeTheEndAreInIt) {
   EXPECT_EQ(0x04030201, Read<int>("\x01\x02", 0x04030605));
 }
 
+// None of their own operations is in the way of values.
+class DeafOutput : public DataOutputStream {
+ public:
+  using DataOutputStream::DataOutputStream;
+  void Write(const void*, unsigned long long) override { ADD_FAILURE(); }
+  void Write(unsigned char) override { ADD_FAILURE(); }
+};
+
+TEST(DataStreams, ValuesWithoutAPayloadGoPastTheStreamsOwnWrite) {
+  MemorySink sink;
+  DeafOutput out(sink);
+  out << 'a' << static_cast<signed char>('b') << static_cast<unsigned char>('c') << true << 7L << 1.5
+      << std::string() << std::wstring();
+  EXPECT_EQ((Calls{"write", "write", "write", "write 1", "write 4", "write 8", "write 4", "write 4"}),
+            sink.m_calls);
+}
+
+class DeafInput : public DataInputStream {
+ public:
+  using DataInputStream::DataInputStream;
+  long long Read(void*, long long) override { return ADD_FAILURE(), -1; }
+  int Read() override { return ADD_FAILURE(), -1; }
+};
+
+TEST(DataStreams, ValuesComePastTheStreamsOwnRead) {
+  MemorySource source(Bytes("abc\1\7\0\0\0\2\0\0\0de\1\0\0\0f\0ghij"));
+  DeafInput in(source);
+  char first = 0;
+  signed char second = 0;
+  unsigned char third = 0;
+  bool flag = false;
+  long number = 0;
+  std::string text;
+  std::wstring wide;
+  short scalar = 0;
+  short last = 0;
+  in >> first >> second >> third >> flag >> number >> text >> wide >> scalar;
+  in.ReadFully(&last, sizeof last);
+  EXPECT_EQ("abc", (std::string{first, static_cast<char>(second), static_cast<char>(third)}));
+  EXPECT_TRUE(flag);
+  EXPECT_EQ(7, number);
+  EXPECT_EQ("de", text);
+  EXPECT_EQ(L"f", wide);
+  EXPECT_EQ(0x6867, scalar);
+  EXPECT_EQ(0x6A69, last);
+}
+
 // What a source that answers by this script leaves in a buffer of "........", and what it was asked for.
 struct Fully {
   explicit Fully(const std::string& bytes, const std::deque<int>& script, unsigned long long count = 8)

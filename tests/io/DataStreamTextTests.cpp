@@ -140,6 +140,15 @@ TEST(DataStreamString, CutOneHasItsLengthAndZerosForWhatDidntCome) {
   EXPECT_EQ("ab" + std::string(254, '\0'), read);
 }
 
+TEST(DataStreamString, CutOneHasAlsoWhatCameBeforeTheCountWentBack) {
+  MemorySource source(Bytes("\10\0\0\0abcdX"));
+  source.m_script = {4, 4, -2, 1};
+  DataInputStream in(source);
+  std::string text;
+  in >> text;
+  EXPECT_EQ(Bytes("abXd\0\0\0\0"), text);
+}
+
 TEST(DataStreamString, CutLengthCountsWithItsMissingBytes0) {
   EXPECT_EQ(std::string(2, '\0'), Read<std::string>("\2"));
 }

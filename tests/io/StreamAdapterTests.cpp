@@ -443,6 +443,17 @@ TEST(BoostSink, GivesTheWholeCount) {
   EXPECT_EQ(text.str(), "abc");
 }
 
+TEST(BoostSink, FlushesNoFurtherThanItself) {
+  FlushCounter buffer;
+  std::ostream text(&buffer);
+  BinaryOutputAdapterImpl<std::ostream, false> stream(text);
+  boost::iostreams::stream<BinaryOutputStream::Sink<char>> out(stream);
+  out << "abc";
+  out.flush();
+  EXPECT_EQ(buffer.str(), "abc");
+  EXPECT_EQ(buffer.m_iFlushes, 0);
+}
+
 TEST(BoostSink, AnErrorPassesIfTheMaskLetsIt) {
   FailingStream failing;
   boost::iostreams::stream<BinaryOutputStream::Sink<char>> out(BinaryOutputStream::Sink<char>(failing),

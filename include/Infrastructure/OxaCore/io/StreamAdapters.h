@@ -109,8 +109,9 @@ class BinaryStreamAdapter : public BinaryInputAdapterImpl<T, true>, public Binar
 /// Reads the elements from one iterator up to another as bytes, the low bytes of each element first. Elements are
 /// integers. The elements and the iterators to them must stay valid.
 ///
-/// An element of 8 bits is given as a signed char: above 127 it comes out negative, 255 like the end of the stream.
-/// Take an unsigned element type to get bytes as they are.
+/// An element of 8 bits is given as a signed char, a char on every platform: above 127 it comes out negative, 255
+/// like the end of the stream. Take an unsigned element type to get bytes as they are.
+/// Iterators that can be gone through once only (those of standard streams) do for all but AvailableBytes.
 template <class Iterator>
 class IteratorBinaryInputAdapter : public BinaryInputStream {
  public:
@@ -142,7 +143,7 @@ class IteratorBinaryInputAdapter : public BinaryInputStream {
 
   int ByteAt(int bitOffset) const {
     const Element element = *m_current;
-    if constexpr (sizeof(Element) == 1 && !std::is_unsigned_v<Element>) {
+    if constexpr (std::is_same_v<Element, char> || std::is_same_v<Element, signed char>) {
       return static_cast<signed char>(element);
     } else {
       return static_cast<int>((static_cast<unsigned long long>(element) >> bitOffset) & 0xFFU);
