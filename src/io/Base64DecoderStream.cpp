@@ -77,7 +77,7 @@ long long Base64DecoderStream::Read(void* buffer, long long count) {
   try {
     return ReadBlock(static_cast<unsigned char*>(buffer), count, stored);
   } catch (IOError& error) {
-    OXA_RAISE_WARNING(sLOG_NAME, IOErrorDuringRead(count, stored, error.what()));
+    OXA_RAISE_WARNING(sLOG_NAME, IOErrorDuringRead(count, stored, error.GetData(AlertInfo::sMESSAGE)));
   }
   return stored;
 }
