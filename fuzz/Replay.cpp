@@ -37,7 +37,7 @@ class Reference {
   std::string Text() {
     const std::size_t size = Number(4);
     if (!Has(size)) m_bShort = true;
-    const std::string text = m_bShort ? std::string() : m_sBytes.substr(m_uAt, size);
+    std::string text = m_bShort ? std::string() : m_sBytes.substr(m_uAt, size);
     m_uAt += size;
     return text;
   }

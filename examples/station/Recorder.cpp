@@ -132,7 +132,7 @@ std::string Recorder::Finish() {
   if (!m_spThread) return std::string();
   m_pipe.Close();
   m_spThread->WaitForState(Thread::eTHREAD_COMPLETED | Thread::eTHREAD_ERROR);
-  const std::string failure = WhyEnded(*m_spThread);
+  std::string failure = WhyEnded(*m_spThread);
   m_spThread.reset();
   m_file.Close();
   if (!failure.empty()) return failure;

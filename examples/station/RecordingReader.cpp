@@ -22,7 +22,6 @@ using Oxa::Core::BoundedBinaryInputStream;
 using Oxa::Core::BufferedBinaryInputStream;
 using Oxa::Core::DataInputStream;
 using Oxa::Core::Elapse;
-using Oxa::Core::Error;
 using Oxa::Core::InvalidParameter;
 using Oxa::Core::IOError;
 

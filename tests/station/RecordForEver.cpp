@@ -18,7 +18,8 @@ void Record(const char* file, int report) {
     if (::pwrite(report, &flushed, sizeof flushed, 0) != sizeof flushed) return;
     for (int i = 0; i < 100 && sent < ulCOUNT && sent - flushed < 50000; ++i) {
       ++sent;
-      recorder.Keep({0, sent, Oxa::Core::Elapse(3LL * sent, Oxa::Core::Elapse::TimerTicks)});
+      recorder.Keep(
+          {0, sent, Oxa::Core::Elapse(3 * static_cast<long long>(sent), Oxa::Core::Elapse::TimerTicks)});
     }
   }
 }

@@ -28,7 +28,6 @@ using Oxa::Core::BinaryFileStream;
 using Oxa::Core::BinaryPipe;
 using Oxa::Core::eLOG_ERROR;
 using Oxa::Core::IMutex;
-using Station::Measurement;
 using Station::Plan;
 using Station::ReadPlan;
 using Station::ReadRecording;
@@ -91,7 +90,7 @@ TEST(Recorder, FlushesEverySampleBeforeItWaitsForTheNext) {
 
 std::string WhyImpossible(const std::string& file) {
   try {
-    Recorder(file, ThePlan());
+    const Recorder recorder(file, ThePlan());
     return "it is possible";
   } catch (const RecordingImpossible& error) {
     return error.what();
@@ -100,9 +99,11 @@ std::string WhyImpossible(const std::string& file) {
 
 TEST(Recorder, RefusesWhatItCannotMake) {
   const TemporaryFolder folder;
-  const std::string reason = "\": the file can't be made, or somebody else has it open";
-  for (const std::string& file : {folder.Path(), folder.File("missing/x"), std::string()})
-    EXPECT_EQ("Nothing can be recorded in \"" + file + reason, WhyImpossible(file));
+  for (const std::string& file : {folder.Path(), folder.File("missing/x"), std::string()}) {
+    std::string expected = "Nothing can be recorded in \"";
+    expected.append(file).append("\": the file can't be made, or somebody else has it open");
+    EXPECT_EQ(expected, WhyImpossible(file));
+  }
 }
 
 TEST(Recorder, RefusesAFileThatIsOpenElsewhereAndLeavesItAlone) {

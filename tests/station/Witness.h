@@ -15,10 +15,10 @@ class Witness : public Oxa::Core::AlertListener {
   Witness() { Oxa::Core::AlertManager::Instance()->AddAlertListener(*this); }
   ~Witness() override { Oxa::Core::AlertManager::Instance()->RemoveAlertListener(*this); }
   void ErrorRaised(Oxa::Core::Error& error) override {
-    m_raised.push_back(error.what());
+    m_raised.emplace_back(error.what());
     m_logNames.push_back(error.GetData(Oxa::Core::AlertInfo::sLOG_NAME));
   }
-  void ErrorHandled(Oxa::Core::Error& error) override { m_handled.push_back(error.what()); }
+  void ErrorHandled(Oxa::Core::Error& error) override { m_handled.emplace_back(error.what()); }
   void WarningRaised(Oxa::Core::Warning& warning) override {
     m_warnings.push_back(warning.GetData(Oxa::Core::AlertInfo::sMESSAGE));
     m_logNames.push_back(warning.GetData(Oxa::Core::AlertInfo::sLOG_NAME));
