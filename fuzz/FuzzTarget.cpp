@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <new>
 
 namespace OxaFuzz {
 
@@ -29,13 +30,14 @@ void CheckSame(const std::string& expected, const std::string& found, const char
   Check(false, promise, "--- expected:\n" + expected + "\n--- found:\n" + found + "\n---");
 }
 
+// In static memory and never destroyed: it is needed until the library is unloaded, and it is no leak.
 void StayQuiet() {
-  static Nobody* const s_pNobody = [] {
-    Nobody* const nobody = new Nobody;  // for as long as the process lives
-    Oxa::Core::LogManager::Instance()->RegisterHandler(nobody);
-    return nobody;
+  alignas(Nobody) static unsigned char s_memory[sizeof(Nobody)];
+  static const bool s_bQuiet = [] {
+    Oxa::Core::LogManager::Instance()->RegisterHandler(new (s_memory) Nobody);
+    return true;
   }();
-  (void)s_pNobody;
+  (void)s_bQuiet;
 }
 
 }  // namespace OxaFuzz
