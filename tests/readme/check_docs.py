@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
-"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, and all links lead somewhere."""
+"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere, and no
+page holds what a merge left behind."""
 import os
 import re
 import sys
 
 BLOCK = re.compile(r"^```cpp\n(.*?)^```\n", re.M | re.S)
+UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
 LINK = re.compile(r"\]\(([^)#:]+)(?:#[^)]*)?\)")
 
 
@@ -33,6 +35,8 @@ def offences(root):
     yield from program_offences(root, pages)
     links = 0
     for page in pages:
+        if UNMERGED.search(read(root, page)):
+            yield "%s: two versions stand side by side" % page
         for link in LINK.findall(read(root, page)):
             links += 1
             if not os.path.exists(os.path.join(root, os.path.dirname(page), link)):
