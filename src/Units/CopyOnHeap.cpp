@@ -1,0 +1,11 @@
+#include "Units/CopyOnHeap.h"
+
+#include <Infrastructure/OxaCore/CommonErrors.h>
+
+namespace Oxa::Core {
+
+void RaiseNoMemoryForCopy(const char* logName, const char* className) {
+  OXA_RAISE_ERROR(logName, AllocationFailed(className));
+}
+
+}  // namespace Oxa::Core
