@@ -17,9 +17,11 @@
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
+#include <Infrastructure/OxaCore/UnitDictionary.h>
 #include <Infrastructure/OxaCore/WrappingFileStream.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <boost/shared_ptr.hpp>
 #include <cstddef>
 #include <cstdlib>
 #include <list>
@@ -124,6 +126,17 @@ Mutex& Thread::s_mutex = s_stackSizeMutex.Get();
 Time Time::s_unixEpochBase(1, 1, 1970, Elapse(0, Elapse::Seconds));
 const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);
 const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
+
+// The standard units: made when they are first asked for, given up with the globals.
+namespace {
+
+Immortal<Mutex> s_standardUnitsMutex;
+Immortal<boost::shared_ptr<UnitDictionary>> s_standardUnits;
+
+}  // namespace
+
+Mutex& UnitDictionary::sm_standardUnitsMutex = s_standardUnitsMutex.Get();
+boost::shared_ptr<UnitDictionary>& UnitDictionary::sm_spStandardUnits = s_standardUnits.Get();
 
 // The globals.
 namespace {

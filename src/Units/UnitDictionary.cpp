@@ -1,0 +1,180 @@
+#include <Infrastructure/OxaCore/UnitDictionary.h>
+
+#include <Infrastructure/OxaCore/StringTools.h>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "Units/UnitDictionaryErrors.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sCOLLISION =
+    "Found multiple units with alternate name of \"%1%\"\nNo UnitDescriptor provided to differentiate them.";
+
+const UnitDescriptor* IfItAgrees(const UnitDescriptor* unit, const UnitDescriptor* example) {
+  if (unit == nullptr || example == nullptr) return unit;
+  return example->IsDimensionallyEquivalent(*unit) ? unit : nullptr;
+}
+
+boost::shared_ptr<UnitDescriptor> CopyOf(const UnitDescriptor* unit) {
+  return unit != nullptr ? unit->MakeCopy() : boost::shared_ptr<UnitDescriptor>();
+}
+
+/// The names that a unit has besides those that it is given.
+void AppendOwnNames(const UnitDescriptor& unit, const std::string& pluralSuffix,
+                    std::vector<std::string>& names) {
+  const std::string& name = unit.GetName();
+  if (name.empty() || unit.GetAbbreviation().empty()) return;
+  const std::string lowerCase = StringTools::DownCase(name);
+  names.push_back(unit.GetAbbreviation());
+  names.push_back(lowerCase);
+  if (pluralSuffix.empty()) return;
+  names.push_back(lowerCase + pluralSuffix);
+  names.push_back(name + pluralSuffix);
+}
+
+/// The first one on a scale whose factor isn't less.
+template <class Scale>
+auto FirstFrom(Scale& scale, double factor) {
+  return std::lower_bound(scale.begin(), scale.end(), factor,
+                          [](const auto& entry, double wanted) { return entry.first < wanted; });
+}
+
+}  // namespace
+
+UnitDictionary::XAlternateNameCollision::XAlternateNameCollision(const std::string& name)
+    : ErrorClass(AlertMessage(sCOLLISION, name)) {}
+UnitDictionary::XAlternateNameCollision::~XAlternateNameCollision() = default;
+
+UnitDictionary::UnitDictionary(bool aRegisterDefaults) {
+  registerBaseUnits();
+  if (aRegisterDefaults) RegisterDefaultUnits();
+}
+
+UnitDictionary::UnitDictionary(const UnitDictionary&) = default;
+UnitDictionary& UnitDictionary::operator=(const UnitDictionary&) = default;
+UnitDictionary::~UnitDictionary() = default;
+
+bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::string aPluralSuffix,
+                             std::vector<std::string> aAlternateNames) {
+  if (!aUnit) return false;
+  AppendOwnNames(*aUnit, aPluralSuffix, aAlternateNames);
+  RegisterAlternateNames(aUnit->GetName(), std::move(aAlternateNames));
+  addToScale(aUnit);
+  boost::shared_ptr<UnitDescriptor>& unit = m_names[aUnit->GetName()].m_spUnit;
+  if (unit) return false;
+  unit = std::move(aUnit);
+  return true;
+}
+
+void UnitDictionary::RegisterAlternateNames(const std::string& aName,
+                                            std::vector<std::string> aAlternateNames) {
+  if (aName.empty()) return;
+  for (const std::string& name : aAlternateNames) m_names[name].m_mains.push_back(aName);
+}
+
+boost::shared_ptr<UnitDescriptor> UnitDictionary::LookupUnit(
+    const std::string& aName, boost::shared_ptr<UnitDescriptor> aExample) const {
+  return CopyOf(FindUnit(aName, aExample.get()));
+}
+
+const UnitDescriptor* UnitDictionary::FindUnit(const std::string& aName,
+                                               const UnitDescriptor* aExample) const {
+  const auto found = m_names.find(aName);
+  if (found == m_names.end()) return nullptr;
+  const Name& name = found->second;
+  if (name.m_spUnit) return IfItAgrees(name.m_spUnit.get(), aExample);
+  if (name.m_mains.size() > 1 && aExample == nullptr) {
+    OXA_RAISE_ERROR(sUNIT_DICTIONARY_LOG, XAlternateNameCollision(aName));
+    return nullptr;
+  }
+  for (const std::string& main : name.m_mains) {
+    if (const UnitDescriptor* const unit = IfItAgrees(findMain(main), aExample)) return unit;
+  }
+  return nullptr;
+}
+
+boost::shared_ptr<UnitDescriptor> UnitDictionary::LookupDimensionallyEquivalentUnit(
+    const UnitDescriptor& aUnit) const {
+  return CopyOf(FindDimensionallyEquivalentUnit(aUnit.GetDimensions(), aUnit.GetConversionFactor()));
+}
+
+const UnitDescriptor* UnitDictionary::FindDimensionallyEquivalentUnit(const Dimensions& aDimensions,
+                                                                      double aFactor) const {
+  const auto found = m_byDimensions.find(aDimensions);
+  if (found == m_byDimensions.end() || found->second.empty()) return nullptr;
+  const Scale& scale = found->second;
+  const auto from = FirstFrom(scale, aFactor);
+  return (from != scale.end() ? *from : scale.back()).second.get();
+}
+
+bool UnitDictionary::IsUnitDefined(const std::string& aName) const {
+  const auto found = m_names.find(aName);
+  if (found == m_names.end()) return false;
+  const Name& name = found->second;
+  return name.m_spUnit || std::any_of(name.m_mains.begin(), name.m_mains.end(),
+                                      [this](const std::string& main) { return findMain(main) != nullptr; });
+}
+
+bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {
+  return IsUnitDefined(aUnit.GetName());
+}
+
+void UnitDictionary::RemoveUnit(const UnitDescriptor& aUnit) {
+  // `aUnit` may be the very unit that goes here: nothing is asked of it behind this line.
+  const UnitDescriptor removed(aUnit);
+  removeName(removed.GetName());
+  removeFromScale(removed.GetDimensions(), removed.GetConversionFactor());
+}
+
+void UnitDictionary::RemoveUnit(const std::string& aName) { RemoveUnit(UnitDescriptor(aName)); }
+
+void UnitDictionary::RemoveAllUnits() {
+  m_names.clear();
+  m_byDimensions.clear();
+  registerBaseUnits();
+}
+
+std::size_t UnitDictionary::DimensionsHash::operator()(const Dimensions& dimensions) const noexcept {
+  // Exponents are small: a byte of each tells nearly all dimensions apart.
+  std::size_t hash = 0;
+  for (int i = 0; i < Dimensions::sCOUNT; ++i) {
+    hash = hash << 8 | (static_cast<std::size_t>(dimensions[static_cast<EDimension>(i)]) & 0xFF);
+  }
+  return hash;
+}
+
+const UnitDescriptor* UnitDictionary::findMain(const std::string& name) const {
+  const auto found = m_names.find(name);
+  return found != m_names.end() ? found->second.m_spUnit.get() : nullptr;
+}
+
+void UnitDictionary::addToScale(const boost::shared_ptr<UnitDescriptor>& unit) {
+  Scale& scale = m_byDimensions[unit->GetDimensions()];
+  const double factor = unit->GetConversionFactor();
+  const auto place = FirstFrom(scale, factor);
+  if (place == scale.end() || factor < place->first) scale.insert(place, {factor, unit});
+}
+
+void UnitDictionary::removeFromScale(const Dimensions& dimensions, double factor) {
+  const auto found = m_byDimensions.find(dimensions);
+  if (found == m_byDimensions.end()) return;
+  Scale& scale = found->second;
+  const auto place = FirstFrom(scale, factor);
+  if (place != scale.end() && !(factor < place->first)) scale.erase(place);
+}
+
+void UnitDictionary::removeName(const std::string& main) {
+  for (auto entry = m_names.begin(); entry != m_names.end();) {
+    Name& name = entry->second;
+    if (entry->first == main) name.m_spUnit.reset();
+    name.m_mains.erase(std::remove(name.m_mains.begin(), name.m_mains.end(), main), name.m_mains.end());
+    entry = name.m_spUnit || !name.m_mains.empty() ? std::next(entry) : m_names.erase(entry);
+  }
+}
+
+}  // namespace Oxa::Core
