@@ -31,6 +31,9 @@ long long NowTicks() noexcept;
 /// Ticks of 100 ns on a clock that never jumps or runs backwards; only differences mean anything.
 long long MonotonicTicks() noexcept;
 
+/// How many ticks MonotonicTicks counts in a second. Refuses on a machine that has no such clock.
+int MonotonicFrequency(long long& ticksPerSecond) noexcept;
+
 /// The UTC date of a moment. Refuses moments before 1601 and after 30827.
 int TicksToUtc(long long ticks, DateTime& utc) noexcept;
 
@@ -66,6 +69,9 @@ void SleepMilliseconds(unsigned int milliseconds) noexcept;
 
 /// For tests: from now on adds `now` to what NowTicks tells, and `monotonic` to what MonotonicTicks tells.
 void SetClockOffset(long long now, long long monotonic) noexcept;
+
+/// For tests: from now on MonotonicFrequency gives this code, or what the machine says if it is 0.
+void SetMonotonicFailure(int code) noexcept;
 
 }  // namespace Oxa::Core::Platform
 

@@ -30,6 +30,7 @@ static_assert(iBEGIN == -i1601_TO_1970, "the calendar begins where the ticks do"
 ZoneTable s_loadedZone;
 std::atomic<long long> s_iNowOffset;
 std::atomic<long long> s_iMonotonicOffset;
+std::atomic<int> s_iMonotonicFailure;
 
 long long Wrap(unsigned long long ticks) { return static_cast<long long>(ticks); }
 
@@ -147,6 +148,15 @@ long long NowTicks() noexcept {
 
 long long MonotonicTicks() noexcept { return ReadClock(CLOCK_MONOTONIC, s_iMonotonicOffset); }
 
+int MonotonicFrequency(long long& ticksPerSecond) noexcept {
+  const int failure = s_iMonotonicFailure.load(std::memory_order_relaxed);
+  if (failure != 0) return failure;
+  timespec resolution;
+  if (clock_getres(CLOCK_MONOTONIC, &resolution) != 0) return errno;
+  ticksPerSecond = iTICKS_PER_SECOND;
+  return 0;
+}
+
 int TicksToUtc(long long ticks, DateTime& utc) noexcept {
   const long long seconds = SecondsSince1970(ticks);
   if (ticks < 0 || !InCalendar(seconds)) return EINVAL;
@@ -208,5 +218,7 @@ void SetClockOffset(long long now, long long monotonic) noexcept {
   s_iNowOffset.store(now, std::memory_order_relaxed);
   s_iMonotonicOffset.store(monotonic, std::memory_order_relaxed);
 }
+
+void SetMonotonicFailure(int code) noexcept { s_iMonotonicFailure.store(code, std::memory_order_relaxed); }
 
 }  // namespace Oxa::Core::Platform
