@@ -144,8 +144,16 @@ class OXACORE_API UnitDescriptor {
   /// Whether the unit has no dimensions. It can have a name and a factor all the same.
   virtual bool IsUnitless() const;
 
+  // Every derived class has an assignment of its own, which hides this one: no mistake of the host.
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
+#endif
   /// Takes over texts, factor and dimensions; not the class.
   virtual UnitDescriptor& operator=(const UnitDescriptor& other);
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
 
   /// Multiplies the factors and adds the dimensions. A unitless result loses both texts and keeps its factor. A
   /// unitless left side takes the texts of `other`; a unitless `other` leaves them. Else each text becomes both of
