@@ -1,0 +1,70 @@
+// The dictionary of the process from its making to its end, and what is left where a raise returns.
+#include <Infrastructure/OxaCore/UnitDictionary.h>
+
+#include <boost/weak_ptr.hpp>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+#include "Core/LibraryState.h"
+#include "Support/Together.h"
+#include "Units/StandardUnits.h"
+#include "Units/UnitDictionarySupport.h"
+
+namespace {
+
+using namespace UnitsTests;
+
+constexpr int iTHREADS = 8;
+
+TEST(StandardUnitsLife, ThreadsThatAskFirstGetTheSameOne) {
+  for (int round = 0; round < 20; ++round) {
+    ReleaseStandardUnits();
+    std::vector<const UnitDictionary*> got(iTHREADS);
+    std::vector<std::string> found(iTHREADS);
+    TestSupport::Together(iTHREADS, [&](int thread) {
+      got[thread] = &UnitDictionary::StandardUnits();
+      found[thread] = Found(*got[thread], "mV");
+    });
+    EXPECT_EQ(1U, std::set<const UnitDictionary*>(got.begin(), got.end()).size());
+    EXPECT_EQ(std::vector<std::string>(iTHREADS, "Millivolt"), found);
+  }
+}
+
+TEST(StandardUnitsLife, WhatIsGivenUpIsDestroyedAndMadeAnew) {
+  Unit mine = NewUnit("My Unit", "mu", sLENGTH, 12);
+  const boost::weak_ptr<UnitDescriptor> watched(mine);
+  const_cast<UnitDictionary&>(UnitDictionary::StandardUnits()).AddUnit(mine);
+  mine.reset();
+  EXPECT_FALSE(watched.expired());
+  ReleaseStandardUnits();
+  EXPECT_TRUE(watched.expired());
+  ReleaseStandardUnits();
+  EXPECT_EQ("Meter", Found(UnitDictionary::StandardUnits(), "meter"));
+  EXPECT_FALSE(UnitDictionary::StandardUnits().IsUnitDefined("My Unit"));
+}
+
+// From the unloading there is no way back: these come last.
+TEST(UnitDictionaryUnloading, AnAmbiguousNameFindsNothing) {
+  const UnitDictionary units;
+  SetLibraryUnloading();
+  EXPECT_FALSE(units.LookupUnit("m"));
+  EXPECT_EQ(nullptr, units.FindUnit("oz"));
+  EXPECT_EQ("Ounce", Found(units, "oz", units.LookupUnit("Gram")));
+}
+
+TEST(UnitDictionaryUnloading, UnitsThatDeriveFromOneThatIsMissingAreLeftOut) {
+  SetLibraryUnloading();
+  UnitDictionary units(false);
+  units.RemoveUnit("Meter");
+  units.RegisterAllKnownUnits();
+  for (const char* const name : {"Kilometer", "Square Meter", "Cubic Meter", "Volt", "Kilovolt", "Lux", "Newton"}) {
+    EXPECT_FALSE(units.IsUnitDefined(name)) << name;
+  }
+  for (const char* const name : {"Degree", "Gram", "Hour", "Rankine", "Hertz", "Coulomb", "Lumen"}) {
+    EXPECT_TRUE(units.IsUnitDefined(name)) << name;
+  }
+}
+
+}  // namespace
