@@ -23,7 +23,7 @@ void UnitDictionary::registerBaseUnits() {
 boost::shared_ptr<UnitDescriptor> UnitDictionary::createBaseUnit(const std::string& aName,
                                                                  const std::string& aAbbreviation,
                                                                  EDimension aDimension) {
-  const boost::shared_ptr<UnitDescriptor> unit = NewUnit(aName, aAbbreviation);
+  boost::shared_ptr<UnitDescriptor> unit = NewUnit(aName, aAbbreviation);
   if (!unit) return unit;
   Dimensions dimensions;
   dimensions[aDimension] = 1;

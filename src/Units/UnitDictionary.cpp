@@ -125,10 +125,9 @@ bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {
 }
 
 void UnitDictionary::RemoveUnit(const UnitDescriptor& aUnit) {
-  // `aUnit` may be the very unit that goes here: nothing is asked of it behind this line.
-  const UnitDescriptor removed(aUnit);
-  removeName(removed.GetName());
-  removeFromScale(removed.GetDimensions(), removed.GetConversionFactor());
+  const std::string name = aUnit.GetName();  // a copy: `aUnit` may be the very unit that goes here
+  removeFromScale(aUnit.GetDimensions(), aUnit.GetConversionFactor());
+  removeName(name);
 }
 
 void UnitDictionary::RemoveUnit(const std::string& aName) { RemoveUnit(UnitDescriptor(aName)); }

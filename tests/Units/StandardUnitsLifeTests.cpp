@@ -1,8 +1,8 @@
 // The dictionary of the process from its making to its end, and what is left where a raise returns.
 #include <Infrastructure/OxaCore/UnitDictionary.h>
 
-#include <boost/weak_ptr.hpp>
 #include <gtest/gtest.h>
+#include <boost/weak_ptr.hpp>
 
 #include <set>
 #include <vector>
@@ -59,7 +59,8 @@ TEST(UnitDictionaryUnloading, UnitsThatDeriveFromOneThatIsMissingAreLeftOut) {
   UnitDictionary units(false);
   units.RemoveUnit("Meter");
   units.RegisterAllKnownUnits();
-  for (const char* const name : {"Kilometer", "Square Meter", "Cubic Meter", "Volt", "Kilovolt", "Lux", "Newton"}) {
+  for (const char* const name :
+       {"Kilometer", "Square Meter", "Cubic Meter", "Volt", "Kilovolt", "Lux", "Newton"}) {
     EXPECT_FALSE(units.IsUnitDefined(name)) << name;
   }
   for (const char* const name : {"Degree", "Gram", "Hour", "Rankine", "Hertz", "Coulomb", "Lumen"}) {

@@ -34,9 +34,10 @@ class EarlyAndLate {
 
 const EarlyAndLate s_early;
 
-const char* const sKNOWN_ONLY[] = {"Yottameter", "Zetameter", "Exameter",   "Petameter",  "Terameter",   "Gigameter",
-                                   "Megameter",  "Hectometer", "Decameter", "Decimeter",  "Attometer",   "Zeptometer",
-                                   "Yoctoometer", "Rankine",   "Lumen",     "Becquerel",  "Sievert"};
+const char* const sKNOWN_ONLY[] = {"Yottameter", "Zetameter",  "Exameter",    "Petameter", "Terameter",
+                                   "Gigameter",  "Megameter",  "Hectometer",  "Decameter", "Decimeter",
+                                   "Attometer",  "Zeptometer", "Yoctoometer", "Rankine",   "Lumen",
+                                   "Becquerel",  "Sievert"};
 
 /// The dimensions of a unit of the default dictionary.
 Dimensions DimensionsOf(const std::string& name) {
@@ -49,9 +50,8 @@ double InBaseUnits(const std::string& name, double value) {
 
 TEST(StandardUnits, WithoutDefaultsThereAreTheBaseUnits) {
   const UnitDictionary units(false);
-  for (const char* const name :
-       {"", "Unitless", "Arb", "Meter", "Meter Approx", "Kilogram", "Second", "Second (2)", "Ampere", "Kelvin",
-        "Mole", "Candela", "Radian"}) {
+  for (const char* const name : {"", "Unitless", "Arb", "Meter", "Meter Approx", "Kilogram", "Second",
+                                 "Second (2)", "Ampere", "Kelvin", "Mole", "Candela", "Radian"}) {
     EXPECT_TRUE(units.IsUnitDefined(name)) << name;
   }
   for (const char* const name :
@@ -62,9 +62,10 @@ TEST(StandardUnits, WithoutDefaultsThereAreTheBaseUnits) {
 
 TEST(StandardUnits, WithDefaultsThereAreMore) {
   const UnitDictionary units(true);
-  for (const char* const name : {"", "Unitless", "Radian", "Meter", "Kilogram", "Second", "Second (2)", "Ampere",
-                                 "Kelvin", "Mole", "Candela", "Degree", "Kilometer", "Gram", "Minute", "Liter",
-                                 "Hertz", "Volt", "mV", "nV"}) {
+  for (const char* const name :
+       {"",       "Unitless", "Radian", "Meter",   "Kilogram", "Second",    "Second (2)",
+        "Ampere", "Kelvin",   "Mole",   "Candela", "Degree",   "Kilometer", "Gram",
+        "Minute", "Liter",    "Hertz",  "Volt",    "mV",       "nV"}) {
     EXPECT_TRUE(units.IsUnitDefined(name)) << name;
   }
   EXPECT_EQ("Millivolt", Found(units, "mV"));
@@ -86,7 +87,8 @@ TEST(StandardUnits, RegisteringOnceMoreMakesTheOtherNamesAmbiguousAndNothingElse
   EXPECT_EQ("Degree", Found(units, "\xB0"));
   units.RegisterAllKnownUnits();
   EXPECT_EQ(degree, units.FindUnit("Degree"));
-  EXPECT_EQ(degree, units.FindDimensionallyEquivalentUnit(degree->GetDimensions(), degree->GetConversionFactor()));
+  EXPECT_EQ(degree,
+            units.FindDimensionallyEquivalentUnit(degree->GetDimensions(), degree->GetConversionFactor()));
   EXPECT_EQ(Collision("\xB0"), Raised<Collided>([&] { units.LookupUnit("\xB0"); }));
   EXPECT_EQ(Collision("um"), Raised<Collided>([&] { units.LookupUnit("um"); }));
   EXPECT_EQ("Degree", Found(units, "\xB0", units.LookupUnit("Radian")));
@@ -113,22 +115,25 @@ TEST(StandardUnits, EachAreaAddsItsOwn) {
   OpenDictionary units(false);
   for (std::size_t i = 0; i < areas.size(); ++i) {
     (units.*areas[i].first)(false);
-    for (std::size_t j = 0; j < areas.size(); ++j) EXPECT_EQ(j <= i, units.IsUnitDefined(areas[j].second)) << j;
+    for (std::size_t j = 0; j < areas.size(); ++j)
+      EXPECT_EQ(j <= i, units.IsUnitDefined(areas[j].second)) << j;
   }
   for (const char* const name : sKNOWN_ONLY) EXPECT_FALSE(units.IsUnitDefined(name)) << name;
 }
 
 TEST(StandardUnits, TheseNamesAreAmbiguous) {
   const UnitDictionary units;
-  for (const char* const name : {"m", "oz.", "oz", "C", "F", "ohm", "miles per hour", "meter per second squared",
-                                 "kilogram per cubic meter"}) {
+  for (const char* const name : {"m", "oz.", "oz", "C", "F", "ohm", "miles per hour",
+                                 "meter per second squared", "kilogram per cubic meter"}) {
     EXPECT_EQ(Collision(name), Raised<Collided>([&] { units.LookupUnit(name); }));
   }
 }
 
 TEST(StandardUnits, AnExampleTellsWhatAnAmbiguousNameMeans) {
   const UnitDictionary units;
-  const auto found = [&](const char* name, const char* example) { return Found(units, name, units.LookupUnit(example)); };
+  const auto found = [&](const char* name, const char* example) {
+    return Found(units, name, units.LookupUnit(example));
+  };
   EXPECT_EQ("Meter", found("m", "Foot"));
   EXPECT_EQ("Minute", found("m", "Hour"));
   for (const char* const name : {"oz.", "oz"}) {
@@ -149,7 +154,8 @@ TEST(StandardUnits, ByDimensionsTheFirstOfEqualsStandsForTheOthers) {
   const UnitDictionary units;
   const std::vector<std::pair<const char*, std::vector<const char*>>> shadows{
       {"Arb", {"Arb", "Meter", "Meter Approx"}},
-      {"", {"", "Unitless", "Milliarb", "log(Arb)", "log(Pa)", "log(Pa) Approx", "log(Ohm)", "log(nA)", "Count"}},
+      {"",
+       {"", "Unitless", "Milliarb", "log(Arb)", "log(Pa)", "log(Pa) Approx", "log(Ohm)", "log(nA)", "Count"}},
       {"Kelvin", {"Kelvin", "Celsius", "Fahrenheit"}},
       {"Radian", {"Radian", "Steradian"}},
       {"Second", {"Second", "Second (2)"}},
@@ -185,7 +191,8 @@ TEST(StandardUnits, FactorsAreTheTablesOwn) {
   const double pi = std::acos(-1.0);
   EXPECT_NE(pi, InBaseUnits("Degree", 180.0));
   EXPECT_NEAR(pi, InBaseUnits("Degree", 180.0), 1e-6);
-  EXPECT_EQ(2.236936292054402, UnitDictionary::StandardUnits().FindUnit("Mile per Hour")->GetConversionFactor());
+  EXPECT_EQ(2.236936292054402,
+            UnitDictionary::StandardUnits().FindUnit("Mile per Hour")->GetConversionFactor());
   EXPECT_EQ(5.018451658333334e+22, InBaseUnits("Dozen", 1.0)) << "of moles";
   EXPECT_EQ(1e-27, InBaseUnits("Cubic Nanometer", 1.0));
   EXPECT_EQ(5000.0, InBaseUnits("Kilohertz", 5.0));
@@ -195,7 +202,8 @@ TEST(StandardUnits, PluralsAndTheirExceptions) {
   const UnitDictionary units;
   for (const char* const name : {"Inches", "inches", "in", "in."}) EXPECT_EQ("Inch", Found(units, name));
   for (const char* const name : {"Feet", "feet", "ft", "ft."}) EXPECT_EQ("Foot", Found(units, name));
-  for (const char* const name : {"Foots", "foots", "Inchs", "Kelvins"}) EXPECT_FALSE(units.IsUnitDefined(name)) << name;
+  for (const char* const name : {"Foots", "foots", "Inchs", "Kelvins"})
+    EXPECT_FALSE(units.IsUnitDefined(name)) << name;
   for (const char* const name : {"Milliinches", "mil", "mils"}) EXPECT_EQ("Milliinch", Found(units, name));
   EXPECT_EQ("Microinch", Found(units, "Microinches"));
   EXPECT_EQ("Mile", Found(units, "miles"));
@@ -217,7 +225,8 @@ TEST(StandardUnits, WhatIsPeculiarAboutDimensions) {
   EXPECT_TRUE(DimensionsOf("").IsUnitless());
   EXPECT_TRUE(DimensionsOf("Unitless").IsUnitless());
   EXPECT_EQ("", units.FindUnit("Unitless")->GetAbbreviation());
-  for (const char* const name : {"unitless", "unitlesss", "s "}) EXPECT_FALSE(units.IsUnitDefined(name)) << name;
+  for (const char* const name : {"unitless", "unitlesss", "s "})
+    EXPECT_FALSE(units.IsUnitDefined(name)) << name;
   EXPECT_TRUE(DimensionsOf("Arb") == DimensionsOf("Meter"));
   EXPECT_EQ(1.0, units.FindUnit("Arb")->GetConversionFactor());
   EXPECT_TRUE(DimensionsOf("Newton per Arb") == DimensionsOf("Newton per meter"));
@@ -226,7 +235,8 @@ TEST(StandardUnits, WhatIsPeculiarAboutDimensions) {
   EXPECT_TRUE(DimensionsOf("Henry") == Dimensions(2, 2, -2, -2));
   EXPECT_TRUE(DimensionsOf("Electronvolt") == DimensionsOf("Joule"));
   EXPECT_EQ(1.0, units.FindUnit("Electronvolt")->GetConversionFactor());
-  for (const char* const name : {"Milliarb", "log(Arb)", "log(Pa)", "log(Pa) Approx", "log(Ohm)", "log(nA)", "Count"}) {
+  for (const char* const name :
+       {"Milliarb", "log(Arb)", "log(Pa)", "log(Pa) Approx", "log(Ohm)", "log(nA)", "Count"}) {
     EXPECT_TRUE(DimensionsOf(name).IsUnitless()) << name;
     EXPECT_EQ(1.0, units.FindUnit(name)->GetConversionFactor()) << name;
   }
@@ -262,7 +272,8 @@ TEST(StandardUnits, ProductsAreRenamed) {
 TEST(StandardUnits, SpellingsStayAsTheyAre) {
   UnitDictionary units(false);
   units.RegisterAllKnownUnits();
-  for (const char* const name : {"Zetameter", "Yoctoometer", "Milliinch", "Kilohm", "Megaohm"}) EXPECT_EQ(name, Found(units, name));
+  for (const char* const name : {"Zetameter", "Yoctoometer", "Milliinch", "Kilohm", "Megaohm"})
+    EXPECT_EQ(name, Found(units, name));
   EXPECT_EQ("Megaohm", Found(units, "mOhms"));
   EXPECT_EQ("Square Kilometer", Found(units, "km^"));
   EXPECT_EQ("Nanometers per Volt squared", Found(units, "nm/V^"));

@@ -35,8 +35,8 @@ class Mutex;
 /// units of the same dimensions and the same factor is found.
 class OXACORE_API UnitDictionary {
  public:
-  /// "Found multiple units with alternate name of \"%1%\"\nNo UnitDescriptor provided to differentiate them.";
-  /// severity eERROR.
+  /// Found multiple units with alternate name of "%1%", line break, "No UnitDescriptor provided to differentiate
+  /// them."; severity eERROR.
   class OXACORE_API XAlternateNameCollision : public ErrorClass<XAlternateNameCollision, LogicError> {
    public:
     /// `name` is what was looked up.
