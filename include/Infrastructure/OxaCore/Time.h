@@ -31,6 +31,11 @@
 
 namespace Oxa::Core {
 
+template <class T>
+class UnitizedValue;
+template <>
+class UnitizedValue<double>;
+
 /// A signed span of time.
 class OXACORE_API Elapse {
  public:
@@ -279,6 +284,18 @@ OXACORE_API unsigned long GetTimeTickSize_ns(Time::EPlatformTimeInfo info);
 
 /// A count of `info`'s ticks in ticks of 100 ns; 0 for an unknown platform. Wraps around on overflow.
 OXACORE_API long long ConvertTimerTicksToCurrentPlatform(long long ticks, Time::EPlatformTimeInfo info);
+
+// Spans as quantities; UnitizedValue.h has their type.
+
+/// The span of a quantity: its whole nanoseconds, cut towards zero, stored as Elapse::Assign does. More of them
+/// than 64 bits hold count as the most that they hold, and what is no number as none. Raises what
+/// UnitizedValue::Get raises for "Nanosecond", and XNoUnitConversion for what is no time; no span where that
+/// returns.
+OXACORE_API Elapse ToElapse(const UnitizedValue<double>& quantity);
+
+/// The whole nanoseconds of a span, in "Nanosecond". Raises XUnitNotFound if the host took that unit out of the
+/// global dictionary.
+OXACORE_API UnitizedValue<double> ToUnitizedValue(const Elapse& elapse);
 
 }  // namespace Oxa::Core
 

@@ -1,0 +1,190 @@
+#include <Infrastructure/OxaCore/UnitDescriptor_Temperature.h>
+#include <Infrastructure/OxaCore/UnitizedValue.h>
+
+#include <string>
+#include <typeinfo>
+
+#include "Core/Immortal.h"
+#include "Units/ConvertUnits.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+using Value = UnitizedValue<double>;
+using SharedUnit = boost::shared_ptr<UnitDescriptor>;
+
+struct Multiplication {
+  static UnitDescriptor Combined(const UnitDescriptor& left, const UnitDescriptor& right) {
+    return left * right;
+  }
+  static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left *= right; }
+};
+
+struct Division {
+  static UnitDescriptor Combined(const UnitDescriptor& left, const UnitDescriptor& right) {
+    return left / right;
+  }
+  static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left /= right; }
+};
+
+bool IsPlain(const UnitDescriptor& unit) { return typeid(unit) == typeid(UnitDescriptor); }
+
+bool RefusesArithmetic(const UnitDescriptor& unit) {
+  return !IsPlain(unit) && dynamic_cast<const UnitDescriptor_Temperature*>(&unit) != nullptr;
+}
+
+// Dimensions and factor of the combined unit. The left one goes in without its name where that is of no account:
+// few combined units are unregistered, and only they need a joined name.
+template <class Operation>
+UnitDescriptor Compound(const UnitDescriptor& left, const UnitDescriptor& right) {
+  if (!IsPlain(left)) return Operation::Combined(left, right);
+  UnitDescriptor nameless(g_sNO_TEXT, g_sNO_TEXT, 1.0, left);
+  Operation::Apply(nameless, right);
+  return nameless;
+}
+
+const UnitDescriptor* FindEquivalentIn(const UnitDictionary* dictionary, const UnitDescriptor& unit) {
+  if (dictionary == nullptr) return nullptr;
+  return dictionary->FindDimensionallyEquivalentUnit(unit.GetDimensions(), unit.GetConversionFactor());
+}
+
+const UnitDescriptor* FindEquivalent(const UnitDescriptor& unit, const UnitDictionary* own) {
+  const UnitDescriptor* const found =
+      FindEquivalentIn(UnitizedValueBase::sm_spGlobalDictionary.get(), unit);
+  return found != nullptr ? found : FindEquivalentIn(own, unit);
+}
+
+// The unit for the result of an operation, to which `number` is converted; null where a raise returns.
+template <class Operation>
+SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDescriptor& right,
+                      const UnitDictionary* own) {
+  const UnitDescriptor compound = Compound<Operation>(left, right);
+  if (RefusesArithmetic(left)) return {};
+  const UnitDescriptor* const found = FindEquivalent(compound, own);
+  const SharedUnit result = found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
+  return result && ConvertUnits(number, compound, *result) ? result : SharedUnit();
+}
+
+// Whether `right` could be converted to the unit of `left`; `number` is the result.
+bool InUnitsOf(const Value& left, const Value& right, double& number) {
+  number = right.GetValue();
+  return ConvertUnits(number, *right.GetUnits(), *left.GetUnits());
+}
+
+}  // namespace
+
+Value& Value::operator+=(const UnitizedValue& aOther) {
+  double other = 0;
+  if (InUnitsOf(*this, aOther, other)) value += other;
+  return *this;
+}
+
+Value& Value::operator-=(const UnitizedValue& aOther) {
+  double other = 0;
+  if (InUnitsOf(*this, aOther, other)) value -= other;
+  return *this;
+}
+
+Value& Value::operator*=(const UnitizedValue& aOther) {
+  if (units->IsUnitless()) {
+    value = units->GetConversionFactor() * aOther.value * value;
+    units = aOther.units;
+    return *this;
+  }
+  if (aOther.units->IsUnitless()) {
+    value = aOther.units->GetConversionFactor() * aOther.value * value;
+    return *this;
+  }
+  double product = aOther.value * value;
+  const SharedUnit result = ResultUnit<Multiplication>(product, *units, *aOther.units, dictionary);
+  if (result) {
+    value = product;
+    units = result;
+  }
+  return *this;
+}
+
+Value& Value::operator/=(const UnitizedValue& aOther) {
+  if (aOther.units->IsUnitless()) {
+    value = value / (aOther.units->GetConversionFactor() * aOther.value);
+    return *this;
+  }
+  double quotient = value / aOther.value;
+  const SharedUnit result = ResultUnit<Division>(quotient, *units, *aOther.units, dictionary);
+  if (result) {
+    value = quotient;
+    units = result;
+  }
+  return *this;
+}
+
+Value& Value::operator+=(double aOther) { return *this += UnitizedValue(aOther); }
+Value& Value::operator-=(double aOther) { return *this -= UnitizedValue(aOther); }
+Value& Value::operator*=(double aOther) { return *this *= UnitizedValue(aOther); }
+Value& Value::operator/=(double aOther) { return *this /= UnitizedValue(aOther); }
+
+Value operator+(const Value& left, const Value& right) {
+  Value result(left);
+  result += right;
+  return result;
+}
+
+Value operator-(const Value& left, const Value& right) {
+  Value result(left);
+  result -= right;
+  return result;
+}
+
+Value operator*(const Value& left, const Value& right) {
+  Value result(left);
+  result *= right;
+  return result;
+}
+
+Value operator/(const Value& left, const Value& right) {
+  Value result(left);
+  result /= right;
+  return result;
+}
+
+Value operator+(const Value& left, double right) { return left + Value(right); }
+Value operator-(const Value& left, double right) { return left - Value(right); }
+Value operator*(const Value& left, double right) { return left * Value(right); }
+Value operator/(const Value& left, double right) { return left / Value(right); }
+Value operator+(double left, const Value& right) { return Value(left) + right; }
+Value operator-(double left, const Value& right) { return Value(left) - right; }
+Value operator*(double left, const Value& right) { return Value(left) * right; }
+Value operator/(double left, const Value& right) { return Value(left) / right; }
+
+bool operator==(const Value& left, const Value& right) {
+  double other = 0;
+  return InUnitsOf(left, right, other) && left.GetValue() == other;
+}
+
+bool operator!=(const Value& left, const Value& right) {
+  double other = 0;
+  return !InUnitsOf(left, right, other) || left.GetValue() != other;
+}
+
+bool operator<(const Value& left, const Value& right) {
+  double other = 0;
+  return InUnitsOf(left, right, other) && left.GetValue() < other;
+}
+
+bool operator<=(const Value& left, const Value& right) {
+  double other = 0;
+  return InUnitsOf(left, right, other) && left.GetValue() <= other;
+}
+
+bool operator>(const Value& left, const Value& right) {
+  double other = 0;
+  return InUnitsOf(left, right, other) && left.GetValue() > other;
+}
+
+bool operator>=(const Value& left, const Value& right) {
+  double other = 0;
+  return InUnitsOf(left, right, other) && left.GetValue() >= other;
+}
+
+}  // namespace Oxa::Core
