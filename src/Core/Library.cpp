@@ -18,6 +18,7 @@
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/Time.h>
 #include <Infrastructure/OxaCore/UnitDictionary.h>
+#include <Infrastructure/OxaCore/UnitizedValue.h>
 #include <Infrastructure/OxaCore/WrappingFileStream.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
@@ -41,27 +42,43 @@ namespace Oxa::Core {
 
 namespace {
 
-constexpr std::size_t uMAX_TEXTS = 64;
-alignas(std::string) unsigned char s_texts[uMAX_TEXTS][sizeof(std::string)];
-std::size_t s_uTexts = 0;
-
-// Nobody can call in any more; this gives back what long texts hold on the heap before the library goes.
-void DestroyTexts() {
-  while (s_uTexts > 0) {
-    std::launder(reinterpret_cast<std::string*>(s_texts[--s_uTexts]))->~basic_string();
+// Room for at most SIZE objects that are built while the library loads and stay to the very end.
+template <class T, std::size_t SIZE>
+class Row {
+ public:
+  template <class... Arguments>
+  T& Add(const Arguments&... arguments) {
+    if (m_uCount == SIZE) std::abort();  // one more than the room was made for
+    return *::new (static_cast<void*>(m_storage[m_uCount++])) T(arguments...);
   }
+
+  void Destroy() {
+    while (m_uCount > 0) std::launder(reinterpret_cast<T*>(m_storage[--m_uCount]))->~T();
+  }
+
+ private:
+  alignas(T) unsigned char m_storage[SIZE][sizeof(T)] = {};
+  std::size_t m_uCount = 0;
+};
+
+Row<std::string, 64> s_texts;
+Row<boost::shared_ptr<UnitDictionary>, 1> s_dictionaries;
+Row<UnitizedValue<double>, 14> s_quantities;
+
+// Nobody can call in any more; this gives back what they hold on the heap before the library goes.
+void DestroyRows() {
+  s_quantities.Destroy();
+  s_dictionaries.Destroy();
+  s_texts.Destroy();
 }
 
 }  // namespace
 
-const std::string& ImmortalText(const char* text) {
-  if (s_uTexts == uMAX_TEXTS) std::abort();  // one more text than the room above was made for
-  return *::new (static_cast<void*>(s_texts[s_uTexts++])) std::string(text);
-}
+const std::string& ImmortalText(const char* text) { return s_texts.Add(text); }
 
 namespace {
 
-[[maybe_unused]] const bool s_bBegun = (Platform::CallAtVeryEnd(&DestroyTexts), BeginLife(), true);
+[[maybe_unused]] const bool s_bBegun = (Platform::CallAtVeryEnd(&DestroyRows), BeginLife(), true);
 
 }  // namespace
 
@@ -179,6 +196,26 @@ const std::string& InvalidParameter::sPARAM_VALUE = ImmortalText("ParamValue");
 
 // Where logs of hosts complain.
 const std::string& WrappingFileStream::s_logPath = ImmortalText("OxaCore.WrappingFileStream");
+
+// The global dictionary of units, and quantities without a unit. Static objects of hosts use them from their
+// constructors on and, where they are older than the library, in their destructors after the globals have died.
+boost::shared_ptr<UnitDictionary>& UnitizedValueBase::sm_spGlobalDictionary = s_dictionaries.Add();
+UnitizedValueBase::Initializer UnitizedValueBase::sm_Initializer;
+
+const UnitizedValue<double>& uv1 = s_quantities.Add(1.0);
+const UnitizedValue<double>& uv2 = s_quantities.Add(2.0);
+const UnitizedValue<double>& uvE = s_quantities.Add(2.718281828459045235);
+const UnitizedValue<double>& uvPI = s_quantities.Add(3.141592653589793238);
+const UnitizedValue<double>& uv2_PI = s_quantities.Add(6.283185307179586477);
+const UnitizedValue<double>& uvSQRT_2 = s_quantities.Add(1.414213562373095049);
+const UnitizedValue<double>& uvSQRT_2_PI = s_quantities.Add(2.506628274631000502);
+const UnitizedValue<double>& uvNEGATIVE_1 = s_quantities.Add(-1.0);
+const UnitizedValue<double>& uvNEGATIVE_2 = s_quantities.Add(-2.0);
+const UnitizedValue<double>& uvNEGATIVE_E = s_quantities.Add(-2.718281828459045235);
+const UnitizedValue<double>& uvNEGATIVE_PI = s_quantities.Add(-3.141592653589793238);
+const UnitizedValue<double>& uvNEGATIVE_2_PI = s_quantities.Add(-6.283185307179586477);
+const UnitizedValue<double>& uvNEGATIVE_SQRT_2 = s_quantities.Add(-1.414213562373095049);
+const UnitizedValue<double>& uvNEGATIVE_SQRT_2_PI = s_quantities.Add(-2.506628274631000502);
 
 namespace {
 

@@ -50,8 +50,7 @@ const UnitDescriptor* FindEquivalentIn(const UnitDictionary* dictionary, const U
 }
 
 const UnitDescriptor* FindEquivalent(const UnitDescriptor& unit, const UnitDictionary* own) {
-  const UnitDescriptor* const found =
-      FindEquivalentIn(UnitizedValueBase::sm_spGlobalDictionary.get(), unit);
+  const UnitDescriptor* const found = FindEquivalentIn(UnitizedValueBase::sm_spGlobalDictionary.get(), unit);
   return found != nullptr ? found : FindEquivalentIn(own, unit);
 }
 
@@ -62,7 +61,8 @@ SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDesc
   const UnitDescriptor compound = Compound<Operation>(left, right);
   if (RefusesArithmetic(left)) return {};
   const UnitDescriptor* const found = FindEquivalent(compound, own);
-  const SharedUnit result = found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
+  const SharedUnit result =
+      found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
   return result && ConvertUnits(number, compound, *result) ? result : SharedUnit();
 }
 

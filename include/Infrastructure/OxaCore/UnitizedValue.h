@@ -200,7 +200,7 @@ OXACORE_API std::ostream& operator<<(std::ostream& os, const UnitizedValue<doubl
 // Numbers without a unit. They can be read as long as the library is in memory.
 OXACORE_API extern const UnitizedValue<double>& uv1;
 OXACORE_API extern const UnitizedValue<double>& uv2;
-OXACORE_API extern const UnitizedValue<double>& uvE;           ///< the base of natural logarithms
+OXACORE_API extern const UnitizedValue<double>& uvE;  ///< the base of natural logarithms
 OXACORE_API extern const UnitizedValue<double>& uvPI;
 OXACORE_API extern const UnitizedValue<double>& uv2_PI;        ///< twice pi
 OXACORE_API extern const UnitizedValue<double>& uvSQRT_2;      ///< the square root of 2
