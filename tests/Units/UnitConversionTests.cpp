@@ -31,7 +31,7 @@ using Exact = boost::multiprecision::cpp_bin_float_50;
 std::vector<double> Values() {
   std::vector<double> values = {1,    3,        0.1,     -7.3,  123456.789, 299792458,
                                 1e-9, -2.5e-30, 6.02e23, 1e150, -3e-150,    0};
-  for (double value = 1e-30; value < 1e30; value *= 1.937e11) values.push_back(value);
+  for (int power = -3; power <= 3; ++power) values.push_back(std::pow(1.937e9, power));
   return values;
 }
 

@@ -63,7 +63,7 @@ std::set<std::string> NamesOf(const RowList& rows) {
 }
 
 boost::shared_ptr<UnitDescriptor> ExampleOf(const Dimensions& dimensions) {
-  const auto example = boost::make_shared<UnitDescriptor>();
+  auto example = boost::make_shared<UnitDescriptor>();
   example->SetDimensions(dimensions);
   return example;
 }
