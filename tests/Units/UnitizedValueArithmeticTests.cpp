@@ -24,10 +24,8 @@ const char* const sNO_DIVISION =
 
 // In a unit without dimensions whose factor isn't 1.
 Value InUnitless(double number, double factor) {
-  Value value(number);
-  const SharedUnit unit = Derived("Part", "part", 1 / factor, UnitDescriptor());
-  value.ConvertTo(unit);
-  value *= 1 / factor;
+  Value value(number / factor);
+  value.ConvertTo(Derived("Part", "part", 1 / factor, UnitDescriptor()));
   EXPECT_EQ(factor, value.GetUnits()->GetConversionFactor());
   EXPECT_EQ(number, value.GetValue());
   return value;
@@ -202,7 +200,8 @@ TEST(UnitizedValueProduct, OfAScaleIsRefused) {
 TEST(UnitizedValueQuotient, FindsItsUnit) {
   const Value acceleration = Value(6, "Meter per Second") / Value(2, "Minute");
   EXPECT_TRUE(acceleration.IsDimensionallyEquivalent(Value(1, "Meter per Second Squared")));
-  ExpectValue(3.0 / 60, "Meter per Second Squared", acceleration);
+  // The factor is 60, and that of the unit nearest from above 1000000.
+  ExpectValue(50000.0, "Micrometer per Second Squared", acceleration);
   const Value rate = Value(1) / Value(2, "Second");
   EXPECT_EQ(Unit("Hertz")->GetDimensions(), rate.GetUnits()->GetDimensions());
   ExpectValue(0.5, "Hertz", rate);
