@@ -8,6 +8,7 @@
 #include <new>
 #include <ostream>
 #include <sstream>
+#include <utility>
 
 #include "Units/ConvertUnits.h"
 
@@ -51,8 +52,9 @@ SharedUnit NewUnitless() {
 
 // A value has a unit whatever happens.
 SharedUnit NewUnit(const UnitDescriptor* found) {
-  const SharedUnit copy = found != nullptr ? found->MakeCopy() : SharedUnit();
-  return copy ? copy : NewUnitless();
+  SharedUnit copy = found != nullptr ? found->MakeCopy() : SharedUnit();
+  if (!copy) copy = NewUnitless();
+  return copy;
 }
 
 void Insert(std::ostream& os, double number, const std::string& abbreviation) {
@@ -111,8 +113,8 @@ void Value::ConvertTo(const std::string& aUnitName, const UnitDictionary& aDicti
 }
 
 void Value::ConvertToFound(const UnitDescriptor* found) {
-  const SharedUnit copy = found != nullptr ? found->MakeCopy() : SharedUnit();
-  if (copy) ConvertTo(copy);
+  SharedUnit copy = found != nullptr ? found->MakeCopy() : SharedUnit();
+  if (copy) ConvertTo(std::move(copy));
 }
 
 void Value::ConvertTo(boost::shared_ptr<UnitDescriptor> aUnits) {

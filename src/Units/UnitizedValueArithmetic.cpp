@@ -54,16 +54,17 @@ const UnitDescriptor* FindEquivalent(const UnitDescriptor& unit, const UnitDicti
   return found != nullptr ? found : FindEquivalentIn(own, unit);
 }
 
-// The unit for the result of an operation, to which `number` is converted; null where a raise returns.
+// The result's unit, to which `number` is converted; null where a raise returns.
 template <class Operation>
 SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDescriptor& right,
                       const UnitDictionary* own) {
   const UnitDescriptor compound = Compound<Operation>(left, right);
-  if (RefusesArithmetic(left)) return {};
+  SharedUnit result;
+  if (RefusesArithmetic(left)) return result;
   const UnitDescriptor* const found = FindEquivalent(compound, own);
-  const SharedUnit result =
-      found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
-  return result && ConvertUnits(number, compound, *result) ? result : SharedUnit();
+  result = found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
+  if (result && !ConvertUnits(number, compound, *result)) result.reset();
+  return result;
 }
 
 // Whether `right` could be converted to the unit of `left`; `number` is the result.
@@ -97,10 +98,10 @@ Value& Value::operator*=(const UnitizedValue& aOther) {
     return *this;
   }
   double product = aOther.value * value;
-  const SharedUnit result = ResultUnit<Multiplication>(product, *units, *aOther.units, dictionary);
+  SharedUnit result = ResultUnit<Multiplication>(product, *units, *aOther.units, dictionary);
   if (result) {
     value = product;
-    units = result;
+    units.swap(result);
   }
   return *this;
 }
@@ -111,10 +112,10 @@ Value& Value::operator/=(const UnitizedValue& aOther) {
     return *this;
   }
   double quotient = value / aOther.value;
-  const SharedUnit result = ResultUnit<Division>(quotient, *units, *aOther.units, dictionary);
+  SharedUnit result = ResultUnit<Division>(quotient, *units, *aOther.units, dictionary);
   if (result) {
     value = quotient;
-    units = result;
+    units.swap(result);
   }
   return *this;
 }
