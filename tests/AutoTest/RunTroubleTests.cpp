@@ -19,7 +19,6 @@ namespace {
 
 using namespace AutoTestTests;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const char* const sSTEPS[] = {"setup Probe", "execute Probe", "completed Probe", "teardown Probe"};
 
@@ -297,10 +296,6 @@ TEST(RunTrouble, TellingThatFailsBehindTheSetupIsAnError) {
 
 TEST(RunTrouble, TellingThatFailsAtTheEndIsAWarningAndStillTearsDown) {
   CrowdedProbe probe;
-  probe.m_execute = [] {
-    const Result result("Probe", Result::ePASSED, "");
-    return result;
-  };
   Alerts alerts;
   bool happened = true;
   for (unsigned long number = 1; happened; ++number) {
@@ -373,6 +368,19 @@ TEST_F(UnloadingDeathTest, MissingMethodIsAnError) {
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0),
               "-1 Method: NULL pointer variable named method\nresult -1\n");
+}
+
+TEST_F(UnloadingDeathTest, ValueThatCannotBeComparedIsAnError) {
+  class Range : public RangeTest {
+   public:
+    Range() : RangeTest("Range", 1, UnitizedValue<double>(1, "Second"), eGREATER, eLESS) {}
+
+   protected:
+    void GetTestValue(UnitizedValue<double>& value) override { value = 2; }
+  };
+  const auto run = [] { RunWhileUnloading(*new Range); };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+              "-1 Range: Illegal unit conversion from \"Second\" to \"\"\nresult -1\n");
 }
 
 TEST_F(UnloadingDeathTest, FailingTearDownIsWrittenToStandardError) {

@@ -33,6 +33,7 @@
 #include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/Notifications.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
+#include <Infrastructure/OxaCore/UnitizedValue.h>
 #include <Infrastructure/OxaCore/Warning.h>
 
 #include <boost/shared_ptr.hpp>
@@ -264,6 +265,49 @@ class OXACORE_API TestSuite : public Test, public Test::Listener {
   static bool Holds(const Test& root, const TestSuite& wanted);
 
   std::list<boost::shared_ptr<Test>> m_tests;
+};
+
+/// Holds a measured value against tolerances, which are converted to the unit of the value first: exactly, and on a
+/// temperature scale by way of Kelvin, so that equal values may differ by rounding. A tolerance of other dimensions
+/// raises XNoUnitConversion, an eERROR of the test. What isn't a number passes no condition.
+///
+/// The text of a result that passed reads "4.75 V < Test value of 5 V < 5.25 V". If the lower condition fails it is
+/// "4.75 V >=  Test value of 4 V", and the upper one isn't looked at; if only that one does, "Test value of 6 V >=
+/// 5.25 V". With one condition only its part is there, with none "No tolerance conditions for test".
+class OXACORE_API RangeTest : public Test {
+ public:
+  enum ECondition : int {
+    eNO_CONDITION = 0,  ///< the tolerance isn't used
+    eGREATER = 1,       ///< passes if the value is greater than the tolerance
+    eLESS = 2,
+    eGREATER_OR_EQUAL = 3,
+    eLESS_OR_EQUAL = 4  ///< passes if the value is LESS: equality fails, whatever the name and the text say
+  };
+
+  RangeTest(const std::string& name, UnitizedValue<double> lower, UnitizedValue<double> upper,
+            ECondition lowerCondition, ECondition upperCondition);
+  ~RangeTest() override;
+
+  void SetLowerTolerance(UnitizedValue<double> tolerance, ECondition condition);
+  void SetUpperTolerance(UnitizedValue<double> tolerance, ECondition condition);
+  void GetTolerances(UnitizedValue<double>& lower, ECondition& lowerCondition, UnitizedValue<double>& upper,
+                     ECondition& upperCondition) const;
+
+  /// Whether there is any condition.
+  bool HasTolerances() const;
+
+ protected:
+  Result Execute() override;
+
+  /// Puts what is to be tested into `value`, which holds no number before. Not called without a condition. What it
+  /// raises ends the test.
+  virtual void GetTestValue(UnitizedValue<double>& value) = 0;
+
+ private:
+  UnitizedValue<double> m_lowerTolerance;
+  UnitizedValue<double> m_upperTolerance;
+  ECondition m_eLowerCondition;
+  ECondition m_eUpperCondition;
 };
 
 /// A deleter that does nothing, for a shared pointer to what somebody else owns, such as `this`.
