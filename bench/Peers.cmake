@@ -63,3 +63,5 @@ oxacore_peer(OPENSSL OpenSSL::Crypto)
 find_package(pugixml QUIET)
 oxacore_peer(PUGIXML pugixml::pugixml)
 oxacore_pkg_peer(KJ kj)  # its CMake package stops the whole configuration where libatomic isn't developed with
+oxacore_pkg_peer(UDUNITS2 udunits)
+oxacore_pkg_peer(QALCULATE libqalculate)
