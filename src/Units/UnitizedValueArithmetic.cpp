@@ -3,6 +3,7 @@
 
 #include <string>
 #include <typeinfo>
+#include <utility>
 
 #include "Core/Immortal.h"
 #include "Units/ConvertUnits.h"
@@ -19,6 +20,8 @@ struct Multiplication {
     return left * right;
   }
   static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left *= right; }
+  static void Apply(Value& left, const Value& right) { left *= right; }
+  static double Of(double left, double right) { return right * left; }
 };
 
 struct Division {
@@ -26,6 +29,8 @@ struct Division {
     return left / right;
   }
   static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left /= right; }
+  static void Apply(Value& left, const Value& right) { left /= right; }
+  static double Of(double left, double right) { return left / right; }
 };
 
 bool IsPlain(const UnitDescriptor& unit) { return typeid(unit) == typeid(UnitDescriptor); }
@@ -97,7 +102,7 @@ Value& Value::operator*=(const UnitizedValue& aOther) {
     value = aOther.units->GetConversionFactor() * aOther.value * value;
     return *this;
   }
-  double product = aOther.value * value;
+  double product = Multiplication::Of(value, aOther.value);
   SharedUnit result = ResultUnit<Multiplication>(product, *units, *aOther.units, dictionary);
   if (result) {
     value = product;
@@ -111,7 +116,7 @@ Value& Value::operator/=(const UnitizedValue& aOther) {
     value = value / (aOther.units->GetConversionFactor() * aOther.value);
     return *this;
   }
-  double quotient = value / aOther.value;
+  double quotient = Division::Of(value, aOther.value);
   SharedUnit result = ResultUnit<Division>(quotient, *units, *aOther.units, dictionary);
   if (result) {
     value = quotient;
@@ -137,17 +142,24 @@ Value operator-(const Value& left, const Value& right) {
   return result;
 }
 
-Value operator*(const Value& left, const Value& right) {
-  Value result(left);
-  result *= right;
-  return result;
+Value::UnitizedValue(double aValue, SharedUnit&& aUnits, const UnitDictionary* aDictionary)
+    : value(aValue), units(std::move(aUnits)), dictionary(aDictionary) {}
+
+// Where the result has a unit of its own, the left one's count is left alone: that costs a fifth of a product.
+template <class Operation>
+Value Value::Combine(const UnitizedValue& left, const UnitizedValue& right) {
+  if (left.units->IsUnitless() || right.units->IsUnitless()) {
+    Value result(left);
+    Operation::Apply(result, right);
+    return result;
+  }
+  double number = Operation::Of(left.value, right.value);
+  SharedUnit unit = ResultUnit<Operation>(number, *left.units, *right.units, left.dictionary);
+  return unit ? Value(number, std::move(unit), left.dictionary) : left;
 }
 
-Value operator/(const Value& left, const Value& right) {
-  Value result(left);
-  result /= right;
-  return result;
-}
+Value operator*(const Value& left, const Value& right) { return Value::Combine<Multiplication>(left, right); }
+Value operator/(const Value& left, const Value& right) { return Value::Combine<Division>(left, right); }
 
 Value operator+(const Value& left, double right) { return left + Value(right); }
 Value operator-(const Value& left, double right) { return left - Value(right); }

@@ -158,6 +158,14 @@ class OXACORE_API UnitizedValue<double> : public UnitizedValueBase {
   std::string ToString(const std::string& aUnitName, const UnitDictionary& aDictionary) const;
 
  private:
+  friend OXACORE_API UnitizedValue operator*(const UnitizedValue& left, const UnitizedValue& right);
+  friend OXACORE_API UnitizedValue operator/(const UnitizedValue& left, const UnitizedValue& right);
+
+  UnitizedValue(double aValue, boost::shared_ptr<UnitDescriptor>&& aUnits, const UnitDictionary* aDictionary);
+
+  template <class Operation>
+  static UnitizedValue Combine(const UnitizedValue& left, const UnitizedValue& right);
+
   void ConvertToFound(const UnitDescriptor* found);
 
   double value;
