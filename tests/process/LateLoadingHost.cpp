@@ -71,6 +71,9 @@ int HandledSignals() {
   return count;
 }
 
+// UnitDictionary::StandardUnits, whose dictionary the unloading has to give back.
+const char* const sSTANDARD_UNITS = "_ZN3Oxa4Core14UnitDictionary13StandardUnitsEv";
+
 int Cycle(const char* name, int count) {
   const int handled = HandledSignals();
   long atTenth = 0;
@@ -78,6 +81,7 @@ int Cycle(const char* name, int count) {
     void* const library = Load(name);
     // Every other turn leaves the shut-down to the unloading.
     Find<void (*)()>(library, "InitializeOxaCore")();
+    Find<const void* (*)()>(library, sSTANDARD_UNITS)();
     if (i % 2 == 0) Find<void (*)()>(library, "ShutdownOxaCore")();
     if (::dlclose(library) != 0) Fail("unload");
     if (::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("still loaded");
