@@ -293,9 +293,8 @@ TEST(StandardUnits, AStaticObjectOfAHostFindsThem) {
 
 TEST(StandardUnits, AnAllocatorOfGlobalsMakesADictionaryWithThem) {
   const Memory::GlobalAllocator<UnitDictionary> allocator;
-  const Memory::GlobalAllocator<UnitDictionary> copy(allocator);
   ASSERT_TRUE(allocator.GetPtr());
-  EXPECT_EQ(allocator.GetPtr(), copy.GetPtr());
+  EXPECT_EQ(allocator.GetPtr(), Memory::GlobalAllocator<UnitDictionary>(allocator).GetPtr());
   EXPECT_TRUE(allocator.GetPtr()->IsUnitDefined("Degree"));
   EXPECT_NE(allocator.GetPtr().get(), &UnitDictionary::StandardUnits());
 }

@@ -88,6 +88,12 @@ TEST(UnitDictionary, AStoredUnitAndItsOwnNameCanBeWhatIsRemoved) {
   units.RemoveUnit(units.FindUnit("Mole")->GetName());
   EXPECT_FALSE(units.IsUnitDefined("Mole"));
   EXPECT_FALSE(units.IsUnitDefined("mol"));
+  units.RemoveUnit(*units.FindUnit("Second (2)"));
+  EXPECT_FALSE(units.IsUnitDefined("Second (2)"));
+  units.RemoveUnit("Candela");  // by its dimensions it is still found
+  const Dimensions dimensions(0, 0, 0, 0, 0, 0, 1);
+  units.RemoveUnit(*units.FindDimensionallyEquivalentUnit(dimensions, 1.0));
+  EXPECT_EQ(nullptr, units.FindDimensionallyEquivalentUnit(dimensions, 1.0));
 }
 
 TEST(UnitDictionary, TheBaseUnitsCantBeRemovedForGood) {
