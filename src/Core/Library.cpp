@@ -8,6 +8,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CodeContext.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Dictionary.h>
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Globals.h>
 #include <Infrastructure/OxaCore/Lock.h>
@@ -216,6 +217,14 @@ const UnitizedValue<double>& uvNEGATIVE_PI = s_quantities.Add(-3.141592653589793
 const UnitizedValue<double>& uvNEGATIVE_2_PI = s_quantities.Add(-6.283185307179586477);
 const UnitizedValue<double>& uvNEGATIVE_SQRT_2 = s_quantities.Add(-1.414213562373095049);
 const UnitizedValue<double>& uvNEGATIVE_SQRT_2_PI = s_quantities.Add(-2.506628274631000502);
+
+// The dictionary of atoms, which its first user makes.
+template <>
+Mutex Singleton<Dictionary>::m_mutex{};
+template <>
+std::unique_ptr<Dictionary> Singleton<Dictionary>::m_singleton{};
+template <>
+std::atomic<bool> Singleton<Dictionary>::m_bInstantiated{false};
 
 namespace {
 
