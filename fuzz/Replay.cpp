@@ -3,6 +3,7 @@
 //
 // The first byte tells what pieces the source gives; all others are the recording.
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -62,8 +63,16 @@ bool IsName(const std::string& text) {
              std::string::npos;
 }
 
+bool IsUnit(const std::string& text) {
+  const char* const units[] = {"Week",        "Week (2)",    "Day",        "Day (2)", "Hour",
+                               "Hour (2)",    "Minute",      "Minute (2)", "Second",  "Second (2)",
+                               "Millisecond", "Microsecond", "Nanosecond"};
+  return std::find(std::begin(units), std::end(units), text) != std::end(units);
+}
+
 struct ReferenceSeries {
   std::string m_sName;
+  std::string m_sUnit = "Microsecond";
   unsigned long long m_ullCount = 0;
   long long m_llTolerance = 0;
   unsigned long long m_ullLast = 0;
@@ -73,7 +82,9 @@ struct ReferenceSeries {
 
 // Nothing: the head is none.
 std::optional<std::vector<ReferenceSeries>> ReadHead(Reference& in) {
-  if (in.Text() != "OxaStation" || in.Number(4) != 1) return std::nullopt;
+  if (in.Text() != "OxaStation") return std::nullopt;
+  const unsigned long long version = in.Number(4);
+  if (version != 1 && version != 2) return std::nullopt;
   const unsigned long long count = in.Number(4);
   if (count < 1 || count > 16) return std::nullopt;
   std::vector<ReferenceSeries> all(count);
@@ -82,8 +93,10 @@ std::optional<std::vector<ReferenceSeries>> ReadHead(Reference& in) {
     const auto interval = static_cast<long long>(in.Number(8));
     series.m_llTolerance = static_cast<long long>(in.Number(8));
     series.m_ullCount = in.Number(4);
+    if (version == 2) series.m_sUnit = in.Text();
     if (in.IsShort() || !IsName(series.m_sName) || interval < 1 || interval > 100000000 ||
-        series.m_llTolerance < 0 || series.m_ullCount < 1 || series.m_ullCount > 1000000) {
+        series.m_llTolerance < 0 || series.m_ullCount < 1 || series.m_ullCount > 1000000 ||
+        !IsUnit(series.m_sUnit)) {
       return std::nullopt;
     }
     for (const ReferenceSeries& other : all)
@@ -119,6 +132,7 @@ std::optional<Recorded> Read(const std::string& bytes, std::size_t piece) {
 
 void Compare(const ReferenceSeries& expected, const Measurement& found) {
   CheckSame(expected.m_sName, found.m_series.m_sName, "a series has the name that the recording tells");
+  CheckSame(expected.m_sUnit, found.m_series.m_sUnit, "a series has the unit that the recording tells");
   Check(expected.m_ullCount == found.m_series.m_ulCount, "a series has the count that the recording tells");
   Check(expected.m_ulLate == found.m_ulLate, "as many samples are late as are beyond the tolerance");
   Check(expected.m_latenesses.size() == found.m_latenesses.size(), "all whole samples are read");

@@ -8,15 +8,17 @@
 namespace Station {
 
 const char* const sHELP =
-    "usage: station [--plan FILE] [--record FILE] [--daily FOLDER] [OPTION]...\n"
-    "       station replay FILE [OPTION]...\n"
+    "usage: station [test] [--plan FILE] [--record FILE] [--report FILE] [--daily FOLDER] [OPTION]...\n"
+    "       station replay FILE [--report FILE] [OPTION]...\n"
     "       station days FOLDER [OPTION]...\n"
     "\n"
-    "Measures how late this system wakes a sleeper; or shows the table of a recording again; or walks the\n"
-    "files of a daily log, from the oldest to the newest.\n"
+    "Measures how late this system wakes a sleeper, and judges that by the tolerances of a plan: as a test,\n"
+    "it answers by its exit status. Or shows a recording again; or walks the files of a daily log, from the\n"
+    "oldest to the newest.\n"
     "\n"
     "  --plan FILE   what to measure; without it, a plan that is built in\n"
     "  --record FILE keeps all samples in FILE, which is made or emptied\n"
+    "  --report FILE writes the results as a page for a browser to FILE, which is made or emptied\n"
     "  --daily FOLDER\n"
     "                keeps a daily log in FOLDER, which is made if need be: every sample that was too\n"
     "                late, and what came out\n"
@@ -34,16 +36,20 @@ const char* const sHELP =
     "\n"
     "  fast 1ms 500 250us   # 500 samples, one a millisecond; up to 250 microseconds late is fine\n"
     "\n"
-    "Units are ns, us, ms and s. Intervals go up to 10s, counts up to 1000000. What follows a # is a\n"
-    "comment. A line that can't be read is refused, and the next one is read. The series, up to 16, are\n"
+    "Units are all units of time that the library knows, by any of their names: 250us, 0.25 Milliseconds,\n"
+    "0.00001 Hour. Only a tolerance may hold blanks. Intervals go up to 10s, counts up to 1000000. What\n"
+    "follows a # is a comment. A line that can't be read is refused, and the next one is read. A series\n"
+    "passes if it is complete and 99 of 100 samples came in time. The series, up to 16, are\n"
     "measured all at once. A sample that is missed, because the one before it came too late, is retried,\n"
     "up to 500 times a series; then the series is given up. Of all samples that are later than their\n"
     "series tolerates, the first 20 are told.\n"
     "\n"
     "exit status:\n"
-    "  0    every series of the plan was measured, lines of it may have been refused; or all was shown\n"
+    "  0    every series of the plan was measured, lines of it may have been refused; or all was shown; of "
+    "a\n"
+    "       test: every line of the plan was read, and every series passed\n"
     "  1    a series was given up, or there was none, or a result was lost; or a recording could be read\n"
-    "       in part only, or there is no daily log\n"
+    "       in part only, or there is no daily log; or the test was not passed\n"
     "  2    nothing was measured or shown: the arguments, a file or a folder can't be used\n"
     "  130  interrupted (143: terminated); what was measured until then is shown\n";
 
@@ -53,14 +59,16 @@ const char* const sPLAN = "--plan";
 const char* const sLOG = "--log";
 const char* const sOPEN = "--open";
 const char* const sRECORD = "--record";
+const char* const sREPORT = "--report";
 const char* const sDAILY = "--daily";
+const char* const sTEST = "test";
 const char* const sREPLAY = "replay";
 const char* const sDAYS = "days";
 const char* const sHELP_OPTION = "--help";
 
 // What has to stand behind an option; null for what is no such option.
 const char* WantedBehind(const std::string& option) {
-  if (option == sPLAN || option == sRECORD || option == sREPLAY) return "a file";
+  if (option == sPLAN || option == sRECORD || option == sREPORT || option == sREPLAY) return "a file";
   if (option == sLOG || option == sDAILY || option == sDAYS) return "a folder";
   if (option == sOPEN) return "PATH=LEVEL";
   return nullptr;
@@ -78,14 +86,14 @@ std::string AddOpening(std::vector<LogOpening>& openings, const std::string& val
 
 std::string TakeCommand(CommandLine& result, const std::string& command, const std::string& operand) {
   if (result.m_eCommand != eMEASURE) return "one thing at a time: " + Quoted(command);
-  result.m_eCommand = command == sREPLAY ? eREPLAY : eDAYS;
+  result.m_eCommand = command == sTEST ? eTEST : command == sREPLAY ? eREPLAY : eDAYS;
   result.m_sOperand = operand;
   return std::string();
 }
 
 // Options that only measuring knows what to do with.
 std::string FindContradiction(const CommandLine& result) {
-  if (result.m_eCommand == eMEASURE) return std::string();
+  if (result.m_eCommand == eMEASURE || result.m_eCommand == eTEST) return std::string();
   const std::pair<const char*, bool> given[] = {{sPLAN, result.m_plan.has_value()},
                                                 {sRECORD, !result.m_sRecording.empty()},
                                                 {sDAILY, !result.m_sDailyFolder.empty()},
@@ -93,7 +101,8 @@ std::string FindContradiction(const CommandLine& result) {
   for (const auto& [option, isGiven] : given) {
     if (isGiven) return std::string(option) + " is for measuring";
   }
-  return std::string();
+  const bool hasReport = result.m_eCommand == eDAYS && !result.m_sReport.empty();
+  return hasReport ? std::string(sREPORT) + " is for measuring and replays" : std::string();
 }
 
 // Gives what is wrong; empty if nothing is.
@@ -102,6 +111,7 @@ std::string TakeOption(CommandLine& result, const std::string& option, const std
   if (option == sPLAN) result.m_plan = value;
   if (option == sLOG) result.m_sLogFolder = value;
   if (option == sRECORD) result.m_sRecording = value;
+  if (option == sREPORT) result.m_sReport = value;
   if (option == sDAILY) result.m_sDailyFolder = value;
   if (option == sREPLAY || option == sDAYS) return TakeCommand(result, option, value);
   return std::string();
@@ -116,6 +126,8 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     const char* const wanted = WantedBehind(argument);
     if (argument == sHELP_OPTION) {
       result.m_bHelp = true;
+    } else if (argument == sTEST) {
+      result.m_sMistake = TakeCommand(result, argument, std::string());
     } else if (wanted == nullptr) {
       result.m_sMistake = "unknown argument " + Quoted(argument);
     } else if (i + 1 == arguments.size() || !IsValue(arguments[i + 1])) {

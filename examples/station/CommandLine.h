@@ -12,6 +12,7 @@ namespace Station {
 
 enum ECommand {
   eMEASURE,
+  eTEST,    ///< measure, and answer whether all is well
   eREPLAY,  ///< show a recording
   eDAYS     ///< walk a daily log
 };
@@ -23,6 +24,7 @@ struct CommandLine {
   std::optional<std::string> m_plan;      ///< nothing: the plan that is built in
   std::string m_sLogFolder;               ///< where the log goes; empty: beside the program
   std::string m_sRecording;               ///< where samples are kept; empty: nowhere
+  std::string m_sReport;                  ///< where the page goes; empty: there is none
   std::string m_sDailyFolder;             ///< where the daily log goes; empty: there is none
   std::vector<LogOpening> m_logOpenings;  ///< what goes into the log in addition
   bool m_bHelp = false;

@@ -15,7 +15,7 @@ const char* const sBEGINS = "a run begins: ";
 const char* const sREFUSED = "refused: ";
 
 bool ComplainOf(const char* what, const std::string& failure) {
-  if (!failure.empty()) Complain(what + failure);
+  if (!failure.empty()) Complain(what + Shown(failure));
   return failure.empty();
 }
 

@@ -51,7 +51,7 @@ std::string DescribeRefusal(const std::string& planName, unsigned long line, con
 }  // namespace
 
 Plan ReadPlan(const std::string& name, const std::string& text) {
-  Plan plan;
+  Plan plan{{}, {}, name};
   const std::string shownName = Shown(name);
   std::istringstream lines(text);
   std::string line;

@@ -17,6 +17,7 @@ constexpr std::size_t uMOST_SERIES = 16;
 struct Plan {
   std::vector<Series> m_series;
   std::vector<std::string> m_refusals;  ///< per refused line its place and what is wrong with it
+  std::string m_sName;                  ///< what it is called
 };
 
 /// Reads the plan in `text`, up to uMOST_SERIES. A line that can't be read is refused, and the next one is read:
@@ -28,9 +29,11 @@ Plan ReadPlan(const std::string& name, const std::string& text);
 /// than 64 KiB; empty where that returns.
 std::string ReadPlanFile(const std::string& file);
 
-/// The plan that is built into the program, and what it is called.
+/// The plans that are built into the program, and what they are called: one to see something, and one to pass.
 extern const char* const sDEFAULT_PLAN_NAME;
+extern const char* const sTEST_PLAN_NAME;
 std::string DefaultPlan();
+std::string TestPlan();
 
 }  // namespace Station
 

@@ -3,7 +3,6 @@
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/RaiseSite.h>
 
-#include <algorithm>
 #include <limits>
 
 #include "ShownText.h"
@@ -22,25 +21,13 @@ const char* const sBAD_NAME = "only letters, digits, '-', '_' and '.' make a nam
 const char* const sNO_NUMBER = "a whole number is wanted";
 const char* const sNEGATIVE = "it can't be negative";
 const char* const sTOO_LARGE = "the number is too large";
-const char* const sNO_UNIT = "a unit is wanted: ns, us, ms or s";
-const char* const sUNKNOWN_UNIT = "the unit is unknown; ns, us, ms and s are known";
 const char* const sBAD_INTERVAL = "more than 0 and at most 10s is wanted";
 const char* const sBAD_COUNT = "1 to 1000000 is wanted";
 
 const char* const sDIGITS = "0123456789";
 const char* const sNAME_CHARACTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.";
 
-struct Unit {
-  const char* m_pName;
-  Elapse::TimeUnits m_eUnits;
-  long long m_iNanoSeconds;
-};
-const Unit aUNITS[] = {{"ns", Elapse::NanoSeconds, 1},
-                       {"us", Elapse::MicroSeconds, 1000},
-                       {"ms", Elapse::MilliSeconds, 1000000},
-                       {"s", Elapse::Seconds, 1000000000}};
-
-void Refuse(const char* field, const std::string& text, const char* reason) {
+void Refuse(const char* field, const std::string& text, const std::string& reason) {
   OXA_RAISE_ERROR(sLOG_NAME, InvalidParameter(field, Quoted(text) + " (" + reason + ")"));
 }
 
@@ -49,17 +36,12 @@ const char* WhyNoNumber(const std::string& text) {
   return text.find_first_of(sDIGITS) == 1 && text[0] == '-' ? sNEGATIVE : sNO_NUMBER;
 }
 
-// Why `rest`, what follows the number, is no unit.
-const char* WhyNoUnit(const std::string& rest) {
-  if (rest.empty()) return sNO_UNIT;
-  return rest[0] == '.' || rest[0] == ',' ? sNO_NUMBER : sUNKNOWN_UNIT;
-}
-
-// The number that the first `digits` characters of `text` write; refused beyond `largest`.
-long long ReadDigits(const char* field, const std::string& text, std::size_t digits, long long largest) {
+// The number that `text`, nothing but digits, writes; refused beyond what can be counted.
+long long ReadDigits(const char* field, const std::string& text) {
+  const long long largest = std::numeric_limits<long long>::max();
   long long number = 0;
-  for (std::size_t i = 0; i < digits; ++i) {
-    const int digit = text[i] - '0';
+  for (const char c : text) {
+    const int digit = c - '0';
     if (number > (largest - digit) / 10) {
       Refuse(field, text, sTOO_LARGE);
       return 0;
@@ -69,21 +51,11 @@ long long ReadDigits(const char* field, const std::string& text, std::size_t dig
   return number;
 }
 
-// A number with its unit, up to what a count of nanoseconds can hold.
-Elapse ReadDuration(const char* field, const std::string& text) {
-  const std::size_t digits = std::min(text.find_first_not_of(sDIGITS), text.size());
-  const std::string name = text.substr(digits);
-  if (digits == 0) {
-    Refuse(field, text, WhyNoNumber(text));
-    return 0;
-  }
-  for (const Unit& unit : aUNITS) {
-    if (name != unit.m_pName) continue;
-    const long long largest = std::numeric_limits<long long>::max() / unit.m_iNanoSeconds;
-    return Elapse(ReadDigits(field, text, digits, largest), unit.m_eUnits);
-  }
-  Refuse(field, text, WhyNoUnit(name));
-  return 0;
+PlanTime ReadTimeField(const char* field, const std::string& text) {
+  PlanTime time;
+  const std::string mistake = ReadTime(text, time);
+  if (!mistake.empty()) Refuse(field, text, mistake);
+  return time;
 }
 
 }  // namespace
@@ -100,7 +72,7 @@ std::string ReadName(const std::string& text) {
 
 Elapse ReadInterval(const std::string& text) {
   try {
-    const Elapse interval = ReadDuration(sINTERVAL_FIELD, text);
+    const Elapse interval = ReadTimeField(sINTERVAL_FIELD, text).m_elapse;
     if (interval > 0 && interval <= Elapse(llLONGEST_INTERVAL, Elapse::Seconds)) return interval;
     Refuse(sINTERVAL_FIELD, text, sBAD_INTERVAL);
   }
@@ -114,8 +86,7 @@ unsigned long ReadCount(const std::string& text) {
       Refuse(sCOUNT_FIELD, text, WhyNoNumber(text));
       return 0;
     }
-    const long long largest = std::numeric_limits<long long>::max();
-    const long long count = ReadDigits(sCOUNT_FIELD, text, text.size(), largest);
+    const long long count = ReadDigits(sCOUNT_FIELD, text);
     if (count >= 1 && count <= llLARGEST_COUNT) return static_cast<unsigned long>(count);
     Refuse(sCOUNT_FIELD, text, sBAD_COUNT);
   }
@@ -123,12 +94,12 @@ unsigned long ReadCount(const std::string& text) {
   return 0;
 }
 
-Elapse ReadTolerance(const std::string& text) {
+PlanTime ReadTolerance(const std::string& text) {
   try {
-    return ReadDuration(sTOLERANCE_FIELD, text);
+    return ReadTimeField(sTOLERANCE_FIELD, text);
   }
   OXA_FORWARD_ERRORS_WITH_INFO(OXA_INFO(sPLACE, sTOLERANCE_FIELD))
-  return 0;
+  return PlanTime();
 }
 
 }  // namespace Station

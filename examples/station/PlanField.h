@@ -1,7 +1,7 @@
 // Reads the single fields of a line of a plan.
 //
 // Failures: each function raises an InvalidParameter that names the field and shows its text with the reason.
-// Where that raise returns, because the process is about to end, the result is 0.
+// Where that raise returns, because the process is about to end, the result is 0 or empty.
 #ifndef STATION_PLANFIELD_H
 #define STATION_PLANFIELD_H
 
@@ -9,6 +9,8 @@
 
 #include <cstddef>
 #include <string>
+
+#include "PlanTime.h"
 
 namespace Station {
 
@@ -26,14 +28,14 @@ constexpr long long llLONGEST_INTERVAL = 10;  ///< in seconds
 /// Up to 20 letters, digits, '-', '_' and '.'; gives `text`.
 std::string ReadName(const std::string& text);
 
-/// More than 0 and at most 10 s, as in "500us". Units are ns, us, ms and s.
+/// More than 0 and at most 10 s, as ReadTime takes it.
 Oxa::Core::Elapse ReadInterval(const std::string& text);
 
 /// 1 to 1000000.
 unsigned long ReadCount(const std::string& text);
 
-/// 0 or more; a unit is needed here too.
-Oxa::Core::Elapse ReadTolerance(const std::string& text);
+/// 0 or more, as ReadTime takes it.
+PlanTime ReadTolerance(const std::string& text);
 
 }  // namespace Station
 

@@ -11,7 +11,7 @@ void WriteRecordingHead(DataOutputStream& out, const Plan& plan) {
       << static_cast<unsigned int>(plan.m_series.size());
   for (const Series& series : plan.m_series) {
     out << series.m_sName << series.m_interval.GetRawTimerTicks() << series.m_tolerance.GetRawTimerTicks()
-        << static_cast<unsigned int>(series.m_ulCount);
+        << static_cast<unsigned int>(series.m_ulCount) << series.m_sUnit;
   }
 }
 

@@ -1,11 +1,12 @@
 // What a recording is made of: the samples of one run, as typed values in a file.
 //
 //   "OxaStation"           a string, so that other files are told from recordings
-//   version                unsigned int, 1
+//   version                unsigned int, 2; in recordings of version 1 series have no unit, and are shown in microseconds
 //   number of series       unsigned int, as many as a plan may hold; then of each
 //     name                   string, as plans allow it
 //     interval, tolerance    long long, in steps of 100 ns
 //     count                  unsigned int, the samples that are wanted
+//     unit                   string: the main name of the unit in which the plan gives the tolerance
 //   samples, of 16 bytes each, in the order of their arrival
 //     series                 unsigned int, from 0
 //     number                 unsigned int, from 1; grows within a series
@@ -27,7 +28,8 @@
 namespace Station {
 
 extern const char* const sRECORDING_MARK;
-constexpr unsigned int uRECORDING_VERSION = 1;
+constexpr unsigned int uRECORDING_VERSION = 2;
+constexpr unsigned int uVERSION_WITHOUT_UNITS = 1;
 constexpr unsigned int uEND_MARK = 0xFFFFFFFF;
 constexpr std::size_t uRECORD_SIZE = 16;
 

@@ -10,6 +10,7 @@
 
 #include "Loggers.h"
 #include "PlanField.h"
+#include "Quantity.h"
 #include "Recording.h"
 #include "ShownText.h"
 #include "StationAlerts.h"
@@ -54,7 +55,8 @@ class HeadReader {
   std::vector<Measurement> Read() {
     std::vector<Measurement> measurements;
     if (Text(sFOREIGN) != sRECORDING_MARK) Refuse(sFOREIGN);
-    if (Value<unsigned int>() != uRECORDING_VERSION) Refuse(sVERSION);
+    m_uVersion = Value<unsigned int>();
+    if (m_uVersion != uRECORDING_VERSION && m_uVersion != uVERSION_WITHOUT_UNITS) Refuse(sVERSION);
     const auto count = Value<unsigned int>();
     if (count < 1 || count > uMOST_SERIES) Refuse(sBAD_SERIES);
     while (m_bGood && measurements.size() < count) measurements.push_back(NextSeries(measurements));
@@ -95,6 +97,7 @@ class HeadReader {
     const auto interval = Value<long long>();
     const auto tolerance = Value<long long>();
     series.m_ulCount = Value<unsigned int>();
+    if (m_uVersion != uVERSION_WITHOUT_UNITS) series.m_sUnit = Text(sBAD_SERIES);
     series.m_interval = Ticks(interval);
     series.m_tolerance = Ticks(tolerance);
     if (!CanBe(series)) Refuse(sBAD_SERIES);
@@ -104,7 +107,13 @@ class HeadReader {
 
   static bool CanBe(const Series& series) {
     return series.m_interval > 0 && series.m_interval <= Elapse(llLONGEST_INTERVAL, Elapse::Seconds) &&
-           series.m_tolerance >= 0 && series.m_ulCount >= 1 && series.m_ulCount <= llLARGEST_COUNT;
+           series.m_tolerance >= 0 && series.m_ulCount >= 1 && series.m_ulCount <= llLARGEST_COUNT &&
+           IsTimeUnit(series.m_sUnit);
+  }
+
+  static bool IsTimeUnit(const std::string& name) {
+    const auto spUnit = FindTimeUnit(name);
+    return spUnit && spUnit->GetName() == name;
   }
 
   // By the rules of plans, whose error is a step of this one's way.
@@ -121,6 +130,7 @@ class HeadReader {
 
   const std::string& m_sFile;
   DataInputStream& m_in;
+  unsigned int m_uVersion = 0;
   bool m_bGood = true;
 };
 

@@ -2,12 +2,14 @@
 
 #include <Infrastructure/OxaCore/AlertManager.h>
 
+#include <algorithm>
 #include <iomanip>
-#include <ostream>
 #include <set>
+#include <sstream>
 
-#include "Loggers.h"
+#include "Quantity.h"
 #include "ShownText.h"
+#include "Utf8.h"
 
 namespace Station {
 
@@ -20,49 +22,70 @@ using Oxa::Core::WarningRecord;
 
 namespace {
 
-const char* const sTITLE = "How late the system wakes a sleeper, in microseconds:\n\n";
+const char* const sTITLE = "How late the system wakes a sleeper:\n\n";
+const char* const sSERIES = "series";
 
-constexpr int iNAME_WIDTH = 20;
-constexpr int iWIDTH = 10;
-
-void WriteFirstColumn(std::ostream& out, const std::string& text) {
-  out << std::left << std::setw(iNAME_WIDTH) << text << std::right;
-}
-
-template <class T>
-void WriteColumn(std::ostream& out, const T& value) {
-  out << std::setw(iWIDTH) << value;
-}
+constexpr int iLABEL_WIDTH = 20;
+constexpr int iNAME_WIDTH = 8;
+constexpr int iCOUNT_WIDTH = 8;
+constexpr int iFIGURE_WIDTH = 12;
 
 template <class T>
 void WriteLine(std::ostream& out, const char* name, const T& value) {
-  WriteFirstColumn(out, name);
-  out << value << '\n';
+  out << std::left << std::setw(iLABEL_WIDTH) << name << std::right << value << '\n';
 }
 
-void WriteHeading(std::ostream& out) {
-  WriteFirstColumn(out, "series");
-  for (const char* const heading : {"count", "least", "median", "99 %", "greatest", "too late"}) {
-    WriteColumn(out, heading);
-  }
-  out << '\n';
-}
-
-void WriteRow(std::ostream& out, const Measurement& measurement) {
-  WriteFirstColumn(out, measurement.m_series.m_sName);
-  WriteColumn(out, measurement.m_latenesses.size());
-  const Statistics& statistics = measurement.m_statistics;
-  for (const Elapse& figure :
-       {statistics.m_least, statistics.m_median, statistics.m_percentile99, statistics.m_greatest}) {
-    if (measurement.m_latenesses.empty()) {
-      WriteColumn(out, '-');
-    } else {
-      WriteColumn(out, MicroSeconds(figure));
+// Lines whose first column is as wide as the longest name. In single bytes, so that widths count characters.
+class Table {
+ public:
+  explicit Table(const std::vector<Measurement>& measurements) {
+    for (const Measurement& measurement : measurements) {
+      m_iNameWidth = std::max(m_iNameWidth, static_cast<int>(measurement.m_series.m_sName.size()));
     }
+    WriteHeading();
+    for (const Measurement& measurement : measurements) WriteRow(measurement);
   }
-  WriteColumn(out, measurement.m_ulLate);
-  out << '\n';
-}
+
+  std::string GetText() const { return m_text.str(); }
+
+ private:
+  void WriteFirst(const std::string& name) {
+    m_text << std::left << std::setw(m_iNameWidth) << name << std::right;
+  }
+
+  template <class T>
+  void WriteColumn(int width, const T& value) {
+    m_text << ' ' << std::setw(width) << value;
+  }
+
+  void WriteHeading() {
+    WriteFirst(sSERIES);
+    WriteColumn(iCOUNT_WIDTH, "count");
+    for (const char* const heading : {"least", "median", "99 %", "greatest"})
+      WriteColumn(iFIGURE_WIDTH, heading);
+    WriteColumn(iCOUNT_WIDTH, "too late");
+    m_text << '\n';
+  }
+
+  void WriteRow(const Measurement& measurement) {
+    WriteFirst(measurement.m_series.m_sName);
+    WriteColumn(iCOUNT_WIDTH, measurement.m_latenesses.size());
+    const Statistics& statistics = measurement.m_statistics;
+    for (const Elapse& figure :
+         {statistics.m_least, statistics.m_median, statistics.m_percentile99, statistics.m_greatest}) {
+      if (measurement.m_latenesses.empty()) {
+        WriteColumn(iFIGURE_WIDTH, '-');
+      } else {
+        WriteColumn(iFIGURE_WIDTH, InUnit(figure, measurement.m_series.m_sUnit));
+      }
+    }
+    WriteColumn(iCOUNT_WIDTH, measurement.m_ulLate);
+    m_text << '\n';
+  }
+
+  int m_iNameWidth = iNAME_WIDTH;
+  std::ostringstream m_text;
+};
 
 void WriteWarnings(std::ostream& out) {
   std::set<WarningRecord, SSortWarnings> records;
@@ -88,9 +111,7 @@ void WriteErrors(std::ostream& out) {
 }  // namespace
 
 void WriteTable(std::ostream& out, const std::vector<Measurement>& measurements) {
-  out << '\n' << sTITLE << std::fixed << std::setprecision(1);
-  WriteHeading(out);
-  for (const Measurement& measurement : measurements) WriteRow(out, measurement);
+  out << '\n' << sTITLE << ToUtf8(Table(measurements).GetText());
 }
 
 void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements) {
@@ -106,5 +127,7 @@ void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Mea
 void WriteLogPlace(std::ostream& out, const std::string& document) {
   WriteLine(out, "Log:", Shown(document));
 }
+
+void WriteReportPlace(std::ostream& out, const std::string& file) { WriteLine(out, "Report:", Shown(file)); }
 
 }  // namespace Station

@@ -16,8 +16,10 @@
 #include "Progress.h"
 #include "Replay.h"
 #include "Report.h"
+#include "ReportFile.h"
 #include "ShownText.h"
-#include "StationAlerts.h"
+#include "Utf8.h"
+#include "Verdicts.h"
 
 namespace Station {
 
@@ -32,19 +34,16 @@ const char* const sINTERRUPTED = "Interrupted; what was measured until now is ke
 const char* const sNO_SERIES = "the plan has no series that could be measured";
 const char* const sRESULTS_LOST = "the results could not all be written";
 
-std::string PlanName(const CommandLine& commandLine) {
-  return commandLine.m_plan.value_or(sDEFAULT_PLAN_NAME);
-}
-
 Plan LoadPlan(const CommandLine& commandLine) {
-  const std::string text = commandLine.m_plan ? ReadPlanFile(*commandLine.m_plan) : DefaultPlan();
-  return ReadPlan(PlanName(commandLine), text);
+  if (commandLine.m_plan) return ReadPlan(*commandLine.m_plan, ReadPlanFile(*commandLine.m_plan));
+  if (commandLine.m_eCommand == eTEST) return ReadPlan(sTEST_PLAN_NAME, TestPlan());
+  return ReadPlan(sDEFAULT_PLAN_NAME, DefaultPlan());
 }
 
-void TellPlan(const std::string& name, const Plan& plan) {
+void TellPlan(const Plan& plan) {
   LogManager::Instance()
       ->GetLogger(sPLAN_LOGGER)
-      ->WriteLog(eLOG_INFORMATIONAL, sPLAN_READ, Shown(name).c_str(), plan.m_series.size(),
+      ->WriteLog(eLOG_INFORMATIONAL, sPLAN_READ, Shown(plan.m_sName).c_str(), plan.m_series.size(),
                  plan.m_refusals.size());
   for (const std::string& refusal : plan.m_refusals) Complain(refusal);
   if (plan.m_series.empty()) Complain(sNO_SERIES);
@@ -62,35 +61,46 @@ std::vector<Measurement> Measure(const Plan& plan, Keeping& keeping) {
   return measurements;
 }
 
-void Report(const Plan& plan, const std::vector<Measurement>& measurements) {
+Verdicts Report(const Plan& plan, const std::vector<Measurement>& measurements) {
   for (const Measurement& measurement : measurements) {
     if (measurement.m_sGivenUp.empty()) continue;
     Complain("series " + Quoted(measurement.m_series.m_sName) + " given up: " + measurement.m_sGivenUp);
   }
   WriteTable(std::cout, measurements);
+  Verdicts verdicts = Judge(std::cout, measurements);
   WriteAlertCounts(std::cout, plan, measurements);
+  return verdicts;
 }
 
-int StatusOf(const std::vector<Measurement>& measurements) {
-  if (IsInterrupted()) return InterruptionStatus();
+// Whether a run came out as it was asked to. A self-test that leaves out a line of its plan hasn't tested all.
+bool IsWell(const CommandLine& commandLine, const Plan& plan, const std::vector<Measurement>& measurements,
+            const Verdicts& verdicts) {
+  if (commandLine.m_eCommand == eTEST) return plan.m_refusals.empty() && HaveAllPassed(verdicts);
   const bool complete = std::all_of(measurements.begin(), measurements.end(),
                                     [](const Measurement& measurement) { return measurement.IsComplete(); });
-  return complete && !measurements.empty() ? iALL_MEASURED : iINCOMPLETE;
+  return complete && !measurements.empty();
 }
 
 int MeasureAndReport(const CommandLine& commandLine) {
+  const Plan plan = LoadPlan(commandLine);
+  OpenLog(commandLine.m_logOpenings, plan);
+  TellPlan(plan);
+  ReportFile report(commandLine.m_sReport);
+  Keeping keeping(commandLine, plan);
+  const std::vector<Measurement> measurements = Measure(plan, keeping);
+  const bool isKept = keeping.Finish(measurements);
+  const Verdicts verdicts = Report(plan, measurements);
+  const bool isWritten = report.Write(std::cout, measurements, verdicts, plan.m_refusals);
+  if (IsInterrupted()) return InterruptionStatus();
+  return isKept && isWritten && IsWell(commandLine, plan, measurements, verdicts) ? iALL_MEASURED
+                                                                                  : iINCOMPLETE;
+}
+
+int MeasureIfPossible(const CommandLine& commandLine) {
   try {
-    const Plan plan = LoadPlan(commandLine);
-    OpenLog(commandLine.m_logOpenings, plan);
-    TellPlan(PlanName(commandLine), plan);
-    Keeping keeping(commandLine, plan);
-    const std::vector<Measurement> measurements = Measure(plan, keeping);
-    const bool isKept = keeping.Finish(measurements);
-    Report(plan, measurements);
-    const int status = StatusOf(measurements);
-    return status == iALL_MEASURED && !isKept ? iINCOMPLETE : status;
-  } catch (const Error& error) {  // the plan, the recording or the daily log
-    Complain(error.what());
+    return MeasureAndReport(commandLine);
+  } catch (const Error& error) {  // the plan, the report, the recording or the daily log
+    Complain(Shown(error.what()));
     return iCANNOT_START;
   }
 }
@@ -98,11 +108,11 @@ int MeasureAndReport(const CommandLine& commandLine) {
 int Serve(const CommandLine& commandLine) {
   switch (commandLine.m_eCommand) {
     case eREPLAY:
-      return Replay(commandLine.m_sOperand);
+      return Replay(commandLine.m_sOperand, commandLine.m_sReport);
     case eDAYS:
       return ShowDays(std::cout, commandLine.m_sOperand);
     default:
-      return MeasureAndReport(commandLine);
+      return MeasureIfPossible(commandLine);
   }
 }
 
@@ -117,6 +127,6 @@ int Run(const CommandLine& commandLine) {
   return status == iALL_MEASURED ? iINCOMPLETE : status;
 }
 
-void Complain(const std::string& text) { std::cerr << "station: " << text << std::endl; }
+void Complain(const std::string& text) { std::cerr << "station: " << ToUtf8(text) << std::endl; }
 
 }  // namespace Station

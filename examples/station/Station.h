@@ -17,7 +17,7 @@ constexpr int iCANNOT_START = 2;
 /// InitializeOxaCore and ShutdownOxaCore.
 int Run(const CommandLine& commandLine);
 
-/// One line on standard error.
+/// One line on standard error. `text` is in single bytes, as the library has them.
 void Complain(const std::string& text);
 
 }  // namespace Station

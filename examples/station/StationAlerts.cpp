@@ -20,6 +20,7 @@ const char* const sSAMPLE_LOST = "Sample %1% of series \"%2%\" was lost: nobody 
 const char* const sRECORDING_IMPOSSIBLE = "Nothing can be recorded in \"%1%\": %2%";
 const char* const sRECORDING_UNREADABLE = "The recording \"%1%\" can't be read: %2%";
 const char* const sRECORDING_DAMAGED = "The recording \"%1%\" can't be read beyond its %2% samples: %3%";
+const char* const sREPORT_IMPOSSIBLE = "The report \"%1%\" can't be written: %2%";
 const char* const sSAMPLE_NOT_RECORDED = "Sample %1% of series \"%2%\" is not in the recording";
 
 }  // namespace
@@ -51,5 +52,8 @@ RecordingUnreadable::RecordingUnreadable(const std::string& file, const std::str
 RecordingDamaged::RecordingDamaged(const std::string& file, unsigned long long samples,
                                    const std::string& reason)
     : ErrorClass(AlertMessage(sRECORDING_DAMAGED, Shown(file), samples, reason)) {}
+
+ReportImpossible::ReportImpossible(const std::string& file, const std::string& reason)
+    : ErrorClass(AlertMessage(sREPORT_IMPOSSIBLE, Shown(file), reason)) {}
 
 }  // namespace Station

@@ -46,6 +46,12 @@ class RecordingDamaged : public Oxa::Core::ErrorClass<RecordingDamaged, Oxa::Cor
   RecordingDamaged(const std::string& file, unsigned long long samples, const std::string& reason);
 };
 
+/// The report can't be written to `file`, for `reason`.
+class ReportImpossible : public Oxa::Core::ErrorClass<ReportImpossible, Oxa::Core::IOError> {
+ public:
+  ReportImpossible(const std::string& file, const std::string& reason);
+};
+
 /// A sample came later than its series tolerates.
 class SampleLate : public Oxa::Core::Warning {
  public:

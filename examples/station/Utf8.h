@@ -1,4 +1,4 @@
-// The one way from the library's texts to what terminals and pages expect.
+// The one way from the library's texts to what terminals and pages expect, and back.
 #ifndef STATION_UTF8_H
 #define STATION_UTF8_H
 
@@ -12,6 +12,11 @@ namespace Station {
 /// character, and a terminal obeys some of them (U+009B starts a command): each becomes the replacement
 /// character, U+FFFD. A text that is UTF-8 already must not come here: it would be spoiled.
 std::string ToUtf8(const std::string& singleByteText);
+
+/// The way back, for what people write: the characters of `text` that have a single byte, from U+0080 to U+00FF, become
+/// it, and so does the Greek letter mu, which many keyboards have in place of the micro sign. All other bytes stay, so
+/// that a text of single bytes comes out as it is; "\xC2\xB5" counts as UTF-8.
+std::string FromUtf8(const std::string& text);
 
 }  // namespace Station
 

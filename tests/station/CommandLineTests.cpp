@@ -13,6 +13,7 @@ TEST(CommandLine, MayBeEmpty) {
   EXPECT_EQ(Station::eMEASURE, read.m_eCommand);
   EXPECT_EQ("", read.m_sLogFolder);
   EXPECT_EQ("", read.m_sRecording);
+  EXPECT_EQ("", read.m_sReport);
   EXPECT_EQ("", read.m_sDailyFolder);
   EXPECT_TRUE(read.m_logOpenings.empty());
   EXPECT_FALSE(read.m_bHelp);
@@ -43,10 +44,11 @@ TEST(CommandLine, TakesEveryOpening) {
 }
 
 TEST(CommandLine, TakesWhatIsToBeKept) {
-  const CommandLine read = ReadCommandLine({"--record", "samples", "--daily", "days"});
+  const CommandLine read = ReadCommandLine({"--record", "samples", "--daily", "days", "--report", "page"});
   EXPECT_EQ(Station::eMEASURE, read.m_eCommand);
   EXPECT_EQ("samples", read.m_sRecording);
   EXPECT_EQ("days", read.m_sDailyFolder);
+  EXPECT_EQ("page", read.m_sReport);
   EXPECT_EQ("", read.m_sMistake);
 }
 
@@ -62,7 +64,23 @@ TEST(CommandLine, TakesCommands) {
   EXPECT_EQ("", days.m_sMistake);
 }
 
+TEST(CommandLine, TakesATestWithAllThatMeasuringTakes) {
+  const CommandLine read = ReadCommandLine(
+      {"test", "--plan", "a", "--record", "b", "--daily", "c", "--report", "d", "--open", "e=Debug"});
+  EXPECT_EQ(Station::eTEST, read.m_eCommand);
+  EXPECT_EQ("a", read.m_plan);
+  EXPECT_EQ("d", read.m_sReport);
+  EXPECT_EQ("", read.m_sMistake);
+  EXPECT_EQ(Station::eTEST, ReadCommandLine({"--log", "a", "test"}).m_eCommand);
+}
+
 TEST(CommandLine, TakesOneCommandAndItsOptionsOnly) {
+  EXPECT_EQ("one thing at a time: \"test\"", ReadCommandLine({"replay", "a", "test"}).m_sMistake);
+  EXPECT_EQ("one thing at a time: \"days\"", ReadCommandLine({"test", "days", "a"}).m_sMistake);
+  EXPECT_EQ("one thing at a time: \"test\"", ReadCommandLine({"test", "test"}).m_sMistake);
+  EXPECT_EQ("--report is for measuring and replays",
+            ReadCommandLine({"days", "a", "--report", "b"}).m_sMistake);
+  EXPECT_EQ("", ReadCommandLine({"replay", "a", "--report", "b"}).m_sMistake);
   EXPECT_EQ("one thing at a time: \"days\"", ReadCommandLine({"replay", "a", "days", "b"}).m_sMistake);
   EXPECT_EQ("one thing at a time: \"replay\"", ReadCommandLine({"replay", "a", "replay", "a"}).m_sMistake);
   EXPECT_EQ("--plan is for measuring", ReadCommandLine({"replay", "a", "--plan", "b"}).m_sMistake);
@@ -85,6 +103,8 @@ TEST(CommandLine, NamesItsMistakes) {
   EXPECT_EQ("--log needs a folder behind it", ReadCommandLine({"--log", ""}).m_sMistake);
   EXPECT_EQ("--record needs a file behind it", ReadCommandLine({"--record"}).m_sMistake);
   EXPECT_EQ("--daily needs a folder behind it", ReadCommandLine({"--daily", "--help"}).m_sMistake);
+  EXPECT_EQ("--report needs a file behind it", ReadCommandLine({"--report", "--log"}).m_sMistake);
+  EXPECT_EQ("unknown argument \"x\"", ReadCommandLine({"test", "x"}).m_sMistake);
   EXPECT_EQ("replay needs a file behind it", ReadCommandLine({"replay"}).m_sMistake);
   EXPECT_EQ("days needs a folder behind it", ReadCommandLine({"days", ""}).m_sMistake);
   EXPECT_EQ("--open needs PATH=LEVEL behind it", ReadCommandLine({"--open"}).m_sMistake);

@@ -46,7 +46,7 @@ using TestSupport::Eventually;
 
 Elapse Ticks(long long ticks) { return Elapse(ticks, Elapse::TimerTicks); }
 
-Plan ThePlan() { return ReadPlan("p", "a 1ms 3 5us\nb.c 10s 2 0s"); }
+Plan ThePlan() { return ReadPlan("p", "a 1ms 3 0.005 msec\nb.c 10s 2 0s"); }
 
 TEST(Recorder, WritesTheBytesOfARecording) {
   const TemporaryFolder folder;
@@ -223,7 +223,7 @@ TEST(Recorder, TellsOfAFileThatTakesNoMoreAndKeepsWhatItTook) {
 
 TEST(Recorder, KeepsWhatIsMeasuredOnSeveralThreads) {
   const TemporaryFolder folder;
-  const Plan plan = ReadPlan("p", "a 100us 300 10s\nb 200us 200 10s\nc 1ms 20 0s\nd 20ms 2 10s");
+  const Plan plan = ReadPlan("p", "a 100us 300 10s\nb 200us 200 0.1 Minutes\nc 1ms 20 0s\nd 20ms 2 10s");
   std::ostringstream out;
   Station::Progress progress(out, false);
   Station::SystemClock clock;
@@ -236,6 +236,8 @@ TEST(Recorder, KeepsWhatIsMeasuredOnSeveralThreads) {
   ASSERT_EQ(4U, recorded.m_measurements.size());
   for (std::size_t i = 0; i < 4; ++i) {
     EXPECT_EQ(measured[i].m_series.m_sName, recorded.m_measurements[i].m_series.m_sName);
+    EXPECT_EQ(measured[i].m_series.m_tolerance, recorded.m_measurements[i].m_series.m_tolerance);
+    EXPECT_EQ(measured[i].m_series.m_sUnit, recorded.m_measurements[i].m_series.m_sUnit);
     EXPECT_EQ(measured[i].m_latenesses, recorded.m_measurements[i].m_latenesses);
     EXPECT_EQ(measured[i].m_ulLate, recorded.m_measurements[i].m_ulLate);
   }
@@ -249,7 +251,7 @@ constexpr unsigned uMANY = 1000000;
 
 TEST(Recorder, KeepsAMillionSamplesByteByByte) {
   const TemporaryFolder folder;
-  std::string expected = Text("OxaStation") + Little(1, 4) + Little(1, 4) + SeriesBytes("a", 1, 0, 1000000);
+  std::string expected = Text("OxaStation") + Little(2, 4) + Little(1, 4) + SeriesBytes("a", 1, 0, 1000000);
   std::vector<Elapse> latenesses;
   Recorder recorder(folder.File("x"), ReadPlan("p", "a 100ns 1000000 0s"));
   for (unsigned number = 1; number <= uMANY; ++number) {

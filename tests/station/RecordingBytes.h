@@ -14,9 +14,15 @@ inline std::string Little(unsigned long long value, int bytes) {
 
 inline std::string Text(const std::string& text) { return Little(text.size(), 4) + text; }
 
-inline std::string SeriesBytes(const std::string& name, long long interval, long long tolerance,
-                               unsigned count) {
+/// As the first version had them: without a unit.
+inline std::string FormerSeriesBytes(const std::string& name, long long interval, long long tolerance,
+                                     unsigned count) {
   return Text(name) + Little(interval, 8) + Little(tolerance, 8) + Little(count, 4);
+}
+
+inline std::string SeriesBytes(const std::string& name, long long interval, long long tolerance,
+                               unsigned count, const std::string& unit = "Second") {
+  return FormerSeriesBytes(name, interval, tolerance, count) + Text(unit);
 }
 
 inline std::string SampleBytes(unsigned series, unsigned number, long long lateness) {
@@ -27,10 +33,10 @@ inline std::string EndBytes(unsigned long long samples) {
   return Little(0xFFFFFFFF, 4) + Little(0, 4) + Little(samples, 8);
 }
 
-/// The head of two series: "a", a sample a millisecond, 3 of them, up to 5 microseconds late; "b.c", every 10 s, 2,
+/// The head of two series: "a", a sample a millisecond, 3 of them, up to 0.005 milliseconds late; "b.c", every 10 s, 2,
 /// of which none may be late.
 inline std::string HeadBytes() {
-  return Text("OxaStation") + Little(1, 4) + Little(2, 4) + SeriesBytes("a", 10000, 50, 3) +
+  return Text("OxaStation") + Little(2, 4) + Little(2, 4) + SeriesBytes("a", 10000, 50, 3, "Millisecond") +
          SeriesBytes("b.c", 100000000, 0, 2);
 }
 

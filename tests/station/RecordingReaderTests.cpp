@@ -98,12 +98,14 @@ TEST(RecordingReader, ReadsAllThatIsThere) {
   EXPECT_EQ("a", a.m_series.m_sName);
   EXPECT_EQ(Ticks(10000), a.m_series.m_interval);
   EXPECT_EQ(Ticks(50), a.m_series.m_tolerance);
+  EXPECT_EQ("Millisecond", a.m_series.m_sUnit);
   EXPECT_EQ(3U, a.m_series.m_ulCount);
   EXPECT_THAT(a.m_latenesses, ElementsAre(Ticks(50), Ticks(51), Ticks(1)));
   EXPECT_EQ(1U, a.m_ulLate);
   EXPECT_TRUE(a.IsComplete());
   const auto& b = recorded.m_measurements[1];
   EXPECT_EQ("b.c", b.m_series.m_sName);
+  EXPECT_EQ("Second", b.m_series.m_sUnit);
   EXPECT_THAT(b.m_latenesses, ElementsAre(Ticks(7)));
   EXPECT_EQ(1U, b.m_ulLate);
   EXPECT_FALSE(b.IsComplete());
@@ -141,12 +143,39 @@ TEST(RecordingReader, RefusesWhatIsForeign) {
 }
 
 TEST(RecordingReader, RefusesAnotherVersion) {
-  EXPECT_EQ("The recording \"x\" can't be read: it was made by another version of the station",
-            WhyUnreadable(Text("OxaStation") + Little(2, 4) + WholeBytes().substr(18)));
+  for (const unsigned version : {0U, 3U, 0xFFFFFFFFU}) {
+    EXPECT_EQ("The recording \"x\" can't be read: it was made by another version of the station",
+              WhyUnreadable(Text("OxaStation") + Little(version, 4) + WholeBytes().substr(18)));
+  }
+}
+
+TEST(RecordingReader, ReadsTheFormerVersionAsMicroseconds) {
+  const std::string former = Text("OxaStation") + Little(1, 4) + Little(2, 4) +
+                             FormerSeriesBytes("a", 10000, 50, 3) + FormerSeriesBytes("b.c", 100000000, 0, 2);
+  const Recorded recorded = Read(former + SamplesBytes() + EndBytes(4));
+  EXPECT_EQ("", recorded.m_sDamage);
+  EXPECT_EQ(4U, Count(recorded));
+  EXPECT_EQ("Microsecond", recorded.m_measurements.at(0).m_series.m_sUnit);
+  EXPECT_EQ("Microsecond", recorded.m_measurements.at(1).m_series.m_sUnit);
+  EXPECT_EQ(Ticks(50), recorded.m_measurements.at(0).m_series.m_tolerance);
+  for (std::size_t size = 0; size < former.size(); ++size)
+    EXPECT_EQ(sSHORT, WhyUnreadable(former.substr(0, size)));
+}
+
+TEST(RecordingReader, TakesTheMainNamesOfUnitsOfTimes) {
+  const auto one = [](const std::string& unit) {
+    return WhyUnreadable(Text("OxaStation") + Little(2, 4) + Little(1, 4) + SeriesBytes("a", 1, 0, 1, unit));
+  };
+  for (const char* const unit :
+       {"Nanosecond", "Microsecond", "Millisecond", "Second", "Second (2)", "Minute", "Week"})
+    EXPECT_EQ("it can", one(unit)) << unit;
+  for (const char* const unit : {"", "us", "m", "second", "Meter", "Hertz", "Celsius", "Furlong", "Second\n"})
+    EXPECT_EQ(sBAD_SERIES, one(unit)) << unit;
+  EXPECT_EQ(sBAD_SERIES, one(std::string(1000000, 's')));
 }
 
 TEST(RecordingReader, RefusesSeriesThatNoPlanCanHave) {
-  const std::string begin = Text("OxaStation") + Little(1, 4);
+  const std::string begin = Text("OxaStation") + Little(2, 4);
   const auto one = [&](const std::string& series) { return WhyUnreadable(begin + Little(1, 4) + series); };
   EXPECT_EQ(sBAD_SERIES, WhyUnreadable(begin + Little(0, 4) + EndBytes(0)));
   EXPECT_EQ(sBAD_SERIES, WhyUnreadable(begin + Little(17, 4) + EndBytes(0)));

@@ -31,18 +31,32 @@ Measurement Measured(const std::string& name, const std::vector<Elapse>& latenes
   return measurement;
 }
 
-TEST(Report, HasARowPerSeries) {
+TEST(Report, HasARowPerSeriesInItsUnit) {
+  const std::vector<Elapse> latenesses{Micro(3), Elapse(12, Elapse::TimerTicks), Micro(2), Micro(123456)};
+  Measurement fast = Measured("fast", latenesses, 1, 0);
+  Measurement slow = Measured("slow", latenesses, 4, 0);
+  slow.m_series.m_sUnit = "Millisecond";
   std::ostringstream out;
-  Station::WriteTable(
-      out, {Measured("fast", {Micro(3), Elapse(12, Elapse::TimerTicks), Micro(2), Micro(1234567)}, 1, 0),
-            Measured("none", {}, 0, 0)});
+  Station::WriteTable(out, {fast, slow, Measured("none", {}, 0, 0)});
   EXPECT_EQ(
       "\n"
-      "How late the system wakes a sleeper, in microseconds:\n"
+      "How late the system wakes a sleeper:\n"
       "\n"
-      "series                   count     least    median      99 %  greatest  too late\n"
-      "fast                         4       1.2       2.0 1234567.0 1234567.0         1\n"
-      "none                         0         -         -         -         -         0\n",
+      "series      count        least       median         99 %     greatest too late\n"
+      "fast            4     1.2 \xC2\xB5sec       2 \xC2\xB5sec  123456 \xC2\xB5sec  123456 \xC2\xB5sec     "
+      "   1\n"
+      "slow            4  0.0012 msec   0.002 msec 123.456 msec 123.456 msec        4\n"
+      "none            0            -            -            -            -        0\n",
+      out.str());
+}
+
+TEST(Report, MakesRoomForTheLongestName) {
+  std::ostringstream out;
+  Station::WriteTable(out, {Measured("abcdefghijklmnopqrst", {}, 0, 0)});
+  EXPECT_EQ(
+      "\nHow late the system wakes a sleeper:\n\n"
+      "series                  count        least       median         99 %     greatest too late\n"
+      "abcdefghijklmnopqrst        0            -            -            -            -        0\n",
       out.str());
 }
 
@@ -70,6 +84,12 @@ TEST(Report, TellsWhereTheLogLies) {
   std::ostringstream out;
   Station::WriteLogPlace(out, "out\x1B/DefaultLog.xml");
   EXPECT_EQ("Log:                out\\x1B/DefaultLog.xml\n", out.str());
+}
+
+TEST(Report, TellsWhereThePageLies) {
+  std::ostringstream out;
+  Station::WriteReportPlace(out, "out\x1B/report.html");
+  EXPECT_EQ("Report:             out\\x1B/report.html\n", out.str());
 }
 
 }  // namespace
