@@ -39,10 +39,15 @@ std::string Described(const UnitDescriptor& unit) {
 }
 
 // A factor counts by its bits: what isn't a number equals itself here.
+std::uint64_t Bits(double number) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &number, sizeof bits);
+  return bits;
+}
+
 bool IsSame(const UnitDescriptor& left, const UnitDescriptor& right) {
-  const double factors[2] = {left.GetConversionFactor(), right.GetConversionFactor()};
   return left.GetName() == right.GetName() && left.GetAbbreviation() == right.GetAbbreviation() &&
-         std::memcmp(&factors[0], &factors[1], sizeof(double)) == 0 &&
+         Bits(left.GetConversionFactor()) == Bits(right.GetConversionFactor()) &&
          left.GetDimensions() == right.GetDimensions();
 }
 
@@ -148,9 +153,8 @@ void RunUnit(const std::string& bytes, std::size_t piece) {
         "a unit is refused for an index that is no dimension, and only for it");
   Check(source.AvailableBytes() == reference.Left(), "what wasn't asked for is still there");
   if (!good) return CheckUnit(before, found, "a unit that is refused changes nothing");
-  const double foundFactor = found.GetConversionFactor();
   Check(found.GetName() == *name && found.GetAbbreviation() == *abbreviation &&
-            std::memcmp(&factor, &foundFactor, sizeof factor) == 0 && found.GetDimensions() == dimensions,
+            Bits(factor) == Bits(found.GetConversionFactor()) && found.GetDimensions() == dimensions,
         "a unit is its fields", Described(found));
   UnitDescriptor again;
   MemorySource copy(Written(found), piece);
@@ -223,8 +227,7 @@ void CheckResult(const UnitDescriptor& left, const UnitDescriptor& right, bool t
   Check(expected.GetDimensions() == found.GetDimensions(), "exponents are added or subtracted");
   const double factor = times ? left.GetConversionFactor() * right.GetConversionFactor()
                               : left.GetConversionFactor() / right.GetConversionFactor();
-  const double foundFactor = found.GetConversionFactor();
-  Check(std::memcmp(&factor, &foundFactor, sizeof factor) == 0, "factors are multiplied or divided");
+  Check(Bits(factor) == Bits(found.GetConversionFactor()), "factors are multiplied or divided");
 }
 
 void RunArithmetic(const std::string& input) {

@@ -58,7 +58,7 @@ UnitDescriptor::UnitDescriptor(const std::string& aName, const std::string& aAbb
 
 UnitDescriptor::UnitDescriptor(const UnitDescriptor& other) = default;
 UnitDescriptor::~UnitDescriptor() = default;
-UnitDescriptor& UnitDescriptor::operator=(const UnitDescriptor& other) = default;
+UnitDescriptor& UnitDescriptor::operator=(const UnitDescriptor& other) = default;  // NOLINT: it has a slot
 
 boost::shared_ptr<UnitDescriptor> UnitDescriptor::MakeCopy() const {
   return CopyOnHeap(*this, sLOG_NAME, sCLASS);

@@ -219,7 +219,7 @@ std::string OutOfBounds(const std::string& index) {
 std::string RaisedByReading(const std::string& bytes) {
   IoTests::MemorySource source(bytes);
   Dimensions dimensions(1, 2, 3);
-  const std::string raised = Raised<IndexOutOfBounds>([&] { source >> dimensions; });
+  std::string raised = Raised<IndexOutOfBounds>([&] { source >> dimensions; });
   EXPECT_TRUE(dimensions == Dimensions(1, 2, 3));
   return raised;
 }

@@ -103,7 +103,7 @@ TEST(UnitDescriptorTest, AComparisonFactorOfZeroRaises) {
 
 TEST(UnitDescriptorTest, ARefusedFactorIsNamedInTheError) {
   try {
-    UnitDescriptor("Bunch", "bu", 0.0, Meter());
+    const UnitDescriptor unit("Bunch", "bu", 0.0, Meter());
     FAIL() << "a factor of 0 was taken";
   } catch (InvalidParameter& error) {
     EXPECT_EQ("dComparisonFactor", error.GetData(InvalidParameter::sPARAM_NAME));

@@ -107,7 +107,7 @@ TEST(UnitStream, ANameHoldsAnyBytes) {
 std::string RaisedByReading(const std::string& bytes) {
   IoTests::MemorySource source(bytes);
   UnitDescriptor unit = Inch();
-  const std::string raised = Raised<IndexOutOfBounds>([&] { source >> unit; });
+  std::string raised = Raised<IndexOutOfBounds>([&] { source >> unit; });
   EXPECT_TRUE(unit == Inch());
   return raised;
 }

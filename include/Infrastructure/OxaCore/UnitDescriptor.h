@@ -150,7 +150,7 @@ class OXACORE_API UnitDescriptor {
 #pragma GCC diagnostic ignored "-Woverloaded-virtual"
 #endif
   /// Takes over texts, factor and dimensions; not the class.
-  virtual UnitDescriptor& operator=(const UnitDescriptor& other);
+  virtual UnitDescriptor& operator=(const UnitDescriptor& other);  // NOLINT: it has a slot
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop
 #endif
@@ -231,7 +231,7 @@ inline bool Dimensions::operator==(const Dimensions& other) const {
 
 inline bool Dimensions::IsUnitless() const {
   long bits = 0;
-  for (int i = 0; i < sCOUNT; ++i) bits |= m_lExponents[i];
+  for (const long exponent : m_lExponents) bits |= exponent;
   return bits == 0;
 }
 
