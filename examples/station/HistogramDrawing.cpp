@@ -30,6 +30,8 @@ constexpr double dLABEL = 218;
 constexpr double dTITLE = 242;
 constexpr double dLEAST_BAR = 2;  // a bin with one sample in a million is to be seen as well
 
+constexpr int iDIGITS = 6;
+constexpr int iALL_DIGITS = 15;
 constexpr int iMOST_TICKS = 5;
 constexpr int iMOST_COUNTS = 4;
 
@@ -58,7 +60,8 @@ class Drawing {
   Drawing(PageWriter& writer, const PageSeries& series)
       : m_rWriter(writer),
         m_rSeries(series),
-        m_histogram(MakeHistogram(series.m_samples, series.m_dTolerance)),
+        m_sUnit(series.m_tolerance.GetUnits()->GetAbbreviation()),
+        m_histogram(MakeHistogram(series.m_samples, series.m_tolerance.GetValue())),
         m_uMost(*std::max_element(m_histogram.m_counts.begin(), m_histogram.m_counts.end())) {}
 
   void Draw(const std::string& id);
@@ -78,16 +81,22 @@ class Drawing {
   double HeightOf(double count) const {
     return (dPLOT_BOTTOM - dPLOT_TOP) * count / static_cast<double>(std::max<std::size_t>(m_uMost, 1));
   }
-  std::string BinText(std::size_t bin) const {
-    return FigureText(m_histogram.m_edges[bin]) + " to " +
-           WithUnit(FigureText(m_histogram.m_edges[bin + 1]), m_rSeries.m_sUnit);
-  }
+  std::string BinText(std::size_t bin) const;
 
   PageWriter& m_rWriter;
   const PageSeries& m_rSeries;
+  const std::string m_sUnit;
   const Histogram m_histogram;
   const std::size_t m_uMost;  // how many samples the fullest bin has
 };
+
+// With more digits than figures have elsewhere, if they are needed to tell the edges apart.
+std::string Drawing::BinText(std::size_t bin) const {
+  const double from = m_histogram.m_edges[bin];
+  const double to = m_histogram.m_edges[bin + 1];
+  const int digits = FigureText(from) == FigureText(to) ? iALL_DIGITS : iDIGITS;
+  return FigureText(from, digits) + " to " + WithUnit(FigureText(to, digits), m_sUnit);
+}
 
 void Drawing::DrawText(const char* kind, const std::string& x, double y, const std::string& text) {
   m_rWriter.Element("text", {{"class", kind}, {"x", x}, {"y", Fixed(y)}}, text);
@@ -106,8 +115,8 @@ void Drawing::DrawDescription(const std::string& id) {
     text = "Most samples, " + std::to_string(m_uMost) + ", are in the bin from " +
            BinText(static_cast<std::size_t>(fullest - m_histogram.m_counts.begin()));
   }
-  const std::string tolerance = WithUnit(FigureText(m_rSeries.m_dTolerance), m_rSeries.m_sUnit);
-  m_rWriter.Element("desc", {{"id", id + "d"}}, text + "; the tolerance is " + tolerance + '.');
+  m_rWriter.Element("desc", {{"id", id + "d"}},
+                    text + "; the tolerance is " + FigureText(m_rSeries.m_tolerance) + '.');
 }
 
 // Everything to the right of the tolerance is too late.
@@ -161,7 +170,7 @@ void Drawing::DrawValues() {
     DrawLine("axis", x, dPLOT_BOTTOM, x, dPLOT_BOTTOM + 5);
     DrawText("value", x, dLABEL, tick.m_sLabel);
   }
-  DrawText("value", "50%", dTITLE, AxisTitle(m_histogram, m_rSeries.m_sUnit));
+  DrawText("value", "50%", dTITLE, AxisTitle(m_histogram, m_sUnit));
 }
 
 // Points out of the picture, to where the tolerance would be.
@@ -178,7 +187,7 @@ void Drawing::DrawTolerance(double position) {
   const char* const side = shown < 1.0 / 3   ? "tolerance start"
                            : shown > 2.0 / 3 ? "tolerance end"
                                              : "tolerance";
-  std::string label = "tolerance " + WithUnit(FigureText(m_rSeries.m_dTolerance), m_rSeries.m_sUnit);
+  std::string label = "tolerance " + FigureText(m_rSeries.m_tolerance);
   if (!isOnAxis) label += sOFF_THE_AXIS;
   DrawText(side, Percent(shown), dTOLERANCE_LABEL, label);
   DrawLine(isOnAxis ? "limit" : "limit off", Percent(shown), dTOLERANCE_TOP, Percent(shown), dPLOT_BOTTOM);
@@ -190,7 +199,7 @@ void Drawing::Draw(const std::string& id) {
                           {"aria-labelledby", id + "t " + id + "d"},
                           {"width", "100%"},
                           {"height", Fixed(dHEIGHT)}});
-  const double tolerance = m_histogram.Position(m_rSeries.m_dTolerance);
+  const double tolerance = m_histogram.Position(m_rSeries.m_tolerance.GetValue());
   DrawDescription(id);
   DrawZone(tolerance);
   DrawCounts();

@@ -70,8 +70,9 @@ text { fill: var(--muted); font-size: 12px; }
   table, thead, tbody, tr, th, td { display: block; }
   .box { background: none; border: none; }
   thead { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); }
+  tbody { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 19rem), 1fr)); gap: .75rem; }
   tbody tr {
-    display: grid; grid-template-columns: repeat(6, 1fr); margin-bottom: .75rem; padding: .5rem 0;
+    display: grid; grid-template-columns: repeat(6, 1fr); align-content: start; padding: .5rem 0;
     background: var(--card); border: 1px solid var(--edge); border-radius: .5rem;
   }
   tbody th, tbody td { grid-column: span 3; padding: .125rem 1rem; border: none; text-align: left; }

@@ -29,16 +29,16 @@ const char* const sNOT_WRITTEN = "the report isn't whole: ";
 PageSeries ToPage(const Measurement& measurement) {
   const Series& series = measurement.m_series;
   const Statistics& statistics = measurement.m_statistics;
-  const auto number = [&](const Elapse& elapse) { return InUnit(elapse, series.m_sUnit).GetValue(); };
+  const auto shown = [&](const Elapse& elapse) { return InUnit(elapse, series.m_sUnit); };
   PageSeries page;
   page.m_sName = series.m_sName;
-  page.m_sUnit = Tolerance(series).GetUnits()->GetAbbreviation();
-  for (const Elapse& lateness : measurement.m_latenesses) page.m_samples.push_back(number(lateness));
-  page.m_dLeast = number(statistics.m_least);
-  page.m_dMedian = number(statistics.m_median);
-  page.m_dPercentile99 = number(statistics.m_percentile99);
-  page.m_dGreatest = number(statistics.m_greatest);
-  page.m_dTolerance = number(series.m_tolerance);
+  for (const Elapse& lateness : measurement.m_latenesses)
+    page.m_samples.push_back(shown(lateness).GetValue());
+  page.m_least = shown(statistics.m_least);
+  page.m_median = shown(statistics.m_median);
+  page.m_percentile99 = shown(statistics.m_percentile99);
+  page.m_greatest = shown(statistics.m_greatest);
+  page.m_tolerance = Tolerance(series);
   return page;
 }
 

@@ -10,6 +10,8 @@
 
 namespace Station {
 
+using Oxa::Core::UnitizedValue;
+
 namespace {
 
 const char* const sDOCUMENT_TYPE = "<!DOCTYPE html>\n";
@@ -33,10 +35,6 @@ const char* WordOf(EVerdict verdict) {
 }
 
 const char* KindOf(EVerdict verdict) { return verdict == eNOT_JUDGED ? "unjudged" : WordOf(verdict); }
-
-std::string Figure(double value, const PageSeries& series) {
-  return series.m_sUnit.empty() ? FigureText(value) : FigureText(value) + ' ' + series.m_sUnit;
-}
 
 void WriteHead(PageWriter& writer, const std::string& title) {
   writer.Start("head");
@@ -89,17 +87,17 @@ void WriteVerdict(PageWriter& writer, EVerdict verdict) {
 }
 
 void WriteRow(PageWriter& writer, const PageSeries& series) {
-  const auto measured = [&](double figure) {
-    return series.m_samples.empty() ? sNO_FIGURE : Figure(figure, series);
+  const auto measured = [&](const UnitizedValue<double>& figure) {
+    return series.m_samples.empty() ? sNO_FIGURE : FigureText(figure);
   };
   writer.Start("tr", {{"role", "row"}});
   writer.Element("th", {{"role", "rowheader"}, {"scope", "row"}}, series.m_sName);
   WriteCell(writer, "Samples", std::to_string(series.m_samples.size()));
-  WriteCell(writer, "Least", measured(series.m_dLeast));
-  WriteCell(writer, "Median", measured(series.m_dMedian));
-  WriteCell(writer, "99th percentile", measured(series.m_dPercentile99));
-  WriteCell(writer, "Greatest", measured(series.m_dGreatest));
-  WriteCell(writer, "Tolerance", Figure(series.m_dTolerance, series));
+  WriteCell(writer, "Least", measured(series.m_least));
+  WriteCell(writer, "Median", measured(series.m_median));
+  WriteCell(writer, "99th percentile", measured(series.m_percentile99));
+  WriteCell(writer, "Greatest", measured(series.m_greatest));
+  WriteCell(writer, "Tolerance", FigureText(series.m_tolerance));
   writer.Start("td", {{"role", "cell"}});
   WriteVerdict(writer, series.m_verdict);
   writer.End();
@@ -122,10 +120,11 @@ void WriteTable(PageWriter& writer, const std::vector<PageSeries>& all) {
 // How many of the samples were too late.
 std::string LateText(const PageSeries& series) {
   if (series.m_samples.empty()) return sNO_SAMPLES;
+  const double tolerance = series.m_tolerance.GetValue();
   const auto late = std::count_if(series.m_samples.begin(), series.m_samples.end(),
-                                  [&](double sample) { return sample > series.m_dTolerance; });
+                                  [&](double sample) { return sample > tolerance; });
   return std::to_string(late) + " of " + std::to_string(series.m_samples.size()) + " samples above " +
-         Figure(series.m_dTolerance, series);
+         FigureText(series.m_tolerance);
 }
 
 void WriteSeries(PageWriter& writer, const PageSeries& series, const std::string& id) {

@@ -2,6 +2,8 @@
 #ifndef STATION_REPORTPAGE_H
 #define STATION_REPORTPAGE_H
 
+#include <Infrastructure/OxaCore/UnitizedValue.h>
+
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -10,17 +12,16 @@ namespace Station {
 
 enum EVerdict { ePASSED, eFAILED, eNOT_JUDGED };
 
-/// What the page shows of one series. Texts are in the single-byte code page that ToUtf8 knows and may hold
-/// anything; all figures are in the unit of `m_sUnit`.
+/// What the page shows of one series, in the unit of its tolerance. Texts are in the single-byte code page that
+/// ToUtf8 knows and may hold anything.
 struct PageSeries {
   std::string m_sName;
-  std::string m_sUnit;            ///< abbreviation of the unit, such as "\xB5sec"; may be empty
   std::vector<double> m_samples;  ///< in any order; what isn't finite is counted but can't be drawn
-  double m_dLeast = 0;            ///< this and the next three aren't shown if there are no samples
-  double m_dMedian = 0;
-  double m_dPercentile99 = 0;
-  double m_dGreatest = 0;
-  double m_dTolerance = 0;  ///< a sample greater than this is too late
+  Oxa::Core::UnitizedValue<double> m_least;  ///< this and the next three aren't shown if there are no samples
+  Oxa::Core::UnitizedValue<double> m_median;
+  Oxa::Core::UnitizedValue<double> m_percentile99;
+  Oxa::Core::UnitizedValue<double> m_greatest;
+  Oxa::Core::UnitizedValue<double> m_tolerance;  ///< a sample greater than this is too late
   EVerdict m_verdict = eNOT_JUDGED;
   std::string m_sReason;  ///< why it failed or wasn't judged; may be empty
 };

@@ -10,17 +10,29 @@
 
 namespace Station {
 
+using Oxa::Core::UnitizedValue;
+
 namespace {
 
 constexpr double dROUNDING = 1e-9;
 constexpr std::size_t uLONG_LABEL = 7;
+constexpr int iDIGITS = 6;
 constexpr int iMOST_LOGARITHMIC = 6;
+
+template <class T>
+std::string ClassicText(const T& value, int digits) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text.precision(digits);
+  text << value;
+  return text.str();
+}
 
 // So many that neighbours differ, and no fewer than anywhere else on the page.
 int DigitsFor(double low, double high, const NiceStep& step) {
   const double largest = std::max(std::abs(low), std::abs(high));
   const int above = static_cast<int>(std::floor(std::log10(largest)));
-  return std::clamp(above - step.m_iExponent + 1, 6, 17);
+  return std::clamp(above - step.m_iExponent + 1, iDIGITS, 17);
 }
 
 std::vector<Tick> MultiplesOf(const NiceStep& step, double low, double high) {
@@ -76,12 +88,8 @@ std::vector<Tick> LogarithmicTicks(double low, double high) {
   return PowersOfTen(low, high, std::max(1, (decades + iMOST_LOGARITHMIC - 1) / iMOST_LOGARITHMIC), {1});
 }
 
-std::string FigureText(double value, int digits) {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
-  text.precision(digits);
-  text << value;
-  return text.str();
-}
+std::string FigureText(double value, int digits) { return ClassicText(value, digits); }
+
+std::string FigureText(const UnitizedValue<double>& value) { return ClassicText(value, iDIGITS); }
 
 }  // namespace Station

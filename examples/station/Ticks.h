@@ -2,6 +2,8 @@
 #ifndef STATION_TICKS_H
 #define STATION_TICKS_H
 
+#include <Infrastructure/OxaCore/UnitizedValue.h>
+
 #include <string>
 #include <vector>
 
@@ -25,6 +27,9 @@ std::vector<Tick> LogarithmicTicks(double low, double high);
 
 /// `value` in up to `digits` significant digits, the same in every locale.
 std::string FigureText(double value, int digits = 6);
+
+/// The same with the abbreviation of its unit.
+std::string FigureText(const Oxa::Core::UnitizedValue<double>& value);
 
 }  // namespace Station
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
 #include <iomanip>
 #include <limits>
 #include <locale>
@@ -13,6 +14,9 @@
 
 namespace {
 
+using Oxa::Core::UnitDescriptor;
+using Oxa::Core::UnitDictionary;
+using Oxa::Core::UnitizedValue;
 using Station::Page;
 using Station::PageSeries;
 using StationTests::Element;
@@ -27,12 +31,13 @@ std::string Written(const Page& page) {
   return out.str();
 }
 
+UnitizedValue<double> Micro(double value) { return UnitizedValue<double>(value, "Microsecond"); }
+
 PageSeries MakeSeries(const std::string& name, const std::vector<double>& samples, double tolerance) {
   PageSeries series;
   series.m_sName = name;
-  series.m_sUnit = "\xB5sec";
   series.m_samples = samples;
-  series.m_dTolerance = tolerance;
+  series.m_tolerance = Micro(tolerance);
   return series;
 }
 
@@ -100,14 +105,14 @@ TEST(ReportPage, HasASchemeForTheDarkAndOneForPaper) {
 
 TEST(ReportPage, HasARowPerSeries) {
   PageSeries series = MakeSeries("fast", {1.5, 2.25, 1234567}, 250);
-  series.m_dLeast = 1.5;
-  series.m_dMedian = 2.25;
-  series.m_dPercentile99 = 1000;
-  series.m_dGreatest = 1234567;
+  series.m_least = Micro(1.5);
+  series.m_median = Micro(2.25);
+  series.m_percentile99 = Micro(1000);
+  series.m_greatest = Micro(1234567);
   series.m_verdict = Station::eFAILED;
   series.m_sReason = "too slow";
   PageSeries bare = MakeSeries("none", {}, 0.5);
-  bare.m_sUnit.clear();
+  bare.m_tolerance = 0.5;
   const ReadPage page(Written(PageOf({series, bare})));
   ExpectSound(page);
   EXPECT_EQ("Series|Samples|Least|Median|99th percentile|Greatest|Tolerance|Verdict|fast|none|",
@@ -157,7 +162,10 @@ TEST(ReportPage, ListsRefusals) {
 TEST(ReportPage, EscapesEverything) {
   const std::string evil = "</title><script>\"'&amp;\x01\x1B\x7F\x9B\xB5\xFF";
   PageSeries series = MakeSeries(evil, {1, 2}, 1);
-  series.m_sUnit = series.m_sReason = evil;
+  series.m_sReason = evil;
+  UnitDictionary dictionary;
+  dictionary.AddUnit(boost::make_shared<UnitDescriptor>("Evil", evil, 1, UnitDescriptor()));
+  series.m_tolerance = UnitizedValue<double>(1, "Evil", dictionary);
   Page page = PageOf({series});
   page.m_sTitle = page.m_sMoment = evil;
   page.m_refusals = {evil};
@@ -245,8 +253,13 @@ TEST(ReportPage, SaysThatAnAxisIsLogarithmic) {
   EXPECT_EQ("1|10|100|1000|\xC2\xB5sec, logarithmic|",
             ReadPage(Written(PageOf({1, 10, 100, 1000}, 10))).Texts("text", "value"));
   PageSeries series = MakeSeries("a", {1, 20}, 10);
-  series.m_sUnit.clear();
+  series.m_tolerance = 10;
   EXPECT_EQ("1|2|5|10|20|logarithmic|", ReadPage(Written(PageOf({series}))).Texts("text", "value"));
+}
+
+TEST(ReportPage, TellsCloseEdgesApart) {
+  const ReadPage page(Written(PageOf({1234567, 1234567.01}, dNAN)));
+  EXPECT_NE(std::string::npos, page.Texts("title").find("|1234567 to 1234567.001 \xC2\xB5sec: 1|"));
 }
 
 TEST(ReportPage, StandsExtremes) {

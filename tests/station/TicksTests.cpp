@@ -7,6 +7,7 @@
 
 namespace {
 
+using Oxa::Core::UnitizedValue;
 using Station::CountTicks;
 using Station::FigureText;
 using Station::LinearTicks;
@@ -63,6 +64,7 @@ class CommaForPoint : public std::numpunct<char> {
 TEST(Ticks, HaveTheSameTextInEveryLocale) {
   const std::locale before = std::locale::global(std::locale(std::locale(), new CommaForPoint));
   EXPECT_EQ("0.5", FigureText(0.5));
+  EXPECT_EQ("0.5 \xB5sec", FigureText(UnitizedValue<double>(0.5, "Microsecond")));
   std::locale::global(before);
   EXPECT_EQ("1.23457e+06", FigureText(1234567.0));
   EXPECT_EQ("nan", FigureText(std::numeric_limits<double>::quiet_NaN()));
