@@ -35,6 +35,7 @@
 #include "Core/Life.h"
 #include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
+#include "Units/StandardUnits.h"
 #include "XML/XMLParseMutex.h"
 
 #include "Platform/Storage.h"
@@ -66,8 +67,9 @@ Row<std::string, 64> s_texts;
 Row<boost::shared_ptr<UnitDictionary>, 1> s_dictionaries;
 Row<UnitizedValue<double>, 14> s_quantities;
 
-// Nobody can call in any more; this gives back what they hold on the heap before the library goes.
+// Nobody can call in any more; this gives back what is held on the heap before the library goes.
 void DestroyRows() {
+  ReleaseStandardUnits();
   s_quantities.Destroy();
   s_dictionaries.Destroy();
   s_texts.Destroy();
@@ -145,7 +147,8 @@ Time Time::s_unixEpochBase(1, 1, 1970, Elapse(0, Elapse::Seconds));
 const Memory::MemoryLeakDetectOnOff Memory::DisableLeak(1);
 const Memory::MemoryLeakDetectOnOff Memory::EnableLeak(0);
 
-// The standard units: made when they are first asked for, given up with the globals.
+// The standard units: made when they are first asked for. Their users hold references, and may be threads that run on
+// while the globals die: they are given up at the very end.
 namespace {
 
 Immortal<Mutex> s_standardUnitsMutex;

@@ -18,7 +18,6 @@
 #include "Platform/Machine.h"
 #include "Platform/NativeThread.h"
 #include "Platform/Storage.h"
-#include "Units/StandardUnits.h"
 
 namespace Oxa::Core {
 
@@ -119,7 +118,6 @@ void UnloadRoutine() {
   TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
-  ReleaseStandardUnits();
   if (Platform::IsBeingUnmapped()) DestroyParkedThread();
   // Threads that have done their work may still be on their last steps in the library's code.
   Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));

@@ -29,7 +29,6 @@ const UnitDictionary& UnitDictionary::StandardUnits() {
 }
 
 void ReleaseStandardUnits() {
-  const Lock lock(UnitDictionary::sm_standardUnitsMutex);
   s_pStandardUnits.store(nullptr, std::memory_order_relaxed);
   UnitDictionary::sm_spStandardUnits.reset();
 }

@@ -26,9 +26,17 @@ TEST(QuantitiesInStaticObjects, WorkFromConstructorsToDestructors) {
 }
 
 TEST(QuantitiesInStaticObjects, WorkWhenTheGlobalsHaveDied) {
-  const ChildResult result = RunChild({OLD_QUANTITY_HOST, QUANTITY_PLUGIN}, {"ASAN_OPTIONS=detect_leaks=0"});
+  const ChildResult result =
+      RunChild({OLD_QUANTITY_HOST, QUANTITY_PLUGIN, "quantity"}, {"ASAN_OPTIONS=detect_leaks=0"});
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
-  EXPECT_EQ("early: 5.08\nlate: 15.24\n", result.m_sOutput);
+  EXPECT_EQ("early: 15.24\nlate: 15.24\n", result.m_sOutput);
+}
+
+TEST(StandardUnitsOnThreads, AreFoundToTheEndOfTheProcess) {
+  const ChildResult result =
+      RunChild({OLD_QUANTITY_HOST, QUANTITY_PLUGIN, "thread"}, {"ASAN_OPTIONS=detect_leaks=0"});
+  EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ("early: finds\nlate: finds\n", result.m_sOutput);
 }
 
 #if defined(OXACORE_SOAK)
