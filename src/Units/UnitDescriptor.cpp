@@ -27,13 +27,8 @@ double FactorNotZero(double factor) {
   return 1.0;
 }
 
-// `right` may be `left` itself.
-void Join(std::string& left, const char* joiner, const std::string& right) {
-  if (left.empty()) return;
-  if (right.empty())
-    left.clear();
-  else
-    left = left + joiner + right;
+std::string Joined(const std::string& left, const char* joiner, const std::string& right) {
+  return left.empty() || right.empty() ? std::string() : left + joiner + right;
 }
 
 std::string OnePer(const std::string& text) { return text.empty() ? text : sONE_PER + text; }
@@ -58,7 +53,19 @@ UnitDescriptor::UnitDescriptor(const std::string& aName, const std::string& aAbb
 
 UnitDescriptor::UnitDescriptor(const UnitDescriptor& other) = default;
 UnitDescriptor::~UnitDescriptor() = default;
-UnitDescriptor& UnitDescriptor::operator=(const UnitDescriptor& other) = default;  // NOLINT: it has a slot
+
+UnitDescriptor& UnitDescriptor::operator=(const UnitDescriptor& other) {  // NOLINT: it has a slot
+  takeTexts(other.m_sName, other.m_sAbbreviation);
+  m_dConversionFactor = other.m_dConversionFactor;
+  m_dimensions = other.m_dimensions;
+  return *this;
+}
+
+// The arguments are copied before anything changes, so that a lack of memory changes nothing.
+void UnitDescriptor::takeTexts(std::string name, std::string abbreviation) noexcept {
+  m_sName.swap(name);
+  m_sAbbreviation.swap(abbreviation);
+}
 
 boost::shared_ptr<UnitDescriptor> UnitDescriptor::MakeCopy() const {
   return CopyOnHeap(*this, sLOG_NAME, sCLASS);
@@ -74,40 +81,34 @@ double UnitDescriptor::ConvertFromBaseUnits(double value) const { return value *
 
 bool UnitDescriptor::IsUnitless() const { return m_dimensions.IsUnitless(); }
 
-// `other` may be this object: what is asked of it is asked before anything of this changes.
+// `other` may be this object, so dimensions and factor come last; and so does what a lack of memory must not change.
 UnitDescriptor& UnitDescriptor::operator*=(const UnitDescriptor& other) {
-  const bool wasUnitless = m_dimensions.IsUnitless();
-  const bool byUnitless = other.m_dimensions.IsUnitless();
-  m_dConversionFactor *= other.m_dConversionFactor;
-  m_dimensions *= other.m_dimensions;
-  if (m_dimensions.IsUnitless()) {
-    m_sName.clear();
-    m_sAbbreviation.clear();
-  } else if (wasUnitless) {
-    m_sName = other.m_sName;
-    m_sAbbreviation = other.m_sAbbreviation;
-  } else if (!byUnitless) {
-    Join(m_sName, sTIMES, other.m_sName);
-    Join(m_sAbbreviation, sTIMES, other.m_sAbbreviation);
+  Dimensions dimensions = m_dimensions;
+  dimensions *= other.m_dimensions;
+  if (dimensions.IsUnitless()) {
+    takeTexts({}, {});
+  } else if (m_dimensions.IsUnitless()) {
+    takeTexts(other.m_sName, other.m_sAbbreviation);
+  } else if (!other.m_dimensions.IsUnitless()) {
+    takeTexts(Joined(m_sName, sTIMES, other.m_sName), Joined(m_sAbbreviation, sTIMES, other.m_sAbbreviation));
   }
+  m_dConversionFactor *= other.m_dConversionFactor;
+  m_dimensions = dimensions;
   return *this;
 }
 
 UnitDescriptor& UnitDescriptor::operator/=(const UnitDescriptor& other) {
-  const bool wasUnitless = m_dimensions.IsUnitless();
-  const bool byUnitless = other.m_dimensions.IsUnitless();
-  m_dConversionFactor /= other.m_dConversionFactor;
-  m_dimensions /= other.m_dimensions;
-  if (m_dimensions.IsUnitless()) {
-    m_sName.clear();
-    m_sAbbreviation.clear();
-  } else if (wasUnitless) {
-    m_sName = OnePer(other.m_sName);
-    m_sAbbreviation = OnePer(other.m_sAbbreviation);
-  } else if (!byUnitless) {
-    Join(m_sName, sPER, other.m_sName);
-    Join(m_sAbbreviation, sPER, other.m_sAbbreviation);
+  Dimensions dimensions = m_dimensions;
+  dimensions /= other.m_dimensions;
+  if (dimensions.IsUnitless()) {
+    takeTexts({}, {});
+  } else if (m_dimensions.IsUnitless()) {
+    takeTexts(OnePer(other.m_sName), OnePer(other.m_sAbbreviation));
+  } else if (!other.m_dimensions.IsUnitless()) {
+    takeTexts(Joined(m_sName, sPER, other.m_sName), Joined(m_sAbbreviation, sPER, other.m_sAbbreviation));
   }
+  m_dConversionFactor /= other.m_dConversionFactor;
+  m_dimensions = dimensions;
   return *this;
 }
 

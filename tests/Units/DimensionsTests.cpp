@@ -256,6 +256,9 @@ TEST(DimensionsStream, MoreIndicesThanACountHoldsAreNotWritten) {
   EXPECT_EQ(refused + "2147483648", Raised<InvalidParameter>([&] { sink << Dimensions(1, -2147483648L); }));
   EXPECT_EQ(refused + "2147483650", Raised<InvalidParameter>([&] { sink << Dimensions(2147483647L, 0, 3); }));
   EXPECT_EQ(refused + "9223372036854775808", Raised<InvalidParameter>([&] { sink << Dimensions(LONG_MIN); }));
+  EXPECT_EQ(refused + "9223372036854775808",
+            Raised<InvalidParameter>([&] { sink << Dimensions(LONG_MIN, LONG_MIN); }))
+      << "a sum that wraps to nothing";
   EXPECT_EQ("", sink.m_bytes);
 }
 

@@ -5,7 +5,9 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 
+#include "Support/Allocations.h"
 #include "Units/UnitsSupport.h"
 
 namespace {
@@ -199,6 +201,33 @@ TEST(UnitArithmetic, NothingChecksAFactorThatOverflows) {
   const UnitDescriptor tiny("Tiny", "t", std::numeric_limits<double>::min(), Meter());
   EXPECT_TRUE(std::isinf((tiny * tiny).GetConversionFactor()));
   EXPECT_TRUE(std::isnan(((tiny * tiny) / (tiny * tiny)).GetConversionFactor()));
+}
+
+// Whatever `action` does to a unit of long texts, without memory it leaves the unit as it was.
+template <class Action>
+void ExpectUnchangedWithoutMemory(const Action& action) {
+  const UnitDescriptor before("A name that a string keeps on the heap",
+                              "an abbreviation, which is long as well", 2, Meter());
+  for (unsigned long failing = 1;; ++failing) {
+    UnitDescriptor unit = before;
+    const TestSupport::FailAllocation fail(failing);
+    try {
+      action(unit);
+      EXPECT_LT(1U, failing) << "that takes memory";
+      return;
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(unit == before) << failing;
+    }
+  }
+}
+
+TEST(UnitArithmetic, ALackOfMemoryChangesNothing) {
+  const UnitDescriptor other("Another name that a string keeps on the heap",
+                             "an abbreviation of the other, long", 3, Second());
+  ExpectUnchangedWithoutMemory([&](UnitDescriptor& unit) { unit *= other; });
+  ExpectUnchangedWithoutMemory([&](UnitDescriptor& unit) { unit /= other; });
+  ExpectUnchangedWithoutMemory([&](UnitDescriptor& unit) { unit *= unit; });
+  ExpectUnchangedWithoutMemory([&](UnitDescriptor& unit) { unit = other * other; });
 }
 
 // It gives its own answer where arithmetic asks.

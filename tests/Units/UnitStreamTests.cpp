@@ -97,6 +97,19 @@ TEST(UnitStream, AScaleThatIsReadIntoKeepsItsClass) {
   EXPECT_EQ(278.15, read.ConvertToBaseUnits(5.0));
 }
 
+// A unit of a host that can't be assigned.
+class Fixed : public UnitDescriptor {
+ public:
+  UnitDescriptor& operator=(const UnitDescriptor&) override { return *this; }
+};
+
+TEST(UnitStream, ReadingIsNoAssignmentOfTheClassThatIsReadInto) {
+  IoTests::MemorySource source(MeterBytes());
+  Fixed unit;
+  source >> unit;
+  EXPECT_TRUE(unit == Meter());
+}
+
 TEST(UnitStream, ANameHoldsAnyBytes) {
   const UnitDescriptor micron(Bytes("\xB5\0m"), "\xB5");
   EXPECT_EQ(Bytes("\3\0\0\0\xB5\0m\1\0\0\0\xB5\0\0\0\0\0\0\xF0\x3F\0\0\0\0\0\0\0\0"), Written(micron));

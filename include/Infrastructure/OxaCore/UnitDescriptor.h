@@ -14,7 +14,8 @@
 //
 // Thread safety: values without a lock; const operations of one object may run on any number of threads. What is
 // shared by boost::shared_ptr is treated as read-only. Failures: told at each operation. Nothing checks a factor that
-// overflows to infinity, or an exponent that wraps. Without memory for a text, std::bad_alloc passes.
+// overflows to infinity, or an exponent that wraps. Without memory for a text, std::bad_alloc passes, and the unit is
+// as it was.
 //
 //   UnitDescriptor meter("Meter", "m");
 //   meter.SetDimensions(Dimensions(1));
@@ -191,6 +192,8 @@ class OXACORE_API UnitDescriptor {
  private:
   friend OXACORE_API BinaryOutputStream& operator<<(BinaryOutputStream& out, const UnitDescriptor& unit);
   friend OXACORE_API BinaryInputStream& operator>>(BinaryInputStream& in, UnitDescriptor& unit);
+
+  void takeTexts(std::string name, std::string abbreviation) noexcept;
 
   std::string m_sName;
   std::string m_sAbbreviation;
