@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/StringTools.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -44,6 +45,37 @@ auto FirstFrom(Scale& scale, double factor) {
                           [](const auto& entry, double wanted) { return entry.first < wanted; });
 }
 
+/// Puts a unit that isn't there where its factor belongs. There must be room for it.
+template <class Scale>
+void AddTo(Scale& scale, const boost::shared_ptr<UnitDescriptor>& unit) {
+  const double factor = unit->GetConversionFactor();
+  const auto place = FirstFrom(scale, factor);
+  if (place == scale.end() || factor < place->first) scale.insert(place, {factor, unit});
+}
+
+/// What isn't a number is the same as what isn't either.
+bool IsSame(double left, double right) { return left == right || (std::isnan(left) && std::isnan(right)); }
+
+/// Makes names lead to a unit, all or none of them.
+class Registration {
+ public:
+  explicit Registration(std::size_t names) { m_places.reserve(names); }
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
+  ~Registration() {
+    for (std::vector<std::string>* const mains : m_places) mains->pop_back();
+  }
+
+  void Add(std::vector<std::string>& mains, const std::string& main) {
+    mains.push_back(main);
+    m_places.push_back(&mains);
+  }
+  void Keep() noexcept { m_places.clear(); }
+
+ private:
+  std::vector<std::vector<std::string>*> m_places;  // what was added to, and is taken back unless it is kept
+};
+
 }  // namespace
 
 UnitDictionary::XAlternateNameCollision::XAlternateNameCollision(const std::string& name)
@@ -56,16 +88,22 @@ UnitDictionary::UnitDictionary(bool aRegisterDefaults) {
 }
 
 UnitDictionary::UnitDictionary(const UnitDictionary&) = default;
-UnitDictionary& UnitDictionary::operator=(const UnitDictionary&) = default;
 UnitDictionary::~UnitDictionary() = default;
+
+UnitDictionary& UnitDictionary::operator=(const UnitDictionary& other) {
+  takeUnits(UnitDictionary(other));
+  return *this;
+}
 
 bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::string aPluralSuffix,
                              std::vector<std::string> aAlternateNames) {
   if (!aUnit) return false;
   AppendOwnNames(*aUnit, aPluralSuffix, aAlternateNames);
-  RegisterAlternateNames(aUnit->GetName(), std::move(aAlternateNames));
-  addToScale(aUnit);
+  // What needs memory comes first, so that a unit is added whole or not at all.
   boost::shared_ptr<UnitDescriptor>& unit = m_names[aUnit->GetName()].m_spUnit;
+  Scale& scale = scaleWithRoom(aUnit->GetDimensions());
+  RegisterAlternateNames(aUnit->GetName(), std::move(aAlternateNames));
+  AddTo(scale, aUnit);
   if (unit) return false;
   unit = std::move(aUnit);
   return true;
@@ -74,7 +112,9 @@ bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::strin
 void UnitDictionary::RegisterAlternateNames(const std::string& aName,
                                             std::vector<std::string> aAlternateNames) {
   if (aName.empty()) return;
-  for (const std::string& name : aAlternateNames) m_names[name].m_mains.push_back(aName);
+  Registration registration(aAlternateNames.size());
+  for (const std::string& name : aAlternateNames) registration.Add(m_names[name].m_mains, aName);
+  registration.Keep();
 }
 
 boost::shared_ptr<UnitDescriptor> UnitDictionary::LookupUnit(
@@ -132,11 +172,7 @@ void UnitDictionary::RemoveUnit(const UnitDescriptor& aUnit) {
 
 void UnitDictionary::RemoveUnit(const std::string& aName) { RemoveUnit(UnitDescriptor(aName)); }
 
-void UnitDictionary::RemoveAllUnits() {
-  m_names.clear();
-  m_byDimensions.clear();
-  registerBaseUnits();
-}
+void UnitDictionary::RemoveAllUnits() { takeUnits(UnitDictionary(false)); }
 
 std::size_t UnitDictionary::DimensionsHash::operator()(const Dimensions& dimensions) const noexcept {
   // Exponents are small: a byte of each tells nearly all dimensions apart.
@@ -152,11 +188,15 @@ const UnitDescriptor* UnitDictionary::findMain(const std::string& name) const {
   return found != m_names.end() ? found->second.m_spUnit.get() : nullptr;
 }
 
-void UnitDictionary::addToScale(const boost::shared_ptr<UnitDescriptor>& unit) {
-  Scale& scale = m_byDimensions[unit->GetDimensions()];
-  const double factor = unit->GetConversionFactor();
-  const auto place = FirstFrom(scale, factor);
-  if (place == scale.end() || factor < place->first) scale.insert(place, {factor, unit});
+void UnitDictionary::takeUnits(UnitDictionary&& other) noexcept {
+  m_names.swap(other.m_names);
+  m_byDimensions.swap(other.m_byDimensions);
+}
+
+UnitDictionary::Scale& UnitDictionary::scaleWithRoom(const Dimensions& dimensions) {
+  Scale& scale = m_byDimensions[dimensions];
+  if (scale.size() == scale.capacity()) scale.reserve(2 * scale.size() + 1);
+  return scale;
 }
 
 void UnitDictionary::removeFromScale(const Dimensions& dimensions, double factor) {
@@ -164,7 +204,7 @@ void UnitDictionary::removeFromScale(const Dimensions& dimensions, double factor
   if (found == m_byDimensions.end()) return;
   Scale& scale = found->second;
   const auto place = FirstFrom(scale, factor);
-  if (place != scale.end() && !(factor < place->first)) scale.erase(place);
+  if (place != scale.end() && IsSame(factor, place->first)) scale.erase(place);
 }
 
 void UnitDictionary::removeName(const std::string& main) {

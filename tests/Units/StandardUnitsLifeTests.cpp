@@ -1,6 +1,8 @@
 // The dictionary of the process from its making to its end, and what is left where a raise returns.
 #include <Infrastructure/OxaCore/UnitDictionary.h>
 
+#include <Infrastructure/OxaCore/UnitDescriptor_Temperature.h>
+
 #include <gtest/gtest.h>
 #include <boost/weak_ptr.hpp>
 
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "Core/LibraryState.h"
+#include "Support/Allocations.h"
 #include "Support/Together.h"
 #include "Units/StandardUnits.h"
 #include "Units/UnitDictionarySupport.h"
@@ -45,6 +48,17 @@ TEST(StandardUnitsLife, WhatIsGivenUpIsDestroyedAndMadeAnew) {
   EXPECT_FALSE(UnitDictionary::StandardUnits().IsUnitDefined("My Unit"));
 }
 
+TEST(StandardUnitsLife, WithoutMemoryTheyAreMadeByTheNextWhoAsks) {
+  for (unsigned long failing = 1; failing < 2000; failing += 97) {
+    ReleaseStandardUnits();
+    {
+      const TestSupport::FailAllocation fail(failing);
+      EXPECT_ANY_THROW(UnitDictionary::StandardUnits()) << failing;
+    }
+    EXPECT_EQ("Micronewton per Arb", Found(UnitDictionary::StandardUnits(), "uN/Arb"));
+  }
+}
+
 // From the unloading there is no way back: these come last.
 TEST(UnitDictionaryUnloading, AnAmbiguousNameFindsNothing) {
   const UnitDictionary units;
@@ -52,6 +66,22 @@ TEST(UnitDictionaryUnloading, AnAmbiguousNameFindsNothing) {
   EXPECT_FALSE(units.LookupUnit("m"));
   EXPECT_EQ(nullptr, units.FindUnit("oz"));
   EXPECT_EQ("Ounce", Found(units, "oz", units.LookupUnit("Gram")));
+}
+
+TEST(UnitDictionaryUnloading, WithoutMemoryThereIsNoUnit) {
+  OpenDictionary units(false);
+  SetLibraryUnloading();
+  const auto withoutMemory = [](const auto& action) {
+    const TestSupport::FailAllocation fail(1);
+    return action();
+  };
+  EXPECT_FALSE(withoutMemory([&] { return units.createBaseUnit("", "", eLength); }));
+  EXPECT_FALSE(withoutMemory([&] { return units.LookupUnit("Meter"); }));
+  EXPECT_FALSE(withoutMemory([&] { return units.LookupDimensionallyEquivalentUnit(UnitDescriptor()); }));
+  EXPECT_FALSE(withoutMemory([] { return UnitDescriptor_Celsius().MakeCopy(); }));
+  withoutMemory([&] { return units.registerTemperatureUnits(false), 0; });
+  EXPECT_FALSE(units.IsUnitDefined("Celsius"));
+  EXPECT_EQ("Fahrenheit", Found(units, "Fahrenheit"));
 }
 
 TEST(UnitDictionaryUnloading, UnitsThatDeriveFromOneThatIsMissingAreLeftOut) {

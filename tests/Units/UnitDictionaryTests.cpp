@@ -80,6 +80,27 @@ TEST(UnitDictionary, RemovingTakesWhicheverUnitHasTheSameFactorAndDimensions) {
   EXPECT_EQ("nothing", StandsFor(units, *units.LookupUnit("Second")));
 }
 
+TEST(UnitDictionary, RemovingAFactorThatIsntThereLeavesItsNeighbours) {
+  UnitDictionary units(false);
+  units.AddUnit(NewUnit("One", "", sFAR, 1));
+  units.AddUnit(NewUnit("Hundred", "", sFAR, 100));
+  for (const double factor : {0.5, 10.0, 1000.0})
+    units.RemoveUnit(*NewUnit("no such unit", "", sFAR, factor));
+  EXPECT_EQ("One", StandsFor(units, *NewUnit("", "", sFAR, 1)));
+  EXPECT_EQ("Hundred", StandsFor(units, *NewUnit("", "", sFAR, 2)));
+}
+
+TEST(UnitDictionary, RemovingAUnitTakesItFromNamesOfOtherUnitsToo) {
+  UnitDictionary units(false);
+  units.RegisterAlternateNames("Second", {"Meter", "sec"});
+  units.RegisterAlternateNames("Mole", {"sec"});
+  units.RemoveUnit("Second");
+  units.AddUnit(NewUnit("Second", "", sTIME));
+  units.RemoveUnit("Meter");
+  EXPECT_EQ("nothing", Found(units, "Meter")) << "it led to Second before that was removed";
+  EXPECT_EQ("Mole", Found(units, "sec"));
+}
+
 TEST(UnitDictionary, AStoredUnitAndItsOwnNameCanBeWhatIsRemoved) {
   UnitDictionary units(false);
   units.RemoveUnit(*units.FindUnit("Kilogram"));
@@ -194,6 +215,22 @@ TEST(UnitDictionary, AnExampleDecidesBetweenUnits) {
   EXPECT_EQ("nothing", Found(units, "m", units.LookupUnit("Volt")));
 }
 
+// An example of a host that agrees with one unit only.
+class ForMinutes : public UnitDescriptor {
+ public:
+  bool IsDimensionallyEquivalent(const UnitDescriptor& other) const override {
+    return other.GetName() == "Minute";
+  }
+};
+
+TEST(UnitDictionary, ItIsTheExampleThatIsAsked) {
+  const UnitDictionary units;
+  const Unit example = boost::make_shared<ForMinutes>();
+  EXPECT_EQ("Minute", Found(units, "m", example));
+  EXPECT_EQ("Minute", Found(units, "Minute", example));
+  EXPECT_EQ("nothing", Found(units, "Hour", example));
+}
+
 TEST(UnitDictionary, ANameThatDoesntAgreeWithTheExampleIsNotLookedForAmongOthers) {
   UnitDictionary units(false);
   EXPECT_EQ("Meter", Found(units, "meter"));
@@ -211,6 +248,7 @@ TEST(UnitDictionary, OfSeveralThatAgreeTheFirstRegisteredIsFound) {
   units.AddUnit(NewUnit("Z", "z", sTIME, 2), "", {"x"});
   units.AddUnit(NewUnit("Y", "y", sFAR, 2), "", {"x"});
   units.AddUnit(NewUnit("A", "a", sFAR, 3), "", {"x"});
+  EXPECT_TRUE(units.IsUnitDefined("x")) << "one that isn't there comes first";
   EXPECT_EQ("Y", Found(units, "x", NewUnit("", "", sFAR)));
   EXPECT_EQ("Z", Found(units, "x", NewUnit("", "", sTIME)));
   units.RemoveUnit("Y");
@@ -290,6 +328,31 @@ TEST(UnitDictionary, ByDimensionsTheSameFactorOrTheNextLargerOrElseTheLargestIsF
   EXPECT_EQ("One", found(std::numeric_limits<double>::quiet_NaN())) << "no factor is less than that one";
 }
 
+TEST(UnitDictionary, AFactorThatIsNoNumberStandsForNoOther) {
+  const Unit bad = boost::make_shared<UnitDescriptor>("Bad", "bad", std::numeric_limits<double>::quiet_NaN(),
+                                                      UnitDescriptor());
+  UnitDictionary units(false);
+  bad->SetDimensions(sTIME);
+  EXPECT_TRUE(units.AddUnit(bad));
+  EXPECT_EQ("Second", StandsFor(units, *bad));
+  units.RemoveUnit(*bad);
+  EXPECT_FALSE(units.IsUnitDefined("bad"));
+  EXPECT_EQ("Second", StandsFor(units, *NewUnit("", "", sTIME))) << "it wasn't the one that was removed";
+}
+
+TEST(UnitDictionary, AFactorThatIsNoNumberIsRemovedByItsLike) {
+  const Unit bad = boost::make_shared<UnitDescriptor>("Bad", "bad", std::numeric_limits<double>::quiet_NaN(),
+                                                      UnitDescriptor());
+  bad->SetDimensions(sFAR);
+  UnitDictionary units(false);
+  units.AddUnit(bad);
+  EXPECT_EQ("Bad", StandsFor(units, *bad));
+  units.RemoveUnit(*NewUnit("no such unit", "", sFAR));
+  EXPECT_EQ("Bad", StandsFor(units, *bad));
+  units.RemoveUnit(*bad);
+  EXPECT_EQ("nothing", StandsFor(units, *bad));
+}
+
 TEST(UnitDictionary, DimensionsAreToldApartWhateverTheyAre) {
   UnitDictionary units(false);
   units.AddUnit(NewUnit("One", "", Dimensions(1, 2, -1)));
@@ -312,8 +375,10 @@ TEST(UnitDictionary, CopiesShareTheUnitsAndNothingElse) {
   EXPECT_EQ("Bar", StandsFor(copy, *NewUnit("", "", sFAR)));
   copy.AddUnit(NewUnit("Rod", "r", sFAR));
   EXPECT_FALSE(units.IsUnitDefined("Rod"));
+  EXPECT_EQ("nothing", StandsFor(units, *NewUnit("", "", sFAR)));
   units = copy;
   EXPECT_EQ(units.FindUnit("Rod"), copy.FindUnit("Rod"));
+  EXPECT_EQ("Bar", StandsFor(units, *NewUnit("", "", sFAR)));
   EXPECT_EQ("Bar", Found(units, "bars"));
   const UnitDictionary& same = units;
   units = same;

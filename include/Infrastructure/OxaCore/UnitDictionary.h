@@ -44,10 +44,12 @@ class OXACORE_API UnitDictionary {
     ~XAlternateNameCollision() override;
   };
 
-  /// The base units and, if asked for, the default units. Raises what RegisterDefaultUnits raises.
+  /// The base units and, if asked for, the default units. Raises AllocationFailed without memory for a unit
+  /// ("UnitDescriptor"); without memory for a name std::bad_alloc passes.
   explicit UnitDictionary(bool aRegisterDefaults = true);
 
-  /// A copy is a dictionary of its own that shares the units.
+  /// A copy is a dictionary of its own that shares the units. Without memory std::bad_alloc passes, and what was
+  /// assigned to is as it was.
   UnitDictionary(const UnitDictionary&);
   UnitDictionary& operator=(const UnitDictionary&);
   virtual ~UnitDictionary();
@@ -57,12 +59,15 @@ class OXACORE_API UnitDictionary {
   /// abbreviation and the name in lower case and, unless `aPluralSuffix` is empty, both the lower-case name and the
   /// name with the suffix.
   /// Where the name was taken, the older unit stays; but the alternate names are registered all the same, and the
-  /// new unit is found by its dimensions if no other one of its factor is.
+  /// new unit is found by its dimensions if no other one of its factor is. A unit whose factor is no number is found
+  /// by its dimensions only if it is the first of these, and then it is the only one.
+  /// Without memory std::bad_alloc passes, and nothing was added.
   bool AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::string aPluralSuffix = "s",
                std::vector<std::string> aAlternateNames = std::vector<std::string>());
 
   /// Makes each of `aAlternateNames` lead to the main name `aName`, whether or not there is such a unit, and once
-  /// more if it does already. Nothing happens for an empty `aName`.
+  /// more if it does already. Nothing happens for an empty `aName`. Without memory std::bad_alloc passes, and none of
+  /// them was registered.
   void RegisterAlternateNames(const std::string& aName, std::vector<std::string> aAlternateNames);
 
   /// A copy of the unit that `aName` stands for, or null; its class is that of the unit. With `aExample` only a unit
@@ -99,19 +104,21 @@ class OXACORE_API UnitDictionary {
   /// but it is still found by its dimensions; and the unit of factor 1 without dimensions isn't any more.
   void RemoveUnit(const std::string& aName);
 
-  /// Removes everything but the base units, which are as new. Raises AllocationFailed.
+  /// Removes everything but the base units, which are as new. Raises what the constructor raises; the dictionary is
+  /// as it was then.
   void RemoveAllUnits();
 
   /// Adds the default units, or all units that the library knows. Units that are there stay; their alternate names
-  /// are registered again, which makes them ambiguous. Raises AllocationFailed for a unit ("UnitDescriptor"), and
-  /// NullPointer with the unit's name where a unit that others derive from has been removed; where that
-  /// raise returns, those others are left out.
+  /// are registered again, which makes them ambiguous. Raises what the constructor raises, and NullPointer with the
+  /// unit's name where a unit that others derive from has been removed; where that raise returns, those others are
+  /// left out. What was added until then stays.
   void RegisterDefaultUnits();
   void RegisterAllKnownUnits();
 
   /// The dictionary of the process with the default units, made by the first call. It lives until the library is
-  /// unloaded or the process ends; who asks after that gets one that is made anew. Any thread may call, also before
-  /// main(). Raises what the constructor raises.
+  /// taken out of the process, or to the very end of the process, also for static objects that die behind the
+  /// library's globals and for threads that still run then. Any thread may call, also before main(). Raises what the
+  /// constructor raises; the next call tries again then.
   static const UnitDictionary& StandardUnits();
 
  protected:
@@ -152,7 +159,8 @@ class OXACORE_API UnitDictionary {
   using Scale = std::vector<std::pair<double, boost::shared_ptr<UnitDescriptor>>>;
 
   const UnitDescriptor* findMain(const std::string& name) const;
-  void addToScale(const boost::shared_ptr<UnitDescriptor>& unit);
+  void takeUnits(UnitDictionary&& other) noexcept;
+  Scale& scaleWithRoom(const Dimensions& dimensions);
   void removeFromScale(const Dimensions& dimensions, double factor);
   void removeName(const std::string& main);
   void registerUnits(bool aAllKnown);
@@ -163,7 +171,7 @@ class OXACORE_API UnitDictionary {
   friend void ReleaseStandardUnits();
 
   static boost::shared_ptr<UnitDictionary>& sm_spStandardUnits;
-  static Mutex& sm_standardUnitsMutex;  ///< guards sm_spStandardUnits, while it is made and given up
+  static Mutex& sm_standardUnitsMutex;  ///< guards sm_spStandardUnits while it is made
 };
 
 }  // namespace Oxa::Core
