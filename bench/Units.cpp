@@ -28,8 +28,8 @@ constexpr std::size_t uNAMES = 8;
 
 // In ours these are other names of the units, all in lower case as the peers have them.
 const std::string aNAMES[uNAMES] = {"meter", "second", "foot", "inch", "minute", "volt", "joule", "mile"};
-const std::string aMAIN_NAMES[uNAMES] = {"Meter",  "Second", "Foot", "Inch",
-                                         "Minute", "Volt",   "Joule",    "Mile"};
+const std::string aMAIN_NAMES[uNAMES] = {"Meter",  "Second", "Foot",  "Inch",
+                                         "Minute", "Volt",   "Joule", "Mile"};
 
 // From each of them to the next.
 constexpr std::size_t uLENGTHS = 4;

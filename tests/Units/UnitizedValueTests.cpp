@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "Support/Allocations.h"
 #include "Units/Quantities.h"
@@ -81,7 +82,7 @@ TEST(UnitizedValue, UnknownUnitIsAnError) {
   const UnitDictionary units(false);
   EXPECT_EQ(NotFound("Furlong"), Raised<XUnitNotFound>([&] { Value(1, "Furlong", units); }));
   try {
-    Value(1, "Furlong");
+    const Value value(1, "Furlong");
     FAIL() << "nothing raised";
   } catch (LogicError& error) {
     EXPECT_EQ(2, error.GetSeverity());
@@ -162,8 +163,8 @@ TEST(UnitizedValue, ConvertToAsksTheGivenDictionaryBeforeTheOthers) {
 TEST(UnitizedValue, DictionaryGoesAlongWithCopies) {
   const PrivateUnits own;
   const Value value(4, "Meter", own.m_units);
-  const Value copy(value);
-  EXPECT_EQ(2.0, copy.Get("thumb"));
+  Value copy(value);
+  EXPECT_EQ(2.0, copy.Negate().Negate().Get("thumb"));
   Value assigned(1, "Second");
   assigned = copy;
   EXPECT_EQ(2.0, assigned.Get("thumb"));
@@ -181,8 +182,9 @@ TEST(UnitizedValue, CopiesShareTheUnitAndConvertAlone) {
   copy.ConvertTo("Meter");
   ExpectValue(1.0, "Kilometer", value);
   ExpectValue(1000.0, "Meter", copy);
-  Value rvalue(std::move(copy));
-  ExpectValue(1000.0, "Meter", copy);  // NOLINT(bugprone-use-after-move): there are no moves
+  // What is moved from keeps its unit, since there are no moves.
+  const Value rvalue(std::move(copy));  // NOLINT(performance-move-const-arg)
+  ExpectValue(1000.0, "Meter", copy);   // NOLINT(bugprone-use-after-move)
   ExpectValue(1000.0, "Meter", rvalue);
 }
 
