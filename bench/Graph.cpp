@@ -73,7 +73,7 @@ OXA_BENCH("Graph of 10^6 nodes and 3 * 10^6 edges built", "Ours", OursBuilt)->Un
 OXA_BENCH("Graph of 10^6 nodes and 3 * 10^6 edges sorted", "Ours", OursSorted)->Unit(benchmark::kMillisecond);
 
 #ifdef OXA_PEER_BOOST
-// "boost" holds an edge once, as ours does; "boost vecS" holds it as often as it was added.
+// "boost setS" holds an edge once, as ours does; "boost" holds it as often as it was added.
 using BoostSets = boost::adjacency_list<boost::setS, boost::vecS, boost::directedS>;
 using BoostVectors = boost::adjacency_list<boost::vecS, boost::vecS, boost::directedS>;
 using BoostRows = boost::compressed_sparse_row_graph<boost::directedS>;
@@ -115,8 +115,8 @@ void BoostSorted(benchmark::State& state) {
   OXA_BENCH("Graph of 10^6 nodes and 3 * 10^6 edges sorted", who, BoostSorted<Graph>) \
       ->Unit(benchmark::kMillisecond)
 
-BOOST_GRAPH(BoostSets, "boost");
-BOOST_GRAPH(BoostVectors, "boost vecS");
+BOOST_GRAPH(BoostSets, "boost setS");
+BOOST_GRAPH(BoostVectors, "boost");
 BOOST_GRAPH(BoostRows, "boost rows");
 #endif
 

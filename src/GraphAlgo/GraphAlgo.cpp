@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace Oxa::Core::GraphAlgo {
 
@@ -86,8 +87,29 @@ class TopoSort {
 
 }  // namespace
 
+GraphAdjListDirected::AdjList::AdjList(const AdjList& other) : AdjList() {
+  for (const unsigned long long node : other) Append(node);
+}
+
 void GraphAdjListDirected::AdjList::AddAdj(unsigned long long n) {
-  if (std::find(m_nodes.begin(), m_nodes.end(), n) == m_nodes.end()) m_nodes.push_back(n);
+  if (std::find(begin(), end(), n) == end()) Append(n);
+}
+
+void GraphAdjListDirected::AdjList::Append(unsigned long long n) {
+  if (m_uCount == m_uRoom) {
+    auto* const many = new unsigned long long[m_uRoom * std::size_t{2}];
+    std::copy(begin(), end(), many);
+    if (m_uRoom > uFEW) delete[] m_nodes.m_pMany;
+    m_nodes.m_pMany = many;
+    m_uRoom *= 2;
+  }
+  (m_uRoom > uFEW ? m_nodes.m_pMany : m_nodes.m_few)[m_uCount++] = n;
+}
+
+void GraphAdjListDirected::AdjList::Swap(AdjList& other) noexcept {
+  std::swap(m_uCount, other.m_uCount);
+  std::swap(m_uRoom, other.m_uRoom);
+  std::swap(m_nodes, other.m_nodes);
 }
 
 void GraphAdjListDirected::AssureNode(unsigned long long n) {

@@ -90,6 +90,29 @@ TEST(Graph, AListTakesNodesByItself) {
   EXPECT_THAT(Nodes(copy.begin(), copy.end()), ElementsAre(7, 1, 4));
 }
 
+// Short ones and long ones, which keep their nodes elsewhere.
+TEST(Graph, ListsOfEveryLengthAreCopiedAndMoved) {
+  GraphAdjListDirected::AdjList target;
+  for (Node length = 0; length < 30; ++length) {
+    GraphAdjListDirected::AdjList list;
+    Nodes expected;
+    for (Node node = 0; node < length; ++node) {
+      list.AddAdj(1000 - node);
+      list.AddAdj(1000 - node / 2);
+      expected.push_back(1000 - node);
+    }
+    const GraphAdjListDirected::AdjList copy(list);
+    GraphAdjListDirected::AdjList moved(std::move(list));
+    target = copy;
+    EXPECT_EQ(expected, Nodes(copy.begin(), copy.end()));
+    EXPECT_EQ(expected, Nodes(moved.begin(), moved.end()));
+    EXPECT_EQ(expected, Nodes(target.begin(), target.end()));
+    moved.AddAdj(5);
+    EXPECT_EQ(length + 1, static_cast<Node>(moved.end() - moved.begin()));
+    EXPECT_EQ(length, static_cast<Node>(target.end() - target.begin()));
+  }
+}
+
 TEST(Graph, EdgesOfAFanWithAChain) {
   constexpr Node SIZE = 10;
   GraphAdjListDirected graph;

@@ -21,19 +21,43 @@ namespace Oxa::Core::GraphAlgo {
 /// Nodes 0 to NodeCount() - 1, each with the list of its successors.
 class OXACORE_API GraphAdjListDirected {
  public:
-  /// The successors of one node in the order of their first insertion, none of them twice. Searched linearly.
+  /// The successors of one node in the order of their first insertion, none of them twice. Searched linearly. Three
+  /// have room in the list itself: most nodes have few, and cost no memory beside it.
   class OXACORE_API AdjList {
    public:
-    using const_iterator = std::vector<unsigned long long>::const_iterator;
+    using const_iterator = const unsigned long long*;
+
+    AdjList() = default;
+    AdjList(const AdjList& other);
+    AdjList(AdjList&& other) noexcept : AdjList() { Swap(other); }
+    AdjList& operator=(AdjList other) noexcept {
+      Swap(other);
+      return *this;
+    }
+    ~AdjList() {
+      if (m_uRoom > uFEW) delete[] m_nodes.m_pMany;
+    }
 
     /// Appends `n` unless it is there.
     void AddAdj(unsigned long long n);
 
-    const_iterator begin() const { return m_nodes.begin(); }
-    const_iterator end() const { return m_nodes.end(); }
+    const_iterator begin() const { return m_uRoom > uFEW ? m_nodes.m_pMany : m_nodes.m_few; }
+    const_iterator end() const { return begin() + m_uCount; }
 
    private:
-    std::vector<unsigned long long> m_nodes;
+    static constexpr unsigned uFEW = 3;
+
+    union Nodes {
+      unsigned long long m_few[uFEW];
+      unsigned long long* m_pMany;  ///< m_uRoom of them, if those are more than uFEW
+    };
+
+    void Swap(AdjList& other) noexcept;
+    void Append(unsigned long long n);
+
+    unsigned m_uCount = 0;
+    unsigned m_uRoom = uFEW;
+    Nodes m_nodes = {};
   };
 
   using const_iterator = std::vector<AdjList>::const_iterator;
