@@ -33,6 +33,7 @@ void Record(Results& results, const std::string& name, const Outcome&... outcome
 }
 
 void Tell(TestNotification::EKind kind, const Test& test) {
+  const UnthrownFailures ofListeners;  // they fail no test
   TestNotification notification(kind, test);
   test.Broadcast(notification);
 }
@@ -82,8 +83,10 @@ bool Test::PrepareRun() {
       return false;
     }
     Tell(TestNotification::eSETTING_UP, *this);
+    const UnthrownFailures ownOnes;
     Setup();
-    return true;
+    if (!UnthrownFailures::Any()) return true;
+    Record(m_results, m_name, Result::eERROR, sUNTHROWN_FAILURE);
   } catch (const Error& error) {
     Record(m_results, m_name, error);
   } catch (...) {
@@ -94,7 +97,7 @@ bool Test::PrepareRun() {
 }
 
 void Test::PerformRun() {
-  const UnthrownFailures unthrown;
+  const UnthrownFailures ownOnes;
   try {
     Tell(TestNotification::eEXECUTING, *this);
     const Result result = Execute();
@@ -107,11 +110,11 @@ void Test::PerformRun() {
     Platform::LetCancellationPass();
     Record(m_results, m_name, Result::eERROR, sUNKNOWN_EXCEPTION);
   }
-  // A suite has it among the results of the child.
-  if (!m_bIsTestSuite && unthrown.Any()) Record(m_results, m_name, Result::eFAILED, sUNTHROWN_FAILURE);
+  if (UnthrownFailures::Any()) Record(m_results, m_name, Result::eFAILED, sUNTHROWN_FAILURE);
 }
 
 void Test::ConcludeRun(std::vector<Result>& results) {
+  const UnthrownFailures ofTearDown;  // no result knows them: they were told when they were raised
   try {
     results.insert(results.end(), m_results.begin(), m_results.end());
     Tell(TestNotification::eCOMPLETED, *this);

@@ -1,6 +1,5 @@
 #include <Infrastructure/OxaCore/AutoTest.h>
 
-#include <atomic>
 #include <cmath>
 #include <sstream>
 
@@ -15,8 +14,6 @@ const char* const sEXPECTED = "expected: ";
 const char* const sDELTA = " within a delta of: ";
 const char* const sACTUAL = " but was: ";
 
-std::atomic<unsigned> s_uUnthrown{0};
-
 template <class Number>
 void RaiseBeyondDelta(Number expected, Number actual, Number delta, const CodeContext& context) {
   std::ostringstream text;
@@ -25,10 +22,6 @@ void RaiseBeyondDelta(Number expected, Number actual, Number delta, const CodeCo
 }
 
 }  // namespace
-
-void UnthrownFailures::Add() noexcept { s_uUnthrown.fetch_add(1, std::memory_order_relaxed); }
-
-unsigned UnthrownFailures::Count() noexcept { return s_uUnthrown.load(std::memory_order_relaxed); }
 
 Test::Failure::Failure(const std::string& text) : ErrorClass(AlertMessage("%1%", text)) {}
 Test::Failure::~Failure() = default;

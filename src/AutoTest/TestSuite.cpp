@@ -68,11 +68,13 @@ int TestSuite::GetTotalTests(bool countSuites, bool includeDisabled) const {
 }
 
 void TestSuite::ReadConfig(const std::string& config) {
-  for (const auto& test : m_tests) test->ReadConfig(config);
+  const std::list<boost::shared_ptr<Test>> tests = m_tests;  // a test may change the list
+  for (const auto& test : tests) test->ReadConfig(config);
 }
 
 void TestSuite::WriteConfig(const std::string& config) {
-  for (const auto& test : m_tests) test->WriteConfig(config);
+  const std::list<boost::shared_ptr<Test>> tests = m_tests;
+  for (const auto& test : tests) test->WriteConfig(config);
 }
 
 void TestSuite::CustomNotification(const Test& test) {

@@ -9,7 +9,12 @@ namespace Oxa::Core::Platform {
 unsigned long ThreadSerial() noexcept;
 
 /// Flags that are each thread's own and start out false. They allocate nothing and need no clean-up.
-enum class EThreadFlag : unsigned { eTELLING_FAILURE = 1, eGUARDS_FILE_LIMIT = 2, eCALLS_LOG = 4 };
+enum class EThreadFlag : unsigned {
+  eTELLING_FAILURE = 1,
+  eGUARDS_FILE_LIMIT = 2,
+  eCALLS_LOG = 4,
+  eFAILED_TEST = 8
+};
 bool HasThreadFlag(EThreadFlag flag) noexcept;
 void SetThreadFlag(EThreadFlag flag, bool value) noexcept;
 

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <limits>
+#include <stdexcept>
 
 #include "AutoTest/Fakes.h"
 
@@ -214,6 +215,28 @@ TEST(RangeTest, ErrorOfTheMeasurementPassesOn) {
   range.m_measure = [](Value&) { OXA_TEST_ASSERT_MSG(false, "no light"); };
   EXPECT_EQ(Result::eFAILED, range.RunTest());
   EXPECT_THAT(ResultsOf(range), ElementsAre("0 Range: no light"));
+}
+
+TEST(RangeTest, ForeignExceptionOfTheMeasurementIsUnknown) {
+  Range range(Meters(2), eGREATER, Value(), eNONE);
+  range.m_measure = [](Value& value) {
+    value = Meters(5);
+    throw std::runtime_error("not told");
+  };
+  EXPECT_EQ(Result::eERROR, range.RunTest());
+  EXPECT_THAT(ResultsOf(range), ElementsAre("-1 Range: Unknown exception"));
+  EXPECT_EQ(1, range.m_iMeasured);
+}
+
+TEST(RangeTest, MeasurementMaySetTheTolerancesThatItIsHeldAgainst) {
+  Range range(Meters(2), eGREATER, Value(), eNONE);
+  range.m_measure = [&](Value& value) {
+    range.SetLowerTolerance(Meters(6), eLESS);
+    range.SetUpperTolerance(Meters(4), eGREATER);
+    value = Meters(5);
+  };
+  range.RunTest();
+  EXPECT_THAT(ResultsOf(range), ElementsAre("1 Range: 6 m > Test value of 5 m > 4 m"));
 }
 
 TEST(RangeTest, WhatIsNoNumberPassesNothing) {

@@ -157,6 +157,36 @@ TEST(Run, StepsComeBeforeWhatTheyAnnounceAndTheCompletionBehind) {
   EXPECT_EQ(1, probe.m_iTearDowns);
 }
 
+TEST(Run, CallerHasTheResultsWhenTheCompletionIsTold) {
+  Probe probe;
+  Tape tape;
+  std::vector<Result> results;
+  tape.m_onStep = [&](const std::string& step) {
+    const bool complete = step == "completed Probe" || step == "teardown Probe";
+    EXPECT_EQ(complete ? 1U : 0U, results.size()) << step;
+  };
+  probe.AddListener(tape);
+  probe.m_tearDown = [&] { EXPECT_EQ(1U, results.size()); };
+  probe.RunTest(results);
+  EXPECT_EQ(4U, tape.m_heard.size());
+}
+
+TEST(Run, ListenersHearInTheOrderOfTheirAdditionAndOnce) {
+  Probe probe;
+  Tape first;
+  Tape second;
+  Texts order;
+  first.m_onStep = [&](const std::string& step) { order.push_back("first " + step); };
+  second.m_onStep = [&](const std::string& step) { order.push_back("second " + step); };
+  probe.AddListener(first);
+  probe.AddListener(second);
+  probe.AddListener(first);
+  probe.Enable(false);
+  probe.RunTest();
+  EXPECT_THAT(order, ElementsAre("first completed Probe", "second completed Probe", "first teardown Probe",
+                                 "second teardown Probe"));
+}
+
 TEST(Run, DisabledTestDoesNotRun) {
   Probe probe;
   Tape tape;
@@ -254,6 +284,11 @@ TEST(Run, OtherTypesAreRecordedAndHaveNoInfluence) {
   Probe probe("Probe", [] { return Result("Other", Result::eNO_RESULT, "x"); });
   EXPECT_EQ(Result::eNO_RESULT, probe.RunTest());
   EXPECT_THAT(ResultsOf(probe), ElementsAre("-2 Other: x"));
+  for (const int type : {-100, -4, 3, 2000000000}) {
+    probe.m_execute = [type] { return Result("Other", static_cast<Result::EType>(type), "no name for it"); };
+    EXPECT_EQ(Result::eNO_RESULT, probe.RunTest());
+    EXPECT_THAT(ResultsOf(probe), ElementsAre(std::to_string(type) + " Other: no name for it"));
+  }
 }
 
 TEST(Run, OfATestThatRunsItselfAgainHasBothResults) {

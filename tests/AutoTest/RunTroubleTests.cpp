@@ -361,6 +361,89 @@ TEST_F(UnloadingDeathTest, SuiteHasTheFailureOfItsChildOnce) {
               "1 Probe: \n0 Probe: A failure was raised that could not end the test\n1 Next: \nresult 0\n");
 }
 
+// A test of the library itself, as it were: which of several runs an assertion that returned belongs to.
+class Asserting : public Probe {
+ public:
+  explicit Asserting(const std::string& name) : Probe(name) {
+    m_execute = [this] {
+      OXA_TEST_ASSERT(1 == 2);
+      return Result(GetName(), Result::ePASSED, "");
+    };
+  }
+};
+
+TEST_F(UnloadingDeathTest, FailedAssertionInSetupIsAnErrorAndExecuteIsNotCalled) {
+  const auto run = [] {
+    Probe* const probe = new Probe;
+    probe->m_setup = [] { OXA_TEST_ASSERT(1 == 2); };
+    RunWhileUnloading(*probe);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+              "\n-1 Probe: A failure was raised that could not end the test\nresult -1\n");
+}
+
+TEST_F(UnloadingDeathTest, SuiteHasItsOwnFailedAssertion) {
+  class Checked : public TestSuite {
+   public:
+    Checked() : TestSuite("Suite") { AddTest(Ending("Child", Result::ePASSED)); }
+
+   protected:
+    Result Execute() override {
+      OXA_TEST_ASSERT(1 == 2);
+      return TestSuite::Execute();
+    }
+  };
+  const auto run = [] { RunWhileUnloading(*new Checked); };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+              "1 Child: \n0 Suite: A failure was raised that could not end the test\nresult 0\n");
+}
+
+TEST_F(UnloadingDeathTest, TestIsNotFailedByWhatItRuns) {
+  const auto run = [] {
+    RunWhileUnloading(*new Probe("Outer", [] {
+      return Result("Outer", Result::ePASSED, std::to_string(Asserting("Inner").RunTest()));
+    }));
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "\n1 Outer: 0\nresult 1\n");
+}
+
+TEST_F(UnloadingDeathTest, TestIsFailedInSpiteOfWhatItRunsLater) {
+  const auto run = [] {
+    RunWhileUnloading(*new Probe("Outer", [] {
+      OXA_TEST_ASSERT(1 == 2);
+      Probe("Inner").RunTest();
+      return Result("Outer", Result::ePASSED, "");
+    }));
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+              "1 Outer: \n0 Outer: A failure was raised that could not end the test\nresult 0\n");
+}
+
+TEST_F(UnloadingDeathTest, TestIsNotFailedByAnotherThread) {
+  const auto run = [] {
+    RunWhileUnloading(*new Probe("Here", [] {
+      int there = 0;
+      std::thread([&] { there = Asserting("There").RunTest(); }).join();
+      return Result("Here", Result::ePASSED, std::to_string(there));
+    }));
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "\n1 Here: 0\nresult 1\n");
+}
+
+TEST_F(UnloadingDeathTest, TestIsNotFailedByListenersNorByTearDown) {
+  const auto run = [] {
+    Tape* const tape = new Tape;
+    tape->m_onStep = [](const std::string&) { OXA_TEST_ASSERT(1 == 2); };
+    const auto probe = boost::make_shared<Probe>();
+    probe->m_tearDown = [] { OXA_TEST_ASSERT(1 == 2); };
+    TestSuite* const suite = new TestSuite("Suite");
+    suite->AddTest(probe);
+    suite->AddListener(*tape);
+    RunWhileUnloading(*suite);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "\n1 Probe: done\nresult 1\n");
+}
+
 TEST_F(UnloadingDeathTest, MissingMethodIsAnError) {
   const auto run = [] {
     void (Probe::*none)(std::string&) = nullptr;

@@ -306,11 +306,79 @@ TEST(TestSuite, ChildThatIsDisabledDuringARunIsPassedOver) {
   EXPECT_THAT(ResultsOf(suite), ElementsAre("1 A: "));
 }
 
+TEST(TestSuite, ChildThatChangesTheListWhenItIsToldItsSettings) {
+  class Leaving : public Probe {
+   public:
+    explicit Leaving(TestSuite& suite) : Probe("Leaving"), m_suite(suite) {}
+    void ReadConfig(const std::string&) override { m_suite.Clear(); }
+    void WriteConfig(const std::string&) override { m_suite.Clear(); }
+
+   private:
+    TestSuite& m_suite;
+  };
+  TestSuite suite("Suite");
+  const auto leaving = boost::make_shared<Leaving>(suite);
+  const auto last = boost::make_shared<Probe>("Last");
+  for (const auto pass : {&TestSuite::ReadConfig, &TestSuite::WriteConfig}) {
+    suite.AddTest(leaving);
+    suite.AddTest(last);
+    (suite.*pass)("rig.xml");
+    EXPECT_EQ(0, suite.GetNumChildTests());
+  }
+  EXPECT_THAT(last->m_configs, ElementsAre("read rig.xml", "write rig.xml"));
+}
+
+TEST(TestSuite, ErrorThatAChildRaisesOnItsSettingsEndsTheRound) {
+  class Refusing : public Probe {
+   public:
+    void ReadConfig(const std::string&) override { OXA_RAISE_ERROR("Test.Config", NullPointer("p_rig")); }
+  };
+  const auto last = boost::make_shared<Probe>("Last");
+  Suite suite("Suite", {boost::make_shared<Refusing>(), last});
+  EXPECT_THROW(suite.ReadConfig("rig.xml"), NullPointer);
+  EXPECT_THAT(last->m_configs, IsEmpty());
+}
+
 TEST(TestSuite, ChildOutlivesItsSuite) {
   const SharedTest a = Passing("A");
-  { Suite suite("Suite", {a}); }
+  Tape tape;
+  {
+    Suite suite("Suite", {a});
+    suite.AddListener(tape);
+  }
   EXPECT_EQ(Result::ePASSED, a->RunTest());
+  EXPECT_THAT(tape.m_heard, IsEmpty());
   EXPECT_EQ(1, a.use_count());
+}
+
+TEST(TestSuite, ChildOfTwoSuitesTellsBothAndOutlivesOne) {
+  const SharedTest a = Passing("A");
+  Suite stays("Stays", {a});
+  Tape tape;
+  stays.AddListener(tape);
+  {
+    Suite goes("Goes", {a});
+    goes.AddListener(tape);
+    a->RunTest();
+    EXPECT_EQ(8U, tape.m_heard.size());
+  }
+  a->RunTest();
+  EXPECT_EQ(12U, tape.m_heard.size());
+  stays.RunTest();
+  EXPECT_THAT(ResultsOf(stays), ElementsAre("1 A: "));
+}
+
+TEST(TestSuite, ChildRunsTheWholeTreeAgain) {
+  Suite root("Root");
+  int depth = 0;
+  root.AddTest(Passing("A"));
+  root.AddTest(boost::make_shared<Probe>("B", [&] {
+    if (depth++ == 0) root.RunTest();
+    return Result("B", Result::ePASSED, std::to_string(depth));
+  }));
+  root.AddTest(Passing("C"));
+  EXPECT_EQ(Result::ePASSED, root.RunTest());
+  EXPECT_THAT(ResultsOf(root), ElementsAre("1 A: ", "1 B: 2", "1 C: ", "1 B: 2", "1 B: 2", "1 C: "));
 }
 
 TEST(TestSuite, ChildThatIsAMemberOfItsSuiteDiesFirst) {

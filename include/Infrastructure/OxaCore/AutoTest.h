@@ -9,7 +9,7 @@
 // Failures: RunTest lets nothing out but the cancellation of the thread, and std::bad_alloc of the raising of a
 // warning. What a listener throws is told as a ListenerErrorOnNotification and disturbs no run.
 // While the library unloads, and while the process exits after a fatal error, raises return: an assertion that fails
-// then doesn't end its test, but the test counts as failed.
+// then, on the thread that runs the test, ends neither Setup nor Execute, but what it stands in counts as failed.
 //
 //   class ProbeTests : public TestSuite {
 //    public:
