@@ -26,19 +26,21 @@ using SharedUnit = boost::shared_ptr<UnitDescriptor>;
 
 const UnitDictionary* GlobalDictionary() { return UnitizedValueBase::sm_spGlobalDictionary.get(); }
 
-const UnitDescriptor* FindIn(const UnitDictionary* dictionary, const std::string& name) {
-  return dictionary != nullptr ? dictionary->FindUnit(name) : nullptr;
+// Whether the search ends here: by a unit, or because the name is ambiguous and that raise returned.
+bool EndsIn(const UnitDictionary* dictionary, const std::string& name, const UnitDescriptor*& found) {
+  if (dictionary == nullptr) return false;
+  found = dictionary->FindUnit(name);
+  return found != nullptr || dictionary->IsUnitDefined(name);
 }
 
-// Asks the dictionaries in this order; null where the raise returns.
+// Asks the dictionaries in this order; null where a raise returns.
 const UnitDescriptor* FindUnit(const std::string& name, const UnitDictionary* first,
                                const UnitDictionary* second = nullptr,
                                const UnitDictionary* third = nullptr) {
-  const UnitDescriptor* found = FindIn(first, name);
-  if (found == nullptr) found = FindIn(second, name);
-  if (found == nullptr) found = FindIn(third, name);
-  if (found == nullptr) OXA_RAISE_ERROR(sUNITIZED_VALUE_LOG, Value::XUnitNotFound(name));
-  return found;
+  const UnitDescriptor* found = nullptr;
+  if (EndsIn(first, name, found) || EndsIn(second, name, found) || EndsIn(third, name, found)) return found;
+  OXA_RAISE_ERROR(sUNITIZED_VALUE_LOG, Value::XUnitNotFound(name));
+  return nullptr;
 }
 
 SharedUnit NewUnitless() {

@@ -65,6 +65,17 @@ TEST(ElapseConversion, OfWhatIsNoTimeRaises) {
             Raised<Value::XNoUnitConversion>([] { ToElapse(1.0); }));
 }
 
+TEST(ElapseConversion, WithoutNanosecondsInTheGlobalDictionaryRaises) {
+  const std::string notFound = "Oxa.Core.UnitizedValue: Nanosecond unit not found in the unit dictionary";
+  const Value second(1, "Second");
+  const UnitDictionary own;
+  const Value secondOfItsOwn(1, "Second", own);
+  const WithGlobalDictionary base(boost::make_shared<UnitDictionary>(false));
+  EXPECT_EQ(notFound, Raised<Value::XUnitNotFound>([&] { ToElapse(second); }));
+  EXPECT_EQ(notFound, Raised<Value::XUnitNotFound>([] { ToUnitizedValue(Elapse()); }));
+  EXPECT_EQ(10000000, ToElapse(secondOfItsOwn).GetRawTimerTicks());
+}
+
 TEST(ElapseConversion, SpansAreNanoseconds) {
   ExpectValue(1500000000.0, "Nanosecond", ToUnitizedValue(Elapse(1500, Elapse::MilliSeconds)));
   ExpectValue(-100.0, "Nanosecond", ToUnitizedValue(Elapse(-1, Elapse::TimerTicks)));

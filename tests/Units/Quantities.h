@@ -39,6 +39,29 @@ struct PrivateUnits {
   Oxa::Core::UnitDictionary m_units;
 };
 
+/// A dictionary in which "km", the abbreviation of two units, is ambiguous.
+inline Oxa::Core::UnitDictionary AmbiguousKilometer() {
+  Oxa::Core::UnitDictionary units(false);
+  units.AddUnit(Derived("Long Kilometer", "km", 1100.0, *Unit("Meter")));
+  units.AddUnit(Derived("Short Kilometer", "km", 900.0, *Unit("Meter")));
+  return units;
+}
+
+/// Stands while another dictionary, or none, is the global one.
+class WithGlobalDictionary {
+ public:
+  explicit WithGlobalDictionary(const boost::shared_ptr<Oxa::Core::UnitDictionary>& dictionary)
+      : m_spBefore(Value::sm_spGlobalDictionary) {
+    Value::sm_spGlobalDictionary = dictionary;
+  }
+  WithGlobalDictionary(const WithGlobalDictionary&) = delete;
+  WithGlobalDictionary& operator=(const WithGlobalDictionary&) = delete;
+  ~WithGlobalDictionary() { Value::sm_spGlobalDictionary = m_spBefore; }
+
+ private:
+  boost::shared_ptr<Oxa::Core::UnitDictionary> m_spBefore;
+};
+
 /// The number to the last bit, and the name of the unit.
 inline void ExpectValue(double number, const std::string& name, const Value& value) {
   EXPECT_EQ(number, value.GetValue());

@@ -26,6 +26,21 @@ TEST_F(QuantitiesUnloading, ValueOfAnUnknownOrAmbiguousUnitHasNone) {
   ExpectValue(3.0, "", Value(3, "Furlong", units));
 }
 
+// Not the one that a dictionary further down the row has by that name.
+TEST_F(QuantitiesUnloading, AmbiguousNameIsNotLookedUpAnyFurther) {
+  const UnitDictionary ambiguous = AmbiguousKilometer();
+  ExpectValue(3.0, "", Value(3, "km", ambiguous));
+  Value value(3, "Meter");
+  value.ConvertTo("km", ambiguous);
+  ExpectValue(3.0, "Meter", value);
+  EXPECT_EQ("3 m", value.ToString("km", ambiguous));
+  const UnitDictionary base(false);
+  Value own(3, "Kilometer", base);
+  own.ConvertTo("m");  // Meter and Minute in the global one
+  ExpectValue(3.0, "Kilometer", own);
+  EXPECT_TRUE(std::isnan(own.Get("m")));
+}
+
 TEST_F(QuantitiesUnloading, RefusedConversionLeavesTheValue) {
   Value value(3, "Meter");
   const SharedUnit unit = value.GetUnits();

@@ -37,14 +37,6 @@ std::string Collision(const std::string& name) {
          "\"\nNo UnitDescriptor provided to differentiate them.";
 }
 
-// Its only unit's alternate name, "km", stands for two units.
-UnitDictionary AmbiguousKilometer() {
-  UnitDictionary units(false);
-  units.AddUnit(Derived("Long Kilometer", "km", 1100.0, *Unit("Meter")));
-  units.AddUnit(Derived("Short Kilometer", "km", 900.0, *Unit("Meter")));
-  return units;
-}
-
 TEST(UnitizedValue, DefaultIsZeroWithoutAUnit) {
   const Value value;
   EXPECT_EQ(0.0, value.GetValue());
@@ -160,6 +152,37 @@ TEST(UnitizedValue, ConvertToAsksTheGivenDictionaryBeforeTheOthers) {
   ExpectValue(4.0, "Meter", owner);
 }
 
+TEST(UnitizedValue, WithoutAGlobalDictionaryOnlyTheOthersAreAsked) {
+  const PrivateUnits given;
+  Value value(4, "Meter", given.m_units);
+  const WithGlobalDictionary none{nullptr};
+  EXPECT_EQ(NotFound("Meter"), Raised<XUnitNotFound>([] { Value(1, "Meter"); }));
+  EXPECT_EQ(NotFound("Mile"), Raised<XUnitNotFound>([&] { Value(1, "Mile", given.m_units); }));
+  EXPECT_EQ(0.5, Value(1, "Inch", given.m_units).GetUnits()->GetConversionFactor());
+  value.ConvertTo("m");
+  ExpectValue(4.0, "Meter", value);
+  value.ConvertTo("Inch");
+  ExpectValue(2.0, "Inch", value);
+  EXPECT_EQ(NotFound("Mile"), Raised<XUnitNotFound>([&] { value.ConvertTo("Mile", UnitDictionary(false)); }));
+  EXPECT_EQ(2.0, Value(2).GetValue());
+}
+
+TEST(UnitizedValue, GlobalDictionaryIsTheOneThatTheHostHasPutThere) {
+  UnitDictionary changed(false);
+  changed.AddUnit(Derived("Inch", "in.", 3.0, *Unit("Meter")));
+  changed.AddUnit(Derived("Field", "fd", 0.25, *Unit("Meter") * *Unit("Meter")));
+  Value before(6, "Meter");
+  {
+    const WithGlobalDictionary other(boost::make_shared<UnitDictionary>(changed));
+    before.ConvertTo("in.");
+    ExpectValue(2.0, "Inch", before);
+    ExpectValue(16.0, "Field", Value(2, "Meter") * Value(2, "Meter"));
+    EXPECT_EQ(NotFound("Mile"), Raised<XUnitNotFound>([] { Value(1, "Mile"); }));
+  }
+  ExpectValue(2.0, "Inch", before);  // outlives the dictionary that its unit is from
+  EXPECT_EQ(6.0, before.Get("Meter"));
+}
+
 TEST(UnitizedValue, DictionaryGoesAlongWithCopies) {
   const PrivateUnits own;
   const Value value(4, "Meter", own.m_units);
@@ -171,6 +194,12 @@ TEST(UnitizedValue, DictionaryGoesAlongWithCopies) {
   assigned = Value(4, "Meter");
   EXPECT_EQ(NotFound("thumb"), Raised<XUnitNotFound>([&] { assigned.Get("thumb"); }));
   EXPECT_EQ(4.0, (value + Value(4, "Meter")).Get("thumb"));
+  const Value square = value * value;
+  EXPECT_EQ("Second per Meter", NameOf(Value(1, "Second", own.m_units) / Value(1, "Meter")));
+  EXPECT_EQ(2.0, (square / Value(4, "Meter")).Get("thumb")) << "by way of products and quotients";
+  EXPECT_EQ(2.0, (value * uv1).Get("thumb"));
+  EXPECT_EQ(2.0, (value / 1.0).Get("thumb"));
+  EXPECT_EQ(NotFound("thumb"), Raised<XUnitNotFound>([&] { (uv1 * value).Get("thumb"); }));
   const Value other = Value(4, "Meter") + value;
   EXPECT_EQ(NotFound("thumb"), Raised<XUnitNotFound>([&] { other.Get("thumb"); }));
 }
@@ -196,6 +225,11 @@ TEST(UnitizedValue, ConvertsToADescriptorAndSharesIt) {
   EXPECT_EQ(1000.0, value.GetValue());
   value.ConvertTo(value.GetUnits());
   EXPECT_EQ(meter, value.GetUnits());
+  value.ConvertTo(value.GetUnits()->GetName());  // the name goes with the unit that it is the name of
+  ExpectValue(1000.0, "Meter", value);
+  value = *&value;
+  ExpectValue(1000.0, "Meter", value);
+  value.ConvertTo(meter);
   EXPECT_EQ(1000.0, value.GetValue());
   EXPECT_EQ("Oxa.Core.UnitizedValue: NULL pointer variable named aUnits",
             Raised<NullPointer>([&] { value.ConvertTo(SharedUnit()); }));

@@ -11,9 +11,10 @@
 // same factor as every temperature scale: 300 Kelvin converted to Celsius are 300 Celsius. A scale on the left is
 // always converted.
 //
-// Failures: XUnitNotFound, XNoUnitConversion, AllocationFailed and NullPointer under "Oxa.Core.UnitizedValue",
-// UnitDictionary::XAlternateNameCollision, UnitDescriptor_Temperature::XIllegalArithmetic. Whatever is raised, the
-// value is unchanged; where a raise returns, too. A comparison then says that the two differ.
+// Failures: XUnitNotFound, XNoUnitConversion, NullPointer and AllocationFailed under "Oxa.Core.UnitizedValue",
+// UnitDictionary::XAlternateNameCollision, UnitDescriptor_Temperature::XIllegalArithmetic, and for want of memory
+// what UnitDescriptor::MakeCopy raises or std::bad_alloc. Whatever is raised, the value is unchanged; where a raise
+// returns, too. A comparison then says that the two differ.
 //
 // Thread safety: a value has no lock. Copies share the descriptor of their unit, which operations read and never
 // write: copies may be used on different threads. Look-ups in the global dictionary may go on at once on any number
@@ -85,12 +86,14 @@ class OXACORE_API UnitizedValue<double> : public UnitizedValueBase {
   /// "UnitDescriptor" without the memory for that.
   UnitizedValue(double aValue = 0);
 
-  /// Looks the unit up in the global dictionary. Raises XUnitNotFound; the value is without a unit where that
-  /// returns.
+  /// Looks the unit up in the global dictionary. Raises XUnitNotFound, and XAlternateNameCollision for an ambiguous
+  /// name; the value is without a unit where that returns.
   UnitizedValue(double aValue, const std::string& aUnitName);
 
   /// Looks the unit up in `aDictionary`, then in the global one. Keeps the address of `aDictionary`, which must
-  /// outlive the value and its copies. Raises XUnitNotFound; the value is without a unit where that returns.
+  /// outlive the value, its copies, and the sums and products of which it is the left part. Raises XUnitNotFound, and
+  /// XAlternateNameCollision for a name that is ambiguous in the first one that knows it; the value is without a unit
+  /// where that returns.
   UnitizedValue(double aValue, const std::string& aUnitName, const UnitDictionary& aDictionary);
 
   // No moves: a value that was moved from would have no unit.
@@ -110,7 +113,8 @@ class OXACORE_API UnitizedValue<double> : public UnitizedValueBase {
   const boost::shared_ptr<UnitDescriptor>& GetUnits() const { return units; }
 
   /// Looks the name up in the global dictionary, then in the one that the value was made with, and converts.
-  /// Raises XUnitNotFound, and XNoUnitConversion for a unit of other dimensions.
+  /// Raises XUnitNotFound, XAlternateNameCollision for a name that is ambiguous in the first one that knows it, and
+  /// XNoUnitConversion for a unit of other dimensions.
   void ConvertTo(const std::string& aUnitName);
 
   /// The same, with `aDictionary` asked before the other two. Its address isn't kept.
