@@ -68,10 +68,11 @@ TEST(StationProgram, RunsItsOwnPlan) {
       result.m_sError);
   EXPECT_THAT(result.m_sOutput, StartsWith(sSTARTED_UP));
   for (const char* const row :
-       {"\nfast +500( +[0-9.]+ \xC2\xB5sec){4} ", "\nslow +20( +[0-9.]+ msec){4} ",
-        "\nburst +50( +[0-9.e-]+ s){4} ", "\nstrict +200( +[0-9.e+]+ nsec){4} +200\n",
-        "\n\\[1/4\\] fast [a-zA-Z]+: Test value of [0-9.]+ \xC2\xB5sec [<>]",
-        "\n\\[4/4\\] strict FAILED: Test value of [0-9.e+]+ nsec >= 0 nsec\n[0-3] of 4 series passed\n"}) {
+       {"\nfast +500( +[0-9.e+-]+ \xC2\xB5sec){4} ", "\nslow +20( +[0-9.e+-]+ msec){4} ",
+        "\nburst +50( +[0-9.e-]+ s){4} ", "\nstrict +200( +[0-9.e+-]+ \xC2\xB5sec){4} +200\n",
+        "\n\\[1/4\\] fast [a-zA-Z]+: Test value of [0-9.e+-]+ \xC2\xB5sec [<>]",
+        "\n\\[4/4\\] strict FAILED: Test value of [0-9.e+-]+ \xC2\xB5sec >= 0 \xC2\xB5sec\n[0-3] of 4 series "
+        "passed\n"}) {
     EXPECT_THAT(result.m_sOutput, ContainsRegex(row));
   }
   EXPECT_THAT(result.m_sOutput, EndsWith(LogLine(folder.Path())));
@@ -251,7 +252,7 @@ TEST(StationProgram, TestsItselfByItsOwnPlan) {
   const ChildResult result = RunStation({"test", "--log", folder.Path()});
   EXPECT_EQ("", result.m_sError);
   EXPECT_THAT(result.m_sOutput,
-              ContainsRegex("\n\\[1/3\\] quick [a-zA-Z]+: Test value of [0-9.]+ msec [<>]"));
+              ContainsRegex("\n\\[1/3\\] quick [a-zA-Z]+: Test value of [0-9.e+-]+ msec [<>]"));
   const bool passed = result.m_sOutput.find("\n3 of 3 series passed\n") != std::string::npos;
   EXPECT_EQ(passed ? 0 : 1, result.m_iStatus);
   EXPECT_EQ(1, DefaultLog(folder.Path()).Count("test.plan: 3 series, 0 lines refused"));
@@ -555,7 +556,7 @@ TEST(StationProgram, ReplaysTheTableOfItsRun) {
   const ChildResult replay = Replay(folder, folder.File("x"));
   EXPECT_EQ(0, replay.m_iStatus);
   EXPECT_EQ("", replay.m_sError);
-  EXPECT_THAT(Table(run.m_sOutput), ContainsRegex("\nstrict +200( +[0-9.e+]+ nsec){4} +200\n"));
+  EXPECT_THAT(Table(run.m_sOutput), ContainsRegex("\nstrict +200( +[0-9.e+-]+ \xC2\xB5sec){4} +200\n"));
   EXPECT_EQ(Table(run.m_sOutput), Table(replay.m_sOutput));
   EXPECT_EQ(sSTARTED_UP + ('\n' + Table(replay.m_sOutput)) + "\n" + LogLine(folder.Path()), replay.m_sOutput);
   EXPECT_EQ(1, DefaultLog(folder.Path()).Count("Replays " + folder.File("x")));
