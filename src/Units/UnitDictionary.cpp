@@ -165,7 +165,7 @@ bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {
 }
 
 void UnitDictionary::RemoveUnit(const UnitDescriptor& aUnit) {
-  std::string name = aUnit.GetName();  // a copy: `aUnit` may be the very unit that goes here
+  const std::string name = aUnit.GetName();  // NOLINT: `aUnit` may be the very unit that goes here
   removeFromScale(aUnit.GetDimensions(), aUnit.GetConversionFactor());
   removeName(name);
 }

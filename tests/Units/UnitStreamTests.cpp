@@ -100,7 +100,7 @@ TEST(UnitStream, AScaleThatIsReadIntoKeepsItsClass) {
 // A unit of a host that can't be assigned.
 class Fixed : public UnitDescriptor {
  public:
-  UnitDescriptor& operator=(const UnitDescriptor&) override { return *this; }
+  UnitDescriptor& operator=(const UnitDescriptor&) override { return *this; }  // NOLINT: it overrides
 };
 
 TEST(UnitStream, ReadingIsNoAssignmentOfTheClassThatIsReadInto) {
