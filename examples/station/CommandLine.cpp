@@ -1,6 +1,8 @@
 #include "CommandLine.h"
 
 #include <cstddef>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "ShownText.h"
@@ -105,6 +107,28 @@ std::string FindContradiction(const CommandLine& result) {
   return hasReport ? std::string(sREPORT) + " is for measuring and replays" : std::string();
 }
 
+bool IsSameFile(const std::string& one, const std::string& other) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  const auto real = [&](const std::string& file) {
+    return fs::weakly_canonical(fs::absolute(file, ignored), ignored);
+  };
+  return !one.empty() && !other.empty() && real(one) == real(other);
+}
+
+// What is written is neither what is read nor another result, or one would destroy the other.
+std::string FindOverwriting(const CommandLine& result) {
+  const std::pair<const char*, std::string> written[] = {{sRECORD, result.m_sRecording},
+                                                         {sREPORT, result.m_sReport}};
+  for (const auto& [option, file] : written) {
+    const std::string overwrites = std::string(option) + " would overwrite ";
+    if (IsSameFile(file, result.m_plan.value_or(std::string()))) return overwrites + "the plan";
+    if (IsSameFile(file, result.m_sOperand)) return overwrites + "what is replayed";
+  }
+  const bool isTwofold = IsSameFile(result.m_sRecording, result.m_sReport);
+  return isTwofold ? std::string(sREPORT) + " would overwrite the recording" : std::string();
+}
+
 // Gives what is wrong; empty if nothing is.
 std::string TakeOption(CommandLine& result, const std::string& option, const std::string& value) {
   if (option == sOPEN) return AddOpening(result.m_logOpenings, value);
@@ -137,6 +161,7 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     }
   }
   if (result.m_sMistake.empty()) result.m_sMistake = FindContradiction(result);
+  if (result.m_sMistake.empty()) result.m_sMistake = FindOverwriting(result);
   return result;
 }
 

@@ -32,7 +32,8 @@ struct CommandLine {
 };
 
 /// `arguments` without the program's name. Of an option that comes several times the last one counts, but every
-/// --open does. What follows a mistake isn't read.
+/// --open does. What follows a mistake isn't read. A file that would be
+/// written can't be another one of the arguments, by whatever path.
 CommandLine ReadCommandLine(const std::vector<std::string>& arguments);
 
 /// The answer to --help.

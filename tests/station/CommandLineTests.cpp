@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "TemporaryFolder.h"
+
 namespace {
 
 using Station::CommandLine;
@@ -87,6 +89,23 @@ TEST(CommandLine, TakesOneCommandAndItsOptionsOnly) {
   EXPECT_EQ("--record is for measuring", ReadCommandLine({"--record", "b", "days", "a"}).m_sMistake);
   EXPECT_EQ("--daily is for measuring", ReadCommandLine({"days", "a", "--daily", "b"}).m_sMistake);
   EXPECT_EQ("--open is for measuring", ReadCommandLine({"days", "a", "--open", "b=Debug"}).m_sMistake);
+}
+
+// By whatever path, and whether it is there or not.
+TEST(CommandLine, DestroysNothingThatItNames) {
+  const StationTests::TemporaryFolder folder;
+  const std::string file = folder.Write("x", "");
+  std::filesystem::create_symlink("x", folder.File("link"));
+  const std::string detour = folder.Path() + "/./x";
+  EXPECT_EQ("--report would overwrite what is replayed",
+            ReadCommandLine({"replay", file, "--report", detour}).m_sMistake);
+  EXPECT_EQ("--report would overwrite the plan",
+            ReadCommandLine({"--plan", folder.File("link"), "--report", file}).m_sMistake);
+  EXPECT_EQ("--record would overwrite the plan",
+            ReadCommandLine({"test", "--record", detour, "--plan", file}).m_sMistake);
+  EXPECT_EQ("--report would overwrite the recording",
+            ReadCommandLine({"--record", "new", "--report", "./new"}).m_sMistake);
+  EXPECT_EQ("", ReadCommandLine({"--record", file, "--report", file + "y"}).m_sMistake);
 }
 
 TEST(CommandLine, AsksForHelp) { EXPECT_TRUE(ReadCommandLine({"--help"}).m_bHelp); }

@@ -369,6 +369,7 @@ TEST(StationProgram, EndsWith2OnBadArguments) {
       {{"--log"}, "--log needs a folder behind it"},
       {{"replay"}, "replay needs a file behind it"},
       {{"days", "x", "--record", "y"}, "--record is for measuring"},
+      {{"replay", "x", "--report", "./x"}, "--report would overwrite what is replayed"},
       {{"--open", "a..b=Debug"},
        "--open: \"a..b\" is no path of a logger: names with single dots between them make one"},
       {{"--open", "Station.Clock=Loud"},
