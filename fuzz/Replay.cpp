@@ -13,6 +13,7 @@
 #include "MemorySource.h"
 #include "RecordingReader.h"
 #include "Report.h"
+#include "ReportFile.h"
 #include "StationAlerts.h"
 #include "Statistics.h"
 
@@ -70,6 +71,9 @@ bool IsUnit(const std::string& text) {
   return std::find(std::begin(units), std::end(units), text) != std::end(units);
 }
 
+// What a count of nanoseconds holds, and so can be shown.
+bool CanBeShown(long long ticks) { return ticks <= 90000000000000000 && ticks >= -90000000000000000; }
+
 struct ReferenceSeries {
   std::string m_sName;
   std::string m_sUnit = "Microsecond";
@@ -95,8 +99,8 @@ std::optional<std::vector<ReferenceSeries>> ReadHead(Reference& in) {
     series.m_ullCount = in.Number(4);
     if (version == 2) series.m_sUnit = in.Text();
     if (in.IsShort() || !IsName(series.m_sName) || interval < 1 || interval > 100000000 ||
-        series.m_llTolerance < 0 || series.m_ullCount < 1 || series.m_ullCount > 1000000 ||
-        !IsUnit(series.m_sUnit)) {
+        series.m_llTolerance < 0 || !CanBeShown(series.m_llTolerance) || series.m_ullCount < 1 ||
+        series.m_ullCount > 1000000 || !IsUnit(series.m_sUnit)) {
       return std::nullopt;
     }
     for (const ReferenceSeries& other : all)
@@ -112,8 +116,10 @@ bool ReadSamples(Reference& in, std::vector<ReferenceSeries>& all) {
     const unsigned long long number = in.Number(4);
     const unsigned long long lateness = in.Number(8);
     if (series == 0xFFFFFFFF) return number == 0 && lateness == read && in.Left() == 0;
-    if (series >= all.size() || number <= all[series].m_ullLast || number > all[series].m_ullCount)
+    if (series >= all.size() || number <= all[series].m_ullLast || number > all[series].m_ullCount ||
+        !CanBeShown(static_cast<long long>(lateness))) {
       return false;
+    }
     all[series].m_ullLast = number;
     all[series].m_latenesses.push_back(static_cast<long long>(lateness));
     all[series].m_ulLate += static_cast<long long>(lateness) > all[series].m_llTolerance;
@@ -146,6 +152,7 @@ void Show(std::vector<Measurement>& measurements) {
     measurement.m_statistics = Station::Summarize(measurement.m_latenesses);
   std::ostringstream table;
   Station::WriteTable(table, measurements);
+  Station::ReportFile("/dev/null").Write(table, measurements, {}, {});
 }
 
 }  // namespace

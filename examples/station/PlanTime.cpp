@@ -28,7 +28,6 @@ const char* const sTHE_ONE = "; the one for times is ";
 const char* const sNO_TIME = " is no unit of times";
 
 const char* const sDIGITS = "0123456789";
-constexpr double dMOST_SECONDS = 9e9;  // a count of nanoseconds can hold a little more
 
 // Reads the number that begins `text` and leaves the unit in `unit`. Gives what is wrong; empty if nothing is.
 std::string ReadNumber(const std::string& text, double& number, std::string& unit) {
@@ -71,7 +70,7 @@ std::string ReadTime(const std::string& text, PlanTime& time) {
   if (mistake.empty()) mistake = FindMainName(name, unit);
   if (!mistake.empty()) return mistake;
   const Quantity quantity(number, unit);
-  if (quantity.Get("Second") > dMOST_SECONDS) return sTOO_LONG;
+  if (quantity.Get("Second") > static_cast<double>(llMOST_SECONDS)) return sTOO_LONG;
   time = {ToElapse(quantity), unit};
   return std::string();
 }

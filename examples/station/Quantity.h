@@ -14,10 +14,14 @@ namespace Station {
 
 using Quantity = Oxa::Core::UnitizedValue<double>;
 
+/// No longer time, forth or back, is a quantity, whose way from an Elapse is by a count of nanoseconds: that can hold a
+/// little more.
+constexpr long long llMOST_SECONDS = 9000000000;
+
 /// The unit of times that goes by `name`, main or alternate; null if there is none. Raises nothing.
 boost::shared_ptr<Oxa::Core::UnitDescriptor> FindTimeUnit(const std::string& name);
 
-/// `elapse` in the unit of times with the main name `unit`. Equal times give equal numbers, and a longer time a larger
+/// `elapse`, of llMOST_SECONDS at most, in the unit of times with the main name `unit`. Equal times give equal numbers, and a longer time a larger
 /// one.
 Quantity InUnit(const Oxa::Core::Elapse& elapse, const std::string& unit);
 

@@ -40,11 +40,17 @@ const char* const sNO_END_MARK =
 const char* const sBEHIND_END = "something follows its end mark";
 const char* const sWRONG_NUMBER = "its end mark tells another number of samples";
 const char* const sUNKNOWN_SERIES = "a sample is of a series that the recording doesn't have";
+const char* const sNO_LATENESS = "a sample can't be as late as it is";
 const char* const sOUT_OF_ORDER = "a sample has a number that can't come here";
 
 constexpr unsigned long long ullBUFFER = 65536;
 
 Elapse Ticks(long long ticks) { return Elapse(ticks, Elapse::TimerTicks); }
+
+// Whether it can be shown: what measures gives no other.
+bool CanBe(const Elapse& time) {
+  return time <= Elapse(llMOST_SECONDS, Elapse::Seconds) && time >= Elapse(-llMOST_SECONDS, Elapse::Seconds);
+}
 
 // The head of the file `m_sFile`. Values are read only once it is clear that they are there: the stream itself
 // doesn't tell where it ends. Raises can return; from then on nothing more is read, and IsGood tells.
@@ -100,15 +106,15 @@ class HeadReader {
     if (m_uVersion != uVERSION_WITHOUT_UNITS) series.m_sUnit = Text(sBAD_SERIES);
     series.m_interval = Ticks(interval);
     series.m_tolerance = Ticks(tolerance);
-    if (!CanBe(series)) Refuse(sBAD_SERIES);
+    if (!IsPossible(series)) Refuse(sBAD_SERIES);
     CheckName(series.m_sName, before);
     return measurement;
   }
 
-  static bool CanBe(const Series& series) {
+  static bool IsPossible(const Series& series) {
     return series.m_interval > 0 && series.m_interval <= Elapse(llLONGEST_INTERVAL, Elapse::Seconds) &&
-           series.m_tolerance >= 0 && series.m_ulCount >= 1 && series.m_ulCount <= llLARGEST_COUNT &&
-           IsTimeUnit(series.m_sUnit);
+           series.m_tolerance >= 0 && CanBe(series.m_tolerance) && series.m_ulCount >= 1 &&
+           series.m_ulCount <= llLARGEST_COUNT && IsTimeUnit(series.m_sUnit);
   }
 
   static bool IsTimeUnit(const std::string& name) {
@@ -173,6 +179,7 @@ class SampleReader {
     if (series >= m_last.size()) return sUNKNOWN_SERIES;
     Measurement& measurement = m_recorded.m_measurements[series];
     if (number <= m_last[series] || number > measurement.m_series.m_ulCount) return sOUT_OF_ORDER;
+    if (!CanBe(Ticks(lateness))) return sNO_LATENESS;
     m_last[series] = number;
     measurement.m_latenesses.push_back(Ticks(lateness));
     if (Ticks(lateness) > measurement.m_series.m_tolerance) ++measurement.m_ulLate;

@@ -191,7 +191,8 @@ TEST(RecordingReader, RefusesSeriesThatNoPlanCanHave) {
   EXPECT_EQ(sBAD_SERIES, one(SeriesBytes("a", 1, 0, 1000001)));
   EXPECT_EQ(sBAD_SERIES,
             WhyUnreadable(begin + Little(2, 4) + SeriesBytes("a", 1, 0, 1) + SeriesBytes("a", 1, 0, 1)));
-  EXPECT_EQ("it can", one(SeriesBytes(std::string(20, 'a'), 100000000, 0, 1000000)));
+  EXPECT_EQ(sBAD_SERIES, one(SeriesBytes("a", 1, 90000000000000001, 1)));
+  EXPECT_EQ("it can", one(SeriesBytes(std::string(20, 'a'), 100000000, 90000000000000000, 1000000)));
 }
 
 TEST(RecordingReader, TellsOfEveryKindOfDamage) {
@@ -214,14 +215,19 @@ TEST(RecordingReader, TellsOfEveryKindOfDamage) {
   EXPECT_EQ(Damage(1, behind), damage(first + EndBytes(1) + EndBytes(1)));
 }
 
-TEST(RecordingReader, TakesAnyLateness) {
-  const long long least = std::numeric_limits<long long>::min();
-  const long long most = std::numeric_limits<long long>::max();
+// A longer one couldn't be shown. Some 285 years will do.
+TEST(RecordingReader, TakesAnyLatenessThatCanBeShown) {
+  const long long most = 90000000000000000;
   const Recorded recorded =
-      Read(HeadBytes() + SampleBytes(0, 1, least) + SampleBytes(0, 2, most) + EndBytes(2));
+      Read(HeadBytes() + SampleBytes(0, 1, -most) + SampleBytes(0, 2, most) + EndBytes(2));
   EXPECT_EQ("", recorded.m_sDamage);
-  EXPECT_THAT(recorded.m_measurements[0].m_latenesses, ElementsAre(Ticks(least), Ticks(most)));
+  EXPECT_THAT(recorded.m_measurements[0].m_latenesses, ElementsAre(Ticks(-most), Ticks(most)));
   EXPECT_EQ(1U, recorded.m_measurements[0].m_ulLate);
+  for (const long long lateness :
+       {-most - 1, most + 1, std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max()}) {
+    const Recorded damaged = Read(HeadBytes() + SampleBytes(0, 1, 0) + SampleBytes(0, 2, lateness));
+    EXPECT_EQ(Damage(1, "a sample can't be as late as it is"), damaged.m_sDamage) << lateness;
+  }
 }
 
 TEST(RecordingReader, KeepsWhatCameBeforeAFailure) {
