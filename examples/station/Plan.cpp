@@ -7,6 +7,7 @@
 
 #include "PlanField.h"
 #include "ShownText.h"
+#include "Utf8.h"
 
 namespace Station {
 
@@ -17,7 +18,14 @@ namespace {
 
 const char* const sLOG_NAME = "Station.Plan";
 const char* const sPLACE = "Plan";
+const char* const sUTF8_MARK = "\xEF\xBB\xBF";
 const char* const sFULL = " (a plan holds 16 series at most)";
+
+// In the single bytes of units, and without the mark that some editors begin UTF-8 with.
+std::string Decoded(const std::string& text) {
+  const std::string mark = sUTF8_MARK;
+  return FromUtf8(text.rfind(mark, 0) == 0 ? text.substr(mark.size()) : text);
+}
 
 // Names have to differ, or the table at the end could not be read.
 void RequireNewName(const Plan& plan, const Series& series) {
@@ -53,7 +61,7 @@ std::string DescribeRefusal(const std::string& planName, unsigned long line, con
 Plan ReadPlan(const std::string& name, const std::string& text) {
   Plan plan{{}, {}, name};
   const std::string shownName = Shown(name);
-  std::istringstream lines(text);
+  std::istringstream lines(Decoded(text));
   std::string line;
   for (unsigned long number = 1; std::getline(lines, line); ++number) {
     try {

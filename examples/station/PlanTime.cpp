@@ -8,7 +8,6 @@
 
 #include "Quantity.h"
 #include "ShownText.h"
-#include "Utf8.h"
 
 namespace Station {
 
@@ -38,7 +37,7 @@ std::string ReadNumber(const std::string& text, double& number, std::string& uni
   if (read.ec != std::errc()) return sOUT_OF_RANGE;
   if (*read.ptr == ',') return sNO_NUMBER;
   const char* const name = std::find_if(read.ptr, end, [](char c) { return c != ' ' && c != '\t'; });
-  unit = FromUtf8(std::string(name, end));
+  unit.assign(name, end);
   return std::string();
 }
 

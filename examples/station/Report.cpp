@@ -3,12 +3,14 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iomanip>
 #include <set>
 #include <sstream>
 
 #include "Quantity.h"
 #include "ShownText.h"
+#include "Ticks.h"
 #include "Utf8.h"
 
 namespace Station {
@@ -23,68 +25,50 @@ using Oxa::Core::WarningRecord;
 namespace {
 
 const char* const sTITLE = "How late the system wakes a sleeper:\n\n";
-const char* const sSERIES = "series";
-
+const char* const sNO_FIGURE = "-";
 constexpr int iLABEL_WIDTH = 20;
-constexpr int iNAME_WIDTH = 8;
-constexpr int iCOUNT_WIDTH = 8;
-constexpr int iFIGURE_WIDTH = 12;
 
 template <class T>
 void WriteLine(std::ostream& out, const char* name, const T& value) {
   out << std::left << std::setw(iLABEL_WIDTH) << name << std::right << value << '\n';
 }
 
-// Lines whose first column is as wide as the longest name. In single bytes, so that widths count characters.
+using Row = std::vector<std::string>;
+
+Row RowOf(const Measurement& measurement) {
+  const Statistics& statistics = measurement.m_statistics;
+  Row row{measurement.m_series.m_sName, std::to_string(measurement.m_latenesses.size())};
+  for (const Elapse& figure :
+       {statistics.m_least, statistics.m_median, statistics.m_percentile99, statistics.m_greatest}) {
+    const bool isKnown = !measurement.m_latenesses.empty();
+    row.push_back(isKnown ? FigureText(InUnit(figure, measurement.m_series.m_sUnit)) : sNO_FIGURE);
+  }
+  row.push_back(std::to_string(measurement.m_ulLate));
+  return row;
+}
+
+// Columns as wide as the longest text in them. In single bytes, so that widths count characters.
 class Table {
  public:
-  explicit Table(const std::vector<Measurement>& measurements) {
-    for (const Measurement& measurement : measurements) {
-      m_iNameWidth = std::max(m_iNameWidth, static_cast<int>(measurement.m_series.m_sName.size()));
-    }
-    WriteHeading();
-    for (const Measurement& measurement : measurements) WriteRow(measurement);
+  void Add(const Row& row) {
+    for (std::size_t i = 0; i < row.size(); ++i) m_widths[i] = std::max(m_widths[i], row[i].size());
+    m_rows.push_back(row);
   }
 
-  std::string GetText() const { return m_text.str(); }
-
- private:
-  void WriteFirst(const std::string& name) {
-    m_text << std::left << std::setw(m_iNameWidth) << name << std::right;
-  }
-
-  template <class T>
-  void WriteColumn(int width, const T& value) {
-    m_text << ' ' << std::setw(width) << value;
-  }
-
-  void WriteHeading() {
-    WriteFirst(sSERIES);
-    WriteColumn(iCOUNT_WIDTH, "count");
-    for (const char* const heading : {"least", "median", "99 %", "greatest"})
-      WriteColumn(iFIGURE_WIDTH, heading);
-    WriteColumn(iCOUNT_WIDTH, "too late");
-    m_text << '\n';
-  }
-
-  void WriteRow(const Measurement& measurement) {
-    WriteFirst(measurement.m_series.m_sName);
-    WriteColumn(iCOUNT_WIDTH, measurement.m_latenesses.size());
-    const Statistics& statistics = measurement.m_statistics;
-    for (const Elapse& figure :
-         {statistics.m_least, statistics.m_median, statistics.m_percentile99, statistics.m_greatest}) {
-      if (measurement.m_latenesses.empty()) {
-        WriteColumn(iFIGURE_WIDTH, '-');
-      } else {
-        WriteColumn(iFIGURE_WIDTH, InUnit(figure, measurement.m_series.m_sUnit));
+  std::string GetText() const {
+    std::ostringstream text;
+    for (const Row& row : m_rows) {
+      for (std::size_t i = 0; i < row.size(); ++i) {
+        text << (i == 0 ? std::left : std::right) << std::setw(static_cast<int>(m_widths[i])) << row[i]
+             << (i + 1 < row.size() ? ' ' : '\n');
       }
     }
-    WriteColumn(iCOUNT_WIDTH, measurement.m_ulLate);
-    m_text << '\n';
+    return text.str();
   }
 
-  int m_iNameWidth = iNAME_WIDTH;
-  std::ostringstream m_text;
+ private:
+  std::vector<std::size_t> m_widths{8, 8, 12, 12, 12, 12, 8};
+  std::vector<Row> m_rows;
 };
 
 void WriteWarnings(std::ostream& out) {
@@ -111,7 +95,10 @@ void WriteErrors(std::ostream& out) {
 }  // namespace
 
 void WriteTable(std::ostream& out, const std::vector<Measurement>& measurements) {
-  out << '\n' << sTITLE << ToUtf8(Table(measurements).GetText());
+  Table table;
+  table.Add({"series", "count", "least", "median", "99 %", "greatest", "too late"});
+  for (const Measurement& measurement : measurements) table.Add(RowOf(measurement));
+  out << '\n' << sTITLE << ToUtf8(table.GetText());
 }
 
 void WriteAlertCounts(std::ostream& out, const Plan& plan, const std::vector<Measurement>& measurements) {

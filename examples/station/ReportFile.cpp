@@ -67,7 +67,7 @@ bool ReportFile::Write(std::ostream& out, const std::vector<Measurement>& measur
   if (m_stream.good()) {
     WriteReportPlace(out, m_sFile);
   } else {
-    Complain(sNOT_WRITTEN + Quoted(m_sFile));
+    Complain(sNOT_WRITTEN + ('"' + Shown(m_sFile) + '"'));
   }
   return m_stream.good();
 }

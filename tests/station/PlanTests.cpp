@@ -94,6 +94,13 @@ TEST(Plan, TakesTheMicroSignInAnyForm) {
   }
 }
 
+TEST(Plan, MayBeginWithTheMarkOfUtf8) {
+  const std::string mark = "\xEF\xBB\xBF";
+  EXPECT_EQ("a", Only(mark + "a 1s 1 1s").m_sName);
+  EXPECT_EQ("a", Only(mark + "# a comment\na 1s 1 1s").m_sName);
+  EXPECT_EQ(1U, ReadPlan("p", mark + mark + "a 1s 1 1s").m_refusals.size());
+}
+
 TEST(Plan, AcceptsTheBoundsOfEveryField) {
   EXPECT_EQ(Elapse(100, Elapse::NanoSeconds), Only("a 1ns 1 0ns").m_interval);
   EXPECT_EQ(Elapse(10), Only("a 10s 1 0s").m_interval);
@@ -136,7 +143,7 @@ const Refusal aREFUSALS[] = {
      "tolerance = \"0s more  and more\" (no unit is called \"s more  and more\")"},
     {"a/b 1s 1 0s", "name = \"a/b\" (only letters, digits, '-', '_' and '.' make a name, 20 at most)"},
     {"\xC3\xA9t\xC3\xA9 1s 1 0s",
-     "name = \"\\xC3\\xA9t\\xC3\\xA9\" (only letters, digits, '-', '_' and '.' make a name, 20 at most)"},
+     "name = \"\\xE9t\\xE9\" (only letters, digits, '-', '_' and '.' make a name, 20 at most)"},
     {"abcdefghijklmnopqrstu 1s 1 0s",
      "name = \"abcdefghijklmnopqrstu\" (only letters, digits, '-', '_' and '.' make a name, 20 at most)"},
     {"a soon 1 0s", "interval = \"soon\" (a number is wanted)"},
@@ -151,7 +158,7 @@ const Refusal aREFUSALS[] = {
     {"a 5 1 0s", "interval = \"5\" (a unit is wanted, as in 250us)"},
     {"a 5min 1 0s", "interval = \"5min\" (more than 0 and at most 10s is wanted)"},
     {"a 5S 1 0s", "interval = \"5S\" (Siemens is no unit of times)"},
-    {"a 5\xC3\xA9s 1 0s", "interval = \"5\\xC3\\xA9s\" (no unit is called \"\\xE9s\")"},
+    {"a 5\xC3\xA9s 1 0s", "interval = \"5\\xE9s\" (no unit is called \"\\xE9s\")"},
     {std::string("a 5\0s 1 0s", 10), "interval = \"5\\x00s\" (no unit is called \"\\x00s\")"},
     {"a 0us 1 0s", "interval = \"0us\" (more than 0 and at most 10s is wanted)"},
     {"a 0.5ns 1 0s", "interval = \"0.5ns\" (more than 0 and at most 10s is wanted)"},

@@ -60,6 +60,22 @@ TEST(Report, MakesRoomForTheLongestName) {
       out.str());
 }
 
+TEST(Report, MakesRoomForTheLongestFigure) {
+  Measurement weeks = Measured("weeks", {Micro(1234)}, 0, 0);
+  weeks.m_series.m_sUnit = "Week (2)";
+  std::ostringstream out;
+  Station::WriteTable(out, {weeks, Measured("micro", {Micro(1)}, 0, 0)});
+  const std::string title = "\nHow late the system wakes a sleeper:\n\n";
+  EXPECT_EQ(title +
+                "series      count             least            median              99 %          greatest "
+                "too late\n"
+                "weeks           1 2.04034e-09 weeks 2.04034e-09 weeks 2.04034e-09 weeks 2.04034e-09 weeks   "
+                "     0\n"
+                "micro           1            1 \xC2\xB5sec            1 \xC2\xB5sec            1 "
+                "\xC2\xB5sec            1 \xC2\xB5sec        0\n",
+            out.str());
+}
+
 TEST(Report, CountsAlerts) {
   AlertManager::Instance()->SetMaxWarnings(typeid(SampleLate).name(), 2, true);
   for (int i = 0; i < 5; ++i) OXA_RAISE_WARNING("Test", SampleLate(1, "a", Micro(2), Micro(1)));

@@ -3,7 +3,10 @@
 #include <pty.h>
 #include <sys/resource.h>
 
+#include <regex>
+
 #include "DefaultLog.h"
+#include "PageReader.h"
 #include "Support/ChildProcess.h"
 #include "Support/Eventually.h"
 #include "TemporaryFolder.h"
@@ -12,6 +15,7 @@ namespace {
 
 using StationTests::DefaultLog;
 using StationTests::ReadFile;
+using StationTests::ReadPage;
 using StationTests::TemporaryFolder;
 using testing::AllOf;
 using testing::ContainsRegex;
@@ -291,22 +295,33 @@ TEST(StationProgram, EndsWith2WhenATestCannotBegin) {
   EXPECT_EQ(2, TestPlan(folder, "a 20ms 3 10 s", {"--report", folder.File("missing/page")}).m_iStatus);
 }
 
-TEST(StationProgram, WritesAReport) {
+std::string Squeezed(const std::string& text) { return std::regex_replace(text, std::regex(" +"), " "); }
+
+TEST(StationProgram, WritesTheFiguresOfItsTableIntoAReport) {
   const TemporaryFolder folder;
-  const ChildResult run = RunPlan(folder, "a 1ms 5 10000000 usec\nb 1ms 3 5 furlongs",
+  const ChildResult run = RunPlan(folder, "a 1ms 5 10000000 usec\nb 1ms 3 5 furlongs\nc 1ms 300 0.01 msec",
                                   {"--record", folder.File("x"), "--report", folder.File("run.html")});
   EXPECT_EQ(0, run.m_iStatus);
-  const std::string line = "\nReport:             " + folder.File("run.html") + LogLine(folder.Path());
-  EXPECT_THAT(run.m_sOutput, EndsWith(line));
-  const std::string page = ReadFile(folder.File("run.html"));
-  EXPECT_THAT(page, StartsWith("<!DOCTYPE html>"));
-  for (const char* const part : {">a<", "\xC2\xB5sec", "furlongs"}) EXPECT_THAT(page, HasSubstr(part));
+  EXPECT_THAT(run.m_sOutput,
+              EndsWith("\nReport:             " + folder.File("run.html") + LogLine(folder.Path())));
+  const std::string text = ReadFile(folder.File("run.html"));
+  EXPECT_THAT(text, AllOf(StartsWith("<!DOCTYPE html>"), HasSubstr("furlongs")));
+  const ReadPage page(text);
+  const auto cells = page.All("td");
+  ASSERT_EQ(14U, cells.size());
+  for (const auto& [name, first] : {std::pair("a", 0), std::pair("c", 7)}) {
+    std::string row = std::string("\n") + name;
+    for (int i = first; i < first + 5; ++i) row += ' ' + cells[i].m_sText;
+    EXPECT_THAT(Squeezed(run.m_sOutput), HasSubstr(row + ' '));
+  }
   const ChildResult replay = RunStation(
       {"replay", folder.File("x"), "--report", folder.File("replay.html"), "--log", folder.Path()});
   EXPECT_EQ(0, replay.m_iStatus);
   EXPECT_THAT(replay.m_sOutput,
               EndsWith("\nReport:             " + folder.File("replay.html") + LogLine(folder.Path())));
-  EXPECT_THAT(ReadFile(folder.File("replay.html")), HasSubstr(">a<"));
+  const ReadPage again(ReadFile(folder.File("replay.html")));
+  for (const char* const name : {"td", "span", "title", "desc", "text"})
+    EXPECT_EQ(page.Texts(name), again.Texts(name));
 }
 
 TEST(StationProgram, EndsWith2WhenTheReportCannotBeWritten) {
