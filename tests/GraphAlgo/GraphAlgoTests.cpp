@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Core/LibraryState.h"
+#include "Support/Allocations.h"
 
 namespace {
 
@@ -163,9 +164,24 @@ TEST(Graph, RefusesNodesThatCannotBe) {
   }
   EXPECT_THROW(graph.MakeEdge(0, 18446744073709551615ull), InvalidParameter);
   EXPECT_THROW(graph.MakeEdge(18446744073709551614ull, 0), InvalidParameter);
-  EXPECT_THROW(graph.AssureNode(1ull << 48), std::bad_alloc);
   EXPECT_EQ(2u, graph.NodeCount());
   EXPECT_TRUE(graph.IsEdge(0, 1));
+}
+
+TEST(Graph, StaysAsItWasWithoutMemory) {
+  GraphAdjListDirected graph = Graph({{0, 1}, {0, 2}, {0, 3}});
+  {
+    const TestSupport::FailAllocation fail(1);
+    EXPECT_THROW(graph.AssureNode(1000), std::bad_alloc);
+  }
+  {
+    const TestSupport::FailAllocation fail(1);  // the fourth successor is the first one beside the list
+    EXPECT_THROW(graph.MakeEdge(0, 0), std::bad_alloc);
+  }
+  EXPECT_EQ(4u, graph.NodeCount());
+  EXPECT_THAT(SuccessorsOf(graph, 0), ElementsAre(1, 2, 3));
+  graph.MakeEdge(0, 0);
+  EXPECT_THAT(SuccessorsOf(graph, 0), ElementsAre(1, 2, 3, 0));
 }
 
 // There is no way back from unloading, where raises return: a child goes it.
