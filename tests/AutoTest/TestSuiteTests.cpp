@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "AutoTest/Fakes.h"
+#include "Support/Allocations.h"
 
 namespace {
 
@@ -95,6 +98,25 @@ TEST(TestSuite, RefusesANullPointer) {
   EXPECT_FALSE(suite.AddTest(SharedTest()));
   EXPECT_FALSE(suite.RemoveTest(SharedTest()));
   EXPECT_EQ(0, suite.GetNumChildTests());
+}
+
+TEST(TestSuite, WithoutMemoryForItAChildIsNeitherThereNorHeard) {
+  bool happened = true;
+  for (unsigned long number = 1; happened; ++number) {
+    const SharedTest a = Passing("A");
+    Suite suite("Suite");
+    Tape tape;
+    suite.AddListener(tape);
+    try {
+      const TestSupport::FailAllocation failing(number);
+      suite.AddTest(a);
+      happened = failing.Happened();
+    } catch (const std::bad_alloc&) {
+    }
+    a->RunTest();
+    EXPECT_EQ(happened ? 0 : 1, suite.GetNumChildTests()) << number;
+    EXPECT_EQ(happened ? 0U : 4U, tape.m_heard.size()) << number;
+  }
 }
 
 TEST(TestSuite, RefusesToBecomeACircle) {

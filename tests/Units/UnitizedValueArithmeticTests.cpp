@@ -125,6 +125,34 @@ TEST(UnitizedValueProduct, DroppedUnitMultipliesByItsFactor) {
   ExpectValue(600.0, "Celsius", Value(2, "Celsius") * InUnitless(3, 100));
 }
 
+// Multiplied in another order the last bit would be another.
+TEST(UnitizedValueProduct, FactorOfADroppedUnitGoesInFirst) {
+  const double product = 100.0 * 0.1 * 1.1;
+  EXPECT_NE(product, 100.0 * (0.1 * 1.1));
+  ExpectValue(product, "Meter", InUnitless(1.1, 100) * Value(0.1, "Meter"));
+  ExpectValue(product, "Meter", Value(1.1, "Meter") * InUnitless(0.1, 100));
+  const double quotient = 1.1 / (100.0 * 0.1);
+  EXPECT_NE(quotient, 1.1 / 100.0 / 0.1);
+  ExpectValue(quotient, "Meter", Value(1.1, "Meter") / InUnitless(0.1, 100));
+}
+
+// A unit of a host's own, whose products count double.
+class Doubling : public UnitDescriptor {
+ public:
+  Doubling() : UnitDescriptor("Doubling", "db", 2.0, *Unit("Meter")) {}
+  SharedUnit MakeCopy() const override { return boost::make_shared<Doubling>(*this); }
+  UnitDescriptor operator*(const UnitDescriptor& other) const override {
+    return UnitDescriptor("Doubled", "dd", 2.0, UnitDescriptor::operator*(other));
+  }
+};
+
+TEST(UnitizedValueProduct, IsThatOfTheUnitsClass) {
+  Value value(6, "Meter");
+  value.ConvertTo(boost::make_shared<Doubling>());
+  ExpectValue(3.0, "Doubling", value);
+  ExpectValue(6.0, "Doubled", value * Value(2, "Kelvin"));
+}
+
 TEST(UnitizedValueProduct, FactorOfAQuotientOfLengthsCounts) {
   Value ratio(1);
   ratio.ConvertTo((*Unit("Meter") / *Unit("Inch")).MakeCopy());

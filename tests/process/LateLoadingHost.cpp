@@ -5,6 +5,7 @@
 //   terminate-loaded LIBRARY     ends by std::terminate, with a handler of its own and the library loaded
 //   terminate-unloaded LIBRARY   the same after the library was unloaded again
 #include <dlfcn.h>
+#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -61,6 +62,9 @@ long ResidentKiB() {
   return resident * ::sysconf(_SC_PAGESIZE) / 1024;
 }
 
+// What is allocated and not freed.
+long HeapBytes() { return static_cast<long>(::mallinfo2().uordblks); }
+
 // Of the kind that nobody but a program itself raises.
 int HandledSignals() {
   int count = 0;
@@ -77,6 +81,7 @@ const char* const sSTANDARD_UNITS = "_ZN3Oxa4Core14UnitDictionary13StandardUnits
 int Cycle(const char* name, int count) {
   const int handled = HandledSignals();
   long atTenth = 0;
+  long heapAtTenth = 0;
   for (int i = 0; i < count; ++i) {
     void* const library = Load(name);
     // Every other turn leaves the shut-down to the unloading.
@@ -87,8 +92,10 @@ int Cycle(const char* name, int count) {
     if (::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("still loaded");
     if (HandledSignals() != handled) Fail("a handler of signals is still there");
     if (i == 10) atTenth = ResidentKiB();
+    if (i == 10) heapAtTenth = HeapBytes();
   }
-  std::printf("cycles %d\ngrown by %ld KiB\n", count, ResidentKiB() - atTenth);
+  std::printf("cycles %d\ngrown by %ld KiB\nheap grown by %ld bytes\n", count, ResidentKiB() - atTenth,
+              HeapBytes() - heapAtTenth);
   return 0;
 }
 

@@ -169,6 +169,11 @@ TEST(Life, LoadsAndUnloadsOverAndOver) {
   ASSERT_EQ(1, std::sscanf(result.m_sOutput.c_str() + at, "grown by %ld KiB", &grown));
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they keep freed memory for a while
   EXPECT_LT(grown, 1024);
+  long heap = -1;
+  const auto heapAt = result.m_sOutput.find("heap grown by ");
+  ASSERT_NE(std::string::npos, heapAt);
+  ASSERT_EQ(1, std::sscanf(result.m_sOutput.c_str() + heapAt, "heap grown by %ld bytes", &heap));
+  EXPECT_LT(heap, 100 * std::atoi(sCYCLES)) << "something of each turn is left";
 #endif
 }
 
