@@ -23,6 +23,7 @@
 #include <Infrastructure/OxaCore/WrappingFileStream.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <cstddef>
 #include <cstdlib>
@@ -36,6 +37,7 @@
 #include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
 #include "Units/StandardUnits.h"
+#include "Utilities/DictionaryLife.h"
 #include "XML/XMLParseMutex.h"
 
 #include "Platform/Storage.h"
@@ -69,6 +71,7 @@ Row<UnitizedValue<double>, 14> s_quantities;
 
 // Nobody can call in any more; this gives back what is held on the heap before the library goes.
 void DestroyRows() {
+  ReleaseDictionary();
   ReleaseStandardUnits();
   s_quantities.Destroy();
   s_dictionaries.Destroy();
@@ -159,6 +162,11 @@ Immortal<boost::shared_ptr<UnitDictionary>> s_standardUnits;
 Mutex& UnitDictionary::sm_standardUnitsMutex = s_standardUnitsMutex.Get();
 boost::shared_ptr<UnitDictionary>& UnitDictionary::sm_spStandardUnits = s_standardUnits.Get();
 
+// The dictionary of atoms, which its first user makes, and makes anew after a shut-down, to the very end.
+Immortal<Mutex> g_dictionaryMutex;
+template <>
+std::atomic<bool> Singleton<Dictionary>::m_bInstantiated{false};
+
 // The globals.
 namespace {
 
@@ -220,14 +228,6 @@ const UnitizedValue<double>& uvNEGATIVE_PI = s_quantities.Add(-3.141592653589793
 const UnitizedValue<double>& uvNEGATIVE_2_PI = s_quantities.Add(-6.283185307179586477);
 const UnitizedValue<double>& uvNEGATIVE_SQRT_2 = s_quantities.Add(-1.414213562373095049);
 const UnitizedValue<double>& uvNEGATIVE_SQRT_2_PI = s_quantities.Add(-2.506628274631000502);
-
-// The dictionary of atoms, which its first user makes.
-template <>
-Mutex Singleton<Dictionary>::m_mutex{};
-template <>
-std::unique_ptr<Dictionary> Singleton<Dictionary>::m_singleton{};
-template <>
-std::atomic<bool> Singleton<Dictionary>::m_bInstantiated{false};
 
 namespace {
 

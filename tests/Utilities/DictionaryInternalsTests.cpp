@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <random>
@@ -18,6 +20,7 @@
 #include "Core/LibraryState.h"
 #include "Support/Allocations.h"
 #include "Support/Together.h"
+#include "Utilities/DictionaryIndex.h"
 
 namespace {
 
@@ -109,6 +112,48 @@ TEST(DictionaryOrder, HoldsHoweverTheWordsCome) {
   }
 }
 
+std::uint64_t EightBytes(const std::string& word, std::size_t at) {
+  std::uint64_t bytes;
+  std::memcpy(&bytes, word.data() + at, sizeof bytes);
+  return bytes;
+}
+
+// What the hash makes of the first eight bytes of a word of sixteen, before the last eight are taken in as they are.
+std::uint64_t HashedHalf(const std::string& word) {
+  constexpr std::uint64_t FACTOR = 0x9E3779B97F4A7C15;
+  const auto turned = [](std::uint64_t bits) { return bits << 32 | bits >> 32; };
+  return turned((turned(16 * FACTOR) ^ EightBytes(word, 0)) * FACTOR);
+}
+
+// Words of the hash that `word` has.
+std::vector<std::string> WordsOfOneHash(const std::string& word, std::size_t count) {
+  std::vector<std::string> words{word};
+  for (unsigned number = 1; words.size() < count; ++number) {
+    std::string other = word;
+    std::memcpy(other.data(), &number, 3);
+    const std::uint64_t rest = EightBytes(word, 8) ^ HashedHalf(word) ^ HashedHalf(other);
+    std::memcpy(other.data() + 8, &rest, sizeof rest);
+    if (other.find('\0') == std::string::npos) words.push_back(other);
+  }
+  return words;
+}
+
+TEST(DictionaryOrder, WordsOfOneHashAreToldApart) {
+  Dictionary& dictionary = NewDictionary();
+  const std::vector<std::string> words = WordsOfOneHash("sixteen letters.", 300);
+  Atoms found;
+  for (const std::string& word : words) {
+    ASSERT_EQ(WordHash(words[0]).Get(), WordHash(word).Get());
+    found.push_back(dictionary.Lookup(word));
+  }
+  for (std::size_t at = 0; at < words.size(); ++at) {
+    EXPECT_EQ(words[at], found[at]);
+    EXPECT_EQ(found[at], dictionary.Lookup(words[at]));
+  }
+  EXPECT_EQ(words.size(), AtomsOf(dictionary).size());
+  EXPECT_TRUE(IsInOrder(AtomsOf(dictionary)));
+}
+
 TEST(DictionaryPages, AreFilledToTheLastByte) {
   Dictionary& dictionary = NewDictionary();
   const char* const first = dictionary.Lookup(std::string(100000, 'a'));
@@ -184,6 +229,40 @@ TEST(DictionaryWithoutMemory, StaysAsItWas) {
   }
   EXPECT_GE(failures, 10u);  // pages, blocks, growing blocks, growing tables
   EXPECT_TRUE(IsInOrder(AtomsOf(dictionary)));
+}
+
+// However many ask for the first one at once.
+TEST(DictionaryThreads, MakeOneDictionary) {
+  for (int round = 0; round < 50; ++round) {
+    SingletonRegistry::DestroyAllSingletons();
+    ASSERT_FALSE(Dictionary::IsInstantiated());
+    constexpr int THREADS = 4;
+    std::vector<const char*> found(THREADS);
+    TestSupport::Together(
+        THREADS, [&found](int thread) { found[static_cast<std::size_t>(thread)] = GetOxaAtom("first"); });
+    EXPECT_EQ(Atoms(THREADS, found[0]), found);
+    ASSERT_TRUE(Dictionary::IsInstantiated());
+  }
+}
+
+// One adds so many words that blocks, pages and tables grow several times under the others.
+TEST(DictionaryThreads, FindWhileOthersAdd) {
+  Dictionary& dictionary = NewDictionary();
+  const char* const known = dictionary.Lookup("known");
+  std::atomic<bool> bEnded{false};
+  std::atomic<const char*> pLast{known};
+  TestSupport::Together(3, [&](int thread) {
+    if (thread == 0) {
+      for (std::size_t number = 0; number < uWORDS; ++number) pLast = dictionary.Lookup(Word(number));
+      bEnded = true;
+    } else {
+      do {
+        ASSERT_EQ(known, GetOxaAtom("known"));
+        const char* const last = pLast;
+        ASSERT_EQ(last, dictionary.Lookup(std::string(last)));
+      } while (!bEnded);
+    }
+  });
 }
 
 TEST(DictionaryThreads, GetTheSameAtoms) {

@@ -1,6 +1,7 @@
 // Loads the library, or a plug-in on it, at run time.
-//   cycles LIBRARY COUNT     loads, uses and unloads the library over and over
+//   cycles PLUGIN COUNT LIBRARY  loads, uses and unloads both over and over
 //   late PLUGIN              raises from an object that was built before the library was loaded
+//   late-atoms PLUGIN        asks for atoms from there, after it asked for some behind the shut-down
 //   unload PLUGIN            raises, unloads, and ends
 //   terminate-loaded LIBRARY     ends by std::terminate, with a handler of its own and the library loaded
 //   terminate-unloaded LIBRARY   the same after the library was unloaded again
@@ -20,14 +21,23 @@ namespace {
 
 using RaiseFunction = int (*)(const char*);
 using WarnFunction = void (*)(const char*);
+using AtomFunction = const char* (*)(const char*);
+
+// The word and whether it is one atom only.
+void PrintAtom(const char* when, AtomFunction atom) {
+  const char* const word = atom("word");
+  std::printf("%s atom: %s, %s\n", when, word, word == atom("word") ? "once" : "twice");
+}
 
 // Built before anything is loaded, so it dies after the library's static objects.
 struct OldObject {
   RaiseFunction m_raise = nullptr;
   WarnFunction m_warn = nullptr;
+  AtomFunction m_atom = nullptr;
   ~OldObject() {
     if (m_raise != nullptr) std::printf("late raise threw: %d\n", m_raise("a late <error>"));
     if (m_warn != nullptr) m_warn("a late warning");
+    if (m_atom != nullptr) PrintAtom("late", m_atom);
     std::fflush(stdout);
   }
 };
@@ -78,18 +88,23 @@ int HandledSignals() {
 // UnitDictionary::StandardUnits, whose dictionary the unloading has to give back.
 const char* const sSTANDARD_UNITS = "_ZN3Oxa4Core14UnitDictionary13StandardUnitsEv";
 
-int Cycle(const char* name, int count) {
+bool IsLoaded(const char* name) { return ::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr; }
+
+// The names of the library are found through the plug-in that leans on it.
+int Cycle(const char* plugin, int count, const char* library) {
   const int handled = HandledSignals();
   long atTenth = 0;
   long heapAtTenth = 0;
   for (int i = 0; i < count; ++i) {
-    void* const library = Load(name);
-    // Every other turn leaves the shut-down to the unloading.
-    Find<void (*)()>(library, "InitializeOxaCore")();
-    Find<const void* (*)()>(library, sSTANDARD_UNITS)();
-    if (i % 2 == 0) Find<void (*)()>(library, "ShutdownOxaCore")();
-    if (::dlclose(library) != 0) Fail("unload");
-    if (::dlopen(name, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("still loaded");
+    void* const both = Load(plugin);
+    Find<void (*)()>(both, "InitializeOxaCore")();
+    Find<const void* (*)()>(both, sSTANDARD_UNITS)();
+    if (!Find<bool (*)()>(both, "UseTools")()) Fail("tools");
+    // Every other turn leaves the shut-down to the unloading, every fourth one what was made behind it.
+    if (i % 2 == 0) Find<void (*)()>(both, "ShutdownOxaCore")();
+    if (i % 4 == 0) Find<bool (*)()>(both, "UseTools")();
+    if (::dlclose(both) != 0) Fail("unload");
+    if (IsLoaded(plugin) || IsLoaded(library)) Fail("still loaded");
     if (HandledSignals() != handled) Fail("a handler of signals is still there");
     if (i == 10) atTenth = ResidentKiB();
     if (i == 10) heapAtTenth = HeapBytes();
@@ -117,12 +132,18 @@ int Cycle(const char* name, int count) {
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
   const std::string scenario = argv[1];
-  if (scenario == "cycles") return Cycle(argv[2], std::atoi(argv[3]));
+  if (scenario == "cycles") return argc < 5 ? 2 : Cycle(argv[2], std::atoi(argv[3]), argv[4]);
   if (scenario.rfind("terminate-", 0) == 0) Terminate(argv[2], scenario == "terminate-unloaded");
   void* const plugin = Load(argv[2]);
   const auto raise = Find<RaiseFunction>(plugin, "RaiseFromPlugin");
   std::printf("early raise threw: %d\n", raise("early"));
-  if (scenario == "late") {
+  if (scenario == "late-atoms") {
+    const auto atom = Find<AtomFunction>(plugin, "AtomFromPlugin");
+    PrintAtom("early", atom);
+    Find<void (*)()>(plugin, "ShutdownOxaCore")();
+    PrintAtom("later", atom);
+    s_oldObject.m_atom = atom;
+  } else if (scenario == "late") {
     s_oldObject.m_raise = raise;
     s_oldObject.m_warn = Find<WarnFunction>(plugin, "WarnFromPlugin");
   } else if (::dlclose(plugin) != 0) {

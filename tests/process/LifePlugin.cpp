@@ -1,8 +1,10 @@
-// Lets a host that isn't linked with the library raise through it.
+// Lets a host that isn't linked with the library raise through it, and use what its headers define.
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Dictionary.h>
+#include <Infrastructure/OxaCore/EnumeratedSet.h>
 #include <Infrastructure/OxaCore/Warning.h>
 
-#include <cstdio>
+#include <string>
 
 namespace {
 
@@ -25,4 +27,22 @@ extern "C" __attribute__((visibility("default"))) int RaiseFromPlugin(const char
 
 extern "C" __attribute__((visibility("default"))) void WarnFromPlugin(const char* message) {
   OXA_RAISE_WARNING("Test.Plugin", PluginWarning(message));
+}
+
+extern "C" __attribute__((visibility("default"))) const char* AtomFromPlugin(const char* word) {
+  return Oxa::Core::GetOxaAtom(word);
+}
+
+/// Fills some pages with atoms; true if they could be numbered, and an unknown number was refused.
+extern "C" __attribute__((visibility("default"))) bool UseTools() {
+  Oxa::Core::GraphAlgo::EnumeratedSet<std::string> words;
+  for (int number = 0; number < 1000; ++number) words[std::string(300, 'x') + std::to_string(number)];
+  for (unsigned index = 0; index < words.GetItemCount(); ++index)
+    Oxa::Core::GetOxaAtom(words.LookupByInt(index));
+  try {
+    words.LookupByInt(1000);
+    return false;
+  } catch (Oxa::Core::IndexOutOfBounds&) {
+    return true;
+  }
 }

@@ -151,6 +151,13 @@ TEST(Life, RaiseAfterTheUnloadRoutineGoesToStandardErrorAndReturns) {
     EXPECT_EQ(2, Count(result.m_sError, std::string("<") + key + ">")) << key;
 }
 
+TEST(Life, AtomsAreMadeToTheVeryEnd) {
+  const ChildResult result = RunChild({LATE_HOST, "late-atoms", LIFE_PLUGIN});
+  EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ("early raise threw: 1\nearly atom: word, once\nlater atom: word, once\nlate atom: word, once\n",
+            result.m_sOutput);
+}
+
 TEST(Life, PluginTakesTheLibraryWithIt) {
   const ChildResult result = RunChild({LATE_HOST, "unload", LIFE_PLUGIN});
   EXPECT_EQ(0, result.m_iStatus);
@@ -159,7 +166,8 @@ TEST(Life, PluginTakesTheLibraryWithIt) {
 }
 
 TEST(Life, LoadsAndUnloadsOverAndOver) {
-  const ChildResult result = RunChild({LATE_HOST, "cycles", OXACORE_LIBRARY, sCYCLES}, {}, s_toCycle);
+  const ChildResult result =
+      RunChild({LATE_HOST, "cycles", LIFE_PLUGIN, sCYCLES, OXACORE_LIBRARY}, {}, s_toCycle);
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
   EXPECT_EQ(std::atoi(sCYCLES), Count(result.m_sOutput, sSTARTED_UP));
   EXPECT_EQ(std::atoi(sCYCLES) / 2, Count(result.m_sError, sMISSED_SHUTDOWN));

@@ -4,10 +4,12 @@
 // an atom as well. With its terminator it has room in a page of 131072 bytes: a longer one raises InvalidParameter
 // ("word"), and where that raise returns its atom is null.
 //
-// Thread safety: all operations may be called from any thread. A look-up of a known word waits for nobody. Locks: the
-// singleton's while it is fetched, then, for a new word, the dictionary's own; no other is taken while that is held.
-// Ownership: an atom belongs to the dictionary. It is valid until Oxa::Core::Shutdown, which destroys the dictionary;
-// whoever asks after that gets a new one, with other pointers.
+// Thread safety: all operations may be called from any thread. A look-up of a known word takes no lock and waits for
+// nobody. Locks: the singleton's while the dictionary is made, the dictionary's own for a new word; no other is taken
+// while that is held.
+// Ownership: an atom belongs to the dictionary. It is valid until Oxa::Core::Shutdown, which destroys the dictionary and
+// must not be called while another thread uses it. Whoever asks after that gets a new one, with other pointers; also
+// static objects of hosts that die after the library's.
 // Failures: that one error, those of locks, and std::bad_alloc, which leaves the dictionary as it was.
 //
 //   static const char* const s_pVoltage = GetOxaAtom("Voltage");
@@ -32,11 +34,12 @@ namespace Oxa::Core {
 class Dictionary;
 class DictionaryIndex;
 
-// The library and all its hosts share one: these are defined in the library only.
+// The library and all its hosts share one: these are defined in the library only. Others' singletons die with the
+// static objects; this one serves those that are older than the library as well.
 template <>
-OXACORE_API Mutex Singleton<Dictionary>::m_mutex;
+OXACORE_API Dictionary* Singleton<Dictionary>::Instance();
 template <>
-OXACORE_API std::unique_ptr<Dictionary> Singleton<Dictionary>::m_singleton;
+OXACORE_API void Singleton<Dictionary>::Destroy();
 template <>
 OXACORE_API std::atomic<bool> Singleton<Dictionary>::m_bInstantiated;
 
@@ -90,8 +93,8 @@ class OXACORE_API Dictionary : public Singleton<Dictionary> {
 
   ReadersWriterMutex m_rwMutex;  ///< guards m_pages, m_blocks, and what is entered into m_spIndex
   std::vector<Page> m_pages;
-  std::vector<Block>
-      m_blocks;  ///< all atoms, sorted, one for each word; a single sequence would be slow to insert into
+  /// All atoms, sorted, one for each word; a single sequence would be slow to insert into.
+  std::vector<Block> m_blocks;
   std::unique_ptr<DictionaryIndex> m_spIndex;  ///< the shortcut to them, which needs no lock
 };
 
