@@ -5,12 +5,14 @@
 
 #include <unistd.h>
 
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Core/LibraryState.h"
+#include "Support/Allocations.h"
 
 namespace {
 
@@ -129,6 +131,43 @@ TEST(EnumeratedSet, TakesAnyItemWithAnOrder) {
   EXPECT_EQ(2u, set[Fragile(1)]);
   EXPECT_EQ(3, set.LookupByInt(1).m_iValue);
   EXPECT_THROW(set.LookupByInt(3), IndexOutOfBounds);
+}
+
+TEST(EnumeratedSet, AKnownItemIsNotCopied) {
+  EnumeratedSet<Fragile> set;
+  Fragile item(7);
+  set[item];
+  const unsigned long before = TestSupport::ThreadAllocations().m_ulCount;
+  EXPECT_EQ(0u, set[item]);
+  EXPECT_EQ(before, TestSupport::ThreadAllocations().m_ulCount);
+}
+
+// Whether an item is added though the `number`th allocation from now on fails.
+bool AddsWithout(unsigned long number, EnumeratedSet<std::string>& set, const std::string& item) {
+  const TestSupport::FailAllocation fail(number);
+  try {
+    set.LookupOrAdd(item);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+// Every allocation of every addition fails once.
+TEST(EnumeratedSet, StaysAsItWasWithoutMemory) {
+  EnumeratedSet<std::string> set;
+  unsigned failures = 0;
+  for (unsigned number = 0; number < 40; ++number) {
+    const std::string item = std::string(50, 'x') + std::to_string(number * 7 % 40);
+    for (unsigned long failing = 1; !AddsWithout(failing, set, item); ++failing) {
+      ++failures;
+      ASSERT_EQ(number, set.GetItemCount());
+      ASSERT_FALSE(set.IsItem(item));
+    }
+    ASSERT_EQ(item, set.LookupByInt(number));
+    ASSERT_EQ(number + 1, set.GetItemCount());
+  }
+  EXPECT_GE(failures, 80u);
 }
 
 // There is no way back from unloading, where raises return: a child goes it.

@@ -199,6 +199,34 @@ TEST(Graph, StaysAsItWasWhereTheRaiseReturns) {
       testing::ExitedWithCode(0), "Invalid Parameter: n = 18446744073709551615");
 }
 
+// Whether an edge is made though the `number`th allocation from now on fails.
+bool MakesEdgeWithout(unsigned long number, GraphAdjListDirected& graph, Node from, Node to) {
+  const TestSupport::FailAllocation fail(number);
+  try {
+    graph.MakeEdge(from, to);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+TEST(Graph, StaysWholeWithoutMemory) {
+  GraphAdjListDirected graph;
+  Nodes successors;
+  unsigned failures = 0;
+  for (Node to = 1; to <= 40; ++to) {
+    for (unsigned long failing = 1; !MakesEdgeWithout(failing, graph, 0, to); ++failing) {
+      ++failures;
+      ASSERT_FALSE(graph.IsEdge(0, to));
+      ASSERT_TRUE(graph.NodeCount() == to + 1 || graph.NodeCount() == (to == 1 ? 0 : to)) << to;
+      ASSERT_TRUE(to == 1 || SuccessorsOf(graph, 0) == successors);
+    }
+    successors.push_back(to);
+    ASSERT_EQ(successors, SuccessorsOf(graph, 0));
+  }
+  EXPECT_GE(failures, 10u);
+}
+
 TEST(TopoSort, OfNothing) { EXPECT_THAT(Sorted(GraphAdjListDirected(), true), IsEmpty()); }
 
 TEST(TopoSort, PutsEachNodeBehindItsSuccessors) {

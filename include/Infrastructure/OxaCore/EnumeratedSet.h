@@ -41,13 +41,14 @@ class EnumeratedSet {
   }
   ~EnumeratedSet() = default;
 
-  /// The item's index; a new item gets the next one.
+  /// The item's index; a new item gets the next one, and is copied.
   unsigned LookupOrAdd(const Item& item) {
-    if (m_items.size() == m_items.capacity())
-      m_items.reserve(m_items.size() * 2 + 1);  // before the item enters
-    const auto [at, isNew] = m_indices.emplace(item, GetItemCount());
-    if (isNew) m_items.push_back(&*at);
-    return at->second;
+    const auto at = m_indices.lower_bound(item);
+    if (at != m_indices.end() && !m_indices.key_comp()(item, at->first)) return at->second;
+    const unsigned index = GetItemCount();
+    if (index == m_items.capacity()) m_items.reserve(m_items.size() * 2 + 1);  // before the item enters
+    m_items.push_back(&*m_indices.emplace_hint(at, item, index));
+    return index;
   }
 
   /// The same.

@@ -1,6 +1,6 @@
 // A stopwatch for short spans, on a clock that never jumps.
 //
-// Thread safety: one object belongs to one thread at a time. It may be marked on one thread and read on another.
+// Thread safety: any number of threads may read one object at once, but not while another thread marks it.
 // Units: the names tell. The integer forms count whole units, cut off, and give 32 bits.
 // Failures: IntegerOverflow where the count doesn't fit: microseconds after about 71.6 minutes, milliseconds after
 // about 49.7 days. The count is worked out in 64 bits that wrap around, so that it is only reliable while the
