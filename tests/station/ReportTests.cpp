@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "FakeClock.h"
+#include "Station.h"
 #include "StationAlerts.h"
 
 namespace {
@@ -94,6 +95,12 @@ TEST(Report, CountsAlerts) {
       "Warnings raised:    2\n"
       "Warnings silenced:  3\n",
       out.str());
+}
+
+TEST(Report, ComplainsInUtf8) {
+  testing::internal::CaptureStderr();
+  Station::Complain("7 \xB5sec");
+  EXPECT_EQ("station: 7 \xC2\xB5sec\n", testing::internal::GetCapturedStderr());
 }
 
 TEST(Report, TellsWhereTheLogLies) {

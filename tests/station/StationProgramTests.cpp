@@ -342,6 +342,22 @@ TEST(StationProgram, EndsWith1WhenTheReportIsNotWhole) {
   EXPECT_EQ("station: the report isn't whole: \"/dev/full\"\n", result.m_sError);
 }
 
+TEST(StationProgram, TellsWhatBecomesOfTheReportOfAReplay) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const TemporaryFolder folder;
+  const std::string recording = folder.File("x");
+  EXPECT_EQ(0, RunPlan(folder, "a 1ms 3 10s", {"--record", recording}).m_iStatus);
+  const auto status = [&](const std::string& report) {
+    return RunStation({"replay", recording, "--report", report, "--log", folder.Path()}).m_iStatus;
+  };
+  EXPECT_EQ(1, status("/dev/full"));
+  EXPECT_EQ(2, status(folder.File("missing/page")));
+  EXPECT_EQ(2, RunStation({"replay", folder.File("missing"), "--report", folder.File("page"), "--log",
+                           folder.Path()})
+                   .m_iStatus);
+  EXPECT_FALSE(std::filesystem::exists(folder.File("page")));
+}
+
 TEST(StationProgram, SaysWhenNothingCanBeMeasured) {
   const TemporaryFolder folder;
   const ChildResult result = RunPlan(folder, "# nothing\n");
