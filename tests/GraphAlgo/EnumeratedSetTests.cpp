@@ -104,7 +104,7 @@ TEST(EnumeratedSet, AMoveTakesTheItemsAlong) {
   const std::string* const first = &from.LookupByInt(0);
   EnumeratedSet<std::string> to(std::move(from));
   EXPECT_EQ(first, &to.LookupByInt(0));
-  EXPECT_EQ(0u, from.GetItemCount());  // promised: NOLINT(bugprone-use-after-move)
+  EXPECT_EQ(0u, from.GetItemCount());  // promised: NOLINT
   EXPECT_EQ(0u, from["anew"]);
   from = std::move(to);
   EXPECT_EQ((std::vector<std::string>{"c", "a", "b"}), ItemsOf(from));

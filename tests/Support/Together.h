@@ -3,6 +3,7 @@
 #define OXACORE_TESTS_SUPPORT_TOGETHER_H
 
 #include <atomic>
+#include <cstddef>
 #include <thread>
 #include <vector>
 
@@ -14,6 +15,7 @@ template <class Action>
 void Together(int count, const Action& action) {
   std::atomic<int> missing{count};
   std::vector<std::thread> threads;
+  threads.reserve(static_cast<std::size_t>(count));
   for (int index = 0; index < count; ++index)
     threads.emplace_back([&missing, &action, index] {
       --missing;

@@ -47,6 +47,7 @@ Atoms Joined(const Blocks& blocks) {
 template <class Pages>
 std::vector<int> FreeBytes(const Pages& pages) {
   std::vector<int> free;
+  free.reserve(pages.size());
   for (const auto& page : pages) free.push_back(page.m_iFree);
   return free;
 }
