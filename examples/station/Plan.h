@@ -20,9 +20,9 @@ struct Plan {
   std::string m_sName;                  ///< what it is called
 };
 
-/// Reads the plan in `text`, which is in UTF-8 or in the single bytes of units, up to uMOST_SERIES. A line that can't be read is refused, and the next one is read:
-/// each refusal has been an InvalidParameter, forwarded from the field to the line to the plan. `name` is what
-/// refusals call the plan.
+/// Reads the plan in `text`, which is in UTF-8 or in the single bytes of units, up to uMOST_SERIES. A line that can't
+/// be read is refused, and the next one is read: each refusal has been an InvalidParameter, forwarded from the field to
+/// the line to the plan. `name` is what refusals call the plan.
 Plan ReadPlan(const std::string& name, const std::string& text);
 
 /// The text of the file `file`. Raises PlanUnreadable if there is none, if it is a folder, or if it is longer

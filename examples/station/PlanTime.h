@@ -15,7 +15,8 @@ struct PlanTime {
 };
 
 /// Reads a number and a unit, with or without blanks between them, as in "250us" or "0.25 Milliseconds": any unit of
-/// times that the dictionary of quantities knows, by any of its names. Parts of a nanosecond don't count; parts of 100 ns are rounded up.
+/// times that the dictionary of quantities knows, by any of its names. Parts of a nanosecond don't count; parts of
+/// 100 ns are rounded up.
 ///
 /// Gives what is wrong with `text`; empty if nothing is, and `time` is set then. That several units go by the name has
 /// been an error of the dictionary, which is survived here; nothing else is raised.

@@ -21,8 +21,8 @@ constexpr long long llMOST_SECONDS = 9000000000;
 /// The unit of times that goes by `name`, main or alternate; null if there is none. Raises nothing.
 boost::shared_ptr<Oxa::Core::UnitDescriptor> FindTimeUnit(const std::string& name);
 
-/// `elapse`, of llMOST_SECONDS at most, in the unit of times with the main name `unit`. Equal times give equal numbers, and a longer time a larger
-/// one.
+/// `elapse`, of llMOST_SECONDS at most, in the unit of times with the main name `unit`. Equal times give equal
+/// numbers, and a longer time a larger one.
 Quantity InUnit(const Oxa::Core::Elapse& elapse, const std::string& unit);
 
 /// What the series tolerates, in the unit of its plan.
