@@ -31,6 +31,11 @@ std::string Joined(const std::string& left, const char* joiner, const std::strin
   return left.empty() || right.empty() ? std::string() : left + joiner + right;
 }
 
+// What has no texts gets none by joining: products that are only looked up are made so, and quick.
+bool HasTexts(const std::string& name, const std::string& abbreviation) {
+  return !name.empty() || !abbreviation.empty();
+}
+
 std::string OnePer(const std::string& text) { return text.empty() ? text : sONE_PER + text; }
 
 unsigned int SizeOnStream(const std::string& text) {
@@ -89,7 +94,7 @@ UnitDescriptor& UnitDescriptor::operator*=(const UnitDescriptor& other) {
     takeTexts({}, {});
   } else if (m_dimensions.IsUnitless()) {
     takeTexts(other.m_sName, other.m_sAbbreviation);
-  } else if (!other.m_dimensions.IsUnitless()) {
+  } else if (HasTexts(m_sName, m_sAbbreviation) && !other.m_dimensions.IsUnitless()) {
     takeTexts(Joined(m_sName, sTIMES, other.m_sName), Joined(m_sAbbreviation, sTIMES, other.m_sAbbreviation));
   }
   m_dConversionFactor *= other.m_dConversionFactor;
@@ -104,7 +109,7 @@ UnitDescriptor& UnitDescriptor::operator/=(const UnitDescriptor& other) {
     takeTexts({}, {});
   } else if (m_dimensions.IsUnitless()) {
     takeTexts(OnePer(other.m_sName), OnePer(other.m_sAbbreviation));
-  } else if (!other.m_dimensions.IsUnitless()) {
+  } else if (HasTexts(m_sName, m_sAbbreviation) && !other.m_dimensions.IsUnitless()) {
     takeTexts(Joined(m_sName, sPER, other.m_sName), Joined(m_sAbbreviation, sPER, other.m_sAbbreviation));
   }
   m_dConversionFactor /= other.m_dConversionFactor;
