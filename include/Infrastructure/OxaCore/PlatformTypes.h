@@ -1,0 +1,33 @@
+// Types of the platform that public signatures name: the system's own where it has them, opaque elsewhere.
+//
+// Hosts hand them through and never look inside.
+#ifndef INFRASTRUCTURE_OXACORE_PLATFORMTYPES_H
+#define INFRASTRUCTURE_OXACORE_PLATFORMTYPES_H
+
+#ifdef _WIN32
+
+#include <windows.h>
+
+#else
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the platform's
+/// What went wrong: which fault, at which instruction, on which address.
+struct _EXCEPTION_RECORD;
+
+/// The registers of a thread at one moment.
+struct _CONTEXT;
+using CONTEXT = _CONTEXT;
+
+/// A fault and the registers at its moment. Owns neither; both live as long as the fault is being dealt with.
+struct _EXCEPTION_POINTERS {
+  _EXCEPTION_RECORD* ExceptionRecord;
+  CONTEXT* ContextRecord;
+};
+
+/// A library that is loaded into the process.
+using HINSTANCE = struct HINSTANCE__*;
+// NOLINTEND(bugprone-reserved-identifier)
+
+#endif
+
+#endif

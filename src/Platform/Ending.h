@@ -1,0 +1,21 @@
+// The end of a process that may be broken in any part: within bounded time, whatever hangs.
+//
+// Nothing here allocates, locks or raises; everything works in a signal handler.
+#ifndef OXACORE_PLATFORM_ENDING_H
+#define OXACORE_PLATFORM_ENDING_H
+
+namespace Oxa::Core::Platform {
+
+/// From now on the process ends by `status` (or by its signal, see EndBySignalInstead) after so many milliseconds,
+/// whatever its threads do. Only the first call counts. The watch needs no thread library, no heap, no signal.
+void StartDeathWatch(int milliseconds, int status) noexcept;
+
+/// Ends at once: no exit routine, no static destructor.
+[[noreturn]] void EndNow(int status) noexcept;
+
+/// Lets the default action of `signal` end the process; EndNow(128 + signal) where that doesn't.
+[[noreturn]] void EndBySignal(int signal) noexcept;
+
+}  // namespace Oxa::Core::Platform
+
+#endif
