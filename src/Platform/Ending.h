@@ -7,8 +7,16 @@
 namespace Oxa::Core::Platform {
 
 /// From now on the process ends by `status` (or by its signal, see EndBySignalInstead) after so many milliseconds,
-/// whatever its threads do. Only the first call counts. The watch needs no thread library, no heap, no signal.
+/// whatever its threads do. Only the first call counts. The watch needs no thread library, no heap, no signal. Where
+/// the system has no thread left to give, the process is killed at that time instead.
 void StartDeathWatch(int milliseconds, int status) noexcept;
+
+/// From now on the watch ends the process as EndBySignal does; 0 takes that back.
+void EndBySignalInstead(int signal) noexcept;
+
+/// The system's id of the thread that is the watch; 0 before its start. Who stops all threads of the process has to
+/// leave that one running, or nothing ends him if he hangs.
+int DeathWatchThread() noexcept;
 
 /// Ends at once: no exit routine, no static destructor.
 [[noreturn]] void EndNow(int status) noexcept;
