@@ -20,6 +20,9 @@ struct FrameView {
   Dwarf_Die m_unit{};
   /// The DW_TAG_subprogram or DW_TAG_inlined_subroutine whose frame this is.
   Dwarf_Die m_function{};
+  /// The DW_TAG_subprogram that has the frame's place on the stack: `m_function` itself, or what it was put into. No
+  /// address where it isn't known.
+  Dwarf_Die m_subprogram{};
   /// The entries that the place lies in, innermost first; the last one is `m_function`.
   const Dwarf_Die* m_pScopes = nullptr;
   int m_iScopes = 0;
