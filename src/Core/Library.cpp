@@ -14,6 +14,7 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/Memory.h>
+#include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/Thread.h>
@@ -34,6 +35,7 @@
 #include "Core/Immortal.h"
 #include "Core/LibraryGlobals.h"
 #include "Core/Life.h"
+#include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
 #include "Units/StandardUnits.h"
@@ -109,6 +111,21 @@ const std::string& AlertInfo::sCATEGORY = ImmortalText("Category");
 const std::string& AlertInfo::sLOG_NAME = ImmortalText("LogName");
 const std::string& AlertInfo::sTIME_STAMP = ImmortalText("TimeStamp");
 const std::string& AlertInfo::sTYPE_NAME = ImmortalText("TypeName");
+
+// What call stacks are read with: made by the first that is asked for, and given back by the unload routine.
+namespace {
+
+Immortal<Mutex> s_debugHelpMutex;
+Immortal<boost::shared_ptr<MSWindows::DebugHelp>> s_debugHelp;
+
+}  // namespace
+
+}  // namespace Oxa::Core
+
+Oxa::Core::Mutex& MSWindows::DebugHelp::s_mutex = Oxa::Core::s_debugHelpMutex.Get();
+boost::shared_ptr<MSWindows::DebugHelp>& MSWindows::DebugHelp::s_spInstance = Oxa::Core::s_debugHelp.Get();
+
+namespace Oxa::Core {
 
 // What XML writing needs.
 namespace {
@@ -230,6 +247,9 @@ const UnitizedValue<double>& uvNEGATIVE_SQRT_2 = s_quantities.Add(-1.41421356237
 const UnitizedValue<double>& uvNEGATIVE_SQRT_2_PI = s_quantities.Add(-2.506628274631000502);
 
 namespace {
+
+// From here on everything is there that a walk over a stack needs.
+[[maybe_unused]] const bool s_bStacksBegun = (MSWindows::DebugHelpLife::Begin(), true);
 
 // Last of all, so that the unload routine runs first.
 [[maybe_unused]] const bool s_bUnloadHooked = Platform::CallAtUnload(&UnloadRoutine);

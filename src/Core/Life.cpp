@@ -13,6 +13,7 @@
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Log/ParkedThread.h"
 #include "Platform/Faults.h"
 #include "Platform/Machine.h"
@@ -117,6 +118,7 @@ void UnloadRoutine() {
   }
   TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
+  MSWindows::DebugHelpLife::End();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
   if (Platform::IsBeingUnmapped()) DestroyParkedThread();
   // Threads that have done their work may still be on their last steps in the library's code.

@@ -13,7 +13,8 @@ enum class EThreadFlag : unsigned {
   eTELLING_FAILURE = 1,
   eGUARDS_FILE_LIMIT = 2,
   eCALLS_LOG = 4,
-  eFAILED_TEST = 8
+  eFAILED_TEST = 8,
+  eREADS_STACK = 16
 };
 bool HasThreadFlag(EThreadFlag flag) noexcept;
 void SetThreadFlag(EThreadFlag flag, bool value) noexcept;

@@ -1,0 +1,152 @@
+#include <Infrastructure/OxaCore/Lock.h>
+#include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
+
+#include <algorithm>
+#include <boost/make_shared.hpp>
+#include <cctype>
+#include <set>
+#include <string>
+
+#include "ErrorHandling/MicrosoftDebugHelpLife.h"
+#include "Platform/CallStacks.h"
+#include "Platform/Faults.h"
+#include "Platform/Storage.h"
+
+namespace MSWindows {
+
+namespace Platform = Oxa::Core::Platform;
+using Oxa::Core::AlertData;
+using Oxa::Core::CodeContext;
+using Oxa::Core::Lock;
+
+namespace {
+
+const char* const sUNKNOWN = "Unknown";
+const char* const sMODULE = "Module";
+
+std::string LowerCaseLeaf(const char* file) {
+  std::string leaf(file);
+  const auto separator = leaf.find_last_of("/\\");
+  if (separator != std::string::npos) leaf.erase(0, separator + 1);
+  for (char& c : leaf) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return leaf;
+}
+
+std::string LowerCase(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
+std::string Hexadecimal(std::uint64_t value) {
+  const char* const digits = "0123456789abcdef";
+  std::string text;
+  do text.insert(text.begin(), digits[value % 16]);
+  while ((value /= 16) != 0);
+  return text;
+}
+
+}  // namespace
+
+/// One walk: what has been seen of the stack, and what has come out of it.
+class DebugHelpWalk {
+ public:
+  DebugHelpWalk(const DebugHelp& help, int maxFrames)
+      : m_help(help),
+        m_spFrames(boost::make_shared<std::vector<CodeContext>>()),
+        m_uMaxFrames(maxFrames > 0 ? static_cast<std::size_t>(maxFrames) : 0),
+        m_bVariables(help.CanReadVariables()) {}
+
+  static bool TakeFrame(const Platform::StackFrame& frame, void* walk) {
+    try {
+      return static_cast<DebugHelpWalk*>(walk)->Take(frame);
+    } catch (...) {
+      return false;  // out of memory: the frames that there are have to do
+    }
+  }
+
+  bool IsFull() const { return m_spFrames->size() >= m_uMaxFrames; }
+  DebugHelp::Frames Result() const { return m_spFrames; }
+
+ private:
+  bool Take(const Platform::StackFrame& frame) {
+    if (frame.m_uFrame == 0 || IsFull()) return false;
+    // A stack that loops ends here. What was put into a function has the frame of that.
+    if (!frame.m_bInlined && !m_seen.insert(frame.m_uFrame).second) return false;
+    if (IsWanted(frame)) Append(frame);
+    return !IsFull();
+  }
+
+  bool IsWanted(const Platform::StackFrame& frame) const {
+    if (m_help.m_pSymGetLineFromAddr64 == nullptr || frame.m_pFile == nullptr) return false;
+    if (m_help.m_ignoredSources.count(LowerCaseLeaf(frame.m_pFile)) != 0) return false;
+    if (!KnowsModule(frame)) return !m_help.m_bRequireModuleInfo;
+    return !m_help.m_bFilterModules || m_help.m_ignoredModules.count(LowerCase(frame.m_pModule)) == 0;
+  }
+
+  bool KnowsModule(const Platform::StackFrame& frame) const {
+    return m_help.m_pSymGetModuleInfo64 != nullptr && frame.m_pModule != nullptr;
+  }
+
+  std::string FunctionOf(const Platform::StackFrame& frame) const {
+    if (m_help.m_pSymGetSymFromAddr64 != nullptr && frame.m_pFunction != nullptr) return frame.m_pFunction;
+    const std::uint64_t offset = frame.m_uPlace - frame.m_uBase;
+    if (KnowsModule(frame)) return std::string(frame.m_pModule) + "+" + std::to_string(offset);
+    if (frame.m_uBase == 0) return std::string();
+    return "0x" + Hexadecimal(frame.m_uBase) + "+" + Hexadecimal(offset);
+  }
+
+  void Append(const Platform::StackFrame& frame) {
+    if (m_circumstances.empty()) m_circumstances = CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo();
+    AlertData context = m_circumstances;
+    context[CodeContext::sFILE] = frame.m_pFile;
+    context[CodeContext::sLINE] = std::to_string(frame.m_iLine);
+    if (KnowsModule(frame)) context[sMODULE] = frame.m_pModule;
+    std::string function = FunctionOf(frame);
+    if (!function.empty()) context[CodeContext::sFUNCTION].swap(function);
+    m_spFrames->push_back(CodeContext(context, AlertData()));
+  }
+
+  const DebugHelp& m_help;
+  const DebugHelp::Frames m_spFrames;
+  const std::size_t m_uMaxFrames;
+  const bool m_bVariables;
+  std::set<std::uint64_t> m_seen;
+  AlertData m_circumstances;
+};
+
+DebugHelpTrouble DebugHelp::GetMissingForWalk() const {
+  DebugHelpTrouble trouble;
+  const auto check = [&trouble](Function function, const char* name) {
+    if (function == nullptr) trouble.m_missing.push_back(name);
+  };
+  check(m_pStackWalk64, "StackWalk64");
+  check(m_pSymFunctionTableAccess64, "SymFunctionTableAccess64");
+  check(m_pSymGetModuleBase64, "SymGetModuleBase64");
+  return trouble;
+}
+
+bool DebugHelp::CanReadVariables() const {
+  return m_pSymSetContext != nullptr && m_pSymEnumSymbols != nullptr && m_pSymGetTypeInfo != nullptr;
+}
+
+boost::shared_ptr<std::vector<CodeContext>> DebugHelp::CreateCallStack(int maxFrames) {
+  return CreateCallStack(nullptr, maxFrames);
+}
+
+boost::shared_ptr<std::vector<CodeContext>> DebugHelp::CreateCallStack(const CONTEXT& context,
+                                                                       int maxFrames) {
+  return CreateCallStack(&context, maxFrames);
+}
+
+DebugHelp::Frames DebugHelp::CreateCallStack(const CONTEXT* context, int maxFrames) {
+  const DebugHelpTrouble trouble = GetMissingForWalk();
+  trouble.Tell();
+  if (!trouble.m_missing.empty()) return Frames();
+  DebugHelpWalk walk(*this, maxFrames);
+  const Lock lock(s_mutex);
+  if (m_pProcess != nullptr && !walk.IsFull())
+    Platform::WalkStack(*m_pProcess, context, &DebugHelpWalk::TakeFrame, &walk);
+  return walk.Result();
+}
+
+}  // namespace MSWindows
