@@ -14,9 +14,10 @@ if(PROJECT_IS_TOP_LEVEL)
   endif()
   find_program(OXACORE_CCACHE ccache)
   if(OXACORE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # Raise sites carry the time stamp of their source file, which would defeat every cache hit.
+    # Raise sites carry the time stamp of their source file, which would defeat every cache hit; so do the tests'
+    # precompiled headers.
     set(CMAKE_CXX_COMPILER_LAUNCHER
-        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=time_macros ${OXACORE_CCACHE})
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=time_macros,pch_defines ${OXACORE_CCACHE})
   endif()
 endif()
 
