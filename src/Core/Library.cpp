@@ -15,6 +15,7 @@
 #include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
+#include <Infrastructure/OxaCore/ModuleVersionInfo.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/Thread.h>
@@ -67,7 +68,7 @@ class Row {
   std::size_t m_uCount = 0;
 };
 
-Row<std::string, 64> s_texts;
+Row<std::string, 96> s_texts;
 Row<boost::shared_ptr<UnitDictionary>, 1> s_dictionaries;
 Row<UnitizedValue<double>, 14> s_quantities;
 
@@ -222,6 +223,21 @@ const std::string& UnknownError::sCATEGORY = ImmortalText("Unknown");
 
 const std::string& InvalidParameter::sPARAM_NAME = ImmortalText("ParamName");
 const std::string& InvalidParameter::sPARAM_VALUE = ImmortalText("ParamValue");
+
+// Keys of what a module says of itself.
+const std::string& ModuleVersionInfo::sPATH_NAME = ImmortalText("PathName");
+const std::string& ModuleVersionInfo::sFILE_NAME = ImmortalText("FileName");
+const std::string& ModuleVersionInfo::sCOMMENTS = ImmortalText("Comments");
+const std::string& ModuleVersionInfo::sCOMPANY_NAME = ImmortalText("CompanyName");
+const std::string& ModuleVersionInfo::sFILE_DESCRIPTION = ImmortalText("FileDescription");
+const std::string& ModuleVersionInfo::sFILE_VERSION = ImmortalText("FileVersion");
+const std::string& ModuleVersionInfo::sINTERNAL_NAME = ImmortalText("InternalName");
+const std::string& ModuleVersionInfo::sLEGAL_COPYRIGHT = ImmortalText("LegalCopyright");
+const std::string& ModuleVersionInfo::sLEGAL_TRADEMARKS = ImmortalText("LegalTrademarks");
+const std::string& ModuleVersionInfo::sORIGINAL_FILENAME = ImmortalText("OriginalFilename");
+const std::string& ModuleVersionInfo::sPRODUCT_NAME = ImmortalText("ProductName");
+const std::string& ModuleVersionInfo::sPRODUCT_VERSION = ImmortalText("ProductVersion");
+const std::string& ModuleVersionInfo::sSPECIAL_BUILD = ImmortalText("SpecialBuild");
 
 // Where logs of hosts complain.
 const std::string& WrappingFileStream::s_logPath = ImmortalText("OxaCore.WrappingFileStream");

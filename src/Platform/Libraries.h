@@ -7,6 +7,8 @@
 
 #include <Infrastructure/OxaCore/PlatformTypes.h>
 
+#include <string>
+
 namespace Oxa::Core::Platform {
 
 /// Loads the library with all that it needs, nothing left for later; its names are seen by nobody but who asks for
@@ -19,6 +21,11 @@ void CloseLibrary(HINSTANCE library) noexcept;
 
 /// The address of what bears that name in the library or in one that it was linked with; null if nothing does.
 void* FindFunction(HINSTANCE library, const char* name) noexcept;
+
+/// Where the file of a library lies that is loaded, by whoever did that: its whole path as far as the system knows it.
+/// Null stands for the program. 0, or the system's error code, with `path` untouched: EINVAL for a handle that is none
+/// (any more).
+int LibraryPath(HINSTANCE library, std::string& path) noexcept;
 
 }  // namespace Oxa::Core::Platform
 

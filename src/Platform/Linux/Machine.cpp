@@ -1,24 +1,24 @@
 #include "Platform/Machine.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <limits.h>
 #include <pthread.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <new>
 
 #include "Platform/Linux/Distribution.h"
+#include "Platform/Linux/ProcFile.h"
+#include "Platform/Linux/WithoutThrowing.h"
 
 namespace Oxa::Core::Platform {
 
 namespace {
 
 constexpr char sEXECUTABLE_LINK[] = "/proc/self/exe";
-constexpr char sDELETED_MARK[] = " (deleted)";
 constexpr const char* sDISTRIBUTION_FILES[] = {"/etc/os-release", "/usr/lib/os-release"};
 
 constexpr size_t uTHREAD_NAME_SIZE = 16;  // with the closing 0
@@ -29,45 +29,6 @@ std::atomic<unsigned long> s_uProcessId{0};
 void ForgetProcessId() { s_uProcessId.store(0, std::memory_order_relaxed); }
 
 [[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &ForgetProcessId); }
-
-// Runs what gives an error code; running out of memory is one too.
-template <class Operation>
-int WithoutThrowing(const Operation& operation) noexcept {
-  try {
-    return operation();
-  } catch (const std::bad_alloc&) {
-    return ENOMEM;
-  } catch (const std::exception&) {
-    return EINVAL;
-  }
-}
-
-int ReadLink(const char* link, std::string& target) {
-  std::string buffer(256, '\0');
-  while (true) {
-    const ssize_t length = readlink(link, &buffer[0], buffer.size());
-    if (length < 0) return errno;
-    if (static_cast<size_t>(length) < buffer.size()) {
-      buffer.resize(static_cast<size_t>(length));
-      target.swap(buffer);
-      return 0;
-    }
-    buffer.resize(buffer.size() * 2);
-  }
-}
-
-bool EndsWith(const std::string& text, const char* end) {
-  const size_t length = strlen(end);
-  return text.size() >= length && text.compare(text.size() - length, length, end) == 0;
-}
-
-// The kernel adds a mark to the name of a program whose file was replaced while it runs. A file that really
-// bears such a name is left alone.
-void DropDeletedMark(std::string& path) {
-  struct stat status;
-  if (EndsWith(path, sDELETED_MARK) && stat(path.c_str(), &status) != 0)
-    path.resize(path.size() - strlen(sDELETED_MARK));
-}
 
 std::string Distribution() {
   std::string name;
@@ -94,7 +55,7 @@ void TellThreadName(const char* name) noexcept {
 
 int ExecutablePath(std::string& path) noexcept {
   return WithoutThrowing([&] {
-    const int code = ReadLink(sEXECUTABLE_LINK, path);
+    const int code = ReadLink(AT_FDCWD, sEXECUTABLE_LINK, path);
     if (code == 0) DropDeletedMark(path);
     return code;
   });
