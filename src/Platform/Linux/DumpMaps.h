@@ -1,0 +1,68 @@
+// What a process has mapped where, as a dump wants to know it.
+#ifndef OXACORE_PLATFORM_LINUX_DUMPMAPS_H
+#define OXACORE_PLATFORM_LINUX_DUMPMAPS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Oxa::Core::Platform {
+
+struct DumpMapping {
+  enum EFlags : std::uint32_t {
+    eREADABLE = 0x1,
+    eWRITABLE = 0x2,
+    eEXECUTABLE = 0x4,
+    eSHARED = 0x8,
+    eFILE = 0x10,    ///< of a file that lies in the file system
+    eDEVICE = 0x20,  ///< not to be read: the registers of a device, or the kernel's own pages
+    eVDSO = 0x40     ///< the kernel's code in the process
+  };
+
+  std::uint64_t m_uStart;
+  std::uint64_t m_uEnd;
+  std::uint64_t m_uOffset;
+  std::uint32_t m_uName;  ///< see DumpMaps::Name
+  std::uint32_t m_uFlags;
+
+  bool Has(std::uint32_t flags) const noexcept { return (m_uFlags & flags) == flags; }
+  bool MayBeRead() const noexcept { return (m_uFlags & (eREADABLE | eDEVICE)) == eREADABLE; }
+  std::uint64_t Size() const noexcept { return m_uEnd - m_uStart; }
+};
+
+/// The table of mappings, in static storage; cut where there are more than it holds. Allocates nothing.
+class DumpMaps {
+ public:
+  /// Reads the system's text from an open file.
+  void Read(int handle) noexcept;
+  void Clear() noexcept;
+
+  const DumpMapping* begin() const noexcept { return m_mappings; }
+  const DumpMapping* end() const noexcept { return m_mappings + m_uCount; }
+  std::size_t Count() const noexcept { return m_uCount; }
+
+  /// The mapping that holds `address`; null if none does.
+  const DumpMapping* Find(std::uint64_t address) const noexcept;
+
+  /// The first mapping that ends behind `address`; null if there is none.
+  const DumpMapping* FindNext(std::uint64_t address) const noexcept;
+
+  /// The name as the system gives it, without what it says of files that are gone; "" for none.
+  const char* Name(const DumpMapping& mapping) const noexcept { return m_names + mapping.m_uName; }
+
+ private:
+  static constexpr std::size_t uMAPPINGS = 16384;
+  static constexpr std::size_t uNAMES = 262144;
+
+  void AddLine(char* line, std::size_t length) noexcept;
+  std::uint32_t AddName(const char* name) noexcept;
+
+  std::size_t m_uCount;
+  std::size_t m_uNames;
+  std::uint32_t m_uLastName;
+  DumpMapping m_mappings[uMAPPINGS];
+  char m_names[uNAMES];
+};
+
+}  // namespace Oxa::Core::Platform
+
+#endif
