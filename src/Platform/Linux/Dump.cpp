@@ -17,6 +17,7 @@
 
 #include "Platform/Ending.h"
 #include "Platform/Linux/DumpSource.h"
+#include "Platform/Linux/FileName.h"
 #include "Platform/Linux/RawCall.h"
 
 namespace Oxa::Core::Platform {
@@ -60,8 +61,10 @@ class NoSignals {
 // A dump holds what the process held: it is for the owner's eyes.
 int OpenDump(const char* path) noexcept {
   constexpr mode_t uMODE = S_IRUSR | S_IWUSR;
-  const long handle =
-      RawCall(SYS_open, RawArgument(path), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, uMODE);
+  constexpr int iFLAGS = O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+  const FileName name(path);
+  if (name.Code() != 0) return -name.Code();
+  const long handle = RawCall(SYS_open, RawArgument(name.Get()), iFLAGS, uMODE);
   if (handle >= 0) RawCall(SYS_fchmod, handle, uMODE);
   return static_cast<int>(handle);
 }
