@@ -1,5 +1,6 @@
 #include "Core/Life.h"
 #include "ErrorHandling/AlertManagerHooks.h"
+#include "ErrorHandling/FatalSteps.h"
 #include "ErrorHandling/Hooks.h"
 #include "Log/LogHooks.h"
 #include "System/Circumstances.h"
@@ -10,6 +11,7 @@ void ConnectHooks() {
   TheHooks().addCircumstances = &AddCircumstances;
   AlertHooks::Connect(TheHooks());
   ConnectLog(TheHooks());
+  ConnectFatalSteps(TheHooks());
 }
 
 }  // namespace Oxa::Core

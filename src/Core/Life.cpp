@@ -12,6 +12,7 @@
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
+#include "ErrorHandling/FatalErrorEnd.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Log/ParkedThread.h"
@@ -109,6 +110,7 @@ void Shutdown() {
 }
 
 void UnloadRoutine() {
+  if (LoadedByThisProcess()) AwaitDyingThreads();
   SetLibraryUnloading();
   // A child that was forked off ends alone: the shut-down is its parent's.
   if (!LoadedByThisProcess()) return;
@@ -123,6 +125,7 @@ void UnloadRoutine() {
   if (Platform::IsBeingUnmapped()) DestroyParkedThread();
   // Threads that have done their work may still be on their last steps in the library's code.
   Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));
+  FinishForTheDying();
 }
 
 }  // namespace Oxa::Core

@@ -69,7 +69,9 @@ AlertManager::AlertManager()
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->Add<CurrentErrors>(sCURRENT_ERRORS);
   // First in a list that is served last-added-first: the records are kept after everybody else has heard.
   m_support.AddListener(*this);
-  if (const System* const system = System::Instance()) system->GetProcessPath(m_sFatalErrorBasePath);
+  std::string path;
+  if (const System* const system = System::Instance()) system->GetProcessPath(path);
+  UseFatalErrorBasePath(path);
   AlertManager* none = nullptr;
   s_manager.compare_exchange_strong(none, this);
 }

@@ -1,11 +1,19 @@
 // The last line of defence: what becomes of an error that nobody catches.
 #include <Infrastructure/OxaCore/AlertManager.h>
 
+#include <Infrastructure/OxaCore/FatalErrorWarnings.h>
+#include <Infrastructure/OxaCore/PathName.h>
+
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertManagerHooks.h"
 #include "ErrorHandling/AlertTraffic.h"
+#include "ErrorHandling/FatalErrorEnd.h"
+#include "ErrorHandling/FatalErrorPath.h"
+#include "ErrorHandling/FatalErrorReport.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/RawChannel.h"
+
 #include "Platform/Threads.h"
 
 namespace Oxa::Core {
@@ -14,9 +22,14 @@ namespace {
 
 const char* const sCURRENT_ERRORS = "CurrentErrors";
 const char* const sFATAL_UNHANDLED = "Fatal unhandled error";
+const char* const sLOG_NAME_OF_BASE_PATH = "Oxa.Core.AlertManager.SetFatalErrorBasePath";
+const char* const sLOG_NAME_OF_FATAL_ERROR = "Oxa.Core.AlertManager.OnFatalError";
+const char* const sSEPARATORS = "/\\";
+constexpr char cSEPARATOR = '/';
 constexpr int iSTATUS = -1;
 
 std::atomic<int> s_iUncaughtErrors{0};
+std::atomic<bool> s_bEndBySignal{false};
 
 // The last error of this thread, or of any thread. A copy: other threads may go on raising.
 bool FindCurrentError(Error& found) {
@@ -25,13 +38,35 @@ bool FindCurrentError(Error& found) {
   return errors != nullptr && errors->Find(Platform::CurrentThreadId(), found);
 }
 
+// What hangs in here is the watch's affair; what throws keeps nobody from the report.
+void StopBuffering() {
+  try {
+    TheHooks().stopBuffering();
+  } catch (...) {
+  }
+}
+
+// The folder for the report, the working folder at worst.
+std::string FolderOfReport() {
+  std::string folder;
+  if (CreateFatalErrorPath(folder)) return folder;
+  FatalErrorName working;
+  WorkingFolder(working);
+  folder = working.Get();
+  OXA_RAISE_WARNING(sLOG_NAME_OF_FATAL_ERROR, FallbackFatalErrorPath(folder));
+  return folder;
+}
+
 }  // namespace
 
 std::atomic<int> AlertManager::sm_iMaxFatalErrorReports{1};
 
-void AlertManager::OnTerminate() {
-  if (s_iUncaughtErrors.fetch_add(1) < GetMaxFatalErrorReports()) ReportUncaughtError();
-  ExitAfterFatalError(iSTATUS);
+void AlertManager::OnTerminate() { TheHooks().endUncaught(); }
+
+void AlertHooks::EndByTerminateHandler() {
+  if (s_iUncaughtErrors.fetch_add(1) < AlertManager::GetMaxFatalErrorReports())
+    AlertManager::ReportUncaughtError();
+  FinishDying(iSTATUS);
 }
 
 void AlertManager::ReportUncaughtError() noexcept {
@@ -52,9 +87,10 @@ void AlertManager::ReportUncaughtError() noexcept {
 void AlertManager::OnFatalError(Error& error) {
   error.m_bFatal = true;
   std::string path;
+  StopBuffering();
   try {
-    TheHooks().stopBuffering();
-    path = TheHooks().reportFatalError(error);
+    path = FolderOfReport();
+    WriteFatalErrorReport(path, m_fatalErrorInfo, error);
   } catch (...) {
     // Whoever listens is told all the same.
   }
@@ -65,6 +101,21 @@ void AlertManager::OnFatalError(Error& error) {
   }
   UncaughtFatalErrorNotification notification(error, path);
   Broadcast(notification);
+}
+
+bool AlertManager::SetFatalErrorBasePath(const std::string& path) {
+  if (!PathName(path).IsValid()) {
+    OXA_RAISE_WARNING(sLOG_NAME_OF_BASE_PATH, InvalidFatalErrorPath(path));
+    return false;
+  }
+  UseFatalErrorBasePath(path);
+  return true;
+}
+
+void AlertManager::UseFatalErrorBasePath(const std::string& path) {
+  m_sFatalErrorBasePath = path;
+  if (path.find_last_of(sSEPARATORS) + 1 != path.size()) m_sFatalErrorBasePath += cSEPARATOR;
+  SetFatalErrorBase(m_sFatalErrorBasePath);
 }
 
 std::string AlertManager::GetFatalErrorBasePath() { return m_sFatalErrorBasePath; }
@@ -85,6 +136,12 @@ int AlertManager::GetMaxFatalErrorReports() {
 
 void AlertManager::SetMaxFatalErrorReports(int max) {
   sm_iMaxFatalErrorReports.store(max, std::memory_order_relaxed);
+}
+
+bool AlertManager::GetEndBySignal() { return s_bEndBySignal.load(std::memory_order_relaxed); }
+
+void AlertManager::SetEndBySignal(bool bySignal) {
+  s_bEndBySignal.store(bySignal, std::memory_order_relaxed);
 }
 
 }  // namespace Oxa::Core

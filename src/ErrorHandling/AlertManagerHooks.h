@@ -13,6 +13,9 @@ namespace Oxa::Core {
 struct AlertHooks {
   static void Connect(Hooks& hooks) noexcept;
 
+  /// The terminate handler's own steps: the report, then the end. The thread has begun to die already.
+  [[noreturn]] static void EndByTerminateHandler();
+
  private:
   static void TellErrorRaised(Error& error);
   static void TellErrorHandled(Error& error);

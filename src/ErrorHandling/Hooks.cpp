@@ -1,5 +1,7 @@
 #include "ErrorHandling/Hooks.h"
 
+#include <cstdlib>
+
 namespace Oxa::Core {
 
 namespace {
@@ -20,7 +22,7 @@ Hooks s_hooks = {
     /* logErrorRaised */ [](Error&) {},
     /* stopBuffering */ [] {},
     /* translateFaults */ [] {},
-    /* reportFatalError */ [](Error&) { return std::string(); },
+    /* endUncaught */ &std::abort,
     /* useFaultAdapter */ [] {},
     /* releaseFaultAdapter */ [] {},
 };

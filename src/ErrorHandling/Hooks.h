@@ -54,8 +54,8 @@ struct Hooks {
   /// Lets the machine faults of the calling thread become errors.
   void (*translateFaults)();
 
-  /// Puts the record of a fatal error on disk; gives the folder, empty if there is none.
-  std::string (*reportFatalError)(Error& error);
+  /// Ends the process, which an exception without a catch clause or a call of std::terminate wants. Does not return.
+  void (*endUncaught)();
 
   /// Raises the use count of the fault adapter, or installs it; the second undoes one use.
   void (*useFaultAdapter)();

@@ -6,6 +6,7 @@
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
 #include "System/Executable.h"
+#include "System/ProcessPath.h"
 
 namespace Oxa::Core {
 
@@ -34,6 +35,7 @@ void System::FindExecutable() {
   Platform::ExecutablePath(path);
   const Executable executable = SplitExecutable(path);
   m_sProcessPath = executable.folder;
+  PublishProcessPath(m_sProcessPath);
   m_sProcessName = executable.leaf;
 }
 
@@ -79,6 +81,7 @@ void System::GetProcessPath(std::string& path) const {
 void System::SetProcessPath(const std::string& path) {
   const WriterLock lock(m_mutex);
   m_sProcessPath = path;
+  PublishProcessPath(path);
 }
 
 // --- Threads

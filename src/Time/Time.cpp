@@ -7,6 +7,7 @@
 
 #include "StringTools/Characters.h"
 #include "Time/LocalTime.h"
+#include "Time/MonthNames.h"
 #include "Time/TextFields.h"
 
 #include "Platform/Clock.h"
@@ -160,10 +161,11 @@ std::string Time::MonthName() const {
   return IsMonth(month) ? g_pMONTH_NAMES[month - 1] : "Invalid";
 }
 
-std::string Time::MonthAbbreviation() const {
-  const long month = Month();
+const char* AbbreviationOfMonth(long month) noexcept {
   return IsMonth(month) ? g_pMONTH_ABBREVIATIONS[month - 1] : "???";
 }
+
+std::string Time::MonthAbbreviation() const { return AbbreviationOfMonth(Month()); }
 
 Elapse Time::TimeLeft() const { return *this - Time(); }
 

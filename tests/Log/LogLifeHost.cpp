@@ -395,7 +395,10 @@ int main(int argc, char** argv) {
   };
   const auto scenario = scenarios.find(argc > 1 ? argv[1] : "");
   if (scenario == scenarios.end()) return 2;
-  if (argc > 2) System::Instance()->SetProcessPath(argv[2]);
+  if (argc > 2) {
+    System::Instance()->SetProcessPath(argv[2]);
+    AlertManager::Instance()->SetFatalErrorBasePath(argv[2]);
+  }
   scenario->second();
   return 0;
 }

@@ -22,7 +22,7 @@ inline void RestoreHooks(const Oxa::Core::Hooks& before) {
   hooks.logThreadError = before.logThreadError;
   hooks.logErrorRaised = before.logErrorRaised;
   hooks.stopBuffering = before.stopBuffering;
-  hooks.reportFatalError = before.reportFatalError;
+  hooks.endUncaught = before.endUncaught;
   hooks.useFaultAdapter = before.useFaultAdapter;
   hooks.releaseFaultAdapter = before.releaseFaultAdapter;
 }

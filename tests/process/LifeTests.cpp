@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Support/ChildProcess.h"
+#include "Support/DyingChild.h"
 
 namespace {
 
@@ -117,7 +118,10 @@ TEST(Life, ForkedChildrenEndWhateverLocksTheParentHeld) {
 }
 
 TEST(Life, ProcessWaitsForTheReportOfADyingThread) {
-  const ChildResult result = RunLife("exit-while-dying");
+  const TestSupport::TemporaryFolder folder;
+  const ChildResult result =
+      TestSupport::RunDying(folder, {LIFE_HOST, "exit-while-dying"}, {"ASAN_OPTIONS=detect_leaks=0"});
+  EXPECT_EQ(255, result.m_iStatus) << "not the status of the exit that was begun";
   EXPECT_EQ("uncaught: dying\n", result.m_sOutput);
   EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Fatal unhandled error</Circumstance>"));
 }

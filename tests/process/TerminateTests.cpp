@@ -6,18 +6,26 @@
 #include <string>
 
 #include "Support/ChildProcess.h"
+#include "Support/DyingChild.h"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 using TestSupport::ChildResult;
-using TestSupport::RunChild;
+using TestSupport::RecordsIn;
+using TestSupport::RunDying;
 using TestSupport::TemporaryFile;
+using TestSupport::TemporaryFolder;
 
 constexpr int iMINUS_ONE = 255;
 
-ChildResult Die(const char* scenario) { return RunChild({TERMINATE_HOST, scenario}); }
+ChildResult Die(const TemporaryFolder& folder, const char* scenario) {
+  return RunDying(folder, {TERMINATE_HOST, scenario});
+}
+
+ChildResult Die(const char* scenario) { return Die(TemporaryFolder(), scenario); }
 
 int Count(const std::string& text, const std::string& part) {
   int count = 0;
@@ -51,10 +59,11 @@ void ExpectReport(const ChildResult& result, const std::string& message) {
 }
 
 TEST(Terminate, UncaughtErrorIsTheLastWordOfTheProcess) {
-  const ChildResult result = Die("raise");
+  const TemporaryFolder folder;
+  const ChildResult result = Die(folder, "raise");
   ExpectReport(result, "nobody &lt;catches&gt; this");
   EXPECT_THAT(Document(result), HasSubstr("<LogName>Test.Host</LogName>"));
-  EXPECT_EQ("uncaught: nobody <catches> this, path \"\"\n", result.m_sOutput)
+  EXPECT_EQ("uncaught: nobody <catches> this, path \"" + RecordsIn(folder) + "\"\n", result.m_sOutput)
       << "listeners hear of it whatever they are interested in";
 }
 
@@ -72,7 +81,7 @@ TEST(Terminate, WithoutAnyErrorAnUnknownOneStandsIn) {
   const ChildResult result = Die("number");
   ExpectReport(result, "No Message");
   EXPECT_THAT(Document(result), HasSubstr("<Category>Unknown</Category>"));
-  EXPECT_EQ("uncaught: No Message, path \"\"\n", result.m_sOutput);
+  EXPECT_THAT(result.m_sOutput, StartsWith("uncaught: No Message, path \"/"));
 }
 
 TEST(Terminate, PlainCallIsReportedTheSameWay) { ExpectReport(Die("terminate"), "No Message"); }
@@ -128,11 +137,12 @@ TEST(Terminate, StaticObjectsDieAndTheirRaisesReturn) {
 }
 
 TEST(Terminate, PreviousHandlerIsNeitherCalledNorLostByALibraryThatIsLoadedAndUnloaded) {
-  const ChildResult dying = RunChild({LATE_HOST, "terminate-loaded", OXACORE_LIBRARY});
+  const ChildResult dying = RunDying(TemporaryFolder(), {LATE_HOST, "terminate-loaded", OXACORE_LIBRARY});
   EXPECT_EQ(iMINUS_ONE, dying.m_iStatus);
   EXPECT_EQ("", dying.m_sOutput);
   EXPECT_EQ(1, Count(dying.m_sError, "<?xml"));
-  const ChildResult unloaded = RunChild({LATE_HOST, "terminate-unloaded", OXACORE_LIBRARY});
+  const ChildResult unloaded =
+      RunDying(TemporaryFolder(), {LATE_HOST, "terminate-unloaded", OXACORE_LIBRARY});
   EXPECT_EQ(7, unloaded.m_iStatus);
   EXPECT_EQ("the host's own handler\n", unloaded.m_sOutput);
   EXPECT_EQ(0, Count(unloaded.m_sError, "<?xml"));

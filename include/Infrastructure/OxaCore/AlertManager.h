@@ -286,10 +286,17 @@ class OXACORE_API AlertManager : public AlertListener {
   int GetRaisedErrorRecords(std::set<ErrorRecord, SSortErrors>& records);
   int GetRaisedWarningRecords(std::set<WarningRecord, SSortWarnings>& records);
 
-  /// The folder below which fatal reports go; at first that of the running program.
+  /// The folder below which the records of the process's end go; at first that of the running program. Ends in a
+  /// separator.
   std::string GetFatalErrorBasePath();
 
-  /// Sets one entry that every fatal report shows ahead of the error.
+  /// Sets it; one that doesn't end in a separator gets "/" at its end. What PathName::IsValid refuses leaves the path
+  /// as it was and gives false, with the warning InvalidFatalErrorPath. Nothing has to be there: the folder is made
+  /// when it is needed.
+  bool SetFatalErrorBasePath(const std::string& path);
+
+  /// Sets one entry that every fatal report shows ahead of the error, as an element called `key`; characters that no
+  /// element's name may have become "_". An entry of that key is replaced.
   void AddFatalErrorInfo(const std::string& key, const std::string& value);
 
   /// eDUMP_REFERENCED_MEMORY at first.
@@ -299,6 +306,12 @@ class OXACORE_API AlertManager : public AlertListener {
   /// How many uncaught errors of one process get a report before it exits; 1 at first, 0 for none.
   static int GetMaxFatalErrorReports();
   static void SetMaxFatalErrorReports(int max);
+
+  /// Whether a process that dies of a fault or an uncaught error ends by the fault's signal, SIGABRT for an error, once
+  /// it has left its record: for supervisors, and for core files. No exit routine and no static destructor runs then.
+  /// False at first: it exits with status -1.
+  static bool GetEndBySignal();
+  static void SetEndBySignal(bool bySignal);
 
   // As a listener, it keeps the records.
   void ErrorRaised(Error& error) override;
@@ -326,8 +339,9 @@ class OXACORE_API AlertManager : public AlertListener {
   using Handlers = ErrorRecord::Handlers;
 
   static bool AskHandlers(Handlers handlers, Error& error, Handlers& declined);
-  [[noreturn]] static void OnTerminate();
+  static void OnTerminate();
   static void ReportUncaughtError() noexcept;
+  void UseFatalErrorBasePath(const std::string& path);
 
   NotificationSupport m_support;
   std::unordered_map<std::string, WarningRecord> m_warningRecords;  // by decorated class name

@@ -1,0 +1,102 @@
+#include "ErrorHandling/FatalErrorEnd.h"
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+
+#include <atomic>
+#include <cstddef>
+
+#include "Core/LibraryState.h"
+
+#include "Platform/Clock.h"
+#include "Platform/Ending.h"
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+constexpr int iTIME_TO_DIE_MS = 10000;
+constexpr int iSTATUS = -1;
+constexpr unsigned uSLICE_MS = 1;
+constexpr std::size_t uPLACES = 32;
+
+std::atomic<unsigned long> s_dying[uPLACES];  // ids of threads; one more than there are places goes without
+std::atomic<unsigned long> s_ulWhoEnds{0};    // the thread that ends the process
+std::atomic<int> s_iSignal{0};                // of the first death
+std::atomic<bool> s_bForOthers{false};        // the end is in the name of other threads
+
+bool Replace(unsigned long id, unsigned long with) noexcept {
+  for (std::atomic<unsigned long>& place : s_dying) {
+    unsigned long expected = id;
+    if (place.compare_exchange_strong(expected, with)) return true;
+  }
+  return false;
+}
+
+bool IsDying(unsigned long id) noexcept {
+  for (const std::atomic<unsigned long>& place : s_dying) {
+    if (place.load() == id) return true;
+  }
+  return false;
+}
+
+bool AnyoneIsDying() noexcept {
+  for (const std::atomic<unsigned long>& place : s_dying) {
+    if (place.load() != 0) return true;
+  }
+  return false;
+}
+
+void AwaitRecords() noexcept {
+  while (AnyoneIsDying()) Platform::SleepMilliseconds(uSLICE_MS);
+}
+
+[[noreturn]] void StandStill() noexcept {
+  for (;;) Platform::SleepMilliseconds(iTIME_TO_DIE_MS);
+}
+
+bool TakeTheEnd(unsigned long id) noexcept {
+  unsigned long who = 0;
+  return s_ulWhoEnds.compare_exchange_strong(who, id) || who == id;
+}
+
+[[noreturn]] void End(int status) {
+  const int signal = s_iSignal.load();
+  if (AlertManager::GetEndBySignal() && signal != 0) Platform::EndBySignal(signal);
+  ExitAfterFatalError(status);
+}
+
+}  // namespace
+
+void BeginDying(int signal) noexcept {
+  const unsigned long id = Platform::CurrentThreadId();
+  if (!IsDying(id)) Replace(0, id);
+  int none = 0;
+  s_iSignal.compare_exchange_strong(none, signal);
+  if (AlertManager::GetEndBySignal()) Platform::EndBySignalInstead(s_iSignal.load());
+  Platform::StartDeathWatch(iTIME_TO_DIE_MS, iSTATUS);
+}
+
+void FinishDying(int status) {
+  const unsigned long id = Platform::CurrentThreadId();
+  Replace(id, 0);
+  AwaitRecords();
+  if (!TakeTheEnd(id)) StandStill();
+  End(status);
+}
+
+void AwaitDyingThreads() noexcept {
+  const unsigned long id = Platform::CurrentThreadId();
+  if (IsDying(id) || s_ulWhoEnds.load() == id) return;
+  if (!AnyoneIsDying() && s_ulWhoEnds.load() == 0) return;
+  if (!TakeTheEnd(id)) StandStill();
+  s_bForOthers.store(true);
+  AwaitRecords();
+}
+
+void FinishForTheDying() {
+  AwaitDyingThreads();
+  if (s_bForOthers.load()) End(iSTATUS);
+}
+
+}  // namespace Oxa::Core
