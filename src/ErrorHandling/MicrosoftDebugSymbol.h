@@ -55,37 +55,41 @@ class DebugSymbol {
   using Member = Oxa::Core::Platform::MemberFacts;
   using Value = Oxa::Core::Platform::ValueFacts;
 
-  // How far the reading of one variable has come.
+  // How far the reading of one variable has come: an object of objects may have no end.
   struct Progress {
     int m_iMembers = 0;
     int m_iNesting = 0;
   };
 
-  DebugSymbol(const DebugSymbol& parent, const Member& member, const Value& value);
+  DebugSymbol(const DebugSymbol& parent, const std::string& name, const Type* pType, const Value& value,
+              int depth);
 
   bool ReadPart(Progress& progress);
-  bool IsLeftOut() const;
   void ReadValue(const Type& type, Progress& progress);
   void ReadBasic(const Type& type);
   void ReadPointer(const Type& type);
-  void ReadMemberPointer(const Type& type);
+  void ReadMemberPointer();
   void ReadReference(const Type& type, Progress& progress);
   void ReadEnum(const Type& type);
   void ReadArray(const Type& type, Progress& progress);
-  void ReadCharacterArray(const Type& type);
   void ReadElements(const Type& type, Progress& progress);
   void ReadObject(const Type& type, Progress& progress);
   void ReadString(const Type& type);
   void ReadMembers(const Type& type, Progress& progress);
-  void AddMember(const Member& member, Progress& progress);
-  void PutChild(const DebugSymbol& child, const Member& member);
+  void ReadMember(const Member& member, Progress& progress);
+  void PutAddress();
 
-  bool HasPlace(std::uint64_t size) const;
+  bool HasPlace(std::size_t size) const;
   bool GetBytes(void* to, std::size_t size) const;
+  std::size_t GetMost(void* to, std::size_t size) const;
   std::size_t GetMemory(std::uint64_t address, void* to, std::size_t size) const;
-  std::string QuotedAt(std::uint64_t address, std::size_t characters, std::uint64_t width, bool toZero) const;
+  std::uint64_t GetBits(const unsigned char* pBytes) const;
+  std::size_t GetStoredSize() const;
+  std::string GetTextAt(std::uint64_t address, std::size_t width) const;
+  std::string GetCountedText(std::uint64_t address, std::uint64_t count, std::size_t width) const;
+  std::string GetOwnText(std::uint64_t count, std::size_t width) const;
   Value PartOfValue(std::uint64_t offset, std::uint64_t size) const;
-  bool PlaceOf(const Member& member, Value& value) const;
+  Value PlaceOf(const Member& member) const;
 
   const DebugHelp* m_pContext;
   std::string m_sName;

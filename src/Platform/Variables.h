@@ -45,7 +45,8 @@ enum EBasicType {
   eBASIC_COMPLEX = 28,
   eBASIC_BIT = 29,
   eBASIC_BSTR = 30,
-  eBASIC_HRESULT = 31
+  eBASIC_HRESULT = 31,
+  eBASIC_OTHER = 255
 };
 
 /// How an object of the language's own string class holds its characters.
@@ -86,17 +87,19 @@ struct TypeFacts {
   std::uint64_t m_uIndex = 0;  ///< tells the types of a module apart
   bool m_bSigned = false;      ///< of an enumeration
   bool m_bComplete = true;     ///< false: no more than the name is known
-  /// Of classes and enumerations with its namespaces and classes, empty where the source has none; of functions the
-  /// whole.
+  /// Of classes and enumerations, with its namespaces and classes; empty where the source has none.
   std::string m_sName;
-  /// What is pointed or referred to, or the element of an array; null if the debug data doesn't tell.
+  /// What is pointed or referred to, the element of an array, the result of a function; null if the debug data doesn't
+  /// tell.
   const TypeFacts* m_pOf = nullptr;
   std::int64_t m_iCount = -1;  ///< elements of an array, -1 if unknown
   EStringForm m_eString = eSTRING_NONE;
+  unsigned m_uCharacter = 1;  ///< of a string: the bytes of a character
 
   /// Fills in what follows when it's needed for the first time; null where it is there.
   void (*m_complete)(TypeFacts& type) = nullptr;
-  std::vector<MemberFacts> m_members;  ///< base classes first, then in the order of the source
+  /// Base classes first, then in the order of the source; of functions the parameters.
+  std::vector<MemberFacts> m_members;
   std::vector<EnumeratorFacts> m_enumerators;
 
   /// The reader's text for the type, kept here since it's always the same; empty at first.

@@ -62,6 +62,7 @@
   OXACORE_DW_FUNCTION(dwarf_lowpc)                     \
   OXACORE_DW_FUNCTION(dwarf_entrypc)                   \
   OXACORE_DW_FUNCTION(dwarf_srclang)                   \
+  OXACORE_DW_FUNCTION(dwarf_getscopes_die)             \
   /* Attributes */                                     \
   OXACORE_DW_FUNCTION(dwarf_hasattr)                   \
   OXACORE_DW_FUNCTION(dwarf_hasattr_integrate)         \
