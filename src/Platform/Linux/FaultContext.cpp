@@ -25,7 +25,8 @@ void FillContext(CONTEXT& context, const ucontext_t& from) noexcept {
 }
 
 // Without a frame of its own, so that nothing has been moved yet; the place and the stack are those behind the call.
-__attribute__((naked)) void CaptureContext(CONTEXT& /*context*/) noexcept {
+__attribute__((naked, no_sanitize("thread", "address", "undefined"), no_profile_instrument_function)) void
+CaptureContext(CONTEXT& /*context*/) noexcept {
   asm volatile(
       "movq %rax, 0(%rdi)\n\t"
       "movq %rdx, 8(%rdi)\n\t"

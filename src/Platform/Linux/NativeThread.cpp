@@ -13,6 +13,7 @@
 
 #include "Platform/Kill.h"
 #include "Platform/Linux/EndedThreads.h"
+#include "Platform/Linux/FaultStacks.h"
 #include "Platform/Linux/Futex.h"
 #include "Platform/Linux/KillSignal.h"
 #include "Platform/Linux/KillState.h"
@@ -194,6 +195,7 @@ void NativeThread::LeaveParty() noexcept {
 }
 
 void NativeThread::Vanish() noexcept {
+  AbandonAlternateStack();
   ForgetDataOfKeys();
   EndedThreads::Expect();
   SetEnded(m_uKillCode);

@@ -1,0 +1,26 @@
+// Reading memory that may not be there, and how much room a stack has.
+#ifndef OXACORE_PLATFORM_LINUX_FAULTMEMORY_H
+#define OXACORE_PLATFORM_LINUX_FAULTMEMORY_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Platform/Linux/FaultState.h"
+
+namespace Oxa::Core::Platform {
+
+constexpr std::uintptr_t uPAGE = 4096;
+
+/// Copies up to `size` bytes from `address` on and gives how many could be read. Never faults.
+std::size_t ReadMemory(std::uintptr_t address, void* to, std::size_t size) noexcept;
+
+/// How many bytes below `stackPointer` can be used, as far as somebody wants to know: whole pages, at most 128 KiB.
+std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept;
+
+/// Whether a touch of `address` with the stack pointer at `stackPointer` means that a stack is at its end. `own` is
+/// what the thread runs on as far as is known.
+bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const StackRange& own) noexcept;
+
+}  // namespace Oxa::Core::Platform
+
+#endif

@@ -1,0 +1,138 @@
+// Calls that fault without harm, and calls on stacks with room.
+#include "Platform/Faults.h"
+
+#if defined(__x86_64__)
+
+#include <errno.h>
+#include <signal.h>
+#include <sys/mman.h>
+
+#include "Platform/Linux/FaultJumps.h"
+#include "Platform/Linux/FaultMemory.h"
+#include "Platform/Linux/FaultState.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/common_interface_defs.h>
+#endif
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr std::size_t uALTERNATE = 256 * 1024;
+
+std::size_t WholePages(std::size_t size) noexcept { return (size + uPAGE - 1) / uPAGE * uPAGE; }
+
+// Upwards: a guard page, an alternate stack, a guard page, a stack. The thread's own alternate stack may be what the
+// call comes from, and would be overwritten by the next signal.
+class NewStack {
+ public:
+  explicit NewStack(std::size_t size) noexcept : m_uSize(uALTERNATE + 2 * uPAGE + WholePages(size)) {
+    void* const memory = mmap(nullptr, m_uSize, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED) return;
+    m_pMemory = static_cast<char*>(memory);
+    mprotect(m_pMemory, uPAGE, PROT_NONE);
+    mprotect(m_pMemory + uPAGE + uALTERNATE, uPAGE, PROT_NONE);
+  }
+  NewStack(const NewStack&) = delete;
+  NewStack& operator=(const NewStack&) = delete;
+  ~NewStack() {
+    if (m_pMemory != nullptr) munmap(m_pMemory, m_uSize);
+  }
+
+  bool IsThere() const noexcept { return m_pMemory != nullptr; }
+
+  StackRange Range() const noexcept {
+    const auto memory = reinterpret_cast<std::uintptr_t>(m_pMemory);
+    return {memory + uALTERNATE + 2 * uPAGE, memory + m_uSize};
+  }
+
+  stack_t Alternate() const noexcept {
+    stack_t stack = {};
+    stack.ss_sp = m_pMemory + uPAGE;
+    stack.ss_size = uALTERNATE;
+    return stack;
+  }
+
+ private:
+  char* m_pMemory = nullptr;
+  std::size_t m_uSize;
+};
+
+struct Call {
+  void (*m_pAction)(void*);
+  void* m_pArgument;
+  const NewStack* m_pStack;
+};
+
+// The address sanitizer wants to know what the thread runs on.
+#if defined(__SANITIZE_ADDRESS__)
+class Switch {
+ public:
+  explicit Switch(const StackRange& to) noexcept {
+    __sanitizer_start_switch_fiber(&m_pFake, reinterpret_cast<const void*>(to.m_uLow),
+                                   to.m_uHigh - to.m_uLow);
+  }
+  static void Arrive() noexcept { __sanitizer_finish_switch_fiber(nullptr, &s_pBottom, &s_uSize); }
+  static void Leave() noexcept { __sanitizer_start_switch_fiber(nullptr, s_pBottom, s_uSize); }
+  void Return() noexcept { __sanitizer_finish_switch_fiber(m_pFake, nullptr, nullptr); }
+
+ private:
+  static __thread const void* s_pBottom;
+  static __thread std::size_t s_uSize;
+  void* m_pFake = nullptr;
+};
+__thread const void* Switch::s_pBottom;
+__thread std::size_t Switch::s_uSize;
+#else
+struct Switch {
+  explicit Switch(const StackRange&) noexcept {}
+  static void Arrive() noexcept {}
+  static void Leave() noexcept {}
+  void Return() noexcept {}
+};
+#endif
+
+void OnNewStack(void* argument) {
+  Switch::Arrive();
+  const Call& call = *static_cast<const Call*>(argument);
+  const stack_t alternate = call.m_pStack->Alternate();
+  stack_t before;
+  const bool changed = sigaltstack(&alternate, &before) == 0;
+  call.m_pAction(call.m_pArgument);
+  before.ss_flags &= SS_DISABLE;
+  if (changed) sigaltstack(&before, nullptr);
+  Switch::Leave();
+}
+
+}  // namespace
+
+bool CallGuarded(void (*action)(void*), void* argument) noexcept {
+  const ThreadFaults before = t_faults;
+  FaultGuard guard = {0, before.m_pGuard};
+  t_faults.m_pGuard = &guard;
+  const bool whole = OxaCoreCallGuarded(action, argument, &guard) != 0;
+  t_faults.m_pGuard = before.m_pGuard;
+  t_faults.m_stack = before.m_stack;
+  return whole;
+}
+
+void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noexcept {
+  const NewStack stack(size);
+  if (!stack.IsThere()) {
+    action(argument);
+    return;
+  }
+  Call call = {action, argument, &stack};
+  const StackRange before = t_faults.m_stack;
+  t_faults.m_stack = stack.Range();
+  Switch change(t_faults.m_stack);
+  OxaCoreCallOnStack(stack.Range().m_uHigh, &OnNewStack, &call);
+  change.Return();
+  t_faults.m_stack = before;
+}
+
+}  // namespace Oxa::Core::Platform
+
+#endif
