@@ -2,6 +2,7 @@
 #include "ErrorHandling/AlertManagerHooks.h"
 #include "ErrorHandling/FatalSteps.h"
 #include "ErrorHandling/Hooks.h"
+#include "ErrorHandling/MicrosoftSEHAdapterHooks.h"
 #include "Log/LogHooks.h"
 #include "System/Circumstances.h"
 
@@ -11,6 +12,7 @@ void ConnectHooks() {
   TheHooks().addCircumstances = &AddCircumstances;
   AlertHooks::Connect(TheHooks());
   ConnectLog(TheHooks());
+  ConnectFaults(TheHooks());
   ConnectFatalSteps(TheHooks());
 }
 

@@ -15,6 +15,7 @@
 #include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
+#include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 #include <Infrastructure/OxaCore/ModuleVersionInfo.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
@@ -125,6 +126,9 @@ Immortal<boost::shared_ptr<MSWindows::DebugHelp>> s_debugHelp;
 
 Oxa::Core::Mutex& MSWindows::DebugHelp::s_mutex = Oxa::Core::s_debugHelpMutex.Get();
 boost::shared_ptr<MSWindows::DebugHelp>& MSWindows::DebugHelp::s_spInstance = Oxa::Core::s_debugHelp.Get();
+
+// From here on machine faults are dealt with.
+MSWindows::SEHAdapter MSWindows::SEHAdapter::sm_Instance;
 
 namespace Oxa::Core {
 

@@ -113,7 +113,7 @@ void UnloadRoutine() {
   if (LoadedByThisProcess()) AwaitDyingThreads();
   SetLibraryUnloading();
   // A child that was forked off ends alone: the shut-down is its parent's.
-  if (!LoadedByThisProcess()) return;
+  if (!LoadedByThisProcess()) return Platform::RemoveFaultHandling();
   if (!s_bShutDown) {
     Platform::WriteToDebugger(sMISSED_SHUTDOWN);
     Shutdown();
@@ -126,6 +126,8 @@ void UnloadRoutine() {
   // Threads that have done their work may still be on their last steps in the library's code.
   Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));
   FinishForTheDying();
+  // However often the adapter is still in use: nothing may lead into code that is gone.
+  Platform::RemoveFaultHandling();
 }
 
 }  // namespace Oxa::Core
