@@ -30,6 +30,9 @@ class BackgroundChild {
   BackgroundChild& operator=(const BackgroundChild&) = delete;
   ~BackgroundChild() { Kill(); }
 
+  /// 0 once it was waited for.
+  pid_t Id() const { return m_child; }
+
   /// Ends it without giving it a word, and waits until it is gone.
   void Kill() {
     if (m_child > 0) ::kill(m_child, SIGKILL);

@@ -25,7 +25,8 @@ class ElfLayout {
   /// Throws std::bad_alloc.
   explicit ElfLayout(ModuleFile& file);
 
-  /// Whether header and tables were read; nothing else here means anything without that.
+  /// Whether header and tables were read. Segments are also there if the table behind them, which nobody needs to run
+  /// the file, wasn't.
   bool IsWhole() const { return m_bWhole; }
 
   bool Is64() const { return m_b64; }

@@ -18,6 +18,9 @@ class ModuleFile {
   /// 0, or why nothing can be read.
   int Code() const noexcept { return m_iCode; }
 
+  /// In bytes, when it was opened.
+  std::uint64_t Size() const noexcept { return m_ullSize; }
+
   /// Puts the `size` bytes at `offset` into `bytes`. False, with `bytes` untouched, if they aren't all there, or are
   /// more than may still be read. Throws std::bad_alloc.
   bool Read(std::uint64_t offset, std::uint64_t size, std::string& bytes);
@@ -27,8 +30,8 @@ class ModuleFile {
 
  private:
   const OpenFile m_file;
+  std::uint64_t m_ullSize = 0;  // in front of the code: finding it out gives both
   int m_iCode;
-  std::uint64_t m_ullSize = 0;
   std::uint64_t m_ullLeft;
 };
 
