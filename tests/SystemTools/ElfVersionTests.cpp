@@ -127,6 +127,12 @@ TEST(ElfVersion, ANoteThatBreaksTheRulesOfJsonIsNone) {
     EXPECT_FALSE(HasVersion(WithNote(note).Make())) << note;
 }
 
+TEST(ElfVersion, ZerosCountAtTheEndOnly) {
+  EXPECT_EQ((Values{{"ProductName", "x"}}), ContentOfNote(std::string("{\"name\":\"x\"}\0\0", 16)));
+  EXPECT_FALSE(HasVersion(WithNote(std::string("{\"name\":\"x\"}\0y", 16)).Make()));
+  EXPECT_FALSE(HasVersion(WithNote(std::string("{\"name\":\"\0\"}", 13)).Make()));
+}
+
 TEST(ElfVersion, NestingHasALimit) {
   const auto nested = [](int depth) {  // the object itself is one of them
     const std::size_t inner = static_cast<std::size_t>(depth) - 1;

@@ -59,7 +59,7 @@ class OXACORE_API SystemLibrary {
   void* GetFunctionImpl(const std::string& name, bool mustExist);
 
   const PathName m_path;
-  const HINSTANCE m_hModule;
+  HINSTANCE m_hModule;
 };
 
 }  // namespace Oxa::Core

@@ -36,6 +36,11 @@ std::uint64_t Rounded(std::uint64_t size, std::uint64_t alignment) {
 
 // --- The package note
 
+// Notes are filled up with them.
+std::string WithoutZerosAtEnd(const std::string& text) {
+  return text.substr(0, text.find_last_not_of('\0') + 1);
+}
+
 // What the package note among the notes of `bytes` says.
 bool FindPackageNote(const std::string& bytes, std::uint64_t alignment, bool bigEndian,
                      VersionRecord& record) {
@@ -45,8 +50,9 @@ bool FindPackageNote(const std::string& bytes, std::uint64_t alignment, bool big
     const std::uint64_t content = owner + Rounded(view.Word(at), alignment);
     const std::uint64_t size = view.Word(at + 4);
     if (view.Word(at + 8) == uPACKAGE_NOTE &&
-        view.Bytes(owner, view.Word(at)) == std::string(sNOTE_OWNER, 4) && view.Has(content, size))
-      return ReadJsonTexts(view.Bytes(content, size).c_str(), record);  // up to the zeros that fill it up
+        view.Bytes(owner, view.Word(at)) == std::string(sNOTE_OWNER, sizeof sNOTE_OWNER) &&
+        view.Has(content, size))
+      return ReadJsonTexts(WithoutZerosAtEnd(view.Bytes(content, size)), record);
     at = content + Rounded(size, alignment);
   }
   return false;
@@ -130,7 +136,7 @@ std::string ReadOwnName(ModuleFile& file, const ElfLayout& layout) {
 // --- The numbers that end the file's name
 
 std::string ReadVersionSuffix(const std::string& name) {
-  const std::string suffix = VersionSuffix(name);
+  std::string suffix = VersionSuffix(name);
   if (!suffix.empty()) return suffix;
   const std::unique_ptr<char, void (*)(void*)> real(realpath(name.c_str(), nullptr), &free);
   return real ? VersionSuffix(real.get()) : std::string();
