@@ -128,9 +128,10 @@ TEST(ElfVersion, ANoteThatBreaksTheRulesOfJsonIsNone) {
 }
 
 TEST(ElfVersion, ZerosCountAtTheEndOnly) {
-  EXPECT_EQ((Values{{"ProductName", "x"}}), ContentOfNote(std::string("{\"name\":\"x\"}\0\0", 16)));
-  EXPECT_FALSE(HasVersion(WithNote(std::string("{\"name\":\"x\"}\0y", 16)).Make()));
-  EXPECT_FALSE(HasVersion(WithNote(std::string("{\"name\":\"\0\"}", 13)).Make()));
+  const std::string zero(1, '\0');
+  EXPECT_EQ((Values{{"ProductName", "x"}}), ContentOfNote("{\"name\":\"x\"}" + zero + zero));
+  EXPECT_FALSE(HasVersion(WithNote("{\"name\":\"x\"}" + zero + "y").Make()));
+  EXPECT_FALSE(HasVersion(WithNote("{\"name\":\"" + zero + "\"}").Make()));
 }
 
 TEST(ElfVersion, NestingHasALimit) {
