@@ -69,6 +69,11 @@ void AlertHooks::EndByTerminateHandler() {
   FinishDying(iSTATUS);
 }
 
+const AlertData* AlertHooks::FatalErrorInfo() noexcept {
+  const AlertManager* const manager = AlertManager::Instance();
+  return manager != nullptr ? &manager->m_fatalErrorInfo : nullptr;
+}
+
 void AlertManager::ReportUncaughtError() noexcept {
   const AlertInFlight flight;
   UnknownError unknown{std::string()};

@@ -16,6 +16,9 @@ struct AlertHooks {
   /// The terminate handler's own steps: the report, then the end. The thread has begun to die already.
   [[noreturn]] static void EndByTerminateHandler();
 
+  /// What a host wants in each report; null without a manager. Allocates nothing.
+  static const AlertData* FatalErrorInfo() noexcept;
+
  private:
   static void TellErrorRaised(Error& error);
   static void TellErrorHandled(Error& error);

@@ -68,13 +68,16 @@ bool TakeTheEnd(unsigned long id) noexcept {
 
 }  // namespace
 
-void BeginDying(int signal) noexcept {
+void BeginDying() noexcept {
   const unsigned long id = Platform::CurrentThreadId();
   if (!IsDying(id)) Replace(0, id);
+  Platform::StartDeathWatch(iTIME_TO_DIE_MS, iSTATUS);
+}
+
+void DieBySignal(int signal) noexcept {
   int none = 0;
   s_iSignal.compare_exchange_strong(none, signal);
   if (AlertManager::GetEndBySignal()) Platform::EndBySignalInstead(s_iSignal.load());
-  Platform::StartDeathWatch(iTIME_TO_DIE_MS, iSTATUS);
 }
 
 void FinishDying(int status) {

@@ -8,9 +8,12 @@
 
 namespace Oxa::Core {
 
-/// The calling thread begins to die. From now on the process has ten seconds. `signal` is what ends it, where the host
-/// has asked for that. Once more on the same thread is all right: a fault on the way.
-void BeginDying(int signal) noexcept;
+/// The calling thread begins to die. From now on the process has ten seconds. Once more on the same thread is all right:
+/// a fault on the way.
+void BeginDying() noexcept;
+
+/// What ends the process where the host wants a signal for that: that of the first who says so.
+void DieBySignal(int signal) noexcept;
 
 /// The calling thread has left its record. Waits for the others that are dying, and ends the process: by the signal, or
 /// by ExitAfterFatalError(status).

@@ -109,19 +109,17 @@ const char* FirstFolder(const char* path) noexcept {
   return path[0] != 0 ? path + 1 : path;
 }
 
-// What PathName::CreateDirectoryA does with a name that ends in a separator, without the heap.
-bool MakeFolders(const FatalErrorName& path) noexcept {
-  const char* const text = path.Get();
-  const char* end = FirstFolder(text);
+}  // namespace
+
+bool MakeFoldersOf(const char* path) noexcept {
+  const char* end = FirstFolder(path);
   for (end += std::strcspn(end, sSEPARATORS); *end != 0; end += 1 + std::strcspn(end + 1, sSEPARATORS)) {
     FatalErrorName folder;
-    folder.Add(text, static_cast<std::size_t>(end - text));
+    folder.Add(path, static_cast<std::size_t>(end - path));
     if (!IsOrBecomesFolder(folder.Get())) return false;
   }
   return true;
 }
-
-}  // namespace
 
 void SetFatalErrorBase(const std::string& basePath) noexcept { s_base.Set(basePath); }
 
@@ -134,12 +132,12 @@ void MakeFatalErrorFolder(FatalErrorFolder& folder) noexcept {
   } else {
     s_wanted.Get(folder.m_wanted, [](FatalErrorName& name) { ComposeFirstForm(name, s_base.Get()); });
   }
-  if (MakeFolders(folder.m_wanted)) {
+  if (MakeFoldersOf(folder.m_wanted.Get())) {
     folder.m_eOutcome = FatalErrorFolder::eMADE;
   } else if (!unloading) {
     s_fallback.Get(folder.m_fallback,
                    [](FatalErrorName& name) { ComposeSecondForm(name, PlainProcessPath()); });
-    if (MakeFolders(folder.m_fallback)) folder.m_eOutcome = FatalErrorFolder::eFALLBACK;
+    if (MakeFoldersOf(folder.m_fallback.Get())) folder.m_eOutcome = FatalErrorFolder::eFALLBACK;
   }
 }
 

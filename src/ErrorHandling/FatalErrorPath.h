@@ -40,6 +40,10 @@ bool TellFatalErrorFolder(const FatalErrorFolder& folder, std::string& path);
 /// Both. The warnings come with each call.
 bool CreateFatalErrorPath(std::string& path);
 
+/// Makes all folders of `path`, which ends in a separator, that are missing, as PathName::CreateDirectoryA does.
+/// Allocates nothing.
+bool MakeFoldersOf(const char* path) noexcept;
+
 /// The working folder as an absolute path with a separator at its end; "./" if the system can't tell it. Allocates
 /// nothing.
 void WorkingFolder(FatalErrorName& path) noexcept;

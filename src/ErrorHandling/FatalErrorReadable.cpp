@@ -1,7 +1,6 @@
-#include "ErrorHandling/FatalErrorReport.h"
+#include "ErrorHandling/FatalErrorReadable.h"
 
-#include <cstddef>
-#include <string_view>
+#include <cstring>
 
 namespace Oxa::Core {
 
@@ -38,20 +37,28 @@ bool IsCharacterOfXml(char32_t code) {
 
 }  // namespace
 
-std::string AsReadableXml(const std::string& text) {
+ReadableCharacter FirstReadable(std::string_view text) noexcept {
+  const unsigned char first = ByteOf(text[0]);
+  const std::size_t length = LengthOf(first);
+  const char32_t code = Decode(text, length);
+  if (code == uINVALID) {
+    return {1, 2, {static_cast<char>(0xC0U | first >> 6U), static_cast<char>(0x80U | (first & 0x3FU))}};
+  }
+  ReadableCharacter character = {length, 1, {'?'}};
+  if (IsCharacterOfXml(code)) {
+    character.m_uSize = length;
+    std::memcpy(character.m_text, text.data(), length);
+  }
+  return character;
+}
+
+std::string AsReadableXml(std::string_view text) {
   std::string readable;
   readable.reserve(text.size());
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = LengthOf(ByteOf(text[at]));
-    const char32_t code = Decode(std::string_view(text).substr(at), length);
-    if (code == uINVALID) {
-      readable += static_cast<char>(0xC0U | ByteOf(text[at]) >> 6U);
-      readable += static_cast<char>(0x80U | (ByteOf(text[at]) & 0x3FU));
-      ++at;
-    } else {
-      readable += IsCharacterOfXml(code) ? text.substr(at, length) : std::string("?");
-      at += length;
-    }
+  while (!text.empty()) {
+    const ReadableCharacter character = FirstReadable(text);
+    readable.append(character.m_text, character.m_uSize);
+    text.remove_prefix(character.m_uTaken);
   }
   return readable;
 }

@@ -5,8 +5,10 @@
 
 #include <atomic>
 #include <sstream>
+#include <string_view>
 
 #include "ErrorHandling/FatalErrorPath.h"
+#include "ErrorHandling/FatalErrorReadable.h"
 
 #include "Platform/Files.h"
 
@@ -20,10 +22,11 @@ const char* const sEXTENSION = ".xml";
 const char* const sCIRCUMSTANCE = "Fatal unhandled error";
 const char* const sVERSION = "1.0";
 const char* const sENCODING = "UTF-8";
-const char* const sFIRST_WORDS_BEGIN =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Error>\n"
-    "  <Circumstance>Fatal unhandled error</Circumstance>\n  <Message>";
-const char* const sFIRST_WORDS_END = "</Message>\n</Error>\n";
+const char* const sPROLOG = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+const char* const sMESSAGE =
+    "<Error>\n  <Circumstance>Fatal unhandled error</Circumstance>\n  <Message>No Message</Message>\n";
+const char* const sCAUSE_BEGINS = "  <Cause>";
+const char* const sERROR_ENDS = "</Cause>\n</Error>\n";
 
 std::atomic<int> s_iReports{0};
 
@@ -47,13 +50,67 @@ bool MayBeginName(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) > 127;
 }
 
+char InName(char c) { return MayBeginName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' ? c : '_'; }
+
+bool NeedsBeginning(const std::string& key) { return key.empty() || !MayBeginName(InName(key[0])); }
+
 // The key, unless it can't be the name of an element: one word of a host is not to spoil the whole report.
-std::string ElementName(std::string key) {
-  for (char& c : key) {
-    if (!MayBeginName(c) && !(c >= '0' && c <= '9') && c != '-' && c != '.') c = '_';
-  }
-  return key.empty() || !MayBeginName(key[0]) ? '_' + key : key;
+std::string ElementName(const std::string& key) {
+  std::string name = NeedsBeginning(key) ? "_" : "";
+  for (const char c : key) name += InName(c);
+  return name;
 }
+
+// A document without the heap, in pieces.
+class FirstWords {
+ public:
+  explicit FirstWords(Platform::FileHandle& file) : m_file(file) {}
+  FirstWords(const FirstWords&) = delete;
+  FirstWords& operator=(const FirstWords&) = delete;
+  ~FirstWords() { Flush(); }
+
+  void Add(std::string_view text) noexcept {
+    if (m_piece.Size() + text.size() > uPIECE) Flush();
+    m_piece.Add(text.data(), text.size());
+  }
+
+  void AddElement(const std::string& key, const std::string& value) noexcept {
+    Add("<");
+    AddName(key);
+    Add(">");
+    for (std::string_view rest = value; !rest.empty();) {
+      const ReadableCharacter character = FirstReadable(rest);
+      AddEscaped({character.m_text, character.m_uSize});
+      rest.remove_prefix(character.m_uTaken);
+    }
+    Add("</");
+    AddName(key);
+    Add(">\n");
+  }
+
+ private:
+  static constexpr std::size_t uPIECE = 1024;
+
+  void Flush() noexcept {
+    Write(m_file, m_piece.Get(), m_piece.Size());
+    m_piece.Clear();
+  }
+
+  void AddName(const std::string& key) noexcept {
+    if (NeedsBeginning(key)) Add("_");
+    for (const char c : key) {
+      const char named = InName(c);
+      Add({&named, 1});
+    }
+  }
+
+  void AddEscaped(std::string_view character) noexcept {
+    Add(character == "<" ? "&lt;" : character == ">" ? "&gt;" : character == "&" ? "&amp;" : character);
+  }
+
+  Platform::FileHandle& m_file;
+  FixedText<uPIECE + 1> m_piece;
+};
 
 // The text of a report, which reaches its file in one piece: if composing it never comes to an end, the first words
 // still stand there.
@@ -87,15 +144,21 @@ class Report {
 
 }  // namespace
 
-void WriteFirstWords(const char* folder, const FatalErrorMessage& message) noexcept {
+void WriteFirstWords(const char* folder, const AlertData* info, const FatalErrorCause& cause) noexcept {
   FatalErrorName name;
   ComposeName(name, folder, s_iReports.load());
   int code = 0;
   Platform::FileHandle file = Platform::FileHandle::CreateForWriting(name.Get(), code);
   if (code != 0) return;
-  FixedText<1024> text;
-  text.Add(sFIRST_WORDS_BEGIN).Add(message.Get()).Add(sFIRST_WORDS_END);
-  Write(file, text.Get(), text.Size());
+  FirstWords words(file);
+  words.Add(sPROLOG);
+  if (info != nullptr) {
+    for (const auto& [key, value] : *info) words.AddElement(key, value);
+  }
+  words.Add(sMESSAGE);
+  words.Add(sCAUSE_BEGINS);
+  words.Add(cause.Get());
+  words.Add(sERROR_ENDS);
 }
 
 void WriteFatalErrorReport(const std::string& folder, const AlertData& info, Error& error) {

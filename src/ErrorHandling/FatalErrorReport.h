@@ -10,20 +10,16 @@
 
 namespace Oxa::Core {
 
-using FatalErrorMessage = FixedText<512>;
+using FatalErrorCause = FixedText<512>;
 
-/// Puts a report of nothing but `message` where the next one will stand, for the case that it never will. Allocates
-/// nothing. Replaces no file.
-void WriteFirstWords(const char* folder, const FatalErrorMessage& message) noexcept;
+/// Puts a report of nothing but `info` (which may be null) and `cause` where the next one will stand, for the case that
+/// it never will. Allocates nothing. Replaces no file.
+void WriteFirstWords(const char* folder, const AlertData* info, const FatalErrorCause& cause) noexcept;
 
 /// Writes the report into `folder`, whose name ends in a separator: ErrorInfo.xml, then ErrorInfo3.xml, ErrorInfo4.xml.
 /// `info` comes ahead of the error. Raises the warning OpenXMLErrorReportFailed where there is no file to be had.
 /// Throws what writing XML and warnings throw; what has been composed by then is in the file.
 void WriteFatalErrorReport(const std::string& folder, const AlertData& info, Error& error);
-
-/// `text` as a reader of XML in UTF-8 takes it: each byte that belongs to no character of UTF-8 as the character of
-/// its number, and "?" for what no document may hold.
-std::string AsReadableXml(const std::string& text);
 
 }  // namespace Oxa::Core
 

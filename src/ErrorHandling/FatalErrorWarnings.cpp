@@ -35,12 +35,12 @@ HaltingUncaughtErrorRecursion::HaltingUncaughtErrorRecursion(int entries)
     : Warning(AlertMessage(sHALTING, entries)) {}
 HaltingUncaughtErrorRecursion::~HaltingUncaughtErrorRecursion() = default;
 
+}  // namespace Oxa::Core
+
 namespace MSWindows {
 
 FallbackMinidumpPath::FallbackMinidumpPath(const std::string& path)
-    : Warning(AlertMessage(sFALLBACK_OF_DUMP, path)) {}
+    : Warning(Oxa::Core::AlertMessage(Oxa::Core::sFALLBACK_OF_DUMP, path)) {}
 FallbackMinidumpPath::~FallbackMinidumpPath() = default;
 
 }  // namespace MSWindows
-
-}  // namespace Oxa::Core

@@ -35,6 +35,8 @@ void CodeSite::Raise(LogName logName, Error& error, bool inPlace) const {
   error.RaiseError(MakeContext(), logName.Get(), inPlace);
 }
 
+void CodeSite::Raise(LogName logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
+
 void CodeSite::Raise(LogName logName, Warning& warning) const {
   warning.RaiseWarning(MakeContext(), logName.Get());
 }

@@ -47,17 +47,17 @@ class OXACORE_API HaltingUncaughtErrorRecursion : public Warning {
   ~HaltingUncaughtErrorRecursion() override;
 };
 
+}  // namespace Oxa::Core
+
 namespace MSWindows {
 
 /// "Storing minidump in fallback path of\n%1%".
-class OXACORE_API FallbackMinidumpPath : public Warning {
+class OXACORE_API FallbackMinidumpPath : public Oxa::Core::Warning {
  public:
   explicit FallbackMinidumpPath(const std::string& path);
   ~FallbackMinidumpPath() override;
 };
 
 }  // namespace MSWindows
-
-}  // namespace Oxa::Core
 
 #endif

@@ -78,7 +78,7 @@ class OXACORE_API CodeSite {
 
   /// Raises `error` here: see Error::RaiseError.
   void Raise(LogName logName, Error& error, bool inPlace) const;
-  void Raise(LogName logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
+  void Raise(LogName logName, Error&& error, bool inPlace) const;
   void Raise(LogName logName, Warning& warning) const;
   void Raise(LogName logName, Warning&& warning) const { Raise(logName, warning); }
 

@@ -1,0 +1,249 @@
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/PathName.h>
+#include <Infrastructure/OxaCore/System.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "Core/LibraryState.h"
+#include "ErrorHandling/FatalErrorPath.h"
+#include "ErrorHandling/FatalErrorReadable.h"
+#include "ErrorHandling/FatalErrorReport.h"
+#include "Platform/Clock.h"
+#include "Platform/Uncaught.h"
+#include "Support/TemporaryFolder.h"
+
+namespace {
+
+using namespace Oxa::Core;
+using TestSupport::CurrentFolder;
+using TestSupport::TemporaryFolder;
+
+// From now on it is 14 January 2014, 08:28:11.
+void SetClock() {
+  ::setenv("TZ", "UTC", 1);
+  const Platform::DateTime moment = {2014, 1, 14, 8, 28, 11, 0};
+  long long ticks = 0;
+  ASSERT_EQ(0, Platform::UtcToTicks(moment, ticks));
+  Platform::SetClockOffset(0, 0);
+  Platform::SetClockOffset(ticks - Platform::NowTicks(), 0);
+}
+
+// --- The folder. Its name is settled once in a process.
+
+TEST(FatalFolder, IsNamedAfterTheMomentWithoutLeadingZeros) {
+  const TemporaryFolder base;
+  SetClock();
+  AlertManager::Instance()->SetFatalErrorBasePath(base.File("new"));
+  std::string path;
+  EXPECT_TRUE(CreateFatalErrorPath(path));
+  EXPECT_EQ(base.File("new/FatalError_2014114_82811/"), path);
+  EXPECT_TRUE(PathName(path).IsDir());
+}
+
+TEST(FatalFolder, StaysTheSameToTheEnd) {
+  const TemporaryFolder base;
+  const TemporaryFolder other;
+  SetClock();
+  AlertManager::Instance()->SetFatalErrorBasePath(base.Path());
+  std::string first;
+  std::string second;
+  EXPECT_TRUE(CreateFatalErrorPath(first));
+  Platform::SetClockOffset(0, 0);
+  AlertManager::Instance()->SetFatalErrorBasePath(other.Path());
+  EXPECT_TRUE(CreateFatalErrorPath(second));
+  EXPECT_EQ(first, second);
+}
+
+TEST(FatalFolder, FallbackHasTheSecondForm) {
+  const TemporaryFolder process;
+  SetClock();
+  System::Instance()->SetProcessPath(process.File(""));
+  AlertManager::Instance()->SetFatalErrorBasePath("Q:\\nowhere");
+  std::string path;
+  EXPECT_TRUE(CreateFatalErrorPath(path));
+  EXPECT_EQ(process.File("FatalError_14-Jan-2014_8-28-11/"), path);
+}
+
+TEST(FatalFolder, FailsWhereNoneCanBeMade) {
+  SetClock();
+  System::Instance()->SetProcessPath("/proc/");
+  AlertManager::Instance()->SetFatalErrorBasePath("/proc");
+  std::string path;
+  EXPECT_FALSE(CreateFatalErrorPath(path));
+  EXPECT_EQ("/proc/FatalError_14-Jan-2014_8-28-11/", path);
+}
+
+TEST(FatalFolder, LiesInTheWorkingFolderWhileTheLibraryUnloads) {
+  const TemporaryFolder folder;
+  const auto create = [&folder] {
+    const CurrentFolder current(folder.Path());
+    SetClock();
+    SetLibraryUnloading();
+    std::string path;
+    const bool made = CreateFatalErrorPath(path);
+    std::fprintf(stderr, "%d %s", made, path.c_str());
+    ::_exit(0);
+  };
+  EXPECT_EXIT(create(), testing::ExitedWithCode(0), "1 ./FatalError_2014114_82811/");
+  EXPECT_TRUE(folder.Has("FatalError_2014114_82811"));
+}
+
+TEST(FatalFolder, AbsurdlyLongPathFails) {
+  System::Instance()->SetProcessPath("/proc/");
+  std::string longest = "/tmp";
+  for (int i = 0; i < 50; ++i) longest += '/' + std::string(100, 'a');
+  SetFatalErrorBase(longest + '/');
+  FatalErrorFolder folder;
+  MakeFatalErrorFolder(folder);
+  EXPECT_EQ(FatalErrorFolder::eNONE, folder.m_eOutcome);
+}
+
+// Folders are made as PathName makes them.
+TEST(FatalFolder, MakesWhatPathNameMakes) {
+  for (const char* name :
+       {"a/", "a/b/c/", "./d/", "e//f/", "g\\h\\", "C:\\i\\", "C:/j/", "../k/", "file/l/"}) {
+    const TemporaryFolder one;
+    const TemporaryFolder two;
+    one.Write("file", "");
+    two.Write("file", "");
+    for (const TemporaryFolder* folder : {&one, &two})
+      std::filesystem::create_directories(folder->File("C:/x"));
+    FatalErrorFolder folder;
+    bool made = false;
+    {
+      const CurrentFolder current(one.File("C:/x"));
+      made = MakeFoldersOf(name);
+    }
+    const CurrentFolder current(two.File("C:/x"));
+    EXPECT_EQ(PathName(name).CreateDirectoryA(), made) << name;
+    EXPECT_EQ(two.Names(), one.Names()) << name;
+  }
+}
+
+TEST(FatalFolder, WorkingFolderIsAbsoluteAndEndsInASeparator) {
+  const TemporaryFolder folder;
+  FatalErrorName name;
+  {
+    const CurrentFolder current(folder.Path());
+    WorkingFolder(name);
+  }
+  EXPECT_EQ(folder.File(""), name.Get());
+}
+
+// --- Texts
+
+TEST(FatalText, IsCutWhereItsRoomEnds) {
+  FixedText<8> text;
+  text.Add("12345").Add("6789");
+  EXPECT_STREQ("1234567", text.Get());
+  EXPECT_EQ(7U, text.Size());
+  text.Add("x").AddNumber(5);
+  EXPECT_STREQ("1234567", text.Get());
+  text.Clear();
+  EXPECT_STREQ("", text.Get());
+}
+
+TEST(FatalText, Numbers) {
+  FixedText<64> text;
+  text.AddNumber(0)
+      .Add(" ")
+      .AddNumber(18446744073709551615ULL)
+      .Add(" ")
+      .AddHex(0)
+      .Add(" ")
+      .AddHex(0xC0000005U);
+  EXPECT_STREQ("0 18446744073709551615 0x0 0xc0000005", text.Get());
+}
+
+TEST(FatalText, WhatXmlCanHoldStaysAsItIs) {
+  const std::string text = "a <b> &\t\n\r \xC2\xB5 \xE2\x82\xAC \xF0\x9F\x98\x80 \xED\x9F\xBF \xEF\xBF\xBD";
+  EXPECT_EQ(text, AsReadableXml(text));
+  EXPECT_EQ("", AsReadableXml(""));
+}
+
+TEST(FatalText, OtherBytesBecomeTheCharactersOfTheirNumbers) {
+  EXPECT_EQ("5 \xC2\xB5m", AsReadableXml("5 \xB5m"));
+  EXPECT_EQ("\xC3\xA4", AsReadableXml("\xE4"));                          // cut off
+  EXPECT_EQ("\xC3\x80\xC2\x80", AsReadableXml("\xC0\x80"));              // longer than need be
+  EXPECT_EQ("\xC3\xA0\xC2\x80\xC2\x80", AsReadableXml("\xE0\x80\x80"));  // the same with three
+  EXPECT_EQ("\xC3\xB5", AsReadableXml("\xF5"));
+  EXPECT_EQ("\xC3\xA2\x28", AsReadableXml("\xE2\x28"));
+}
+
+TEST(FatalText, WhatNoDocumentMayHoldBecomesAQuestionMark) {
+  EXPECT_EQ("a?b?", AsReadableXml(std::string("a\0b\x1F", 4)));
+  EXPECT_EQ("?", AsReadableXml("\xED\xA0\x80"));      // half of a pair
+  EXPECT_EQ("?", AsReadableXml("\xEF\xBF\xBE"));      // no character
+  EXPECT_EQ("?", AsReadableXml("\xF4\x90\x80\x80"));  // behind the last
+}
+
+// --- The report
+
+class Speechless : public LogicError {
+ public:
+  Speechless() : LogicError("said") {}
+  std::string XMLElementName() override { throw LogicError("speechless"); }
+};
+
+TEST(FatalReport, FirstWordsReplaceNothing) {
+  const TemporaryFolder folder;
+  FatalErrorCause cause;
+  cause.Add("first");
+  WriteFirstWords(folder.File("").c_str(), nullptr, cause);
+  const std::string words = folder.Read("ErrorInfo.xml");
+  EXPECT_THAT(words, testing::HasSubstr("<Cause>first</Cause>"));
+  FatalErrorCause other;
+  other.Add("second");
+  WriteFirstWords(folder.File("").c_str(), nullptr, other);
+  EXPECT_EQ(words, folder.Read("ErrorInfo.xml"));
+}
+
+TEST(FatalReport, LongEntriesAreInTheFirstWordsWhole) {
+  const TemporaryFolder folder;
+  const std::string value(5000, 'v');
+  const AlertData info = {{"Long", value}};
+  WriteFirstWords(folder.File("").c_str(), &info, {});
+  EXPECT_THAT(folder.Read("ErrorInfo.xml"), testing::HasSubstr("<Long>" + value + "</Long>"));
+}
+
+TEST(FatalReport, ReplacesLongerFirstWordsWhole) {
+  const TemporaryFolder folder;
+  const AlertData info = {{"Long", std::string(5000, 'v')}};
+  WriteFirstWords(folder.File("").c_str(), &info, {});
+  LogicError error("short");
+  WriteFatalErrorReport(folder.File(""), {}, error);
+  const std::string report = folder.Read("ErrorInfo.xml");
+  EXPECT_THAT(report, testing::HasSubstr("<Message>short</Message>"));
+  EXPECT_THAT(report, testing::Not(testing::HasSubstr("vvv")));
+}
+
+TEST(FatalReport, HoldsWhatWasComposedBeforeAFailure) {
+  const TemporaryFolder folder;
+  Speechless error;
+  EXPECT_THROW(WriteFatalErrorReport(folder.File(""), {{"Serial", "18"}}, error), LogicError);
+  EXPECT_THAT(folder.Read("ErrorInfo.xml"), testing::HasSubstr("<Serial>18</Serial>"));
+}
+
+// --- The place of what nobody caught
+
+TEST(Uncaught, WhatLiesAboveStillStands) {
+  alignas(16) unsigned char here[64];
+  const _EXCEPTION_POINTERS near = {reinterpret_cast<_EXCEPTION_RECORD*>(here),
+                                    reinterpret_cast<CONTEXT*>(here)};
+  EXPECT_TRUE(Platform::StillStands(near));
+  static unsigned char s_elsewhere[64];
+  const _EXCEPTION_POINTERS far = {reinterpret_cast<_EXCEPTION_RECORD*>(s_elsewhere),
+                                   reinterpret_cast<CONTEXT*>(s_elsewhere)};
+  EXPECT_FALSE(Platform::StillStands(far));
+  const _EXCEPTION_POINTERS none = {nullptr, nullptr};
+  EXPECT_FALSE(Platform::StillStands(none));
+  EXPECT_EQ(SIGABRT, Platform::SignalOf(none));
+}
+
+}  // namespace
