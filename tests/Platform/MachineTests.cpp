@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace Platform = Oxa::Core::Platform;
 
@@ -60,4 +61,36 @@ TEST(Machine, UnknownErrorCodeIsToldAndLeavesTheText) {
     EXPECT_FALSE(Platform::SystemErrorText(code, text)) << code;
     EXPECT_EQ("untouched", text) << code;
   }
+}
+
+TEST(Machine, EveryThreadIsToldTheSame) {
+  std::string program;
+  std::string host;
+  std::string system;
+  ASSERT_EQ(0, Platform::ExecutablePath(program));
+  ASSERT_EQ(0, Platform::HostName(host));
+  ASSERT_EQ(0, Platform::OperatingSystemName(system));
+  const unsigned long id = Platform::ProcessId();
+  const auto ask = [&] {
+    std::string name;
+    EXPECT_TRUE(Platform::ExecutablePath(name) == 0 && name == program) << name;
+    EXPECT_TRUE(Platform::HostName(name) == 0 && name == host) << name;
+    EXPECT_TRUE(Platform::OperatingSystemName(name) == 0 && name == system) << name;
+    EXPECT_TRUE(Platform::SystemErrorText(ENOENT, name) && !name.empty());
+    EXPECT_EQ(id, Platform::ProcessId());
+    EXPECT_GE(Platform::NumberOfProcessors(), 1u);
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back(ask);
+  for (std::thread& thread : threads) thread.join();
+}
+
+// What is told goes to the system alone: nothing here changes, whatever the name is like.
+TEST(Machine, AnyTextMayBeTheNameOfAThread) {
+  std::thread([] {
+    for (const std::string& name : {std::string(), std::string("probe"), std::string(100000, 'x'),
+                                    std::string("two\nlines"), std::string("\xFF\x80")})
+      Platform::TellThreadName(name.c_str());
+    EXPECT_NE(0u, Platform::ProcessId());
+  }).join();
 }

@@ -18,7 +18,7 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr char sEXECUTABLE_LINK[] = "/proc/self/exe";
+constexpr char sEXECUTABLE_LINK[] = "/self/exe";
 constexpr const char* sDISTRIBUTION_FILES[] = {"/etc/os-release", "/usr/lib/os-release"};
 
 constexpr size_t uTHREAD_NAME_SIZE = 16;  // with the closing 0
@@ -55,7 +55,7 @@ void TellThreadName(const char* name) noexcept {
 
 int ExecutablePath(std::string& path) noexcept {
   return WithoutThrowing([&] {
-    const int code = ReadLink(AT_FDCWD, sEXECUTABLE_LINK, path);
+    const int code = ReadLink(AT_FDCWD, (std::string(ProcFolder()) + sEXECUTABLE_LINK).c_str(), path);
     if (code == 0) DropDeletedMark(path);
     return code;
   });

@@ -13,6 +13,7 @@
 #include "Platform/Libraries.h"
 #include "Platform/Linux/Mappings.h"
 #include "Platform/Linux/ProcFile.h"
+#include "Platform/Machine.h"
 #include "Platform/Processes.h"
 #include "Support/ProcFolder.h"
 
@@ -186,6 +187,19 @@ TEST(MappingsLinux, FilesAreToldFromOtherNames) {
   for (const char* name :
        {"", "[heap]", "anon_inode:[perf]", "/memfd:x (deleted)", "/dev/shm/x", "/SYSV0000"})
     EXPECT_EQ("", FileOfLine(name)) << name;
+}
+
+TEST(MachineLinux, WithoutProcTheProgramIsNotToldAndTheRestIs) {
+  Platform::SetProcFolder("/no/such/folder");
+  std::string path = "untouched";
+  EXPECT_EQ(ENOENT, Platform::ExecutablePath(path));
+  EXPECT_EQ(ENOENT, Platform::LibraryPath(nullptr, path));
+  EXPECT_EQ("untouched", path);
+  EXPECT_EQ(0, Platform::HostName(path));
+  EXPECT_EQ(0, Platform::OperatingSystemName(path));
+  EXPECT_GE(Platform::NumberOfProcessors(), 1u);
+  EXPECT_EQ(static_cast<unsigned long>(getpid()), Platform::ProcessId());
+  Platform::SetProcFolder(nullptr);
 }
 
 TEST(LibrariesLinux, WithoutProcAPathIsToldAsFarAsTheLoaderKnowsIt) {
