@@ -81,6 +81,8 @@ TEST(ModuleVersionInfo, TellsThePathThatWasPassedAndItsLastPart) {
   }
 }
 
+#ifdef OXACORE_LIBRARY
+
 TEST(ModuleVersionInfo, OurOwnLibraryTellsItsVersion) {
   Values values = VersionOf(OXACORE_LIBRARY);
   EXPECT_EQ(OXACORE_LIBRARY, values["PathName"]);
@@ -107,6 +109,8 @@ TEST(ModuleVersionInfo, ALoadedLibraryIsFoundByItsHandle) {
   ASSERT_TRUE(info->Get(ModuleVersionInfo::sFILE_VERSION, value));
   EXPECT_EQ(OXACORE_VERSION, value);
 }
+
+#endif
 
 TEST(ModuleVersionInfo, ALibraryThatWasLoadedFromAnotherCurrentFolderIsFound) {
   const TemporaryFolder folder;
