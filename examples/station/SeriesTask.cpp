@@ -37,7 +37,11 @@ class RetryScope {
   }
   RetryScope(const RetryScope&) = delete;
   RetryScope& operator=(const RetryScope&) = delete;
-  ~RetryScope() { AlertManager::Instance()->RemoveErrorHandler(typeid(SampleMissed).name(), m_spHandler); }
+  // There is no manager any more where the process is dying of another thread's fault.
+  ~RetryScope() {
+    AlertManager* const manager = AlertManager::Instance();
+    if (manager != nullptr) manager->RemoveErrorHandler(typeid(SampleMissed).name(), m_spHandler);
+  }
 
  private:
   const boost::shared_ptr<RetryMissedSample> m_spHandler;

@@ -3,6 +3,7 @@
 #include <boost/make_shared.hpp>
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace Station {
 
@@ -29,8 +30,10 @@ std::string WhyGivenUp(Thread& thread) {
 
 SeriesThreads::SeriesThreads(const Plan& plan, Clock& clock, SampleQueue& queue, Recorder* recorder) {
   for (const Series& series : plan.m_series) {
-    const auto spTask = boost::make_shared<SeriesTask>(series, m_workers.size(), clock, queue, recorder);
-    m_workers.push_back({spTask, Thread::Create(spTask->GetThreadName())});
+    auto faulty = WantsFaultyClock(series.m_sName) ? std::make_unique<FaultyClock>(clock) : nullptr;
+    Clock& itsClock = faulty ? *faulty : clock;
+    const auto spTask = boost::make_shared<SeriesTask>(series, m_workers.size(), itsClock, queue, recorder);
+    m_workers.push_back({std::move(faulty), spTask, Thread::Create(spTask->GetThreadName())});
   }
   for (const Worker& worker : m_workers) worker.m_spThread->Start(worker.m_spTask);
 }

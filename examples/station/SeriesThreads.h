@@ -5,9 +5,11 @@
 #include <Infrastructure/OxaCore/Thread.h>
 
 #include <boost/shared_ptr.hpp>
+#include <memory>
 #include <vector>
 
 #include "Clock.h"
+#include "FaultyClock.h"
 #include "Measurement.h"
 #include "Plan.h"
 #include "Sample.h"
@@ -38,6 +40,7 @@ class SeriesThreads {
 
  private:
   struct Worker {
+    std::unique_ptr<FaultyClock> m_faultyClock;  // null for a series that has none
     boost::shared_ptr<SeriesTask> m_spTask;
     boost::shared_ptr<Oxa::Core::Thread> m_spThread;
   };

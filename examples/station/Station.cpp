@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 
 #include "Clock.h"
+#include "Crash.h"
 #include "Days.h"
 #include "Interruption.h"
 #include "Keeping.h"
@@ -17,6 +19,7 @@
 #include "Replay.h"
 #include "Report.h"
 #include "ReportFile.h"
+#include "ReportNotes.h"
 #include "ShownText.h"
 #include "Utf8.h"
 #include "Verdicts.h"
@@ -32,11 +35,12 @@ namespace {
 const char* const sPLAN_READ = "%s: %zu series, %zu lines refused";
 const char* const sINTERRUPTED = "Interrupted; what was measured until now is kept";
 const char* const sNO_SERIES = "the plan has no series that could be measured";
+const char* const sMEASURING = "measuring";
 const char* const sRESULTS_LOST = "the results could not all be written";
 
 Plan LoadPlan(const CommandLine& commandLine) {
   if (commandLine.m_plan) return ReadPlan(*commandLine.m_plan, ReadPlanFile(*commandLine.m_plan));
-  if (commandLine.m_eCommand == eTEST) return ReadPlan(sTEST_PLAN_NAME, TestPlan());
+  if (commandLine.m_eCommand != eMEASURE) return ReadPlan(sTEST_PLAN_NAME, TestPlan());
   return ReadPlan(sDEFAULT_PLAN_NAME, DefaultPlan());
 }
 
@@ -81,10 +85,16 @@ bool IsWell(const CommandLine& commandLine, const Plan& plan, const std::vector<
   return complete && !measurements.empty();
 }
 
-int MeasureAndReport(const CommandLine& commandLine) {
-  const Plan plan = LoadPlan(commandLine);
+Plan Prepare(const CommandLine& commandLine) {
+  Plan plan = LoadPlan(commandLine);
   OpenLog(commandLine.m_logOpenings, plan);
   TellPlan(plan);
+  return plan;
+}
+
+int MeasureAndReport(const CommandLine& commandLine) {
+  const Plan plan = Prepare(commandLine);
+  NoteForReport(sMEASURING, plan);
   ReportFile report(commandLine.m_sReport);
   Keeping keeping(commandLine, plan);
   const std::vector<Measurement> measurements = Measure(plan, keeping);
@@ -105,12 +115,26 @@ int MeasureIfPossible(const CommandLine& commandLine) {
   }
 }
 
+// The crash itself stands in no try block: nobody catches it.
+int PrepareAndCrash(const CommandLine& commandLine) {
+  std::optional<Plan> plan;
+  try {
+    plan = Prepare(commandLine);
+  } catch (const Error& error) {
+    Complain(Shown(error.what()));
+    return iCANNOT_START;
+  }
+  return Crash(commandLine, *plan);
+}
+
 int Serve(const CommandLine& commandLine) {
   switch (commandLine.m_eCommand) {
     case eREPLAY:
       return Replay(commandLine.m_sOperand, commandLine.m_sReport);
     case eDAYS:
       return ShowDays(std::cout, commandLine.m_sOperand);
+    case eCRASH:
+      return PrepareAndCrash(commandLine);
     default:
       return MeasureIfPossible(commandLine);
   }

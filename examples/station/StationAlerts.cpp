@@ -15,6 +15,7 @@ namespace {
 
 const char* const sPLAN_UNREADABLE = "The plan \"%1%\" can't be read: %2%";
 const char* const sSAMPLE_MISSED = "Sample %1% of series \"%2%\" was missed: it was due %3% ago";
+const char* const sINSTRUMENT_LOST = "Channel %1% of the instrument is lost";
 const char* const sSAMPLE_LATE = "Sample %1% of series \"%2%\" came %3% late; up to %4% are tolerated";
 const char* const sSAMPLE_LOST = "Sample %1% of series \"%2%\" was lost: nobody collected it in time";
 const char* const sRECORDING_IMPOSSIBLE = "Nothing can be recorded in \"%1%\": %2%";
@@ -32,6 +33,8 @@ SampleMissed::SampleMissed(unsigned long sample, const std::string& series, cons
     : ErrorClass(AlertMessage(sSAMPLE_MISSED, sample, series, overdue)) {
   SetData(sSERIES, series);
 }
+
+InstrumentLost::InstrumentLost(int channel) : ErrorClass(AlertMessage(sINSTRUMENT_LOST, channel)) {}
 
 SampleLate::SampleLate(unsigned long sample, const std::string& series, const Elapse& lateness,
                        const Elapse& tolerance)

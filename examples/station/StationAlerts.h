@@ -28,6 +28,12 @@ class SampleMissed : public Oxa::Core::ErrorClass<SampleMissed, Oxa::Core::Hardw
   SampleMissed(unsigned long sample, const std::string& series, const Oxa::Core::Elapse& overdue);
 };
 
+/// Channel `channel` of the instrument doesn't answer any more.
+class InstrumentLost : public Oxa::Core::ErrorClass<InstrumentLost, Oxa::Core::HardwareError> {
+ public:
+  explicit InstrumentLost(int channel);
+};
+
 /// Nothing can be recorded in `file`, for `reason`.
 class RecordingImpossible : public Oxa::Core::ErrorClass<RecordingImpossible, Oxa::Core::IOError> {
  public:

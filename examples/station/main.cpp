@@ -4,12 +4,13 @@
 // and a queue between them), Sampler.cpp (a failure is settled in place), Collector.cpp (warnings and their
 // limit, messages for the log), SampleSender.cpp and Recorder.cpp (streams: typed values through a pipe into a
 // file), RecordingReader.cpp (and back, from a file that may be anything), DailyLog.cpp and Days.cpp (a log of the
-// host's own), LogFolder.cpp and LogOpening.cpp (where the log goes, and what goes into it).
+// host's own), LogFolder.cpp and LogOpening.cpp (where the log goes, and what goes into it), Crash.cpp (how to die).
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <iostream>
 
 #include "CommandLine.h"
+#include "CrashKind.h"
 #include "LogFolder.h"
 #include "Station.h"
 
@@ -25,6 +26,10 @@ int Serve(const Station::CommandLine& commandLine) {
   }
   if (commandLine.m_bHelp) {
     std::cout << Station::sHELP << std::flush;
+    return 0;
+  }
+  if (commandLine.m_eCommand == Station::eCRASH && commandLine.m_sOperand.empty()) {
+    std::cout << Station::CrashKindList() << std::flush;
     return 0;
   }
   const std::string reason = Station::SendLogTo(commandLine.m_sLogFolder);

@@ -138,4 +138,45 @@ TEST(CommandLine, NamesTheMistakesOfOpenings) {
             ReadCommandLine({"--open", "Station"}).m_sMistake);
 }
 
+TEST(CommandLine, TakesACrash) {
+  const CommandLine read = ReadCommandLine(
+      {"crash", "null-write", "--folder", "there", "--policy", "3", "--by-signal", "--plan", "p"});
+  EXPECT_EQ("", read.m_sMistake);
+  EXPECT_EQ(Station::eCRASH, read.m_eCommand);
+  EXPECT_EQ("null-write", read.m_sOperand);
+  EXPECT_EQ("there", read.m_sReportFolder);
+  EXPECT_EQ(3, read.m_dumpPolicy);
+  EXPECT_TRUE(read.m_bEndBySignal);
+}
+
+TEST(CommandLine, TakesACrashWithoutKind) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"crash"}, {"--log", "there", "crash"}, {"crash", "--log", "there"}}) {
+    const CommandLine read = ReadCommandLine(arguments);
+    EXPECT_EQ("", read.m_sMistake);
+    EXPECT_EQ(Station::eCRASH, read.m_eCommand);
+    EXPECT_EQ("", read.m_sOperand);
+    EXPECT_FALSE(read.m_dumpPolicy.has_value());
+    EXPECT_FALSE(read.m_bEndBySignal);
+  }
+}
+
+TEST(CommandLine, RefusesWhatNoCrashIs) {
+  EXPECT_EQ("unknown kind of crash \"test\"; station crash lists them",
+            ReadCommandLine({"crash", "test"}).m_sMistake);
+  for (const char* const policy : {"4", "-1", "33", "x", " 1"}) {
+    EXPECT_EQ("--policy: \"" + std::string(policy) + "\" is none; 0 to 3 are",
+              ReadCommandLine({"crash", "error", "--policy", policy}).m_sMistake);
+  }
+  EXPECT_EQ("--policy needs 0 to 3 behind it", ReadCommandLine({"crash", "error", "--policy"}).m_sMistake);
+  EXPECT_EQ("--folder is for crashes", ReadCommandLine({"--folder", "a"}).m_sMistake);
+  EXPECT_EQ("--policy is for crashes", ReadCommandLine({"days", "a", "--policy", "1"}).m_sMistake);
+  EXPECT_EQ("--by-signal is for crashes", ReadCommandLine({"test", "--by-signal"}).m_sMistake);
+  EXPECT_EQ("--record is for measuring", ReadCommandLine({"crash", "error", "--record", "a"}).m_sMistake);
+  EXPECT_EQ("--daily is for measuring", ReadCommandLine({"crash", "error", "--daily", "a"}).m_sMistake);
+  EXPECT_EQ("--report is for measuring and replays",
+            ReadCommandLine({"crash", "error", "--report", "a"}).m_sMistake);
+  EXPECT_EQ("one thing at a time: \"crash\"", ReadCommandLine({"test", "crash", "error"}).m_sMistake);
+}
+
 }  // namespace
