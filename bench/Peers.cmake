@@ -65,3 +65,14 @@ oxacore_peer(PUGIXML pugixml::pugixml)
 oxacore_pkg_peer(KJ kj)  # its CMake package stops the whole configuration where libatomic isn't developed with
 oxacore_pkg_peer(UDUNITS2 udunits)
 oxacore_pkg_peer(QALCULATE libqalculate)
+# Call stacks by Boost, with the library that comes with g++ for them: it knows where that is.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=libbacktrace.a
+    OUTPUT_VARIABLE backtrace OUTPUT_STRIP_TRAILING_WHITESPACE)
+  if(IS_ABSOLUTE "${backtrace}" AND TARGET Boost::headers)
+    add_library(OxaPeerBacktrace INTERFACE)
+    target_link_libraries(OxaPeerBacktrace INTERFACE Boost::headers "${backtrace}" ${CMAKE_DL_LIBS})
+    target_compile_definitions(OxaPeerBacktrace INTERFACE BOOST_STACKTRACE_USE_BACKTRACE)
+  endif()
+endif()
+oxacore_peer(BACKTRACE OxaPeerBacktrace)

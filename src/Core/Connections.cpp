@@ -2,6 +2,7 @@
 #include "ErrorHandling/AlertManagerHooks.h"
 #include "ErrorHandling/FatalSteps.h"
 #include "ErrorHandling/Hooks.h"
+#include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "ErrorHandling/MicrosoftSEHAdapterHooks.h"
 #include "Log/LogHooks.h"
 #include "System/Circumstances.h"
@@ -14,6 +15,7 @@ void ConnectHooks() {
   ConnectLog(TheHooks());
   ConnectFaults(TheHooks());
   ConnectFatalSteps(TheHooks());
+  MSWindows::DebugHelpLife::Connect(TheHooks());
 }
 
 }  // namespace Oxa::Core

@@ -4,6 +4,7 @@
 
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Platform/CallStacks.h"
+#include "Platform/Kill.h"
 #include "Platform/Libraries.h"
 
 namespace MSWindows {
@@ -85,7 +86,9 @@ bool DebugHelp::OpenSymbols() {
 bool DebugHelp::Initialize() {
   DebugHelpTrouble trouble;
   {
+    const Platform::HoldKill alive;
     const Lock lock(s_mutex);
+    const DebugHelpLife::Busy busy;
     trouble = Begin();
   }
   trouble.Tell();

@@ -3,11 +3,13 @@
 #include <Infrastructure/OxaCore/Lock.h>
 
 #include <atomic>
+#include <new>
 #include <vector>
 
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "Platform/Faults.h"
+#include "Platform/Kill.h"
 #include "Platform/Storage.h"
 
 namespace MSWindows {
@@ -23,6 +25,7 @@ namespace {
 enum EState { eNOT_LOADED, eUNTRIED, eTHERE, eFAILED, eGONE };
 
 std::atomic<int> s_eState{eNOT_LOADED};
+std::atomic<bool> s_bBusy{false};
 
 // What a thread raises while it makes the object has no call stack.
 class Making {
@@ -51,13 +54,24 @@ Frames WalkStack(int maxFrames) {
 
 struct DebugHelpLife::Attempt {
   boost::shared_ptr<DebugHelp> m_spMade;
-  std::string m_sPath;
   DebugHelpTrouble m_trouble;
 };
 
 void DebugHelpLife::Connect(Hooks& hooks) { hooks.walkStack = &WalkStack; }
 
-void DebugHelpLife::Begin() { s_eState.store(eUNTRIED); }
+void DebugHelpLife::Begin() {
+  s_eState.store(eUNTRIED);
+  Platform::CallInForkedChild(&OnFork);
+}
+
+// A thread that exists in the parent only may hold the lock. What it was changing stays half done.
+void DebugHelpLife::OnFork() {
+  ::new (static_cast<void*>(&DebugHelp::s_mutex)) Oxa::Core::Mutex;
+  if (s_bBusy.load()) s_eState.store(eGONE);
+}
+
+DebugHelpLife::Busy::Busy() noexcept { s_bBusy.store(true); }
+DebugHelpLife::Busy::~Busy() { s_bBusy.store(false); }
 
 bool DebugHelpLife::HasFailed() noexcept { return s_eState.load(std::memory_order_relaxed) == eFAILED; }
 
@@ -65,41 +79,51 @@ bool DebugHelpLife::HasFailed() noexcept { return s_eState.load(std::memory_orde
 DebugHelpLife::Attempt DebugHelpLife::Try() {
   const Making making;
   Attempt attempt;
-  HINSTANCE const module = LoadDebugHelpDll(attempt.m_sPath);
+  HINSTANCE const module = LoadDebugHelpDll();
   attempt.m_trouble.m_bLoadFailed = module == nullptr;
   if (module == nullptr) return attempt;
   attempt.m_spMade.reset(new DebugHelp(module));
   attempt.m_trouble = attempt.m_spMade->Begin();
-  if (!attempt.m_spMade->m_bInitialized) attempt.m_spMade.reset();
   return attempt;
 }
 
 // False if another thread was faster; its object is the one then.
 bool DebugHelpLife::Settle(Attempt& attempt) {
+  const Platform::HoldKill alive;
   const Lock lock(DebugHelp::s_mutex);
+  const Busy busy;
   const bool first = s_eState.load() == eUNTRIED;
   if (first) {
-    DebugHelp::s_spInstance = attempt.m_spMade;
-    s_eState.store(attempt.m_spMade ? eTHERE : eFAILED);
+    const bool usable = attempt.m_spMade && attempt.m_spMade->m_bInitialized;
+    if (usable) DebugHelp::s_spInstance = attempt.m_spMade;
+    s_eState.store(usable ? eTHERE : eFAILED);
   }
   return first;
+}
+
+// What listeners, and the log, raise meanwhile finds a settled state.
+void DebugHelpLife::Tell(const Attempt& attempt) {
+  if (attempt.m_spMade) TellLoaded(attempt.m_spMade->m_hModule);
+  attempt.m_trouble.Tell();
 }
 
 boost::shared_ptr<DebugHelp> DebugHelpLife::GetInstance() {
   if (Platform::HasThreadFlag(Platform::EThreadFlag::eREADS_STACK)) return boost::shared_ptr<DebugHelp>();
   if (s_eState.load() == eUNTRIED) {
     Attempt attempt = Try();
-    if (Settle(attempt)) attempt.m_trouble.Tell();
+    if (Settle(attempt)) Tell(attempt);
   }
   if (s_eState.load() != eTHERE) return boost::shared_ptr<DebugHelp>();
+  const Platform::HoldKill alive;
   const Lock lock(DebugHelp::s_mutex);
-  return DebugHelp::s_spInstance;
+  return s_eState.load() == eTHERE ? DebugHelp::s_spInstance : boost::shared_ptr<DebugHelp>();
 }
 
 void DebugHelpLife::End() {
   s_eState.store(eGONE);
   if (!Platform::IsBeingUnmapped()) return;
   boost::shared_ptr<DebugHelp> last;
+  const Platform::HoldKill alive;
   const Lock lock(DebugHelp::s_mutex);
   last.swap(DebugHelp::s_spInstance);
 }

@@ -17,8 +17,11 @@ struct Hooks;
 
 namespace MSWindows {
 
-/// The library for symbols, from the first place that has it, and that place; null if none has.
-HINSTANCE LoadDebugHelpDll(std::string& path);
+/// The library for symbols, from the first place that has it; null if none has.
+HINSTANCE LoadDebugHelpDll();
+
+/// Writes into the log which file was loaded, and its version, if that says so.
+void TellLoaded(HINSTANCE module);
 
 /// The places that symbols are looked for in, separated by ";".
 std::string ComposeSymbolPath();
@@ -45,13 +48,25 @@ class DebugHelpLife {
   /// for them goes too.
   static void End();
 
+  /// Stands, with the mutex held, while something is half done that a forked child couldn't go on with.
+  class Busy {
+   public:
+    Busy() noexcept;
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+    ~Busy();
+  };
+
   static boost::shared_ptr<DebugHelp> GetInstance();
   static bool HasFailed() noexcept;
 
  private:
+  static void OnFork();
+
   struct Attempt;
   static Attempt Try();
   static bool Settle(Attempt& attempt);
+  static void Tell(const Attempt& attempt);
 };
 
 }  // namespace MSWindows

@@ -1,3 +1,6 @@
+#include <Infrastructure/OxaCore/Log.h>
+#include <Infrastructure/OxaCore/LogManager.h>
+#include <Infrastructure/OxaCore/ModuleVersionInfo.h>
 #include <Infrastructure/OxaCore/System.h>
 
 #include <cstdlib>
@@ -11,10 +14,14 @@
 namespace MSWindows {
 
 namespace Platform = Oxa::Core::Platform;
+using Oxa::Core::LogManager;
+using Oxa::Core::ModuleVersionInfo;
 using Oxa::Core::System;
 
 namespace {
 
+const char* const sLOG_NAME = "Microsoft.DebugHelp";
+const char* const sLOADED = "Loaded %s version %s";
 const char* const sPROGRAM_FILES = "ProgramFiles";
 const char* const sTOOLS = "/Debugging Tools for Windows/";
 const char* const sTOOLS_64 = "/Debugging Tools for Windows 64-Bit/";
@@ -44,7 +51,8 @@ HINSTANCE LoadIfThere(const std::string& path) {
 
 }  // namespace
 
-HINSTANCE LoadDebugHelpDll(std::string& path) {
+HINSTANCE LoadDebugHelpDll() {
+  std::string path;
   const std::string name = Platform::SymbolLibraryName();
   if (name.empty()) return nullptr;
   path = ProcessFolder() + name;
@@ -58,6 +66,20 @@ HINSTANCE LoadDebugHelpDll(std::string& path) {
   }
   path = name;
   return Platform::OpenLibrary(path.c_str());
+}
+
+// Names in full are those of the files; the system knows which one it took for a name alone.
+void TellLoaded(HINSTANCE module) {
+  const boost::shared_ptr<ModuleVersionInfo> info = ModuleVersionInfo::Create(module);
+  LogManager* const manager = LogManager::Instance();
+  if (!info || manager == nullptr) return;
+  std::string path;
+  std::string version;
+  info->Get(ModuleVersionInfo::sPATH_NAME, path);
+  if (!info->Get(ModuleVersionInfo::sPRODUCT_VERSION, version))
+    info->Get(ModuleVersionInfo::sFILE_VERSION, version);
+  manager->GetLogger(sLOG_NAME)->WriteLog(Oxa::Core::eLOG_INFORMATIONAL, sLOADED, path.c_str(),
+                                          version.c_str());
 }
 
 std::string ComposeSymbolPath() {

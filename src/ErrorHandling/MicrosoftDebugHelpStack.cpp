@@ -6,10 +6,14 @@
 #include <cctype>
 #include <set>
 #include <string>
+#include <utility>
 
+#include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
+#include "ErrorHandling/MicrosoftDebugSymbol.h"
 #include "Platform/CallStacks.h"
 #include "Platform/Faults.h"
+#include "Platform/Kill.h"
 #include "Platform/Storage.h"
 
 namespace MSWindows {
@@ -45,6 +49,24 @@ std::string Hexadecimal(std::uint64_t value) {
   return text;
 }
 
+// A fault while the stack is walked must not become an error, nor may anything that is raised on the way walk the
+// stack once more.
+class QuietThread {
+ public:
+  QuietThread() noexcept : m_before(Platform::SetFaultTranslator(nullptr)) {
+    Platform::SetThreadFlag(Platform::EThreadFlag::eREADS_STACK, true);
+  }
+  QuietThread(const QuietThread&) = delete;
+  QuietThread& operator=(const QuietThread&) = delete;
+  ~QuietThread() {
+    Platform::SetThreadFlag(Platform::EThreadFlag::eREADS_STACK, false);
+    Platform::SetFaultTranslator(m_before);
+  }
+
+ private:
+  Platform::FaultTranslator m_before;
+};
+
 }  // namespace
 
 /// One walk: what has been seen of the stack, and what has come out of it.
@@ -54,7 +76,8 @@ class DebugHelpWalk {
       : m_help(help),
         m_spFrames(boost::make_shared<std::vector<CodeContext>>()),
         m_uMaxFrames(maxFrames > 0 ? static_cast<std::size_t>(maxFrames) : 0),
-        m_bVariables(help.CanReadVariables()) {}
+        m_bVariables(help.CanReadVariables()),
+        m_circumstances(CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo()) {}
 
   static bool TakeFrame(const Platform::StackFrame& frame, void* walk) {
     try {
@@ -88,7 +111,8 @@ class DebugHelpWalk {
   }
 
   std::string FunctionOf(const Platform::StackFrame& frame) const {
-    if (m_help.m_pSymGetSymFromAddr64 != nullptr && frame.m_pFunction != nullptr) return frame.m_pFunction;
+    if (m_help.m_pSymGetSymFromAddr64 != nullptr && frame.m_pFunction != nullptr)
+      return frame.m_bSignature ? Oxa::Core::FunctionName(frame.m_pFunction) : frame.m_pFunction;
     const std::uint64_t offset = frame.m_uPlace - frame.m_uBase;
     if (KnowsModule(frame)) return std::string(frame.m_pModule) + "+" + std::to_string(offset);
     if (frame.m_uBase == 0) return std::string();
@@ -96,22 +120,30 @@ class DebugHelpWalk {
   }
 
   void Append(const Platform::StackFrame& frame) {
-    if (m_circumstances.empty()) m_circumstances = CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo();
     AlertData context = m_circumstances;
     context[CodeContext::sFILE] = frame.m_pFile;
     context[CodeContext::sLINE] = std::to_string(frame.m_iLine);
     if (KnowsModule(frame)) context[sMODULE] = frame.m_pModule;
     std::string function = FunctionOf(frame);
     if (!function.empty()) context[CodeContext::sFUNCTION].swap(function);
-    m_spFrames->push_back(CodeContext(context, AlertData()));
+    AlertData variables;
+    if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, variables);
+    m_spFrames->push_back(CodeContext(context, variables));
+  }
+
+  void ReadVariables(const Platform::StackFrame& frame, AlertData& variables) {
+    FrameVariables found;
+    found.m_pContext = &m_help;
+    Platform::ReadFrameVariables(*m_help.m_pProcess, frame, Platform::VariableSink{&TakeVariable, &found});
+    variables.swap(found.m_variables);
   }
 
   const DebugHelp& m_help;
   const DebugHelp::Frames m_spFrames;
   const std::size_t m_uMaxFrames;
   const bool m_bVariables;
+  const AlertData m_circumstances;  // the same for all frames; gathered before any lock is held
   std::set<std::uint64_t> m_seen;
-  AlertData m_circumstances;
 };
 
 DebugHelpTrouble DebugHelp::GetMissingForWalk() const {
@@ -143,7 +175,11 @@ DebugHelp::Frames DebugHelp::CreateCallStack(const CONTEXT* context, int maxFram
   trouble.Tell();
   if (!trouble.m_missing.empty()) return Frames();
   DebugHelpWalk walk(*this, maxFrames);
+  // Whoever is killed with the mutex held would keep all others from raising.
+  const Platform::HoldKill alive;
   const Lock lock(s_mutex);
+  const DebugHelpLife::Busy busy;
+  const QuietThread quiet;
   if (m_pProcess != nullptr && !walk.IsFull())
     Platform::WalkStack(*m_pProcess, context, &DebugHelpWalk::TakeFrame, &walk);
   return walk.Result();

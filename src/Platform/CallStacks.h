@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+#include "Platform/Variables.h"
+
 namespace Oxa::Core::Platform {
 
 struct FrameView;
@@ -20,11 +22,11 @@ struct StackFrame {
   bool m_bInlined;         ///< of a function that the compiler put into the one of the next frame
   const char* m_pFile;     ///< null: no line is known
   int m_iLine;
-  const char* m_pModule;    ///< name without folder, suffix and version; null: in no module that is known
-  std::uint64_t m_uBase;    ///< where the module begins; 0 where nothing is known of it
-  const char* m_pFunction;  ///< qualified, without parameters; null: not known
-  /// What the frame's variables can be read by, see ReadVariables; null: they can't.
-  const FrameView* m_pView;
+  const char* m_pModule;     ///< name without folder, suffix and version; null: in no module that is known
+  std::uint64_t m_uBase;     ///< where the module begins; 0 where nothing is known of it
+  const char* m_pFunction;   ///< qualified; null: not known
+  bool m_bSignature;         ///< whether the function's parameters stand behind its name
+  const FrameView* m_pView;  ///< what the frame's variables can be read by; null: they can't
 };
 
 /// Called for each frame, innermost first. False: that is enough.
@@ -53,6 +55,10 @@ void CloseSymbolReader(SymbolReader* reader) noexcept;
 /// nothing may be thrown out of `sink`. False if it was a fault that ended it. Kills and cancellations of this
 /// thread wait.
 bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept;
+
+/// For a sink: hands the variables of `frame` to another one, those of inner blocks first; of several with one name only
+/// the innermost. May throw std::bad_alloc and what `sink` throws, which must not leave the sink of the frames.
+void ReadFrameVariables(SymbolReader& reader, const StackFrame& frame, const VariableSink& sink);
 
 }  // namespace Oxa::Core::Platform
 

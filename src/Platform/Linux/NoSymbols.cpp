@@ -17,4 +17,6 @@ bool WalkStack(SymbolReader& /*reader*/, const CONTEXT* /*context*/, FrameSink /
   return true;
 }
 
+void ReadFrameVariables(SymbolReader& /*reader*/, const StackFrame& /*frame*/, const VariableSink& /*sink*/) {}
+
 }  // namespace Oxa::Core::Platform

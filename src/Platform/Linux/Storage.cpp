@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 #include <errno.h>
+#include <pthread.h>
 #include <sys/single_threaded.h>
 #include <unistd.h>
 
@@ -72,6 +73,8 @@ bool CallAtUnload(void (*routine)()) noexcept {
 }
 
 void CallAtVeryEnd(void (*routine)()) noexcept { s_lastRoutine.store(routine); }
+
+bool CallInForkedChild(void (*routine)()) noexcept { return pthread_atfork(nullptr, nullptr, routine) == 0; }
 
 void WriteToDebugger(const char* text) noexcept {
   const HoldCancellation hold;

@@ -1,0 +1,168 @@
+#include "Platform/CallStacks.h"
+
+#include <dlfcn.h>
+
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "Platform/Faults.h"
+#include "Platform/Kill.h"
+#include "Platform/Linux/DwFunctions.h"
+#include "Platform/Linux/FrameView.h"
+#include "Platform/Linux/StackWalkSteps.h"
+#include "Platform/Linux/SymbolizedProcess.h"
+#include "Platform/Linux/Variables.h"
+
+namespace Oxa::Core::Platform {
+
+/// The library's functions, and the process as they show it.
+class SymbolReader {
+ public:
+  SymbolReader(HINSTANCE library, const char* searchPath) : m_sSearchPath(searchPath) {
+    FindFunctions(m_dw, library);
+    if (m_dw.elf_version != nullptr) m_dw.elf_version(EV_CURRENT);
+    m_pProcess.reset(new SymbolizedProcess(m_dw, searchPath));
+  }
+
+  const Dw& GetFunctions() const { return m_dw; }
+  SymbolizedProcess& GetProcess() { return *m_pProcess; }
+
+  // Behind a fault nothing of what was being read can be trusted, nor be given back.
+  void BeginAnew() {
+    static_cast<void>(m_pProcess.release());
+    m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str()));
+  }
+
+ private:
+  Dw m_dw;
+  const std::string m_sSearchPath;
+  std::unique_ptr<SymbolizedProcess> m_pProcess;
+};
+
+namespace {
+
+// More frames than any stack has that is whole.
+constexpr int iMAX_FRAMES = 1000000;
+
+class Walk {
+ public:
+  Walk(SymbolReader& reader, const CONTEXT& context, FrameSink sink, void* argument)
+      : m_reader(reader), m_context(context), m_sink(sink), m_pArgument(argument) {}
+
+  static void Run(void* walk) {
+    try {
+      static_cast<Walk*>(walk)->Run();
+    } catch (...) {
+      // Out of memory: the frames that were handed over have to do.
+    }
+  }
+
+ private:
+  void Run() {
+    m_reader.GetProcess().Refresh();
+    StackWalkSteps steps(m_reader.GetProcess(), m_context);
+    // One frame ahead, since values on entry are found in the caller.
+    NativeFrame frame;
+    NativeFrame caller;
+    bool there = steps.Next(frame);
+    for (int count = 0; there && count < iMAX_FRAMES; ++count) {
+      there = steps.Next(caller);
+      if (!Give(frame, there ? &caller : nullptr)) return;
+      std::swap(frame, caller);
+    }
+  }
+
+  static void Fill(FrameView& view, const NativeFrame& frame, const PlacedFunction& function) {
+    const SymbolizedPlace& place = frame.m_pFacts->m_place;
+    view.m_pModule = place.m_pModule->GetModule();
+    view.m_bias = place.m_pModule->GetDebugBias();
+    view.m_unit = place.m_unit;
+    view.m_function = function.m_entry;
+    view.m_subprogram = place.m_functions.back().m_entry;
+    view.m_pScopes = function.m_scopes.data();
+    view.m_iScopes = static_cast<int>(function.m_scopes.size());
+    view.m_place = place.m_address;
+    view.m_registers = frame.m_registers.m_context;
+    for (int number = 0; number < CONTEXT::iREGISTERS; ++number)
+      view.m_bKnown[number] = frame.m_registers.m_bKnown[number];
+    view.m_cfa = frame.m_uCfa;
+    view.m_bCfaKnown = frame.m_uCfa != 0;
+  }
+
+  static bool HasEntries(const NativeFrame& frame) {
+    const SymbolizedPlace& place = frame.m_pFacts->m_place;
+    return place.m_pModule != nullptr && place.m_functions.front().m_bEntry;
+  }
+
+  bool Give(const NativeFrame& frame, const NativeFrame* caller) {
+    const SymbolizedPlace& place = frame.m_pFacts->m_place;
+    if (place.m_pModule == nullptr) return Give(frame, PlacedFunction(), nullptr);
+    FrameView callersView;
+    const bool callerKnown = caller != nullptr && HasEntries(*caller);
+    if (callerKnown) Fill(callersView, *caller, caller->m_pFacts->m_place.m_functions.front());
+    FrameView view;
+    view.m_pCaller = callerKnown ? &callersView : nullptr;
+    for (const PlacedFunction& function : place.m_functions) {
+      if (function.m_bEntry) Fill(view, frame, function);
+      if (!Give(frame, function, function.m_bEntry ? &view : nullptr)) return false;
+    }
+    return true;
+  }
+
+  bool Give(const NativeFrame& frame, const PlacedFunction& function, const FrameView* view) {
+    const SymbolizedModule* const module = frame.m_pFacts->m_place.m_pModule;
+    StackFrame given{};
+    given.m_uPlace = frame.m_registers.Place();
+    given.m_uFrame = frame.m_uCfa != 0 ? frame.m_uCfa : frame.m_registers.Stack();
+    given.m_bInlined = function.m_bInlined;
+    given.m_pFile = function.m_pFile;
+    given.m_iLine = function.m_iLine;
+    given.m_pModule = module != nullptr ? module->GetName().c_str() : nullptr;
+    given.m_uBase = module != nullptr ? module->GetLoaded().m_uBegin : 0;
+    given.m_pFunction = function.m_sName.empty() ? nullptr : function.m_sName.c_str();
+    given.m_bSignature = function.m_bSignature;
+    given.m_pView = view;
+    return m_sink(given, m_pArgument);
+  }
+
+  SymbolReader& m_reader;
+  const CONTEXT& m_context;
+  const FrameSink m_sink;
+  void* const m_pArgument;
+};
+
+}  // namespace
+
+SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath) noexcept {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  try {
+    return new SymbolReader(library, searchPath);
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+void CloseSymbolReader(SymbolReader* reader) noexcept {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  delete reader;
+}
+
+bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  CONTEXT here;
+  if (context == nullptr) CaptureContext(here);
+  Walk walk(reader, context != nullptr ? *context : here, sink, argument);
+  if (CallGuarded(&Walk::Run, &walk)) return true;
+  reader.BeginAnew();
+  return false;
+}
+
+void ReadFrameVariables(SymbolReader& reader, const StackFrame& frame, const VariableSink& sink) {
+  if (frame.m_pView != nullptr) ReadVariables(reader.GetFunctions(), *frame.m_pView, sink);
+}
+
+}  // namespace Oxa::Core::Platform

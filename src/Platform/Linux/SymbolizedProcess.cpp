@@ -1,0 +1,107 @@
+#include "Platform/Linux/SymbolizedProcess.h"
+
+#include <link.h>
+
+#include <utility>
+
+#include "Platform/Linux/DwDebugFiles.h"
+#include "Platform/Linux/Variables.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr std::size_t uMAX_FACTS = 8192;
+
+struct Counts {
+  unsigned long long m_ullAdded = 0;
+  unsigned long long m_ullRemoved = 0;
+};
+
+int TakeCounts(dl_phdr_info* info, std::size_t /*size*/, void* counts) {
+  *static_cast<Counts*>(counts) = Counts{info->dlpi_adds, info->dlpi_subs};
+  return 1;
+}
+
+struct Loaded {
+  std::vector<LoadedModule> m_modules;
+  bool m_bComplete = true;
+};
+
+// Nothing may be thrown through the loader.
+int TakeModule(dl_phdr_info* info, std::size_t /*size*/, void* argument) {
+  Loaded& loaded = *static_cast<Loaded*>(argument);
+  try {
+    loaded.m_modules.push_back(Describe(*info));
+    return 0;
+  } catch (...) {
+    loaded.m_bComplete = false;
+    return 1;
+  }
+}
+
+}  // namespace
+
+SymbolizedProcess::SymbolizedProcess(const Dw& dw, const char* searchPath)
+    : m_dw(dw), m_folders(DebugFiles::Split(searchPath)) {}
+
+SymbolizedProcess::~SymbolizedProcess() {
+  // One that never read anything may go while another is in use.
+  if (!m_modules.empty()) ForgetVariables();
+}
+
+bool SymbolizedProcess::HaveModulesChanged() {
+  Counts counts;
+  ::dl_iterate_phdr(&TakeCounts, &counts);
+  const bool same =
+      !m_modules.empty() && counts.m_ullAdded == m_ullAdded && counts.m_ullRemoved == m_ullRemoved;
+  m_ullAdded = counts.m_ullAdded;
+  m_ullRemoved = counts.m_ullRemoved;
+  return !same;
+}
+
+void SymbolizedProcess::TakeModules(std::vector<LoadedModule>& loaded) {
+  std::vector<std::unique_ptr<SymbolizedModule>> modules;
+  for (LoadedModule& module : loaded) {
+    std::unique_ptr<SymbolizedModule> taken;
+    for (std::unique_ptr<SymbolizedModule>& known : m_modules)
+      if (known && known->GetLoaded().IsSameAs(module)) taken.swap(known);
+    if (!taken) taken.reset(new SymbolizedModule(m_dw, std::move(module), m_folders));
+    modules.push_back(std::move(taken));
+  }
+  m_modules.swap(modules);
+}
+
+void SymbolizedProcess::Refresh() {
+  const bool changed = HaveModulesChanged();
+  if (!changed && m_facts.size() < uMAX_FACTS) return;
+  m_facts.clear();
+  if (!changed) return;
+  ForgetVariables();
+  Loaded loaded;
+  ::dl_iterate_phdr(&TakeModule, &loaded);
+  if (loaded.m_bComplete) TakeModules(loaded.m_modules);
+}
+
+SymbolizedModule* SymbolizedProcess::FindModule(std::uint64_t address) const {
+  for (const std::unique_ptr<SymbolizedModule>& module : m_modules)
+    if (module->Contains(address)) return module.get();
+  return nullptr;
+}
+
+const AddressFacts& SymbolizedProcess::GetFacts(std::uint64_t address) {
+  const auto known = m_facts.find(address);
+  if (known != m_facts.end()) return known->second;
+  AddressFacts facts;
+  if (SymbolizedModule* const module = FindModule(address)) {
+    facts.m_place = FindPlace(m_dw, *module, address);
+    const Dwarf_Addr place = address - module->GetLoaded().m_uBias;
+    for (Dwarf_CFI* const frames : {module->GetFrames(), module->GetFramesOfDebugData()}) {
+      if (!facts.m_bHasRules && frames != nullptr)
+        facts.m_bHasRules = facts.m_rules.Read(m_dw, frames, place);
+    }
+  }
+  return m_facts.emplace(address, std::move(facts)).first->second;
+}
+
+}  // namespace Oxa::Core::Platform

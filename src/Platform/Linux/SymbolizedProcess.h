@@ -1,0 +1,56 @@
+// The running process as its stacks are read by: its modules, and what has been learnt of instructions.
+#ifndef OXACORE_PLATFORM_LINUX_SYMBOLIZEDPROCESS_H
+#define OXACORE_PLATFORM_LINUX_SYMBOLIZEDPROCESS_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Platform/Linux/DwFunctions.h"
+#include "Platform/Linux/StackWalkRules.h"
+#include "Platform/Linux/SymbolizedModule.h"
+#include "Platform/Linux/SymbolizedPlace.h"
+
+namespace Oxa::Core::Platform {
+
+/// What is known of one instruction.
+struct AddressFacts {
+  bool m_bHasRules = false;
+  StackWalkRules m_rules;
+  SymbolizedPlace m_place;  ///< without a module: in none
+};
+
+/// Everything here may throw std::bad_alloc.
+class SymbolizedProcess {
+ public:
+  SymbolizedProcess(const Dw& dw, const char* searchPath);
+  SymbolizedProcess(const SymbolizedProcess&) = delete;
+  SymbolizedProcess& operator=(const SymbolizedProcess&) = delete;
+  ~SymbolizedProcess();
+
+  /// Looks whether modules have come or gone. What was given out before is gone then.
+  void Refresh();
+
+  /// Good until the next Refresh.
+  const AddressFacts& GetFacts(std::uint64_t address);
+
+  bool IsInModule(std::uint64_t address) const { return FindModule(address) != nullptr; }
+
+ private:
+  SymbolizedModule* FindModule(std::uint64_t address) const;
+  bool HaveModulesChanged();
+  void TakeModules(std::vector<LoadedModule>& loaded);
+
+  const Dw& m_dw;
+  const std::vector<std::string> m_folders;
+  unsigned long long m_ullAdded = 0;  // what the loader has counted
+  unsigned long long m_ullRemoved = 0;
+  std::vector<std::unique_ptr<SymbolizedModule>> m_modules;
+  std::unordered_map<std::uint64_t, AddressFacts> m_facts;
+};
+
+}  // namespace Oxa::Core::Platform
+
+#endif

@@ -1,0 +1,186 @@
+// Loads a module, runs one of its functions, and prints the call stack of the error that is raised in its depths:
+//   StackHost MODULE WHAT NUMBER [STEP...]
+// Steps come before the run, or behind it.
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
+#include <Infrastructure/OxaCore/OxaCore.h>
+#include <Infrastructure/OxaCore/System.h>
+#include <Infrastructure/OxaCore/XMLFormatter.h>
+#include <Infrastructure/OxaCore/XMLWriter.h>
+
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Oxa::Core;
+using MSWindows::DebugHelp;
+using Run = void (*)(const char*, int, void (*)());
+
+class Listener : public AlertListener {
+ public:
+  void WarningRaised(Warning& warning) override {
+    std::cout << "warning " << warning.GetData(AlertInfo::sLOG_NAME) << ": "
+              << warning.GetData(AlertInfo::sMESSAGE) << "\n";
+  }
+};
+
+Run Load(const char* module) {
+  void* const handle = ::dlopen(module, RTLD_NOW);
+  if (handle == nullptr) {
+    std::cerr << ::dlerror();
+    std::exit(2);
+  }
+  return reinterpret_cast<Run>(::dlsym(handle, "RunVictim"));
+}
+
+void Raise() { OXA_RAISE_ERROR("Stack.Host", LogicError("Raised in the depths")); }  // at: raise
+
+void Print(const boost::shared_ptr<std::vector<CodeContext>>& frames) {
+  if (!frames) std::cout << "no stack\n";
+  if (!frames) return;
+  for (const CodeContext& frame : *frames) {
+    const std::string file = frame.Get(CodeContext::sFILE);
+    std::cout << file.substr(file.find_last_of('/') + 1) << ":" << frame.Get(CodeContext::sLINE) << " "
+              << frame.Get(CodeContext::sFUNCTION) << " [" << frame.Get("Module") << "]";
+    for (const auto& [name, value] : frame.GetVariables()) std::cout << " " << name << "=" << value;
+    std::cout << "\n";
+  }
+  std::cout << frames->size() << " frames\n";
+}
+
+// For stacks that no exception could leave.
+void Walk() { Print(DebugHelp::Instance()->CreateCallStack(100)); }  // at: walk
+
+void RunAndPrint(Run run, const char* what, int number) {
+  try {
+    run(what, number, what[0] == 'l' ? &Walk : &Raise);  // at: run
+  } catch (Error& error) {
+    Print(error.GetCallStack());
+  }
+}
+
+std::string Content(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+// Stacks by debug data with bytes changed at random: whatever comes out, the process is well.
+void Damage(Run run, const std::string& file, int rounds) {
+  const std::string whole = Content(file);
+  std::mt19937 random(20);
+  std::size_t frames = 0;
+  for (int round = 0; round < rounds; ++round) {
+    std::string damaged = whole;
+    for (int change = 0; change < 40; ++change)
+      damaged[64 + random() % (damaged.size() - 64)] = static_cast<char>(random());
+    std::ofstream(file + ".new", std::ios::binary) << damaged;
+    std::rename((file + ".new").c_str(), file.c_str());
+    DebugHelp::Instance()->Initialize();
+    try {
+      run("descend", 5, &Raise);
+    } catch (Error& error) {
+      frames += error.GetCallStack()->size();
+    }
+  }
+  std::cout << "survived, " << (frames > 0 ? "with" : "without") << " frames\n";
+}
+
+void RaiseOnThreads(Run run, int threads) {
+  std::atomic<int> whole{0};
+  std::vector<std::thread> all;
+  for (int i = 0; i < threads; ++i)
+    all.emplace_back([&, i] {
+      for (int round = 0; round < 20; ++round) {
+        try {
+          run("descend", i, &Raise);
+        } catch (Error& error) {
+          const auto frames = error.GetCallStack();
+          if (frames && frames->size() >= static_cast<std::size_t>(i) + 3) ++whole;
+        }
+      }
+    });
+  for (std::thread& thread : all) thread.join();
+  std::cout << "whole stacks: " << whole << "\n";
+}
+
+void RaiseInChild(Run run) {
+  std::cout.flush();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    RunAndPrint(run, "templated", 1);
+    std::cout.flush();
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void CallbackOfHost() {
+  std::thread other([] {
+    try {
+      Raise();
+    } catch (Error& error) {
+      std::cout << (error.GetCallStack() ? "other has a stack\n" : "other has no stack\n");
+    }
+  });
+  try {
+    Raise();
+  } catch (Error& error) {
+    Print(error.GetCallStack());
+  }
+  // It may have to wait for the loader; it must not keep this thread waiting, nor be waited for here.
+  other.detach();
+}
+
+int main(int argc, char** argv) {
+  if (argc < 4) return 2;
+  Listener listener;
+  AlertManager::Instance()->AddAlertListener(listener);
+  for (int i = 4; i < argc; ++i)
+    if (std::string(argv[i]).rfind("folder=", 0) == 0) System::Instance()->SetProcessPath(argv[i] + 7);
+  const Run run = Load(argv[1]);
+  if (run == nullptr) return 2;
+  for (int i = 4; i < argc; ++i) {
+    const std::string step = argv[i];
+    if (step == "initialize") InitializeOxaCore();
+    if (step == "twice") RunAndPrint(run, argv[2], std::atoi(argv[3]));
+    if (step.rfind("replace=", 0) == 0) std::rename(step.substr(8).c_str(), argv[1]);
+    if (step.rfind("damage=", 0) == 0) Damage(run, step.substr(7), std::atoi(argv[3]));
+    if (step.rfind("threads=", 0) == 0) RaiseOnThreads(run, std::atoi(step.substr(8).c_str()));
+    if (step == "fork") RaiseInChild(run);
+    if (step == "unavailable") std::cout << "unavailable " << DebugHelp::IsUnavailable() << "\n";
+  }
+  if (argv[2][0] != '-') RunAndPrint(run, argv[2], std::atoi(argv[3]));
+  for (int i = 4; i < argc; ++i)
+    if (std::string(argv[i]) == "xml") {
+      try {
+        run(argv[2], 0, &Raise);
+      } catch (Error& error) {
+        XMLWriter writer(XMLFormatter::CreateCompact());
+        std::ostringstream text;
+        error.ToXML(writer, text, "");
+        std::cout << text.str() << "\n";
+      }
+    }
+  AlertManager::Instance()->RemoveAlertListener(listener);
+  ShutdownOxaCore();
+  return 0;
+}
