@@ -27,7 +27,7 @@ class OXACORE_API SystemLibrary {
  public:
   /// Loads the library, with all that it needs, and runs what it does on loading. A name without a folder is looked
   /// for where the system looks for libraries. One that is loaded already is only counted once more. Null if that
-  /// fails, and for the empty name.
+  /// fails, and for the empty name. What leaves the library's own start as an exception ends the process.
   static boost::shared_ptr<SystemLibrary> Load(const PathName& path);
 
   SystemLibrary(const SystemLibrary&) = delete;
