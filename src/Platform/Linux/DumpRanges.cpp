@@ -83,7 +83,7 @@ const DumpRanges::Range* DumpRanges::StackBehind(std::uint64_t address) const no
 void DumpRanges::ChooseSmallRanges(DumpModules& modules, bool scan, bool indirect) noexcept {
   for (const DumpThread& thread : *m_pThreads) {
     AddAround(thread.m_uPlace, uCODE, uCODE);
-    modules.Reference(thread.m_uPlace);
+    if (scan) modules.Reference(thread.m_uPlace);
   }
   if (indirect) {
     for (std::size_t i = 0; i < m_uStacks; ++i)
