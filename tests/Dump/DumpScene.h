@@ -22,7 +22,12 @@ namespace TestSupport {
 
 namespace Platform = Oxa::Core::Platform;
 
+// A sanitizer's terabytes of address space take all the time that they are given.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int iDUMP_TIME = 10000;
+#else
 constexpr int iDUMP_TIME = 60000;
+#endif
 constexpr unsigned uPOLICY_1 =
     Platform::eDUMP_SCAN_MEMORY | Platform::eDUMP_WITH_INDIRECTLY_REFERENCED_MEMORY;
 constexpr unsigned uPOLICY_2 = Platform::eDUMP_WITH_DATA_SEGS | Platform::eDUMP_WITH_HANDLE_DATA |

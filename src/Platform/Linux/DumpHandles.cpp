@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <string.h>
 
+#include "Platform/Linux/DumpFolder.h"
 #include "Platform/Linux/DumpText.h"
 #include "Platform/Linux/RawCall.h"
 
@@ -14,17 +15,7 @@ namespace {
 
 constexpr std::uint32_t uMOST = 4096;
 
-struct FolderEntry {
-  std::uint64_t m_uNode;
-  std::int64_t m_iNext;
-  std::uint16_t m_uLength;
-  std::uint8_t m_uType;
-  char m_name[1];
-};
-
 Minidump::Handle s_handles[uMOST];
-
-std::uint32_t ReadHandles(DumpSource& source, int folder) noexcept;
 
 // What is open under one number: a file's name, or "socket:[12345]" and the like.
 void ReadHandle(DumpSource& source, int folder, const char* number, Minidump::Handle& handle) noexcept {
@@ -37,18 +28,11 @@ void ReadHandle(DumpSource& source, int folder, const char* number, Minidump::Ha
 }
 
 std::uint32_t ReadHandles(DumpSource& source, int folder) noexcept {
-  alignas(8) char entries[4096];
   std::uint32_t count = 0;
-  for (;;) {
-    const long size = RawCall(SYS_getdents64, folder, RawArgument(entries), sizeof entries);
-    if (size <= 0) return count;
-    for (long at = 0; at < size;) {
-      const FolderEntry* const entry = reinterpret_cast<const FolderEntry*>(entries + at);
-      if (entry->m_name[0] != '.' && count < uMOST)
-        ReadHandle(source, folder, entry->m_name, s_handles[count++]);
-      at += entry->m_uLength;
-    }
-  }
+  ForNamesIn(folder, [&](const char* name) {
+    if (name[0] != '.' && count < uMOST) ReadHandle(source, folder, name, s_handles[count++]);
+  });
+  return count;
 }
 
 }  // namespace

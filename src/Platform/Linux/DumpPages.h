@@ -9,24 +9,44 @@ namespace Oxa::Core::Platform {
 
 constexpr std::uint64_t uDUMP_PAGE = 4096;
 
-/// Looks at up to 512 pages from `address` on. Allocates nothing.
+/// The touched runs of a region, one after the other. Static storage; allocates nothing.
 class DumpPages {
  public:
-  static constexpr std::size_t uMOST = 512;
+  struct Run {
+    std::uint64_t m_uStart;
+    std::uint64_t m_uEnd;
+    std::uint64_t m_uKinds;  // what the system has to say of it
+  };
 
   /// `pagemap` is the system's own table as an open file, -1 for none. Where nothing can be told a page counts as
   /// touched.
-  void Read(int pagemap, std::uint64_t address, std::size_t count) noexcept;
+  void Start(int pagemap, std::uint64_t start, std::uint64_t end) noexcept;
 
-  bool IsTouched(std::size_t page) const noexcept { return m_touched[page]; }
+  /// The next run; false if there are no more, or `deadline` has passed. Runs that touch each other come as one.
+  bool Next(Run& run, std::int64_t deadline) noexcept;
 
  private:
-  bool ReadTable(int pagemap, std::uint64_t address, std::size_t count) noexcept;
-  bool ReadResidence(std::uint64_t address, std::size_t count) noexcept;
+  static constexpr std::size_t uPAGES = 2048;  // looked at in one go
+  static constexpr std::size_t uRUNS = uPAGES / 2;
 
-  bool m_touched[uMOST];
-  std::uint64_t m_table[uMOST];
-  unsigned char m_residence[uMOST];
+  bool Take(Run& run, std::int64_t deadline) noexcept;
+  void Fill() noexcept;
+  bool Scan() noexcept;
+  bool ReadTable(std::size_t pages) noexcept;
+  bool ReadResidence(std::size_t pages) noexcept;
+  void AddPage(std::uint64_t page) noexcept;
+
+  int m_iPagemap;
+  bool m_bScans;
+  std::uint64_t m_uAt;
+  std::uint64_t m_uEnd;
+  std::size_t m_uRun;
+  std::size_t m_uRuns;
+  bool m_bPending;
+  Run m_pending;
+  Run m_runs[uRUNS];
+  std::uint64_t m_table[uPAGES];
+  unsigned char m_residence[uPAGES];
 };
 
 }  // namespace Oxa::Core::Platform

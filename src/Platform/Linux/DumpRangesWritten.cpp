@@ -56,17 +56,9 @@ void DumpRanges::ListRegions(unsigned int contents, int pagemap) noexcept {
 void DumpRanges::ListTouched(const DumpMapping& mapping, int pagemap) noexcept {
   // Half of the time that is left is for the memory itself.
   const std::int64_t deadline = m_iBegin + (m_iDeadline - m_iBegin) / 2;
-  std::uint64_t begin = 0;  // of the run of touched pages that lasts; 0 for none
-  for (std::uint64_t at = mapping.m_uStart; at < mapping.m_uEnd && DumpClock() < deadline;) {
-    const std::size_t count = std::min<std::uint64_t>(DumpPages::uMOST, (mapping.m_uEnd - at) / uDUMP_PAGE);
-    s_pages.Read(pagemap, at, count);
-    for (std::size_t i = 0; i < count; ++i, at += uDUMP_PAGE) {
-      if (s_pages.IsTouched(i) == (begin != 0)) continue;
-      if (begin != 0) ListWithoutStacks(begin, at);
-      begin = begin != 0 ? 0 : at;
-    }
-    if (begin != 0 && at == mapping.m_uEnd) ListWithoutStacks(begin, at);
-  }
+  DumpPages::Run run{};
+  s_pages.Start(pagemap, mapping.m_uStart, mapping.m_uEnd);
+  while (s_pages.Next(run, deadline)) ListWithoutStacks(run.m_uStart, run.m_uEnd);
 }
 
 void DumpRanges::ListWithoutStacks(std::uint64_t start, std::uint64_t end) noexcept {

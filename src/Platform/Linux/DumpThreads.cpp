@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "Platform/Linux/DumpFile.h"
+#include "Platform/Linux/DumpFolder.h"
 #include "Platform/Linux/DumpText.h"
 #include "Platform/Linux/RawCall.h"
 
@@ -21,15 +22,6 @@ namespace Oxa::Core::Platform {
 namespace {
 
 constexpr long lPOLL_NANOSECONDS = 20000;
-
-// An entry of a folder as the system gives it.
-struct FolderEntry {
-  std::uint64_t m_uNode;
-  std::int64_t m_iNext;
-  std::uint16_t m_uLength;
-  std::uint8_t m_uType;
-  char m_name[1];
-};
 
 // Where a thread stands that isn't ours: "number of the call, six arguments, stack, place", or "running".
 void ReadPlace(int tasks, DumpThread& thread) noexcept {
@@ -44,9 +36,11 @@ void ReadPlace(int tasks, DumpThread& thread) noexcept {
   // A call has six arguments; "-1" for none has none.
   const char* at = SkipWords(text, text[0] == '-' ? 1 : 7);
   if (!BeginsWith(at, "0x")) return;
-  thread.m_uStack = TakeNumber(at += 2, 16);
+  at += 2;
+  thread.m_uStack = TakeNumber(at, 16);
   if (!BeginsWith(at, " 0x")) return;
-  thread.m_uPlace = TakeNumber(at += 3, 16);
+  at += 3;
+  thread.m_uPlace = TakeNumber(at, 16);
   thread.m_eState = DumpThread::ePLACE;
 }
 
@@ -84,19 +78,11 @@ bool DumpThreads::Knows(int id) noexcept {
 
 std::size_t DumpThreads::AddFrom(int tasks, int spared) noexcept {
   const std::size_t before = m_uCount;
-  alignas(8) char entries[4096];
-  RawCall(SYS_lseek, tasks, 0, SEEK_SET);
-  for (;;) {
-    const long size = RawCall(SYS_getdents64, tasks, RawArgument(entries), sizeof entries);
-    if (size <= 0) return m_uCount - before;
-    for (long at = 0; at < size;) {
-      const FolderEntry* const entry = reinterpret_cast<const FolderEntry*>(entries + at);
-      const char* name = entry->m_name;
-      const int id = static_cast<int>(TakeNumber(name, 10));
-      if (id != 0 && id != spared && !Knows(id)) Add(id, DumpThread::eRUNNING);
-      at += entry->m_uLength;
-    }
-  }
+  ForNamesIn(tasks, [this, spared](const char* name) {
+    const int id = static_cast<int>(TakeNumber(name, 10));
+    if (id != 0 && id != spared && !Knows(id)) Add(id, DumpThread::eRUNNING);
+  });
+  return m_uCount - before;
 }
 
 void DumpThreads::ReadPlaces(int tasks) noexcept {
