@@ -76,7 +76,7 @@ void TakeFaults() {
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) sigaction(signal, &action, nullptr);
 }
 
-__attribute__((noinline)) int MeasureAndDie(int* where, int count) {
+__attribute__((noinline, no_sanitize("undefined", "address"))) int MeasureAndDie(int* where, int count) {
   Reading reading = {7, 3.25, "pressure"};
   int doubled = 2 * count;
   *where = doubled + reading.m_iChannel;
@@ -129,7 +129,7 @@ int ByOverflow() {
   return OverflowTheStack(0);
 }
 
-int ThroughNull() {
+__attribute__((no_sanitize("undefined"))) int ThroughNull() {
   TakeFaults();
   int (*volatile function)() = nullptr;
   return function() + 1;

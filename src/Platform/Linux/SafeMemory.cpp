@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "Platform/Linux/RawCall.h"
+
 namespace Oxa::Core::Platform {
 
 namespace {
@@ -18,19 +20,20 @@ const char* PointerTo(std::uint64_t address) noexcept {
       static_cast<std::uintptr_t>(address));  // NOLINT(performance-no-int-to-ptr)
 }
 
-// Through a pipe of its own: the kernel tells by an error what it can't read for a write.
+// Through a pipe of its own: the kernel tells by an error what it can't read for a write. Raw calls, since a sanitizer
+// would have its say on what is read, and a thread that is to be cancelled might end here.
 bool ReadThroughPipe(const char* from, char* to, std::size_t size) noexcept {
   int ends[2];
-  if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return false;
+  if (RawCall(SYS_pipe2, RawArgument(ends), O_CLOEXEC | O_NONBLOCK) != 0) return false;
   bool good = true;
   for (std::size_t done = 0; good && done < size;) {
-    const std::size_t part = std::min<std::size_t>(size - done, PIPE_BUF);
-    good = ::write(ends[1], from + done, part) == static_cast<ssize_t>(part) &&
-           ::read(ends[0], to + done, part) == static_cast<ssize_t>(part);
-    done += part;
+    const long part = static_cast<long>(std::min<std::size_t>(size - done, PIPE_BUF));
+    good = RawCall(SYS_write, ends[1], RawArgument(from + done), part) == part &&
+           RawCall(SYS_read, ends[0], RawArgument(to + done), part) == part;
+    done += static_cast<std::size_t>(part);
   }
-  ::close(ends[0]);
-  ::close(ends[1]);
+  RawCall(SYS_close, ends[0]);
+  RawCall(SYS_close, ends[1]);
   return good;
 }
 
