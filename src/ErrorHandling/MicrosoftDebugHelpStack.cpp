@@ -27,6 +27,7 @@ namespace {
 
 const char* const sUNKNOWN = "Unknown";
 const char* const sMODULE = "Module";
+const char* const sVARIABLE_TYPES = "VariableTypes";
 
 std::string LowerCaseLeaf(const char* file) {
   std::string leaf(file);
@@ -127,15 +128,16 @@ class DebugHelpWalk {
     std::string function = FunctionOf(frame);
     if (!function.empty()) context[CodeContext::sFUNCTION].swap(function);
     AlertData variables;
-    if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, variables);
+    if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, context, variables);
     m_spFrames->push_back(CodeContext(context, variables));
   }
 
-  void ReadVariables(const Platform::StackFrame& frame, AlertData& variables) {
+  void ReadVariables(const Platform::StackFrame& frame, AlertData& context, AlertData& variables) {
     FrameVariables found;
     found.m_pContext = &m_help;
     Platform::ReadFrameVariables(*m_help.m_pProcess, frame, Platform::VariableSink{&TakeVariable, &found});
     variables.swap(found.m_variables);
+    if (!found.m_sTypes.empty()) context[sVARIABLE_TYPES].swap(found.m_sTypes);
   }
 
   const DebugHelp& m_help;

@@ -40,8 +40,8 @@ bool DebugSymbol::Read() {
 
 bool DebugSymbol::ReadPart(Progress& progress) {
   if (!m_pType) return false;
-  m_sTypeName = TypeName(*m_pType);
-  if (m_sTypeName.empty() || IsLeftOut(m_sName, *m_pType)) return false;
+  m_pTypeName = &TypeName(*m_pType);
+  if (m_pTypeName->empty() || IsLeftOut(m_sName, *m_pType)) return false;
   m_uSize = m_pType->m_uSize;
   m_uTypeIndex = m_pType->m_uIndex;
   m_iTag = m_pType->m_eTag;
@@ -90,7 +90,7 @@ void TakeVariable(void* frameVariables, const VariableFacts& variable) {
   DebugSymbol symbol(frame.m_pContext, variable);
   if (!symbol.Read() || !frame.m_variables.emplace(symbol.GetName(), symbol.GetValue()).second) return;
   if (!frame.m_sTypes.empty()) frame.m_sTypes += "; ";
-  frame.m_sTypes += symbol.GetName() + ": " + symbol.GetTypeName();
+  frame.m_sTypes.append(symbol.GetName()).append(": ").append(TypeName(*variable.m_pType));
 }
 
 }  // namespace MSWindows

@@ -39,7 +39,8 @@ class DebugSymbol {
   virtual bool Read();
 
   const std::string& GetName() const { return m_sName; }
-  const std::string& GetTypeName() const { return m_sTypeName; }
+  /// Empty before the symbol is read.
+  std::string GetTypeName() const { return m_pTypeName ? *m_pTypeName : std::string(); }
   const std::string& GetValue() const { return m_sValue; }
   std::uint64_t GetSize() const { return m_uSize; }
   std::uint64_t GetTypeIndex() const { return m_uTypeIndex; }
@@ -93,7 +94,7 @@ class DebugSymbol {
 
   const DebugHelp* m_pContext;
   std::string m_sName;
-  std::string m_sTypeName;
+  const std::string* m_pTypeName = nullptr;  // kept with the type
   std::string m_sValue;
   std::uint64_t m_uSize = 0;
   std::uint64_t m_uTypeIndex = 0;

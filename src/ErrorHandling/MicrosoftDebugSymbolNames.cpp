@@ -106,9 +106,9 @@ std::string FunctionName(const TypeFacts& type, const char* inside, int depth) {
 std::string Pointing(const TypeFacts* pTo, const char* sign, int depth) {
   if (pTo && pTo->m_eTag == eTYPE_FUNCTION)
     return FunctionName(*pTo, (std::string("(") + sign + ")").c_str(), depth);
-  const std::string name = Built(pTo, depth);
-  if (name.empty()) return name;
-  return name.back() == '*' ? name + sign : name + " " + sign;
+  std::string name = Built(pTo, depth);
+  if (!name.empty()) name.append(name.back() == '*' ? "" : " ").append(sign);
+  return name;
 }
 
 std::string PointerName(const TypeFacts& type, int depth) {
@@ -124,8 +124,9 @@ std::string ArrayName(const TypeFacts& type, int depth) {
     dimensions += "[" + (pElement->m_iCount < 0 ? std::string() : std::to_string(pElement->m_iCount)) + "]";
     pElement = pElement->m_pOf;
   }
-  const std::string name = Built(pElement, depth);
-  return name.empty() ? name : name + " " + dimensions;
+  std::string name = Built(pElement, depth);
+  if (!name.empty()) name.append(" ").append(dimensions);
+  return name;
 }
 
 std::string Built(const TypeFacts& type, int depth) {
@@ -165,6 +166,7 @@ bool Contains(const Names& names, const std::string& name) {
 }
 
 bool IsSpared(const TypeFacts& type) {
+  if (type.m_eTag != eTYPE_CLASS && type.m_eTag != eTYPE_POINTER) return false;
   if (Contains(sLEFT_OUT, TypeName(type))) return true;
   return type.m_eTag == eTYPE_CLASS && Contains(sSTREAMS, TypeName(type));
 }

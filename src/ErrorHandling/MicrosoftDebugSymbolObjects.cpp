@@ -130,10 +130,8 @@ void DebugSymbol::ReadMember(const Member& member, Progress& progress) {
   if (!spChild->ReadPart(progress)) return;
   m_children.push_back(spChild);
   if (m_sValue.size() > 1) m_sValue += ", ";
-  if (member.m_bBase)
-    m_sValue += spChild->m_sTypeName + " ";
-  else if (!member.m_sName.empty())
-    m_sValue += spChild->m_sTypeName + " " + member.m_sName + " = ";
+  if (member.m_bBase || !member.m_sName.empty()) m_sValue.append(*spChild->m_pTypeName).append(" ");
+  if (!member.m_sName.empty()) m_sValue.append(member.m_sName).append(" = ");
   m_sValue += spChild->m_sValue;
 }
 

@@ -11,7 +11,7 @@ namespace Oxa::Core::Platform {
 /// One thread at a time.
 class MemoryReader {
  public:
-  MemoryReader() noexcept = default;
+  MemoryReader() noexcept {}  // NOLINT(modernize-use-equals-default): what is in the windows doesn't matter
   MemoryReader(const MemoryReader&) = delete;
   MemoryReader& operator=(const MemoryReader&) = delete;
 
@@ -20,13 +20,15 @@ class MemoryReader {
   bool Read(std::uint64_t address, void* to, std::size_t size) noexcept;
 
  private:
-  static constexpr std::size_t uWINDOW =
-      4096;  // no page is smaller: a window can be read as a whole or not at all
+  static constexpr std::size_t uWINDOW = 1024;  // a part of a page: it can be read as a whole or not at all
+  static constexpr int iWINDOWS = 4;            // the frame, the heap, texts, and what lies at an edge
+  static constexpr std::uint64_t uNONE = 1;     // no window begins there
 
-  bool Open(std::uint64_t window) noexcept;
+  const unsigned char* Open(std::uint64_t window) noexcept;
 
-  std::uint64_t m_uWindow = 1;  // the address of what is kept; 1 is none
-  unsigned char m_window[uWINDOW];
+  std::uint64_t m_begins[iWINDOWS] = {uNONE, uNONE, uNONE, uNONE};
+  int m_iOldest = 0;
+  unsigned char m_windows[iWINDOWS][uWINDOW];
 };
 
 }  // namespace Oxa::Core::Platform

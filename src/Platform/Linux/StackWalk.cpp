@@ -31,6 +31,7 @@ class SymbolReader {
   // Behind a fault nothing of what was being read can be trusted, nor be given back.
   void BeginAnew() {
     static_cast<void>(m_pProcess.release());
+    AbandonVariables();
     m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str()));
   }
 

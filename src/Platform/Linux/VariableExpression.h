@@ -2,6 +2,7 @@
 #ifndef OXACORE_PLATFORM_LINUX_VARIABLEEXPRESSION_H
 #define OXACORE_PLATFORM_LINUX_VARIABLEEXPRESSION_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -18,7 +19,20 @@ struct ExpressionScene {
   MemoryReader& m_memory;
   int m_iSteps = 0;  ///< operations done so far, of all expressions that led here
   int m_iDepth = 0;  ///< expressions that wait for the present one
+  bool m_bBaseTried = false;
+  bool m_bBaseKnown = false;
+  std::uint64_t m_uBase = 0;  ///< what the function's variables are counted from, once it was asked for
 };
+
+/// An attribute with the expression that it always has, if it's always the same.
+struct LocationAttribute {
+  Dwarf_Attribute m_attribute{};
+  const Dwarf_Op* m_pOperations = nullptr;  ///< null: it depends on the place
+  std::size_t m_uOperations = 0;
+};
+
+/// Looks up whether the expression of `attribute` is always the same. It stands as long as the debug data.
+LocationAttribute MakeLocationAttribute(const Dw& dw, const Dwarf_Attribute& attribute);
 
 struct Location {
   EValuePlace m_ePlace = eVALUE_NOWHERE;
@@ -28,7 +42,7 @@ struct Location {
 };
 
 /// The location of a value of `size` bytes, by an attribute that holds an expression or a list of them by places.
-Location Locate(ExpressionScene& scene, Dwarf_Attribute& attribute, std::uint64_t size);
+Location Locate(ExpressionScene& scene, LocationAttribute attribute, std::uint64_t size);
 
 /// The number that the expression leaves, or the content of the register that it names.
 bool NumberOf(ExpressionScene& scene, Dwarf_Attribute& attribute, std::uint64_t& number);

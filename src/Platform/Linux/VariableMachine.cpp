@@ -246,13 +246,16 @@ bool ExpressionMachine::Load(std::uint64_t size, const WordType& type) {
 
 bool ExpressionMachine::Jump(const Dwarf_Op& operation) {
   Word word;
-  if (operation.atom == DW_OP_bra && (!Pop(word) || word.m_uBits == 0)) return operation.atom == DW_OP_bra;
-  const Dwarf_Word target =
-      operation.offset + 3 + static_cast<Dwarf_Word>(static_cast<std::int16_t>(operation.number));
+  if (operation.atom == DW_OP_bra) {
+    if (!Pop(word)) return false;
+    if (word.m_uBits == 0) return true;
+  }
+  const auto behind = static_cast<std::int64_t>(operation.offset) + 3;
+  const std::int64_t target = behind + static_cast<std::int16_t>(operation.number);
   for (m_uNext = 0; m_uNext < m_uOperations; ++m_uNext)
-    if (m_pOperations[m_uNext].offset == target) return true;
+    if (static_cast<std::int64_t>(m_pOperations[m_uNext].offset) == target) return true;
   // Behind the last one is a place as well.
-  return m_uOperations > 0 && target > m_pOperations[m_uOperations - 1].offset;
+  return target > static_cast<std::int64_t>(m_pOperations[m_uOperations - 1].offset);
 }
 
 bool ExpressionMachine::NameRegister(std::uint64_t number) noexcept {

@@ -33,7 +33,7 @@ class ExpressionMachine {
 
  private:
   enum EFound { eFOUND_ON_STACK, eFOUND_REGISTER, eFOUND_VALUE, eFOUND_BLOCK };
-  static constexpr int iWORDS = 64;
+  static constexpr int iWORDS = 32;
   static constexpr int iSTEPS = 2000;
   static constexpr int iDEPTH = 8;
 

@@ -30,7 +30,9 @@ VariableScopes& ScopesFor(const Dw& dw) {
 class FrameReader {
  public:
   FrameReader(const Dw& dw, const FrameView& frame, const VariableSink& sink)
-      : m_rSink(sink), m_scene{dw, frame, m_memory} {}
+      : m_rSink(sink), m_scene{dw, frame, m_memory} {
+    m_given.reserve(16);
+  }
 
   void Read(const VariableScopes::Scope& scope) {
     for (const ScopeVariable& variable : scope)
@@ -59,9 +61,8 @@ class FrameReader {
   }
 
   Location Find(const ScopeVariable& variable) {
-    Dwarf_Attribute attribute = variable.m_location;
     m_scene.m_iSteps = 0;
-    return Locate(m_scene, attribute, variable.m_pType->m_uSize);
+    return Locate(m_scene, variable.m_location, variable.m_pType->m_uSize);
   }
 
   static void FillValue(ValueFacts& value, const Location& location) {
@@ -98,6 +99,10 @@ void ReadVariables(const Dw& dw, const FrameView& frame, const VariableSink& sin
 
 void ForgetVariables() noexcept {
   delete s_pScopes;
+  AbandonVariables();
+}
+
+void AbandonVariables() noexcept {
   s_pScopes = nullptr;
   s_pFunctions = nullptr;
 }

@@ -12,7 +12,7 @@ constexpr std::uint64_t uFIRST_WIDE = 17;  // xmm0
 constexpr std::uint64_t uWIDE = 16;
 
 bool ReadWide(const ucontext_t& full, std::uint64_t number, std::uint64_t& value) noexcept {
-  const fpregset_t floating = full.uc_mcontext.fpregs;
+  const _libc_fpstate* const floating = full.uc_mcontext.fpregs;
   if (!floating) return false;
   std::memcpy(&value, &floating->_xmm[number - uFIRST_WIDE], sizeof value);
   return true;
@@ -30,6 +30,15 @@ int FindThreadBlock(dl_phdr_info* info, std::size_t size, void* wanted) {
   return 1;
 }
 
+bool ReadFrameBase(ExpressionScene& scene, std::uint64_t& base) {
+  const Dw& dw = scene.m_dw;
+  Dwarf_Die function =
+      scene.m_frame.m_subprogram.addr ? scene.m_frame.m_subprogram : scene.m_frame.m_function;
+  Dwarf_Attribute attribute{};
+  if (!dw.dwarf_attr || !dw.dwarf_attr(&function, DW_AT_frame_base, &attribute)) return false;
+  return NumberOf(scene, attribute, base);
+}
+
 }  // namespace
 
 bool ReadRegisterOf(const FrameView& frame, std::uint64_t number, std::uint64_t& value) noexcept {
@@ -43,12 +52,12 @@ bool ReadRegisterOf(const FrameView& frame, std::uint64_t number, std::uint64_t&
 }
 
 bool FrameBase(ExpressionScene& scene, std::uint64_t& base) {
-  const Dw& dw = scene.m_dw;
-  Dwarf_Die function =
-      scene.m_frame.m_subprogram.addr ? scene.m_frame.m_subprogram : scene.m_frame.m_function;
-  Dwarf_Attribute attribute{};
-  if (!dw.dwarf_attr || !dw.dwarf_attr(&function, DW_AT_frame_base, &attribute)) return false;
-  return NumberOf(scene, attribute, base);
+  if (!scene.m_bBaseTried) {
+    scene.m_bBaseTried = true;  // before it is looked for: damaged data counts it from itself
+    scene.m_bBaseKnown = ReadFrameBase(scene, scene.m_uBase);
+  }
+  base = scene.m_uBase;
+  return scene.m_bBaseKnown;
 }
 
 bool ThreadLocalAddress(const FrameView& frame, std::uint64_t offset, std::uint64_t& address) noexcept {

@@ -28,15 +28,15 @@ bool Contains(const std::vector<const void*>& entries, const void* entry) {
 
 }  // namespace
 
-const VariableScopes::Scope& VariableScopes::Of(Dwarf_Die die) {
-  const auto [found, isNew] = m_scopes.try_emplace(die.addr);
-  Scope& scope = found->second;
-  if (!isNew) return scope;
-  AddChildren(die, {}, true, scope);
+const VariableScopes::Scope& VariableScopes::Of(Dwarf_Die scope) {
+  const auto [found, isNew] = m_scopes.try_emplace(scope.addr);
+  Scope& variables = found->second;
+  if (!isNew) return variables;
+  AddChildren(scope, {}, true, variables);
   // What this instance of the function has lost is still a variable of it.
   Dwarf_Die origin{};
-  if (Origin(die, origin)) AddChildren(origin, OriginsOfChildren(die), false, scope);
-  return scope;
+  if (Origin(scope, origin)) AddChildren(origin, OriginsOfChildren(scope), false, variables);
+  return variables;
 }
 
 bool VariableScopes::Origin(Dwarf_Die& die, Dwarf_Die& origin) const {
@@ -72,10 +72,12 @@ void VariableScopes::Add(Dwarf_Die& die, bool placed, Scope& scope) {
   variable.m_bParameter = m_dw.dwarf_tag(&die) == DW_TAG_formal_parameter;
   variable.m_pType = m_types.TypeOf(die);
   // The origin of an instance can tell places only of what all instances share.
-  if (m_dw.dwarf_attr_integrate(&die, DW_AT_location, &variable.m_location))
+  if (m_dw.dwarf_attr_integrate(&die, DW_AT_location, &attribute)) {
     variable.m_bLocated = placed || !variable.m_bParameter;
-  else
+    variable.m_location = MakeLocationAttribute(m_dw, attribute);
+  } else {
     ReadConstant(die, variable);
+  }
   scope.push_back(std::move(variable));
 }
 

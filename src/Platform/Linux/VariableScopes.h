@@ -7,6 +7,7 @@
 
 #include "Platform/Linux/DwFunctions.h"
 #include "Platform/Linux/TypeReader.h"
+#include "Platform/Linux/VariableExpression.h"
 
 namespace Oxa::Core::Platform {
 
@@ -16,7 +17,7 @@ struct ScopeVariable {
   const TypeFacts* m_pType = nullptr;
   bool m_bParameter = false;
   bool m_bLocated = false;  ///< `m_location` tells where it is
-  Dwarf_Attribute m_location{};
+  LocationAttribute m_location;
   std::vector<unsigned char> m_constant;  ///< its value, if it always has the same
 };
 

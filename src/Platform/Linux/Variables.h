@@ -16,6 +16,9 @@ namespace Oxa::Core::Platform {
 /// data calls ForgetVariables.
 void ReadVariables(const Dw& dw, const FrameView& frame, const VariableSink& sink);
 
+/// Forgets everything without giving it back: for what a fault cut short, since nobody knows what state it is in.
+void AbandonVariables() noexcept;
+
 /// Gives back everything that is kept. Types that were handed out are gone then.
 void ForgetVariables() noexcept;
 
