@@ -179,6 +179,10 @@ void HoldOutput() {
   while (!s_bHeld) std::this_thread::yield();
 }
 
+void SayBuffering() {
+  Say(LogManager::Instance()->GetBufferingMode() ? "the log buffers" : "the log doesn't buffer");
+}
+
 void LimitFiles(const std::string& size) {
   const rlimit limit = {std::stoul(size), std::stoul(size)};
   ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -221,6 +225,11 @@ const std::map<std::string, std::function<void(const std::string&)>> SETTINGS = 
     {"signal", [](const std::string&) { AlertManager::SetEndBySignal(true); }},
     {"files", &LimitFiles},
     {"again", &DieAgain},
+    {"say-buffering",
+     [](const std::string&) {
+       SayBuffering();
+       TheWitness().m_atEnd = &SayBuffering;
+     }},
     {"hang-at-end", [](const std::string&) { TheWitness().m_atEnd = &Hang; }},
     {"hang-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Hang; }},
     {"fault-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Fault; }},

@@ -69,6 +69,9 @@ TEST(FatalFolder, FallbackHasTheSecondForm) {
   std::string path;
   EXPECT_TRUE(CreateFatalErrorPath(path));
   EXPECT_EQ(process.File("FatalError_14-Jan-2014_8-28-11/"), path);
+  Platform::SetClockOffset(0, 0);
+  EXPECT_TRUE(CreateFatalErrorPath(path));
+  EXPECT_EQ(process.File("FatalError_14-Jan-2014_8-28-11/"), path) << "the dump's, and the report's";
 }
 
 TEST(FatalFolder, FailsWhereNoneCanBeMade) {

@@ -1,5 +1,6 @@
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/SystemLibrary.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -35,6 +36,16 @@ TEST(SystemLibrary, GetFunctionGivesAPointerToTheFunctionsType) {
   using FoundByPointer = decltype(std::declval<SystemLibrary>().GetFunction<int (*)(int)>(""));
   EXPECT_TRUE((std::is_same_v<int (*)(int), Found>));
   EXPECT_TRUE((std::is_same_v<Found, FoundByPointer>));
+}
+
+TEST(SystemLibrary, FunctionsAreSeenByNobodyElse) {
+  const boost::shared_ptr<SystemLibrary> library = SystemLibrary::Load(PathName(sPLUGIN));
+  ASSERT_TRUE(library);
+  EXPECT_EQ(nullptr, ::dlsym(RTLD_DEFAULT, "PluginAdd"));
+}
+
+TEST(SystemLibrary, ALibraryThatLacksAFunctionIsNull) {
+  EXPECT_FALSE(SystemLibrary::Load(PathName(UNBOUND)));
 }
 
 TEST(SystemLibrary, HasFunctionIsFalseForANameThatDoesNotExist) {

@@ -1,3 +1,4 @@
+#include <Infrastructure/OxaCore/SystemProcesses.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
@@ -52,20 +53,22 @@ struct Rights {
 };
 
 // In a process of its own: 0 if the right that was put aside was taken up again, 2 if this user has no such right.
-int TakeUpRight(bool permitted) {
+template <class TakeUp>
+int TakeUpRight(bool permitted, const TakeUp& takeUp) {
   const __u32 right = CAP_TO_MASK(CAP_SYS_PTRACE);
   Rights rights;
   if (!rights.Read() || (rights.Permitted() & right) == 0) return 2;
   rights.Effective() &= ~right;
   if (!permitted) rights.Permitted() &= ~right;
   if (!rights.Write()) return 3;
-  Platform::AllowLookingIntoProcesses();
+  takeUp();
   return rights.Read() && (rights.Effective() & right) != 0 ? 0 : 1;
 }
 
-int InAChild(int (*action)(bool), bool argument) {
+template <class TakeUp>
+int TakeUpInAChild(bool permitted, const TakeUp& takeUp) {
   const pid_t child = fork();
-  if (child == 0) _exit(action(argument));
+  if (child == 0) _exit(TakeUpRight(permitted, takeUp));
   int status = -1;
   return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
@@ -156,10 +159,12 @@ TEST(ProcessesLinux, AProcessWithoutAProgramIsNotShownAndOneWithoutMappingsIs) {
 }
 
 TEST(ProcessesLinux, ARightThatIsPermittedIsTakenUp) {
-  const int result = InAChild(&TakeUpRight, true);
+  const int result = TakeUpInAChild(true, &Platform::AllowLookingIntoProcesses);
   if (result == 2) GTEST_SKIP() << "this user may not look into others";
   EXPECT_EQ(0, result);
-  EXPECT_EQ(1, InAChild(&TakeUpRight, false)) << "one that isn't permitted is not";
+  EXPECT_EQ(1, TakeUpInAChild(false, &Platform::AllowLookingIntoProcesses))
+      << "one that isn't permitted is not";
+  EXPECT_EQ(0, TakeUpInAChild(true, [] { Oxa::Core::SystemProcesses(); }));
 }
 
 TEST(MappingsLinux, LinesAreReadAndOthersPassedOver) {
