@@ -1,7 +1,7 @@
 // Errors that are raised at the bottom of a stack of 20 frames, with file, line and function of each. This program is
 // compiled with lines and functions but without variables (-g1); CallStacksVariables.cpp has them.
-#include "BenchSupport.h"
 #include "CallStacks.h"
+#include "BenchSupport.h"
 
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
@@ -25,14 +25,13 @@ using MSWindows::DebugHelp;
 
 void RaiseOurs() { OXA_RAISE_ERROR("Bench.CallStacks", Oxa::Core::InvalidParameter("p_iChannel", 12)); }
 
-template <void (*Bottom)()>
-OXA_BENCH_NOINLINE int Descend(int depth) {
+OXA_BENCH_NOINLINE int Descend(int depth, void (*bottom)()) {
   if (depth > 1) {
-    const int below = Descend<Bottom>(depth - 1);
+    const int below = Descend(depth - 1, bottom);
     benchmark::DoNotOptimize(below);
     return below + 1;
   }
-  Bottom();
+  bottom();
   return 0;
 }
 
@@ -40,7 +39,7 @@ template <void (*Raise)()>
 void RaiseAndCatch(benchmark::State& state) {
   for (auto _ : state) {
     try {
-      Descend<Raise>(iFRAMES);
+      Descend(iFRAMES, Raise);
     } catch (...) {
     }
   }
@@ -56,7 +55,8 @@ OXA_BENCH("Raise with a stack of 20 frames", "boost and libbacktrace", RaiseAndC
 #ifdef OXA_PEER_KJ
 // Addresses only: names and lines would cost another process each time.
 void RaiseKj() {
-  kj::throwFatalException(kj::Exception(kj::Exception::Type::FAILED, __FILE__, __LINE__, kj::str("p_iChannel = ", 12)));
+  kj::throwFatalException(
+      kj::Exception(kj::Exception::Type::FAILED, __FILE__, __LINE__, kj::str("p_iChannel = ", 12)));
 }
 OXA_BENCH("Raise with a stack of 20 frames", "kj, addresses only", RaiseAndCatch<RaiseKj>);
 #endif
@@ -65,7 +65,7 @@ void WalkOurs() { benchmark::DoNotOptimize(DebugHelp::Instance()->CreateCallStac
 
 template <void (*Walk)()>
 void OnlyWalk(benchmark::State& state) {
-  for (auto _ : state) Descend<Walk>(iFRAMES);
+  for (auto _ : state) Descend(iFRAMES, Walk);
 }
 OXA_BENCH("Stack of 20 frames", "Ours", OnlyWalk<WalkOurs>);
 
@@ -78,7 +78,7 @@ OXA_BENCH("Stack of 20 frames", "boost and libbacktrace", OnlyWalk<WalkBoost>);
 void ColdWalk(benchmark::State& state) {
   for (auto _ : state) {
     DebugHelp::Instance()->Initialize();
-    Descend<WalkOurs>(iFRAMES);
+    Descend(iFRAMES, &WalkOurs);
   }
 }
 OXA_BENCH("First stack of a process", "Ours", ColdWalk);
@@ -100,7 +100,7 @@ long ResidentBytes() {
 const long s_before = ResidentBytes();
 const long s_taken = [] {
   const boost::shared_ptr<DebugHelp> help = DebugHelp::Instance();
-  if (help) Descend<WalkOurs>(iFRAMES);
+  if (help) Descend(iFRAMES, &WalkOurs);
   return ResidentBytes() - s_before;
 }();
 

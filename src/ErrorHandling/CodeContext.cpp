@@ -1,5 +1,7 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 
+#include <utility>
+
 #include "Core/Immortal.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
@@ -38,6 +40,9 @@ CodeContext::CodeContext(const std::string& file, int line, const std::string& b
 
 CodeContext::CodeContext(const AlertData& context, const AlertData& variables)
     : m_contextInfo(context), m_variables(variables) {}
+
+CodeContext::CodeContext(AlertData&& context, AlertData&& variables) noexcept
+    : m_contextInfo(std::move(context)), m_variables(std::move(variables)) {}
 
 CodeContext::CodeContext(const CodeContext& other) = default;
 

@@ -29,17 +29,17 @@ const char* const sUNKNOWN = "Unknown";
 const char* const sMODULE = "Module";
 const char* const sVARIABLE_TYPES = "VariableTypes";
 
-std::string LowerCaseLeaf(const char* file) {
-  std::string leaf(file);
-  const auto separator = leaf.find_last_of("/\\");
-  if (separator != std::string::npos) leaf.erase(0, separator + 1);
-  for (char& c : leaf) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return leaf;
+std::string LowerCase(const char* text) {
+  std::string lower(text);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower;
 }
 
-std::string LowerCase(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
+std::string LowerCaseLeaf(const char* file) {
+  const char* leaf = file;
+  for (const char* at = file; *at != 0; ++at)
+    if (*at == '/' || *at == '\\') leaf = at + 1;
+  return LowerCase(leaf);
 }
 
 std::string Hexadecimal(std::uint64_t value) {
@@ -129,7 +129,7 @@ class DebugHelpWalk {
     if (!function.empty()) context[CodeContext::sFUNCTION].swap(function);
     AlertData variables;
     if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, context, variables);
-    m_spFrames->push_back(CodeContext(context, variables));
+    m_spFrames->push_back(CodeContext(std::move(context), std::move(variables)));
   }
 
   void ReadVariables(const Platform::StackFrame& frame, AlertData& context, AlertData& variables) {

@@ -41,6 +41,9 @@ class OXACORE_API CodeContext {
   /// Takes deep copies; for frames of a call stack and for alerts that are read back from a log.
   CodeContext(const AlertData& context, const AlertData& variables);
 
+  /// Takes the tables over.
+  CodeContext(AlertData&& context, AlertData&& variables) noexcept;
+
   CodeContext(const CodeContext& other);
   CodeContext& operator=(const CodeContext& other);
   CodeContext(CodeContext&& other) noexcept;
