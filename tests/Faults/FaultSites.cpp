@@ -28,6 +28,7 @@ OXA_SITE(FaultAddDouble, "addsd %xmm1, %xmm0\n");
 OXA_SITE(FaultIllegal, "ud2\n");
 OXA_SITE(FaultHalt, "hlt\n");
 OXA_SITE(FaultPort, "inb $0x80, %al\n");
+OXA_SITE(FaultWithoutStack, "movl $16, %esp\n pushq %rax\n");
 OXA_SITE(FaultDivide, "movl %edi, %eax\n cltd\n" OXA_PLACE(FaultDivideAt) "idivl %esi\n");
 
 // With the processor's check of alignment switched on for the one instruction.

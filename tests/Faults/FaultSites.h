@@ -19,6 +19,9 @@ void FaultIllegal();
 void FaultHalt();
 void FaultPort();
 
+/// Its stack pointer is no address any more.
+void FaultWithoutStack();
+
 // The instruction at the label behind faults.
 int FaultDivide(int one, int other);
 extern const char FaultDivideAt[];

@@ -1,8 +1,12 @@
 // A host whose compiler doesn't expect instructions to throw: by another compiler than g++, or without the flag.
-// Compiled on its own, with PLAIN_HOST for the prefix of its names.
+// Compiled on its own, with PLAIN_HOST_PREFIX for the prefix of its names.
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 
 #include <cstring>
+
+#define PLAIN_HOST_JOIN(prefix, name) prefix##name
+#define PLAIN_HOST_NAME(prefix, name) PLAIN_HOST_JOIN(prefix, name)
+#define PLAIN_HOST(name) PLAIN_HOST_NAME(PLAIN_HOST_PREFIX, name)
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-#define OXA_PLAIN_HOST(prefix)                                    \
-  bool prefix##CatchesAroundACall();                              \
-  bool prefix##CatchesBehindAFunctionThatIsNotPrepared();         \
+#define OXA_PLAIN_HOST(prefix)                            \
+  bool prefix##CatchesAroundACall();                      \
+  bool prefix##CatchesBehindAFunctionThatIsNotPrepared(); \
   bool prefix##CatchesWhatACopyDid(void* to, const void* from, std::size_t size)
 
 extern "C" {

@@ -1,0 +1,156 @@
+// A host that faults, or is sent signals, one scenario per run.
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
+#include <Infrastructure/OxaCore/OxaCore.h>
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <string>
+#include <thread>
+
+#include "FaultSites.h"
+#include "Platform/Linux/FaultContext.h"
+
+namespace {
+
+using namespace Oxa::Core;
+using namespace MSWindows;
+
+void Say(const char* text) {
+  if (::write(STDOUT_FILENO, text, std::strlen(text)) < 0) ::_exit(3);
+}
+
+template <class Site>
+bool Caught(const Site& site) {
+  try {
+    site();
+  } catch (SEHError&) {
+    return true;
+  }
+  return false;
+}
+
+void OnSignal(int signal, siginfo_t*, void*) {
+  Say(signal == SIGSEGV ? "host's SIGSEGV\n" : "host's other\n");
+  ::_exit(7);
+}
+
+void Handle(int signal, void (*handler)(int, siginfo_t*, void*)) {
+  struct sigaction action = {};
+  action.sa_sigaction = handler;
+  action.sa_flags = SA_SIGINFO;
+  ::sigaction(signal, &action, nullptr);
+}
+
+// Counts how deep it is in, and faults on each level.
+class FaultyEar : public AlertListener {
+ public:
+  FaultyEar() { AlertManager::Instance()->AddAlertListener(*this); }
+  void ErrorRaised(Error&) override {
+    volatile int depth = 0;
+    FaultSites::Recurse(&depth);
+  }
+};
+
+void ReturnNowhere() {
+  void* volatile* const frame = static_cast<void* volatile*>(__builtin_frame_address(0));
+  frame[1] = reinterpret_cast<void*>(0x10);
+}
+
+// Makes the next but one request of this size follow a link that leads nowhere. The allocator keeps its links folded
+// with their own address.
+void DamageTheHeap() {
+  void* volatile first = std::malloc(64);
+  void* volatile second = std::malloc(64);
+  std::free(second);
+  std::free(first);
+  const auto place = reinterpret_cast<std::uintptr_t>(first);
+  *reinterpret_cast<volatile std::uintptr_t*>(place) = 0x1000 ^ (place >> 12);
+  for (int i = 0; i < 3; ++i) {
+    void* volatile block = std::malloc(64);
+    static_cast<void>(block);
+  }
+}
+
+const std::map<std::string, std::function<void()>> s_scenarios = {
+    {"uncaught", [] { FaultWrite(nullptr); }},
+    {"uncaught-on-host-thread", [] { std::thread([] { FaultWrite(nullptr); }).join(); }},
+    {"uncaught-on-translated-thread",
+     [] {
+       std::thread([] {
+         InstallSEHErrorTranslator();
+         FaultWrite(nullptr);
+       }).join();
+     }},
+    {"overflow-uncaught",
+     [] {
+       volatile int depth = 0;
+       FaultSites::Recurse(&depth);
+     }},
+    {"noncontinuable",
+     [] {
+       _EXCEPTION_RECORD record = {};
+       CONTEXT context = {};
+       record.m_uCode = 0xC0000025;
+       record.m_signal.si_signo = SIGSEGV;
+       _EXCEPTION_POINTERS pointers = {&record, &context};
+       SEH_To_OXA_Translator(0xC0000025, &pointers);
+       Say("came back\n");
+     }},
+    {"return-nowhere", [] { ReturnNowhere(); }},
+    {"stack-pointer-gone", [] { FaultWithoutStack(); }},
+    {"noexcept", [] { []() noexcept { FaultWrite(nullptr); }(); }},
+    {"inside-the-allocator", [] { DamageTheHeap(); }},
+    {"alternate-stack-overflows",
+     [] {
+       static FaultyEar ear;
+       volatile int depth = 0;
+       FaultSites::Recurse(&depth);
+     }},
+    {"twice-initialised",
+     [] {
+       SEHAdapter::Instance().Initialize();
+       SEHAdapter::Instance().Initialize();
+       SEHAdapter::Instance().Shutdown();
+       Say(Caught([] { FaultWrite(nullptr); }) ? "caught\n" : "not caught\n");
+     }},
+    {"adapter-released",
+     [] {
+       SEHAdapter::Instance().Shutdown();
+       FaultWrite(nullptr);
+     }},
+    {"adapter-released-once-too-often",
+     [] {
+       SEHAdapter::Instance().Shutdown();
+       SEHAdapter::Instance().Shutdown();
+       SEHAdapter::Instance().Initialize();
+       SEHAdapter::Instance().Initialize();
+       Say(Caught([] { FaultWrite(nullptr); }) ? "caught\n" : "not caught\n");
+     }},
+    {"sent", [] { ::kill(::getpid(), SIGSEGV); }},
+    {"raised", [] { ::raise(SIGFPE); }},
+    {"sent-to-a-thread", [] { std::thread([] { ::raise(SIGILL); }).join(); }},
+    {"later-handler",
+     [] {
+       Handle(SIGSEGV, &OnSignal);
+       FaultWrite(nullptr);
+     }},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto scenario = s_scenarios.find(argc > 1 ? argv[1] : "");
+  if (scenario == s_scenarios.end()) return 2;
+  scenario->second();
+  ShutdownOxaCore();
+  return 0;
+}

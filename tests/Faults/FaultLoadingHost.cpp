@@ -1,0 +1,149 @@
+// Loads the library at run time, with handlers of its own for the signals of faults.
+#include <dlfcn.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
+
+namespace {
+
+constexpr int iHANDLED = 7;
+
+[[noreturn]] void Fail(const char* what) {
+  std::fprintf(stderr, "%s\n", what);
+  std::_Exit(2);
+}
+
+void Expect(bool condition, const char* what) {
+  if (!condition) Fail(what);
+}
+
+void OnSignal(int, siginfo_t*, void*) { ::_exit(iHANDLED); }
+
+void TakeSignal(int signal) {
+  struct sigaction action = {};
+  action.sa_sigaction = &OnSignal;
+  action.sa_flags = SA_SIGINFO;
+  ::sigaction(signal, &action, nullptr);
+}
+
+struct sigaction ActionOf(int signal) {
+  struct sigaction action = {};
+  ::sigaction(signal, nullptr, &action);
+  return action;
+}
+
+bool IsOurs(int signal) { return ActionOf(signal).sa_sigaction == &OnSignal; }
+bool IsDefault(int signal) { return ActionOf(signal).sa_handler == SIG_DFL; }
+
+class Library {
+ public:
+  explicit Library(const char* plugin) : m_pHandle(::dlopen(plugin, RTLD_NOW | RTLD_LOCAL)) {
+    Expect(m_pHandle != nullptr, "load");
+    Expect(reinterpret_cast<bool (*)()>(::dlsym(m_pHandle, "CatchOne"))(), "no fault was caught");
+  }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+  ~Library() { ::dlclose(m_pHandle); }
+
+ private:
+  void* m_pHandle;
+};
+
+__attribute__((noinline)) void Fault() {
+  int* volatile nowhere = nullptr;
+  *const_cast<volatile int*>(nowhere) = 1;
+}
+
+// But for files: the lock of a log stays mapped.
+int Mappings() {
+  std::ifstream file("/proc/self/maps");
+  int count = 0;
+  for (std::string line; std::getline(file, line);) count += line.find('/') == std::string::npos ? 1 : 0;
+  return count;
+}
+
+void ExpectNothingLeft(const stack_t& before) {
+  for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) Expect(IsDefault(signal), "a handler is left");
+  stack_t stack;
+  ::sigaltstack(nullptr, &stack);
+  Expect(stack.ss_sp == before.ss_sp && (stack.ss_flags & SS_DISABLE) == (before.ss_flags & SS_DISABLE),
+         "an alternate stack is left");
+}
+
+// The earlier handler has the faults of threads that the library doesn't know, while the library has its own.
+void HandlerBefore(const char* plugin) {
+  TakeSignal(SIGSEGV);
+  const Library library(plugin);
+  std::thread(&Fault).join();
+}
+
+void HandlerBeforeIsSent(const char* plugin) {
+  TakeSignal(SIGSEGV);
+  const Library library(plugin);
+  ::kill(::getpid(), SIGSEGV);
+}
+
+void IgnoredBefore(const char* plugin) {
+  ::signal(SIGFPE, SIG_IGN);
+  const Library library(plugin);
+  ::raise(SIGFPE);
+}
+
+void HandlerComesBack(const char* plugin) {
+  TakeSignal(SIGSEGV);
+  { const Library library(plugin); }
+  Expect(IsOurs(SIGSEGV) && IsDefault(SIGBUS), "the handler didn't come back");
+  Fault();
+}
+
+void LaterHandlerStays(const char* plugin) {
+  {
+    const Library library(plugin);
+    TakeSignal(SIGBUS);
+  }
+  Expect(IsOurs(SIGBUS) && IsDefault(SIGSEGV), "the later handler didn't stay");
+}
+
+void NothingIsLeft(const char* plugin) {
+  stack_t before;
+  ::sigaltstack(nullptr, &before);
+  for (int i = 0; i < 3; ++i) {
+    { const Library library(plugin); }
+    ExpectNothingLeft(before);
+  }
+  const int mappings = Mappings();
+  for (int i = 0; i < 20; ++i) const Library library(plugin);
+  Expect(Mappings() <= mappings + 2, "mappings are left");
+}
+
+// With a use of the adapter too many, which only the unload overrules.
+void UsedOnceTooOften(const char* plugin) {
+  stack_t before;
+  ::sigaltstack(nullptr, &before);
+  void* const handle = ::dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
+  Expect(handle != nullptr, "load");
+  for (int i = 0; i < 2; ++i) reinterpret_cast<void (*)()>(::dlsym(handle, "InitializeOxaCore"))();
+  ::dlclose(handle);
+  ExpectNothingLeft(before);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  const std::string scenario = argv[1];
+  const char* const plugin = argv[2];
+  if (scenario == "handler-before") HandlerBefore(plugin);
+  if (scenario == "handler-before-is-sent") HandlerBeforeIsSent(plugin);
+  if (scenario == "ignored-before") IgnoredBefore(plugin);
+  if (scenario == "handler-comes-back") HandlerComesBack(plugin);
+  if (scenario == "later-handler-stays") LaterHandlerStays(plugin);
+  if (scenario == "nothing-is-left") NothingIsLeft(plugin);
+  if (scenario == "used-once-too-often") UsedOnceTooOften(plugin);
+  return 0;
+}
