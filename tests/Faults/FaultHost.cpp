@@ -7,7 +7,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -65,21 +64,6 @@ void ReturnNowhere() {
   frame[1] = reinterpret_cast<void*>(0x10);
 }
 
-// Makes the next but one request of this size follow a link that leads nowhere. The allocator keeps its links folded
-// with their own address.
-void DamageTheHeap() {
-  void* volatile first = std::malloc(64);
-  void* volatile second = std::malloc(64);
-  std::free(second);
-  std::free(first);
-  const auto place = reinterpret_cast<std::uintptr_t>(first);
-  *reinterpret_cast<volatile std::uintptr_t*>(place) = 0x1000 ^ (place >> 12);
-  for (int i = 0; i < 3; ++i) {
-    void* volatile block = std::malloc(64);
-    static_cast<void>(block);
-  }
-}
-
 const std::map<std::string, std::function<void()>> s_scenarios = {
     {"uncaught", [] { FaultWrite(nullptr); }},
     {"uncaught-on-host-thread", [] { std::thread([] { FaultWrite(nullptr); }).join(); }},
@@ -108,7 +92,6 @@ const std::map<std::string, std::function<void()>> s_scenarios = {
     {"return-nowhere", [] { ReturnNowhere(); }},
     {"stack-pointer-gone", [] { FaultWithoutStack(); }},
     {"noexcept", [] { []() noexcept { FaultWrite(nullptr); }(); }},
-    {"inside-the-allocator", [] { DamageTheHeap(); }},
     {"alternate-stack-overflows",
      [] {
        static FaultyEar ear;

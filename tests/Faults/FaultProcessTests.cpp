@@ -66,10 +66,6 @@ TEST(FaultProcess, ATrashedReturnAddressEndsIt) { ExpectFatal("return-nowhere");
 TEST(FaultProcess, AStackPointerThatIsNoAddressEndsIt) { ExpectFatal("stack-pointer-gone"); }
 TEST(FaultProcess, AStackThatEndsWhileItsEndIsToldEndsIt) { ExpectFatal("alternate-stack-overflows"); }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-TEST(FaultProcess, AFaultInsideTheAllocatorEndsIt) { ExpectFatal("inside-the-allocator"); }
-#endif
-
 TEST(FaultProcess, TwoUsesOfTheAdapterAndOneReleaseLeaveItInForce) {
   EXPECT_EQ("caught\n", Die("twice-initialised").m_sOutput);
 }

@@ -389,6 +389,7 @@ TEST(FaultRoad, TheCallStackIsThatOfTheFault) {
     Recurse(&depth);
   } catch (StackOverflow& fault) {
     if (fault.GetCallStack() == nullptr) GTEST_SKIP() << "no call stacks here";
+    ASSERT_FALSE(fault.GetCallStack()->empty());
     EXPECT_LE(fault.GetCallStack()->size(), 100U);
     EXPECT_EQ("FaultSites::Recurse",
               fault.GetCallStack()->front().GetContextInfo().at(CodeContext::sFUNCTION));

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "Platform/Faults.h"
 
@@ -107,6 +109,112 @@ TEST_F(FaultTests, ANewStackIsAnotherAndFaultsAreCaughtOnIt) {
       &places);
   EXPECT_EQ(7, places.m_iHere);
   EXPECT_GT(std::abs(places.m_iDistance), 1 << 20);
+}
+
+// In a process of its own: the last chance ends it.
+template <class Site>
+void DieBy(const Site& site) {
+  SetLastChance([](_EXCEPTION_POINTERS* pointers) -> long {
+    ::_exit(FactsOf(*pointers).m_uCode == eACCESS_VIOLATION ? 9 : 10);
+  });
+  site();
+  ::_exit(1);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Makes the next but one request of this size follow a link that leads nowhere. The allocator keeps its links folded
+// with their own address.
+void FaultInTheAllocator() {
+  void* volatile first = std::malloc(64);
+  void* volatile second = std::malloc(64);
+  std::free(second);
+  std::free(first);
+  const auto place = reinterpret_cast<std::uintptr_t>(first);
+  *reinterpret_cast<volatile std::uintptr_t*>(place) = 0x1000 ^ (place >> 12);
+  for (int i = 0; i < 3; ++i) {
+    void* volatile block = std::malloc(64);
+    static_cast<void>(block);
+  }
+}
+
+// Nothing can be raised where nothing can be allocated.
+TEST_F(FaultTests, AFaultInTheAllocatorGoesToTheLastChance) {
+  EXPECT_EXIT(DieBy(&FaultInTheAllocator), testing::ExitedWithCode(9), "");
+}
+#endif
+
+TEST_F(FaultTests, AFaultOnAThreadWithoutATranslatorGoesToTheLastChance) {
+  EXPECT_EXIT(DieBy([] {
+                SetFaultTranslator(nullptr);
+                WriteTo(nullptr);
+              }),
+              testing::ExitedWithCode(9), "");
+}
+
+// The translator comes back where its raise does.
+TEST_F(FaultTests, ATranslatorThatReturnsIsFollowedByTheLastChance) {
+  EXPECT_EXIT(DieBy([] {
+                SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS*) {});
+                WriteTo(nullptr);
+              }),
+              testing::ExitedWithCode(9), "");
+}
+
+TEST_F(FaultTests, GuardedCallsNest) {
+  static bool inner;
+  inner = true;
+  EXPECT_FALSE(CallGuarded(
+      [](void*) {
+        inner = CallGuarded([](void*) { WriteTo(nullptr); }, nullptr);
+        WriteTo(nullptr);
+      },
+      nullptr));
+  EXPECT_FALSE(inner);
+  EXPECT_THROW(WriteTo(nullptr), Caught);
+}
+
+TEST_F(FaultTests, AnOverflowCutsAGuardedCallShort) {
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_FALSE(CallGuarded(
+        [](void*) {
+          volatile int depth = 0;
+          Recurse(&depth);
+        },
+        nullptr));
+  }
+}
+
+TEST_F(FaultTests, AnOverflowOfANewStackIsCaughtOnIt) {
+  int caught = 0;
+  for (int i = 0; i < 2; ++i) {
+    CallOnNewStack(
+        256 * 1024,
+        [](void* count) {
+          volatile int depth = 0;
+          try {
+            Recurse(&depth);
+          } catch (const Caught& found) {
+            if (found.m_facts.m_uCode == eSTACK_OVERFLOW) ++*static_cast<int*>(count);
+          }
+        },
+        &caught);
+  }
+  EXPECT_EQ(2, caught);
+}
+
+TEST_F(FaultTests, TheErrorModeIsAStoredWord) {
+  const unsigned before = SetErrorMode(0x8007);
+  EXPECT_EQ(0x8007u, SetErrorMode(before));
+}
+
+TEST_F(FaultTests, TheTranslatorIsTheThreadsOwn) {
+  EXPECT_EQ(&Translate, CurrentFaultTranslator());
+  FaultTranslator seen = &Translate;
+  std::thread thread([&seen] { seen = CurrentFaultTranslator(); });
+  thread.join();
+  EXPECT_EQ(nullptr, seen);
+  EXPECT_EQ(&Translate, SetFaultTranslator(nullptr));
+  EXPECT_EQ(nullptr, SetFaultTranslator(&Translate));
 }
 
 }  // namespace

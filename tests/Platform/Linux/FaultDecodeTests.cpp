@@ -1,0 +1,123 @@
+// How the kernel's words on a fault are read, and the tables that compilers write for exceptions.
+#include "Platform/Linux/FaultDecode.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstdlib>
+#include <initializer_list>
+#include <vector>
+
+#include "Platform/Linux/FaultTables.h"
+
+using namespace Oxa::Core::Platform;
+
+namespace {
+
+bool IsPrivileged(std::initializer_list<unsigned char> bytes) {
+  return IsPrivilegedInstruction(std::vector<unsigned char>(bytes).data(), bytes.size());
+}
+
+TEST(FaultDecode, InstructionsOfTheKernelAreKnownByTheirBytes) {
+  EXPECT_TRUE(IsPrivileged({0xF4}));              // hlt
+  EXPECT_TRUE(IsPrivileged({0xFA}));              // cli
+  EXPECT_TRUE(IsPrivileged({0xFB}));              // sti
+  EXPECT_TRUE(IsPrivileged({0xE4, 0x80}));        // in
+  EXPECT_TRUE(IsPrivileged({0xEF}));              // out
+  EXPECT_TRUE(IsPrivileged({0xF3, 0x6C}));        // rep ins
+  EXPECT_TRUE(IsPrivileged({0x66, 0x48, 0x6F}));  // outs
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x30}));        // wrmsr
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x32}));        // rdmsr
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x20, 0xC0}));  // mov from cr0
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x01, 0x10}));  // lgdt
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x01, 0xF8}));  // swapgs
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x00, 0xD0}));  // lldt
+  EXPECT_TRUE(IsPrivileged({0x0F, 0x09}));        // wbinvd
+}
+
+TEST(FaultDecode, OthersAreNot) {
+  EXPECT_FALSE(IsPrivileged({0x8B, 0x07}));        // mov
+  EXPECT_FALSE(IsPrivileged({0x0F, 0x28, 0x07}));  // movaps
+  EXPECT_FALSE(IsPrivileged({0x0F, 0x00, 0xE0}));  // verr
+  EXPECT_FALSE(IsPrivileged({0x0F, 0x01, 0xD0}));  // xgetbv
+  EXPECT_FALSE(IsPrivileged({0xCD, 0x80}));        // int
+  EXPECT_FALSE(IsPrivileged({0x66, 0x66}));        // cut off
+  EXPECT_FALSE(IsPrivileged({0x0F}));
+  EXPECT_FALSE(IsPrivileged({}));
+}
+
+TEST(FaultDecode, SentSignalsAreNoFaults) {
+  siginfo_t signal = {};
+  signal.si_signo = SIGSEGV;
+  for (const int code : {SI_USER, SI_QUEUE, SI_TKILL}) {
+    signal.si_code = code;
+    EXPECT_FALSE(IsFault(signal));
+  }
+  signal.si_code = SI_KERNEL;
+  EXPECT_TRUE(IsFault(signal));
+  signal.si_code = SEGV_MAPERR;
+  EXPECT_TRUE(IsFault(signal));
+  signal.si_signo = SIGBUS;
+  signal.si_code = BUS_MCEERR_AO;  // memory that nobody has used
+  EXPECT_FALSE(IsFault(signal));
+}
+
+unsigned CodeOf(int number, int code, greg_t trap = 0) {
+  siginfo_t signal = {};
+  signal.si_signo = number;
+  signal.si_code = code;
+  ucontext_t context = {};
+  context.uc_mcontext.gregs[REG_TRAPNO] = trap;
+  context.uc_mcontext.gregs[REG_RSP] = 0x7fff00000000;
+  _EXCEPTION_RECORD record = {};
+  DecodeFault(record, signal, context, {0, 0});
+  return record.m_uCode;
+}
+
+// Those that no test can bring about here.
+TEST(FaultDecode, EachCodeOfTheSystemHasItsNumber) {
+  EXPECT_EQ(eARRAY_BOUNDS_EXCEEDED, CodeOf(SIGSEGV, SEGV_BNDERR, 5));
+  EXPECT_EQ(eARRAY_BOUNDS_EXCEEDED, CodeOf(SIGFPE, FPE_FLTSUB));
+  EXPECT_EQ(eINT_OVERFLOW, CodeOf(SIGFPE, FPE_INTOVF));
+  EXPECT_EQ(eFLT_INEXACT_RESULT, CodeOf(SIGFPE, FPE_FLTRES));
+  EXPECT_EQ(eFLT_INVALID_OPERATION, CodeOf(SIGFPE, FPE_FLTINV, 16));
+  EXPECT_EQ(eFLT_UNDERFLOW, CodeOf(SIGFPE, FPE_FLTUND));
+  EXPECT_EQ(0u, CodeOf(SIGFPE, 99));
+  EXPECT_EQ(eIN_PAGE_ERROR, CodeOf(SIGBUS, BUS_OBJERR));
+  EXPECT_EQ(eIN_PAGE_ERROR, CodeOf(SIGBUS, BUS_MCEERR_AR));
+  EXPECT_EQ(eACCESS_VIOLATION, CodeOf(SIGBUS, SI_KERNEL, 12));
+  EXPECT_EQ(eACCESS_VIOLATION, CodeOf(SIGSEGV, SEGV_PKUERR, 14));
+  EXPECT_EQ(ePRIV_INSTRUCTION, CodeOf(SIGILL, ILL_PRVOPC));
+  EXPECT_EQ(ePRIV_INSTRUCTION, CodeOf(SIGILL, ILL_PRVREG));
+  EXPECT_EQ(eILLEGAL_INSTRUCTION, CodeOf(SIGILL, ILL_ILLTRP));
+}
+
+TEST(FaultTables, AnEntryCoversItsInstructions) {
+  // No start of landing pads, no types, entries of variable length: [16, 24) and [32, 33).
+  const unsigned char table[] = {0xFF, 0xFF, 0x01, 8, 16, 8, 0, 0, 32, 1, 64, 1};
+  EXPECT_FALSE(CoversPlace(table, 1000, 1000));
+  EXPECT_FALSE(CoversPlace(table, 1000, 1015));
+  EXPECT_TRUE(CoversPlace(table, 1000, 1016));
+  EXPECT_TRUE(CoversPlace(table, 1000, 1023));
+  EXPECT_FALSE(CoversPlace(table, 1000, 1024));
+  EXPECT_TRUE(CoversPlace(table, 1000, 1032));
+  EXPECT_FALSE(CoversPlace(table, 1000, 1033));
+  EXPECT_FALSE(CoversPlace(table, 1000, 5000));
+}
+
+TEST(FaultTables, NumbersOfFixedLengthAreReadToo) {
+  // A base of landing pads, types behind 200 bytes, entries of four bytes each: [256, 512).
+  const unsigned char table[] = {0x03, 1, 0, 0, 0, 0x9B, 0xC8, 0x01, 0x03, 13, 0, 1,
+                                 0,    0, 0, 1, 0, 0,    9,    0,    0,    0,  0};
+  EXPECT_FALSE(CoversPlace(table, 0, 255));
+  EXPECT_TRUE(CoversPlace(table, 0, 256));
+  EXPECT_TRUE(CoversPlace(table, 0, 511));
+  EXPECT_FALSE(CoversPlace(table, 0, 512));
+}
+
+TEST(FaultTables, ATableWithoutEntriesCoversNothing) {
+  const unsigned char table[] = {0xFF, 0xFF, 0x01, 0};
+  EXPECT_FALSE(CoversPlace(table, 0, 0));
+}
+
+}  // namespace
