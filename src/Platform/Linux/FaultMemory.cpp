@@ -3,13 +3,15 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace Oxa::Core::Platform {
 
 namespace {
 
 constexpr std::size_t uPROBES = 32;
 constexpr std::uintptr_t uNEAR = 64 * 1024;
-constexpr std::uintptr_t uLARGEST_FRAME = std::uintptr_t{1} << 30;
+constexpr std::uintptr_t uLARGE_FRAME = 1024 * 1024;
 
 std::uintptr_t Distance(std::uintptr_t one, std::uintptr_t other) noexcept {
   return one < other ? other - one : one - other;
@@ -41,12 +43,23 @@ std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept {
   return read > 0 ? static_cast<std::size_t>(read) * uPAGE : 0;
 }
 
+bool BelongsTo(std::uintptr_t stackPointer, const StackRange& stack) noexcept {
+  return stack.Holds(stackPointer) ||
+         (stackPointer < stack.m_uLow && stack.m_uLow - stackPointer <= uLARGE_FRAME);
+}
+
 bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const StackRange& own) noexcept {
-  if (stackPointer < own.m_uLow && own.m_uLow - stackPointer < uLARGEST_FRAME && !IsReadable(stackPointer))
-    return address < own.m_uLow && address + uNEAR >= stackPointer;  // a large frame went over the end
-  if (Distance(address, stackPointer) > uNEAR) return false;
-  if (own.Holds(stackPointer)) return address < own.m_uHigh;
-  return ProbeRoomBelow(stackPointer) == 0;  // a stack that a program has made for itself
+  const bool close = Distance(address, stackPointer) <= uNEAR;
+  if (own.Holds(stackPointer)) return close && address < own.m_uHigh;
+  if (BelongsTo(stackPointer, own) && !IsReadable(stackPointer))
+    return address < own.m_uLow && address + uNEAR >= stackPointer;
+  return close && ProbeRoomBelow(stackPointer) == 0;  // a stack that a program has made for itself
+}
+
+std::uintptr_t UsableFrom(std::uintptr_t address, std::uintptr_t stackPointer,
+                          const StackRange& own) noexcept {
+  const std::uintptr_t next = (address / uPAGE + 1) * uPAGE;
+  return BelongsTo(stackPointer, own) ? std::max(next, own.m_uLow) : next;
 }
 
 }  // namespace Oxa::Core::Platform

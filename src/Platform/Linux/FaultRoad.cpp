@@ -88,13 +88,10 @@ void Fill(FaultState& state, const siginfo_t& signal, const ucontext_t& context)
   FillContext(state.m_context, context);
   CopyFull(state.m_full, context);
   std::memcpy(state.m_resume, state.m_context.m_registers, sizeof(state.m_resume));
-  state.m_uLowest = 0;
-  if (state.m_record.m_uCode == eSTACK_OVERFLOW) {
-    const std::uintptr_t end = (state.m_record.m_uTouched / uPAGE + 1) * uPAGE;
-    const std::uintptr_t low = t_faults.m_stack.m_uLow;
-    const bool own = t_faults.m_stack.Holds(StackPointerOf(state)) || end <= low;
-    state.m_uLowest = (own && end < low ? low : end) + uHEADROOM;
-  }
+  const _EXCEPTION_RECORD& record = state.m_record;
+  state.m_uLowest = record.m_uCode == eSTACK_OVERFLOW
+                        ? UsableFrom(record.m_uTouched, StackPointerOf(state), t_faults.m_stack) + uHEADROOM
+                        : 0;
   Connect(state);
 }
 
@@ -117,9 +114,8 @@ StackRange AlternateOf(const ucontext_t& context) noexcept {
 // It ran over its end, so that the system began it anew: whoever ran on it is gone.
 bool HasLostAlternate(const FaultState& state, const StackRange& alternate) noexcept {
   const std::uintptr_t stack = StackPointerOf(state);
-  return state.m_record.m_uCode == eSTACK_OVERFLOW && alternate.m_uHigh != 0 && stack < alternate.m_uLow &&
-         alternate.m_uLow - stack <= uNEW_STACK && !t_faults.m_stack.Holds(stack) &&
-         alternate.m_uLow - state.m_record.m_uTouched <= uNEW_STACK;
+  return state.m_record.m_uCode == eSTACK_OVERFLOW && alternate.m_uHigh != 0 && !alternate.Holds(stack) &&
+         BelongsTo(stack, alternate) && !BelongsTo(stack, t_faults.m_stack);
 }
 
 std::size_t RoomBelow(std::uintptr_t stack, const StackRange& alternate) noexcept {
