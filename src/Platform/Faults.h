@@ -82,6 +82,10 @@ void RemoveFaultHandling() noexcept;
 /// Forgets pending floating-point exceptions of the calling thread, so that they don't fault again.
 void ClearFloatingPointState() noexcept;
 
+/// Copies as memcpy does, from or to memory that belongs to somebody else. Compilers take it for granted that memcpy
+/// throws nothing, and leave out what a fault in it would have to clean up; here they expect it.
+void CopyBytes(void* to, const void* from, std::size_t count);
+
 /// The error mode of the process: a word that is stored, and gives the one before.
 unsigned int SetErrorMode(unsigned int mode) noexcept;
 

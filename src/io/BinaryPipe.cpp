@@ -3,11 +3,12 @@
 #include <Infrastructure/OxaCore/io/IOErrors.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "Threads/WholeMilliseconds.h"
 #include "io/BinaryPipeHold.h"
+
+#include "Platform/Faults.h"
 
 namespace Oxa::Core {
 
@@ -171,8 +172,8 @@ BinaryPipe::EEnd BinaryPipe::AwaitBytes(Hold& hold, unsigned long long wanted) {
 unsigned long long BinaryPipe::TransferBytes(unsigned char* target, unsigned long long count) {
   const unsigned long long first = std::min(count, m_bufferSize - m_readIndex);
   if (target != nullptr) {
-    std::memcpy(target, m_buffer.get() + m_readIndex, first);
-    std::memcpy(target + first, m_buffer.get(), count - first);
+    Platform::CopyBytes(target, m_buffer.get() + m_readIndex, first);
+    Platform::CopyBytes(target + first, m_buffer.get(), count - first);
   }
   m_readIndex = first < count ? count - first : m_readIndex + first;
   if (m_readIndex == m_bufferSize) m_readIndex = 0;
@@ -232,8 +233,8 @@ BinaryPipe::EEnd BinaryPipe::AwaitRoom(Hold& hold, unsigned long long left) {
 
 unsigned long long BinaryPipe::StoreBytes(const unsigned char* bytes, unsigned long long count) {
   const unsigned long long first = std::min(count, m_bufferSize - m_writeIndex);
-  std::memcpy(m_buffer.get() + m_writeIndex, bytes, first);
-  std::memcpy(m_buffer.get(), bytes + first, count - first);
+  Platform::CopyBytes(m_buffer.get() + m_writeIndex, bytes, first);
+  Platform::CopyBytes(m_buffer.get(), bytes + first, count - first);
   m_writeIndex = first < count ? count - first : m_writeIndex + first;
   if (m_writeIndex == m_bufferSize) m_writeIndex = 0;
   SetCount(Count() + count);

@@ -1,8 +1,8 @@
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
-#include <cstring>
-
 #include "io/StreamPassage.h"
+
+#include "Platform/Faults.h"
 
 namespace Oxa::Core {
 
@@ -108,7 +108,7 @@ inline bool BufferedBinaryInputStream::TakeAll(void* to, long long count) {
 }
 
 inline void BufferedBinaryInputStream::Take(void* to, unsigned long long count) {
-  std::memcpy(to, m_buffer.get() + m_readIndex, count);
+  Platform::CopyBytes(to, m_buffer.get() + m_readIndex, count);
   m_readIndex += count;
 }
 

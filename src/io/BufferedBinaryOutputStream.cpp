@@ -1,8 +1,8 @@
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
-#include <cstring>
-
 #include "io/StreamPassage.h"
+
+#include "Platform/Faults.h"
 
 namespace Oxa::Core {
 
@@ -55,7 +55,7 @@ inline void BufferedBinaryOutputStream::Put(unsigned char byte) {
 }
 
 inline void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {
-  std::memcpy(m_buffer.get() + m_fill, from, count);
+  Platform::CopyBytes(m_buffer.get() + m_fill, from, count);
   m_fill += count;
 }
 

@@ -4,6 +4,8 @@
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Thread.h>
+#include <Infrastructure/OxaCore/io/BinaryPipe.h>
+#include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -399,6 +401,28 @@ TEST(FaultRoad, TheCallStackIsThatOfTheFault) {
     EXPECT_EQ("FaultSites::Recurse",
               fault.GetCallStack()->front().GetContextInfo().at(CodeContext::sFUNCTION));
   }
+}
+
+// Whoever has the lock of a stream when a bad pointer of its caller faults gives it back.
+TEST(FaultRoad, ABadPointerGivenToAStreamLeavesNoLockHeld) {
+  BinaryPipe pipe(1024, Elapse(0), Elapse(0));
+  BufferedBinaryOutputStream buffered(pipe, 256);
+  const void* const nowhere = reinterpret_cast<void*>(64);
+  EXPECT_THROW(pipe.Write(nowhere, 100), AccessViolation);
+  EXPECT_THROW(buffered.Write(nowhere, 100), AccessViolation);
+  std::atomic<bool> done{false};
+  std::thread other([&] {
+    buffered.Write("0123456789", 10);
+    buffered.Flush();
+    done = true;
+  });
+  if (!TestSupport::Eventually([&done] { return done.load(); })) {
+    std::fputs("the lock is still held\n", stderr);
+    ::_exit(1);
+  }
+  other.join();
+  BufferedBinaryInputStream input(pipe, 256);
+  EXPECT_THROW(input.Read(const_cast<void*>(nowhere), 10), AccessViolation);
 }
 
 TEST(FaultRoad, AHostWithoutTheFlagCatchesAroundCalls) {

@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstring>
 
 #include "Platform/Linux/FaultContext.h"
 
@@ -34,6 +35,8 @@ FaultFacts FactsOf(const _EXCEPTION_POINTERS& pointers) noexcept {
   const _EXCEPTION_RECORD& record = *pointers.ExceptionRecord;
   return {record.m_uCode, record.m_uPlace, record.m_bWrite, record.m_uTouched};
 }
+
+void CopyBytes(void* to, const void* from, std::size_t count) { std::memcpy(to, from, count); }
 
 unsigned int SetErrorMode(unsigned int mode) noexcept { return s_uErrorMode.exchange(mode); }
 
