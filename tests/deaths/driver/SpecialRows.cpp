@@ -1,0 +1,206 @@
+// Deaths with more than one thing wrong, by several threads, or with other settings.
+#include <signal.h>
+
+#include "Facts.h"
+
+namespace Deaths {
+
+namespace {
+
+using Rows = std::vector<Row>;
+
+Row With(Row row, const std::string& argument) {
+  row.m_more.push_back(argument);
+  return row;
+}
+
+Row Plain(const char* kind, const char* place) { return RowOf(KindOf(kind), PlaceOf(place)); }
+
+// A fault that becomes an error, one that doesn't, an error.
+Rows Thrice() { return {Plain("null-write", "main"), Plain("null-write", "std-thread"), Plain("error", "main")}; }
+
+template <class Change>
+void Add(Rows& rows, const Rows& from, const char* argument, Change change) {
+  for (const Row& row : from) {
+    Row changed = With(row, argument);
+    change(changed);
+    rows.push_back(changed);
+  }
+}
+
+void AsEver(Row&) {}
+
+// The end comes, by itself or by the watch, and what was written before the trouble is there.
+void WithDump(Row& row) {
+  row.m_reports = ANY;
+  row.m_sMessage.clear();
+  row.m_bWhole = false;
+}
+
+void Whatever(Row& row) {
+  WithDump(row);
+  row.m_dumps = ANY;
+}
+
+void Slow(Row& row) { row.m_bSlow = true; }
+
+void SlowWithDump(Row& row) {
+  Slow(row);
+  WithDump(row);
+}
+
+void AddWitnesses(Rows& rows) {
+  for (const char* trouble : {"witness-fault", "witness-error", "witness-number", "hearer-error", "log-error",
+                              "log-fault", "exit-fault", "exit-terminate"})
+    Add(rows, Thrice(), (std::string("trouble=") + trouble).c_str(), AsEver);
+  Add(rows, Thrice(), "trouble=witness-terminate", AsEver);
+  Add(rows, Thrice(), "trouble=witness-overflow", AsEver);
+  Add(rows, Thrice(), "trouble=hearer-fault", [](Row& row) { row.m_sMessage.clear(); });
+  Add(rows, Thrice(), "trouble=log-terminate", [](Row& row) {
+    row.m_sTop.clear();  // two threads die, and either may be first
+    row.m_sMessage.clear();
+  });
+  Add(rows, Thrice(), "trouble=witness-exit", [](Row& row) { row.m_statuses = {3}; });
+  Add(rows, Thrice(), "trouble=witness-malloc", Slow);
+  Add(rows, Thrice(), "trouble=witness-hang", Slow);
+  Add(rows, Thrice(), "trouble=exit-hang", Slow);
+  Add(rows, Thrice(), "trouble=log-hang", SlowWithDump);
+  Add(rows, Thrice(), "trouble=log-malloc", [](Row& row) {
+    SlowWithDump(row);
+    row.m_sTop.clear();
+  });
+}
+
+void AddLocks(Rows& rows) {
+  for (const char* trouble : {"output-held", "loader-held", "walk-held", "heap-held"})
+    Add(rows, {Plain("null-write", "std-thread"), Plain("malloc-locked", "main")},
+        (std::string("trouble=") + trouble).c_str(), SlowWithDump);
+}
+
+void AddWithheld(Rows& rows) {
+  Add(rows, Thrice(), "around=no-trace", AsEver);
+  Add(rows, Thrice(), "around=no-look", AsEver);
+  Add(rows, {Plain("null-write", "main"), Plain("error", "main")}, "around=no-threads", AsEver);
+  Add(rows, Thrice(), "around=no-proc", [](Row& row) {
+    row.m_sTop.clear();
+    row.m_bInReport = false;
+  });
+  Add(rows, Thrice(), "around=full-disk", [](Row& row) {
+    Whatever(row);
+    row.m_sTop.clear();
+  });
+  Add(rows, Thrice(), "around=small-files", Whatever);
+  Add(rows, Thrice(), "around=no-handles", [](Row& row) {
+    Whatever(row);
+    row.m_eWhere = EWhere::eNOWHERE;
+  });
+  for (const char* program : {"around=replaced", "around=removed"})
+    Add(rows, Thrice(), program, [](Row& row) {
+      row.m_sTop.clear();
+      row.m_bInReport = false;
+    });
+  Add(rows, Thrice(), "around=no-symbols", [](Row& row) {
+    row.m_dumps = NONE;
+    row.m_bInReport = false;
+  });
+  Add(rows, {Plain("null-write", "main"), Plain("int-divide", "std-thread")}, "around=blocked", [](Row& row) {
+    row.m_statuses = {row.m_sKind == "null-write" ? -SIGSEGV : -SIGFPE};
+    row.m_reports = row.m_dumps = NONE;
+    row.m_eWhere = EWhere::eNOWHERE;
+  });
+}
+
+void AddFolders(Rows& rows) {
+  for (Row row : Thrice()) {
+    row.m_eFolders = EFolders::eBASE_IMPOSSIBLE;
+    row.m_eWhere = EWhere::ePROGRAM;
+    rows.push_back(row);
+    row = With(row, "around=no-privileges");
+    row.m_eFolders = EFolders::eBASE_READ_ONLY;
+    rows.push_back(row);
+    row.m_eFolders = EFolders::eWORKING_ONLY;
+    row.m_eWhere = EWhere::eWORKING;
+    rows.push_back(row);
+    row.m_eFolders = EFolders::eALL_READ_ONLY;
+    row.m_eWhere = EWhere::eNOWHERE;
+    row.m_reports = row.m_dumps = NONE;
+    rows.push_back(row);
+  }
+}
+
+void AddThreads(Rows& rows) {
+  for (const char* place : {"std-thread", "translated", "small", "small-translated", "wall"})
+    for (const char* kind : {"null-write", "int-divide", "malloc-locked", "error", "number", "terminate"}) {
+      rows.push_back(With(Plain(kind, place), "threads=8"));
+      if (kind == std::string("error") || kind == std::string("null-write")) {
+        Row many = With(With(Plain(kind, place), "threads=8"), "reports=8");
+        many.m_reports = many.m_dumps = SOME;
+        rows.push_back(many);
+      }
+    }
+}
+
+void AddSettings(Rows& rows) {
+  for (const char* kind : {"null-write", "error", "malloc-locked", "stack-overflow", "number"})
+    for (const char* place : {"main", "std-thread", "translated"}) {
+      const Row row = Plain(kind, place);
+      for (const char* policy : {"policy=0", "policy=2", "policy=3", "policy=17"}) rows.push_back(With(row, policy));
+      Add(rows, {row}, "end=signal", [&](Row& changed) { changed.m_statuses = {-KindOf(kind).m_iSignal}; });
+      Add(rows, {row}, "reports=0", [](Row& changed) {
+        if (changed.m_dumps.m_iMost == 0) return;
+        changed.m_reports = changed.m_dumps = NONE;
+        changed.m_eWhere = EWhere::eNOWHERE;
+      });
+    }
+  for (const char* kind : {"int-divide", "illegal-instruction", "bus-error", "std-exception", "terminate"})
+    Add(rows, {Plain(kind, "main")}, "end=signal",
+        [&](Row& changed) { changed.m_statuses = {-KindOf(kind).m_iSignal}; });
+  Add(rows, {With(Plain("error", "main"), "reports=2")}, "trouble=witness-terminate", [](Row& row) {
+    row.m_reports = {2, 2};
+    row.m_dumps = {2, 2};
+  });
+  Add(rows, {With(Plain("null-write", "main"), "end=signal")}, "trouble=witness-hang", [](Row& row) {
+    row.m_statuses = {-SIGSEGV};
+    row.m_bSlow = true;
+  });
+}
+
+// Three slow ones are enough where time is short.
+bool BelongsToTheShortForm(const Row& row) {
+  if (!row.m_bSlow) return row.m_sPlace == "std-thread" || row.m_more.size() > 1;
+  if (row.m_more.size() != 1) return false;
+  return (row.m_sPlace == "main" && row.m_sKind == "error" && row.m_more[0] == "trouble=witness-hang") ||
+         (row.m_sKind == "malloc-locked" && row.m_more[0] == "trouble=heap-held") ||
+         (row.m_sPlace == "std-thread" && row.m_more[0] == "trouble=walk-held");
+}
+
+}  // namespace
+
+std::vector<Row> SpecialRows() {
+  Rows rows;
+  AddWitnesses(rows);
+  AddLocks(rows);
+  AddWithheld(rows);
+  AddFolders(rows);
+  AddThreads(rows);
+  AddSettings(rows);
+  return rows;
+}
+
+std::vector<Row> AllRows() {
+  Rows rows = SpecialRows();
+  for (const Row& row : PlainRows()) rows.push_back(row);
+  return rows;
+}
+
+std::vector<Row> ShortRows() {
+  Rows rows;
+  for (const Row& row : SpecialRows())
+    if (BelongsToTheShortForm(row)) rows.push_back(row);
+  for (const Row& row : DiagonalRows()) rows.push_back(row);
+  constexpr std::size_t uHUNDRED = 100;
+  if (rows.size() > uHUNDRED) rows.resize(uHUNDRED);
+  return rows;
+}
+
+}  // namespace Deaths
