@@ -35,7 +35,8 @@ constexpr std::size_t uBATCH = 40;  // dumps for one debugger
 std::string Describe(const Row& row) {
   std::string text = row.m_sKind + ", " + row.m_sPlace;
   for (const std::string& more : row.m_more) text += ", " + more;
-  if (row.m_eFolders != EFolders::eALL) text += ", folders " + std::to_string(static_cast<int>(row.m_eFolders));
+  if (row.m_eFolders != EFolders::eALL)
+    text += ", folders " + std::to_string(static_cast<int>(row.m_eFolders));
   return text;
 }
 
@@ -64,8 +65,9 @@ struct Line {
   }
 
   void Print(const std::string& name) const {
-    std::printf("%-62s %5d %5d %5d %7d %5d/%-5d %5d/%-5d %6.2f %6d\n", name.c_str(), m_iRuns, m_iEnded, m_iHung,
-                m_iFolders, m_iGoodReports, m_iReports, m_iGoodDumps, m_iDumps, m_dSlowest, m_iWrong);
+    std::printf("%-62s %5d %5d %5d %7d %5d/%-5d %5d/%-5d %6.2f %6d\n", name.c_str(), m_iRuns, m_iEnded,
+                m_iHung, m_iFolders, m_iGoodReports, m_iReports, m_iGoodDumps, m_iDumps, m_dSlowest,
+                m_iWrong);
   }
 };
 
@@ -85,8 +87,8 @@ class Driver {
   }
 
   bool Print() const {
-    std::printf("\n%-62s %5s %5s %5s %7s %11s %11s %6s %6s\n", "kind, place", "runs", "ended", "hung", "folders",
-                "XML/reports", "good/dumps", "slowest", "wrong");
+    std::printf("\n%-62s %5s %5s %5s %7s %11s %11s %6s %6s\n", "kind, place", "runs", "ended", "hung",
+                "folders", "XML/reports", "good/dumps", "slowest", "wrong");
     for (const auto& [name, line] : m_lines) line.Print(name);
     m_sum.Print("all");
     if (m_iImpossible > 0) std::printf("%d more can't be had on this machine\n", m_iImpossible);
@@ -197,7 +199,8 @@ int main(int count, char** arguments) {
   if (count < 3) return 99;
   const std::string form = arguments[2];
   const bool full = form == "full";
-  if (full && Debugger().empty()) std::puts("There is no lldb here: dumps are only looked at by this program.");
+  if (full && Debugger().empty())
+    std::puts("There is no lldb here: dumps are only looked at by this program.");
   Driver driver(arguments[1], full && !Debugger().empty());
   if (full)
     driver.Die(AtLeast(count > 3 ? static_cast<std::size_t>(std::atoi(arguments[3])) : 1000, AllRows()));

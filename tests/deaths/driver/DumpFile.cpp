@@ -24,7 +24,8 @@ class Bytes {
 
   template <class T>
   T At(std::uint64_t offset) const {
-    if (offset > m_sBytes.size() || m_sBytes.size() - offset < sizeof(T)) throw std::out_of_range("cut short");
+    if (offset > m_sBytes.size() || m_sBytes.size() - offset < sizeof(T))
+      throw std::out_of_range("cut short");
     T value;
     std::memcpy(&value, m_sBytes.data() + offset, sizeof(T));
     return value;
@@ -81,8 +82,10 @@ Place PlaceOf(const Bytes& dump, std::uint64_t instruction) {
 }
 
 // The function of a symbol table that covers the address.
-std::string Lookup(const Bytes& file, const Elf64_Shdr& symbols, const Elf64_Shdr& names, std::uint64_t address) {
-  for (std::uint64_t at = symbols.sh_offset; at < symbols.sh_offset + symbols.sh_size; at += sizeof(Elf64_Sym)) {
+std::string Lookup(const Bytes& file, const Elf64_Shdr& symbols, const Elf64_Shdr& names,
+                   std::uint64_t address) {
+  for (std::uint64_t at = symbols.sh_offset; at < symbols.sh_offset + symbols.sh_size;
+       at += sizeof(Elf64_Sym)) {
     const auto symbol = file.At<Elf64_Sym>(at);
     if (ELF64_ST_TYPE(symbol.st_info) == STT_FUNC && address >= symbol.st_value &&
         address - symbol.st_value < symbol.st_size)

@@ -17,6 +17,7 @@ enum class ERoad {
   eALLOCATOR,     ///< a fault in the allocator: nothing can be raised there
   eWALLED_FAULT,  ///< a fault that may not leave its function
   eERROR,         ///< of the library's family
+  eWALLED_ERROR,  ///< one that may not leave its function
   eEXCEPTION,     ///< of another one
   eNO_MEMORY,     ///< an exception, when there is nothing to report it with
   eTERMINATE,     ///< the runtime gives up, whoever would catch
@@ -51,7 +52,7 @@ Row RowOf(const Kind& kind, const Place& place);
 
 /// Every kind at every place.
 std::vector<Row> PlainRows();
-/// A choice of them.
+/// Each kind at one place, another one for each.
 std::vector<Row> DiagonalRows();
 
 /// Those with a trouble, several threads, other policies. Slow ones are included.

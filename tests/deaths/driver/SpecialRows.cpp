@@ -1,6 +1,8 @@
 // Deaths with more than one thing wrong, by several threads, or with other settings.
 #include <signal.h>
 
+#include <map>
+
 #include "Facts.h"
 
 namespace Deaths {
@@ -17,7 +19,9 @@ Row With(Row row, const std::string& argument) {
 Row Plain(const char* kind, const char* place) { return RowOf(KindOf(kind), PlaceOf(place)); }
 
 // A fault that becomes an error, one that doesn't, an error.
-Rows Thrice() { return {Plain("null-write", "main"), Plain("null-write", "std-thread"), Plain("error", "main")}; }
+Rows Thrice() {
+  return {Plain("null-write", "main"), Plain("null-write", "std-thread"), Plain("error", "main")};
+}
 
 template <class Change>
 void Add(Rows& rows, const Rows& from, const char* argument, Change change) {
@@ -144,7 +148,8 @@ void AddSettings(Rows& rows) {
   for (const char* kind : {"null-write", "error", "malloc-locked", "stack-overflow", "number"})
     for (const char* place : {"main", "std-thread", "translated"}) {
       const Row row = Plain(kind, place);
-      for (const char* policy : {"policy=0", "policy=2", "policy=3", "policy=17"}) rows.push_back(With(row, policy));
+      for (const char* policy : {"policy=0", "policy=2", "policy=3", "policy=17"})
+        rows.push_back(With(row, policy));
       Add(rows, {row}, "end=signal", [&](Row& changed) { changed.m_statuses = {-KindOf(kind).m_iSignal}; });
       Add(rows, {row}, "reports=0", [](Row& changed) {
         if (changed.m_dumps.m_iMost == 0) return;
@@ -167,11 +172,29 @@ void AddSettings(Rows& rows) {
 
 // Three slow ones are enough where time is short.
 bool BelongsToTheShortForm(const Row& row) {
-  if (!row.m_bSlow) return row.m_sPlace == "std-thread" || row.m_more.size() > 1;
+  if (!row.m_bSlow) return true;
   if (row.m_more.size() != 1) return false;
   return (row.m_sPlace == "main" && row.m_sKind == "error" && row.m_more[0] == "trouble=witness-hang") ||
          (row.m_sKind == "malloc-locked" && row.m_more[0] == "trouble=heap-held") ||
          (row.m_sPlace == "std-thread" && row.m_more[0] == "trouble=walk-held");
+}
+
+// What is special about a row, whatever it dies of. Deaths of several threads differ by their place.
+std::string Speciality(const Row& row) {
+  std::string text = std::to_string(static_cast<int>(row.m_eFolders));
+  for (const std::string& more : row.m_more) text += " " + more + (more == "threads=8" ? row.m_sPlace : "");
+  return text;
+}
+
+// One row of each speciality: a fault, an error, another fault, by turns.
+Rows OneOfEach(const Rows& rows) {
+  std::map<std::string, Rows> groups;
+  for (const Row& row : rows)
+    if (BelongsToTheShortForm(row)) groups[Speciality(row)].push_back(row);
+  Rows some;
+  std::size_t turn = 0;
+  for (const auto& [speciality, group] : groups) some.push_back(group[turn++ % group.size()]);
+  return some;
 }
 
 }  // namespace
@@ -194,12 +217,11 @@ std::vector<Row> AllRows() {
 }
 
 std::vector<Row> ShortRows() {
-  Rows rows;
-  for (const Row& row : SpecialRows())
-    if (BelongsToTheShortForm(row)) rows.push_back(row);
+  Rows rows = OneOfEach(SpecialRows());
   for (const Row& row : DiagonalRows()) rows.push_back(row);
   constexpr std::size_t uHUNDRED = 100;
-  if (rows.size() > uHUNDRED) rows.resize(uHUNDRED);
+  for (const Row& row : PlainRows())
+    if (rows.size() < uHUNDRED && row.m_sPlace == "main") rows.push_back(row);
   return rows;
 }
 

@@ -126,7 +126,9 @@ class Judgement {
 
 bool IsOnTop(const Row& row, const std::vector<std::string>& functions) {
   if (row.m_sTop.empty()) return !functions.empty();
-  const auto end = functions.begin() + std::min<std::ptrdiff_t>(row.m_iTopWithin, std::distance(functions.begin(), functions.end()));
+  const auto end =
+      functions.begin() +
+      std::min<std::ptrdiff_t>(row.m_iTopWithin, std::distance(functions.begin(), functions.end()));
   return std::find(functions.begin(), end, row.m_sTop) != end;
 }
 

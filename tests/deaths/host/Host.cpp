@@ -32,7 +32,8 @@ constexpr int iUNKNOWN = 99;
 void SetUpReports() {
   AlertManager* const manager = AlertManager::Instance();
   if (const char* const base = Option("base")) manager->SetFatalErrorBasePath(base);
-  if (Option("policy") != nullptr) manager->SetDumpPolicy(static_cast<EDumpPolicy>(NumberOption("policy", 1)));
+  if (Option("policy") != nullptr)
+    manager->SetDumpPolicy(static_cast<EDumpPolicy>(NumberOption("policy", 1)));
   AlertManager::SetMaxFatalErrorReports(NumberOption("reports", 1));
   AlertManager::SetEndBySignal(IsOption("end", "signal"));
   manager->AddFatalErrorInfo("DeathKind", Kind());

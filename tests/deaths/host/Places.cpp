@@ -6,6 +6,7 @@
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/ThreadPool.h>
 
+#include <cxxabi.h>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -151,12 +152,13 @@ struct Destructor {
 };
 const Destructor s_destructor;
 
-// What is registered before the library is even built runs when it is gone.
-void DieLate() {
+// What is registered before the library is even built, and as nobody's, runs when it is gone.
+void DieLate(void*) {
   if (s_late != nullptr) s_late();
 }
-void RegisterLate(int, char**, char**) { std::atexit(&DieLate); }
-[[gnu::section(".preinit_array"), gnu::used]] void (*const s_registerLate)(int, char**, char**) = &RegisterLate;
+void RegisterLate(int, char**, char**) { abi::__cxa_atexit(&DieLate, nullptr, nullptr); }
+[[gnu::section(".preinit_array"), gnu::used]] void (*const s_registerLate)(int, char**,
+                                                                           char**) = &RegisterLate;
 
 struct NamedPlace {
   const char* m_pName;

@@ -57,11 +57,13 @@ void Forbid(const unsigned (&numbers)[count], unsigned error) {
     return sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, static_cast<unsigned char>(to), 0);
   };
   program[0] = BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr));
-  for (std::size_t index = 0; index < count; ++index) program[index + 1] = jump(numbers[index], count - index);
+  for (std::size_t index = 0; index < count; ++index)
+    program[index + 1] = jump(numbers[index], count - index);
   program[count + 1] = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
   program[count + 2] = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error);
   const sock_fprog filter = {count + 3, program};
-  if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
+  if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+      ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
     GiveUp("seccomp");
 }
 
@@ -131,18 +133,10 @@ void SpoilTheSymbolReader() {
 }
 
 constexpr NamedTrouble sTROUBLES[] = {
-    {"no-trace", &ForbidToTrace},
-    {"no-look", &ForbidToLook},
-    {"no-threads", &ForbidThreads},
-    {"no-proc", &HideProc},
-    {"no-privileges", &LosePrivileges},
-    {"full-disk", &FillTheDisk},
-    {"small-files", &LimitFiles},
-    {"no-handles", &UseUpHandles},
-    {"replaced", &ReplaceTheProgram},
-    {"removed", &RemoveTheProgram},
-    {"blocked", &BlockSignals},
-    {"no-symbols", &SpoilTheSymbolReader},
+    {"no-trace", &ForbidToTrace},   {"no-look", &ForbidToLook},         {"no-threads", &ForbidThreads},
+    {"no-proc", &HideProc},         {"no-privileges", &LosePrivileges}, {"full-disk", &FillTheDisk},
+    {"small-files", &LimitFiles},   {"no-handles", &UseUpHandles},      {"replaced", &ReplaceTheProgram},
+    {"removed", &RemoveTheProgram}, {"blocked", &BlockSignals},         {"no-symbols", &SpoilTheSymbolReader},
 };
 
 }  // namespace

@@ -40,9 +40,7 @@ DEATHS_SITE void DieByANumber() {
   if (s_iSink == 0) throw 42;
 }
 
-DEATHS_SITE void DieByTerminate() {
-  std::terminate();
-}
+DEATHS_SITE void DieByTerminate() { std::terminate(); }
 
 DEATHS_SITE void DieByAPureCall(Incomplete* object) {
   object->Missing();

@@ -38,11 +38,8 @@ namespace Deaths {
 namespace {
 
 constexpr NamedWay sWAYS[] = {
-    {"abort", &DieByAbort},
-    {"assertion", &DieByAnAssertion},
-    {"term-sent", &DieByTermSent},
-    {"segv-sent", &DieBySegvSent},
-    {"fpe-sent", &DieByFpeSent},
+    {"abort", &DieByAbort},        {"assertion", &DieByAnAssertion}, {"term-sent", &DieByTermSent},
+    {"segv-sent", &DieBySegvSent}, {"fpe-sent", &DieByFpeSent},
 };
 
 }  // namespace

@@ -53,9 +53,12 @@ namespace Deaths {
 namespace {
 
 constexpr NamedWay sWAYS[] = {
-    {"stack-overflow", &DieByStackOverflow}, {"trashed-return", &DieByTrashedReturn},
-    {"return-to-nowhere", &DieByReturnToNowhere}, {"return-to-null", &DieByReturnToNull},
-    {"corrupted-stack", &DieOnACorruptedStack}, {"looping-stack", &DieOnAStackThatLoops},
+    {"stack-overflow", &DieByStackOverflow},
+    {"trashed-return", &DieByTrashedReturn},
+    {"return-to-nowhere", &DieByReturnToNowhere},
+    {"return-to-null", &DieByReturnToNull},
+    {"corrupted-stack", &DieOnACorruptedStack},
+    {"looping-stack", &DieOnAStackThatLoops},
     {"wild-stack", &DieOnAWildStack},
 };
 
