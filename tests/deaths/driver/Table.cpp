@@ -65,7 +65,7 @@ const Kind sKINDS[] = {
     {"pure-call", ERoad::eTERMINATE, SIGABRT, sNO_MESSAGE, "DieByAPureCall"},
     {"noexcept", ERoad::eWALLED_ERROR, SIGABRT, "nobody &lt;catches&gt; this", "DieByAnError"},
     {"noexcept-fault", ERoad::eWALLED_FAULT, SIGSEGV, "Illegal write to virtual address 0 from 0x",
-     "FaultAtANoexcept"},
+     "DieByNullWrite"},
     {"unwinding", ERoad::eTERMINATE, SIGABRT, "", ""},
     {"abort", ERoad::eSIGNAL, SIGABRT, "", ""},
     {"assertion", ERoad::eSIGNAL, SIGABRT, "", ""},
@@ -135,9 +135,11 @@ bool IsSurvived(const Kind& kind, const Place& place) {
   return caught && place.m_eOutcome == EOutcome::eSURVIVES;
 }
 
-// Whether one end of several is right, since nobody can know what is read from what was trashed.
+// Whether one end of several is right: nobody can know what is read from what was trashed, and whether a fault passes
+// a noexcept function is up to the compiler of that function.
 bool IsOpen(const Kind& kind, const Place& place) {
-  return kind.m_eRoad == ERoad::eBROKEN_STACK && place.m_eOutcome == EOutcome::eSURVIVES;
+  const bool open = kind.m_eRoad == ERoad::eBROKEN_STACK || kind.m_eRoad == ERoad::eWALLED_FAULT;
+  return open && place.m_eOutcome == EOutcome::eSURVIVES;
 }
 
 std::string MessageOf(const Kind& kind, const Place& place) {

@@ -76,11 +76,17 @@ class Judgement {
   }
 
   void LookAtReport(const fs::path& report) {
-    const std::string text = ReadAll(report);
+    const std::string text = WithoutLayout(ReadAll(report));
     Expect(text, "<DeathKind>" + m_row.m_sKind + "</DeathKind>");
     Expect(text, "<Circumstance>Fatal unhandled error</Circumstance>");
     if (!m_row.m_sMessage.empty()) Expect(text, "<Message>" + m_row.m_sMessage);
     if (m_row.m_bInReport && !m_row.m_sTop.empty()) LookAtCallStack(text);
+  }
+
+  // Long texts stand on lines of their own.
+  static std::string WithoutLayout(const std::string& text) {
+    static const std::regex LAYOUT("\\s*\n\\s*");
+    return std::regex_replace(text, LAYOUT, "");
   }
 
   void Expect(const std::string& text, const std::string& part) {

@@ -39,7 +39,7 @@ extern int* volatile g_pNull;
 #if defined(__clang__)
 #define DEATHS_SITE extern "C" __attribute__((noinline, optnone))
 #else
-#define DEATHS_SITE extern "C" __attribute__((noipa, optimize("no-optimize-sibling-calls")))
+#define DEATHS_SITE extern "C" __attribute__((noipa))
 #endif
 
 #endif

@@ -51,9 +51,15 @@ Incomplete::Incomplete() { DieByAPureCall(this); }
 
 DEATHS_SITE void BeginIncomplete() { const Complete object; }
 
-DEATHS_SITE void DieAtANoexcept() noexcept { DieByAnError(); }
+DEATHS_SITE void DieAtANoexcept() noexcept {
+  DieByAnError();
+  s_iSink = 1;
+}
 
-DEATHS_SITE void FaultAtANoexcept() noexcept { *Deaths::g_pNull = 1; }
+DEATHS_SITE void FaultAtANoexcept() noexcept {
+  Deaths::FindWay("null-write")();
+  s_iSink = 1;
+}
 
 // An exception while another one is unwinding.
 DEATHS_SITE void DieWhileUnwinding() {
