@@ -94,7 +94,8 @@ std::string Lookup(const Bytes& file, const Elf64_Shdr& symbols, const Elf64_Shd
   return "";
 }
 
-std::string FunctionAt(const Place& place) {
+// "" where the file is another one by now, or gone.
+std::string FunctionAt(const Place& place) try {
   const Bytes file(place.m_sModule);
   const auto header = file.At<Elf64_Ehdr>(0);
   const auto section = [&](std::uint64_t index) {
@@ -106,6 +107,8 @@ std::string FunctionAt(const Place& place) {
     const std::string found = Lookup(file, symbols, section(symbols.sh_link), place.m_uOffset);
     if (!found.empty()) return found;
   }
+  return "";
+} catch (const std::exception&) {
   return "";
 }
 

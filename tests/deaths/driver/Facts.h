@@ -10,18 +10,20 @@
 namespace Deaths {
 
 enum class ERoad {
-  eFAULT,         ///< of the machine: becomes an error where there is a translator
-  eOVERFLOW,      ///< of the stack: takes another stack to tell of it
-  eBROKEN_STACK,  ///< a fault whose callers can't be found
-  eWILD_STACK,    ///< a fault without a stack at all
-  eALLOCATOR,     ///< a fault in the allocator: nothing can be raised there
-  eWALLED_FAULT,  ///< a fault that may not leave its function
-  eERROR,         ///< of the library's family
-  eWALLED_ERROR,  ///< one that may not leave its function
-  eEXCEPTION,     ///< of another one
-  eNO_MEMORY,     ///< an exception, when there is nothing to report it with
-  eTERMINATE,     ///< the runtime gives up, whoever would catch
-  eSIGNAL         ///< somebody sent it: no fault
+  eFAULT,             ///< of the machine: becomes an error where there is a translator
+  eOVERFLOW,          ///< of the stack: takes another stack to tell of it
+  eBROKEN_STACK,      ///< a fault whose callers can't be found
+  eWILD_STACK,        ///< a fault without a stack at all
+  eALLOCATOR,         ///< a fault in the allocator: nothing can be raised there
+  eLOCKED_ALLOCATOR,  ///< one that nothing can be allocated after
+  eWALLED_FAULT,      ///< a fault that may not leave its function
+  eERROR,             ///< of the library's family
+  eWALLED_ERROR,      ///< one that may not leave its function
+  eEXCEPTION,         ///< of another one
+  eNO_MEMORY,         ///< an exception, when there is nothing to report it with
+  eTERMINATE,         ///< the runtime gives up, whoever would catch
+  eNO_EXCEPTION,      ///< the same without an exception in hand, so that there is nothing to dump
+  eSIGNAL             ///< somebody sent it: no fault
 };
 
 struct Kind {

@@ -52,17 +52,17 @@ const Kind sKINDS[] = {
     {"corrupted-stack", ERoad::eBROKEN_STACK, SIGSEGV, "", "DieOnACorruptedStack"},
     {"looping-stack", ERoad::eBROKEN_STACK, SIGSEGV, "", "DieOnAStackThatLoops"},
     {"wild-stack", ERoad::eWILD_STACK, SIGSEGV, "", "DieOnAWildStack"},
-    {"malloc", ERoad::eALLOCATOR, SIGSEGV, sNO_MESSAGE, "DieInMalloc", 4},
-    {"malloc-locked", ERoad::eALLOCATOR, SIGSEGV, sNO_MESSAGE, "DieInMallocWithTheLock", 4},
+    {"malloc", ERoad::eLOCKED_ALLOCATOR, SIGSEGV, sNO_MESSAGE, "DieInMalloc", 4},
+    {"malloc-locked", ERoad::eLOCKED_ALLOCATOR, SIGSEGV, sNO_MESSAGE, "DieInMallocWithTheLock", 4},
     {"free-wild", ERoad::eALLOCATOR, SIGSEGV, sNO_MESSAGE, "DieByFreeingAWildPointer", 4},
     {"free-stack", ERoad::eSIGNAL, SIGABRT, "", ""},
     {"free-twice", ERoad::eSIGNAL, SIGABRT, "", ""},
-    {"out-of-memory", ERoad::eNO_MEMORY, SIGABRT, "", "DieOutOfMemory"},
+    {"out-of-memory", ERoad::eNO_MEMORY, SIGABRT, "", "DieOutOfMemory", 2},
     {"error", ERoad::eERROR, SIGABRT, "nobody &lt;catches&gt; this", "DieByAnError"},
     {"std-exception", ERoad::eEXCEPTION, SIGABRT, sNO_MESSAGE, "DieByAStdException"},
     {"number", ERoad::eEXCEPTION, SIGABRT, sNO_MESSAGE, "DieByANumber"},
-    {"terminate", ERoad::eTERMINATE, SIGABRT, sNO_MESSAGE, "DieByTerminate"},
-    {"pure-call", ERoad::eTERMINATE, SIGABRT, sNO_MESSAGE, "DieByAPureCall"},
+    {"terminate", ERoad::eNO_EXCEPTION, SIGABRT, sNO_MESSAGE, "DieByTerminate"},
+    {"pure-call", ERoad::eNO_EXCEPTION, SIGABRT, sNO_MESSAGE, "DieByAPureCall"},
     {"noexcept", ERoad::eWALLED_ERROR, SIGABRT, "nobody &lt;catches&gt; this", "DieByAnError"},
     {"noexcept-fault", ERoad::eWALLED_FAULT, SIGSEGV, "Illegal write to virtual address 0 from 0x",
      "DieByNullWrite"},
@@ -101,10 +101,11 @@ void ExpectNoFiles(Row& row) {
   row.m_sTop.clear();
 }
 
-// No listener hears and no report is written any more, but the dump is.
+// No listener hears and no whole report is written any more, but the dump is.
 void ExpectDumpInTheWorkingFolder(Row& row) {
-  row.m_reports = NONE;
+  row.m_reports = ANY;
   row.m_sMessage.clear();
+  row.m_bInReport = false;
   row.m_eWhere = EWhere::eWORKING;
 }
 
@@ -174,6 +175,11 @@ Row RowOf(const Kind& kind, const Place& place) {
   row.m_iTopWithin = kind.m_iTopWithin;
   row.m_bInReport = !row.m_sMessage.empty() && row.m_sMessage != sNO_MESSAGE;
   if (kind.m_eRoad == ERoad::eNO_MEMORY) row.m_reports = ANY;
+  if (kind.m_eRoad == ERoad::eLOCKED_ALLOCATOR) {
+    row.m_bSlow = true;
+    row.m_sMessage.clear();
+  }
+  if (kind.m_eRoad == ERoad::eNO_EXCEPTION) row.m_dumps = NONE;
   if (IsSurvived(kind, place)) {
     row.m_statuses = {iWENT_ON};
     ExpectNoFiles(row);

@@ -39,8 +39,11 @@ void SetUpReports() {
   manager->AddFatalErrorInfo("DeathKind", Kind());
 }
 
-bool BringLate(const char* trouble) {
-  return Bring(TroublesOfWitnesses(), trouble) || Bring(TroublesOfLocks(), trouble);
+// What the dying thread does where another one is to hold a lock: it is made before that, as making a thread takes
+// locks as well.
+void DieWithoutALock() {
+  Bring(TroublesOfLocks(), Option("trouble"));
+  FindWay(Kind())();
 }
 
 // Before every static constructor of the host; the library is there already.
@@ -60,11 +63,11 @@ bool BringLate(const char* trouble) {
 }  // namespace
 
 int main() {
-  const Way way = FindWay(Kind());
+  Way way = FindWay(Kind());
   if (way == nullptr) return iUNKNOWN;
   if (IsInitialised(Place())) Oxa::Core::Initialize();
   if (const char* const trouble = Option("trouble")) {
-    if (!BringLate(trouble)) return iUNKNOWN;
+    if (!Bring(TroublesOfWitnesses(), trouble)) way = &DieWithoutALock;
   }
   if (!DieAt(Place(), way, NumberOption("threads", 1))) return iUNKNOWN;
   std::puts("went on");

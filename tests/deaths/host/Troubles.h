@@ -20,7 +20,7 @@ struct Troubles {
 Troubles TroublesAround();
 /// Listeners and log services that misbehave; brought when the library is in use.
 Troubles TroublesOfWitnesses();
-/// Locks that another thread holds and never gives back; brought last.
+/// Locks that another thread holds and never gives back; brought by the thread that dies.
 Troubles TroublesOfLocks();
 
 /// Brings the trouble of that name if it is one of these. Gives whether it is.

@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <link.h>
-#include <malloc.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
@@ -17,6 +16,7 @@
 #include <iterator>
 #include <thread>
 
+#include "Options.h"
 #include "Troubles.h"
 
 using namespace Oxa::Core;
@@ -41,7 +41,7 @@ void Hold(void (*take)()) {
     s_bHeld = true;
     StayForEver();
   }).detach();
-  while (!s_bHeld) std::this_thread::yield();
+  while (!s_bHeld) std::this_thread::sleep_for(std::chrono::microseconds(50));
 }
 
 void HoldTheOutput() {
@@ -120,7 +120,7 @@ void AllocateForEver() {
 
 void ProbeForEver() {
   for (int round = 1;; ++round) {
-    while (s_iRound < round) std::this_thread::yield();
+    while (s_iRound < round) std::this_thread::sleep_for(std::chrono::microseconds(50));
     void* volatile memory = std::malloc(uLARGE);
     std::free(memory);
     s_iDone = round;
@@ -134,10 +134,19 @@ bool IsHeapHeld(int round) {
   return s_iDone < round;
 }
 
-// All threads share one arena, or the lock would concern nobody else. Both threads are made before the lock may be
+// All threads share one arena, or the lock would concern nobody else; that has to be said before there is any thread.
+void ShareOneArena() {
+  const char* const sARENAS = "MALLOC_ARENA_MAX";
+  if (std::getenv(sARENAS) != nullptr) return;
+  ::setenv(sARENAS, "1", 1);
+  ::execv(Arguments()[0], Arguments());
+  ::_exit(98);
+}
+
+// Both threads are made before the lock may be
 // held, and stay joinable: either takes the allocator.
 void HoldTheHeap() {
-  ::mallopt(M_ARENA_MAX, 1);
+  ShareOneArena();
   ::signal(SIGUSR2, &StopHereForATime);
   static std::thread* const busy = new std::thread(&AllocateForEver);
   static std::thread* const probe = new std::thread(&ProbeForEver);
@@ -145,10 +154,10 @@ void HoldTheHeap() {
   for (int round = 1;; ++round) {
     s_bLetGo = false;
     ::pthread_kill(busy->native_handle(), SIGUSR2);
-    while (!s_bHeld) std::this_thread::yield();
+    while (!s_bHeld) std::this_thread::sleep_for(std::chrono::microseconds(50));
     if (IsHeapHeld(round)) return;
     s_bLetGo = true;
-    while (s_bHeld) std::this_thread::yield();
+    while (s_bHeld) std::this_thread::sleep_for(std::chrono::microseconds(50));
   }
 }
 

@@ -22,9 +22,7 @@ void SendToItself(int signal) {
 
 DEATHS_SITE void DieByAbort() { std::abort(); }
 
-DEATHS_SITE void DieByAnAssertion() {
-  assert(s_iSink != 0);
-}
+DEATHS_SITE void DieByAnAssertion() { assert(s_iSink != 0); }
 
 DEATHS_SITE void DieByTermSent() { SendToItself(SIGTERM); }
 
