@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "Platform/Storage.h"
+
 namespace Oxa::Core {
 
 namespace {
@@ -18,6 +20,8 @@ bool IsLibraryUnloading() noexcept { return s_bUnloading.load(); }
 void SetLibraryUnloading() noexcept { s_bUnloading.store(true); }
 
 bool IsExitingAfterFatalError() noexcept { return s_bExiting.load(std::memory_order_relaxed); }
+
+bool GoesByFatalError() noexcept { return IsExitingAfterFatalError() && !Platform::IsBeingUnmapped(); }
 
 void ExitAfterFatalError(int status) {
   s_bExiting.store(true, std::memory_order_relaxed);

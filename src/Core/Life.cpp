@@ -118,7 +118,7 @@ void UnloadRoutine() {
     Platform::WriteToDebugger(sMISSED_SHUTDOWN);
     Shutdown();
   }
-  TheHooks().releaseFaultAdapter();
+  if (!GoesByFatalError()) TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   MSWindows::DebugHelpLife::End();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
@@ -127,7 +127,7 @@ void UnloadRoutine() {
   Platform::NativeThread::AwaitEnding(Platform::Deadline::InMilliseconds(llPATIENCE_MS));
   FinishForTheDying();
   // However often the adapter is still in use: nothing may lead into code that is gone.
-  Platform::RemoveFaultHandling();
+  if (!GoesByFatalError()) Platform::RemoveFaultHandling();
 }
 
 }  // namespace Oxa::Core

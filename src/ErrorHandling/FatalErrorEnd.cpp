@@ -2,6 +2,7 @@
 
 #include <Infrastructure/OxaCore/AlertManager.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 
@@ -20,29 +21,38 @@ constexpr int iSTATUS = -1;
 constexpr unsigned uSLICE_MS = 1;
 constexpr std::size_t uPLACES = 32;
 
-std::atomic<unsigned long> s_dying[uPLACES];  // ids of threads; one more than there are places goes without
+struct DyingThread {
+  std::atomic<unsigned long> m_ulId{0};
+  std::atomic<int> m_iEntries{0};  // how often it has begun to die
+};
+
+DyingThread s_dying[uPLACES];  // one thread more than there are places goes without
 std::atomic<unsigned long> s_ulWhoEnds{0};    // the thread that ends the process
 std::atomic<int> s_iSignal{0};                // of the first death
 std::atomic<bool> s_bForOthers{false};        // the end is in the name of other threads
 
 bool Replace(unsigned long id, unsigned long with) noexcept {
-  for (std::atomic<unsigned long>& place : s_dying) {
+  for (DyingThread& thread : s_dying) {
     unsigned long expected = id;
-    if (place.compare_exchange_strong(expected, with)) return true;
+    if (!thread.m_ulId.compare_exchange_strong(expected, with)) continue;
+    thread.m_iEntries.store(1);
+    return true;
   }
   return false;
 }
 
-bool IsDying(unsigned long id) noexcept {
-  for (const std::atomic<unsigned long>& place : s_dying) {
-    if (place.load() == id) return true;
+DyingThread* FindDying(unsigned long id) noexcept {
+  for (DyingThread& thread : s_dying) {
+    if (thread.m_ulId.load() == id) return &thread;
   }
-  return false;
+  return nullptr;
 }
+
+bool IsDying(unsigned long id) noexcept { return FindDying(id) != nullptr; }
 
 bool AnyoneIsDying() noexcept {
-  for (const std::atomic<unsigned long>& place : s_dying) {
-    if (place.load() != 0) return true;
+  for (const DyingThread& thread : s_dying) {
+    if (thread.m_ulId.load() != 0) return true;
   }
   return false;
 }
@@ -66,12 +76,31 @@ bool TakeTheEnd(unsigned long id) noexcept {
   ExitAfterFatalError(status);
 }
 
+// Whatever this thread touches makes it die anew: it touches nothing more.
+[[noreturn]] void EndAtOnce(unsigned long id) noexcept {
+  Replace(id, 0);
+  AwaitRecords();
+  const int signal = s_iSignal.load();
+  if (AlertManager::GetEndBySignal() && signal != 0) Platform::EndBySignal(signal);
+  Platform::EndNow(iSTATUS);
+}
+
+// Each report may lead to the next one, and the last one to the warning of that.
+bool HasDiedTooOften(DyingThread& thread) noexcept {
+  return thread.m_iEntries.fetch_add(1) > std::max(AlertManager::GetMaxFatalErrorReports(), 1);
+}
+
 }  // namespace
 
 void BeginDying() noexcept {
   const unsigned long id = Platform::CurrentThreadId();
-  if (!IsDying(id)) Replace(0, id);
   Platform::StartDeathWatch(iTIME_TO_DIE_MS, iSTATUS);
+  DyingThread* const before = FindDying(id);
+  if (before == nullptr) {
+    Replace(0, id);
+  } else if (HasDiedTooOften(*before)) {
+    EndAtOnce(id);
+  }
 }
 
 void DieBySignal(int signal) noexcept {

@@ -11,6 +11,7 @@
 #include "Time/MonthNames.h"
 
 #include "Platform/Clock.h"
+#include "Platform/Faults.h"
 #include "Platform/Files.h"
 
 namespace Oxa::Core {
@@ -61,11 +62,23 @@ class KeptName {
 KeptName s_wanted;
 KeptName s_fallback;
 
+struct LocalTime {
+  long long m_llTicks;
+  Platform::DateTime m_time;
+  bool m_bKnown;
+
+  static void Find(void* argument) {
+    LocalTime& local = *static_cast<LocalTime*>(argument);
+    local.m_bKnown = Platform::TicksToLocal(local.m_llTicks, local.m_time) == 0;
+  }
+};
+
+// The environment, which has a word in what is local, may be in ruins.
 Platform::DateTime LocalNow() noexcept {
-  Platform::DateTime now = {};
-  const long long ticks = Platform::NowTicks();
-  if (Platform::TicksToLocal(ticks, now) != 0) Platform::TicksToUtc(ticks, now);
-  return now;
+  LocalTime local = {Platform::NowTicks(), {}, false};
+  if (!Platform::CallGuarded(&LocalTime::Find, &local) || !local.m_bKnown)
+    Platform::TicksToUtc(local.m_llTicks, local.m_time);
+  return local.m_time;
 }
 
 template <class... Numbers>
@@ -97,9 +110,13 @@ void ComposeSecondForm(FatalErrorName& name, const char* base) noexcept {
 }
 
 bool IsOrBecomesFolder(const char* name) noexcept {
-  Platform::FileStatus status;
-  Platform::Status(name, status);
-  return status.m_bDirectory || Platform::MakeDirectory(name) == 0;
+  const auto isFolder = [name] {
+    Platform::FileStatus status;
+    Platform::Status(name, status);
+    return status.m_bDirectory;
+  };
+  // Another thread that dies may have made it meanwhile.
+  return isFolder() || Platform::MakeDirectory(name) == 0 || isFolder();
 }
 
 // Where the folders begin that can be made: behind a drive or server, and behind the separator that comes first.

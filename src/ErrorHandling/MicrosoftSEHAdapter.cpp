@@ -1,6 +1,7 @@
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 
 #include "ErrorHandling/Hooks.h"
+#include "Core/LibraryState.h"
 #include "ErrorHandling/MicrosoftSEHAdapterHooks.h"
 #include "Platform/Faults.h"
 
@@ -61,7 +62,9 @@ constexpr FaultClass aCLASSES[] = {
 
 SEHAdapter::SEHAdapter() { Initialize(); }
 
-SEHAdapter::~SEHAdapter() { Shutdown(); }
+SEHAdapter::~SEHAdapter() {
+  if (!Oxa::Core::GoesByFatalError()) Shutdown();
+}
 
 SEHAdapter& SEHAdapter::Instance() { return sm_Instance; }
 

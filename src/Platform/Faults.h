@@ -99,6 +99,9 @@ bool CallGuarded(void (*action)(void*), void* argument) noexcept;
 /// on behind it.
 void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noexcept;
 
+/// The same on the current stack if that is known to have `size` bytes left.
+void CallWithRoom(std::size_t size, void (*action)(void*), void* argument) noexcept;
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -115,7 +115,18 @@ bool CallGuarded(void (*action)(void*), void* argument) noexcept {
   const bool whole = OxaCoreCallGuarded(action, argument, &guard) != 0;
   t_faults.m_pGuard = before.m_pGuard;
   t_faults.m_stack = before.m_stack;
+  t_faults.m_iRaises = before.m_iRaises;
   return whole;
+}
+
+void CallWithRoom(std::size_t size, void (*action)(void*), void* argument) noexcept {
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  const StackRange& stack = t_faults.m_stack;
+  if (stack.Holds(here) && here - stack.m_uLow >= size) {
+    action(argument);
+  } else {
+    CallOnNewStack(size, action, argument);
+  }
 }
 
 void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noexcept {

@@ -51,9 +51,23 @@ void UseLastChance(FaultState& state) noexcept {
   if (call.m_pFilter != nullptr) CallOnNewStack(uNEW_STACK, &CallLastChance, &call);
 }
 
+// Whoever faults while a fault is raised, and does so again and again, will not come to an end by raises.
+constexpr int iMOST_RAISES = 16;
+
+class OneMoreRaise {
+ public:
+  OneMoreRaise() noexcept { ++t_faults.m_iRaises; }
+  OneMoreRaise(const OneMoreRaise&) = delete;
+  OneMoreRaise& operator=(const OneMoreRaise&) = delete;
+  ~OneMoreRaise() { --t_faults.m_iRaises; }
+
+  static bool IsTooMany() noexcept { return t_faults.m_iRaises > iMOST_RAISES; }
+};
+
 // On the stack of the raise, below the trampoline. What the translator throws goes on through the trampoline.
 void Deliver(FaultState& state) {
-  const FaultTranslator translator = t_faults.m_pTranslator;
+  const OneMoreRaise raise;
+  const FaultTranslator translator = OneMoreRaise::IsTooMany() ? nullptr : t_faults.m_pTranslator;
   if (translator != nullptr && FindFirstFrame(state)) translator(state.m_record.m_uCode, &state.m_pointers);
   UseLastChance(state);
   EndByDefaultAction(state.m_record.m_signal.si_signo, state.m_record.m_signal);
@@ -181,7 +195,15 @@ void DealWith(const siginfo_t& signal, ucontext_t& context) noexcept {
   RestoreDefaultAction(signal.si_signo);
 }
 
+// The kernel leaves the processor's check of alignment on for the handler, and the C library's own code doesn't pass it.
+void StopCheckingAlignment() noexcept {
+  const auto flags = __builtin_ia32_readeflags_u64();
+  constexpr auto uCHECK = static_cast<decltype(__builtin_ia32_readeflags_u64())>(iALIGNMENT_CHECK);
+  if ((flags & uCHECK) != 0) __builtin_ia32_writeeflags_u64(flags & ~uCHECK);
+}
+
 void OnSignal(int signal, siginfo_t* info, void* context) {
+  StopCheckingAlignment();
   const int error = errno;
   ucontext_t& registers = *static_cast<ucontext_t*>(context);
   const FaultGuard* const guard = t_faults.m_pGuard;

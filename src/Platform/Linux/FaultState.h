@@ -29,6 +29,7 @@ struct ThreadFaults {
   FaultTranslator m_pTranslator;
   FaultGuard* m_pGuard;  ///< the innermost
   StackRange m_stack;    ///< what the thread runs on
+  int m_iRaises;         ///< faults that are being raised, one within the other
 };
 
 [[gnu::tls_model("initial-exec")]] extern __thread ThreadFaults t_faults;

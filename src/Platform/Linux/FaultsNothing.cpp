@@ -38,6 +38,8 @@ bool CallGuarded(void (*action)(void*), void* argument) noexcept {
 
 void CallOnNewStack(std::size_t, void (*action)(void*), void* argument) noexcept { action(argument); }
 
+void CallWithRoom(std::size_t, void (*action)(void*), void* argument) noexcept { action(argument); }
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -46,10 +46,22 @@ namespace {
 // More frames than any stack has that is whole.
 constexpr int iMAX_FRAMES = 1000000;
 
+// Names and types of variables are read in depth. Small stacks of threads don't have this.
+constexpr std::size_t uROOM = 512 * 1024;
+
 class Walk {
  public:
   Walk(SymbolReader& reader, const CONTEXT& context, FrameSink sink, void* argument)
       : m_reader(reader), m_context(context), m_sink(sink), m_pArgument(argument) {}
+
+  // False if a fault has cut it short.
+  bool RunGuarded() {
+    CallWithRoom(uROOM, [](void* walk) { static_cast<Walk*>(walk)->CallRun(); }, this);
+    return m_bWhole;
+  }
+
+ private:
+  void CallRun() { m_bWhole = CallGuarded(&Walk::Run, this); }
 
   static void Run(void* walk) {
     try {
@@ -59,7 +71,6 @@ class Walk {
     }
   }
 
- private:
   void Run() {
     m_reader.GetProcess().Refresh();
     StackWalkSteps steps(m_reader.GetProcess(), m_context);
@@ -131,6 +142,7 @@ class Walk {
   const CONTEXT& m_context;
   const FrameSink m_sink;
   void* const m_pArgument;
+  bool m_bWhole = false;
 };
 
 }  // namespace
@@ -157,7 +169,7 @@ bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, voi
   CONTEXT here;
   if (context == nullptr) CaptureContext(here);
   Walk walk(reader, context != nullptr ? *context : here, sink, argument);
-  if (CallGuarded(&Walk::Run, &walk)) return true;
+  if (walk.RunGuarded()) return true;
   reader.BeginAnew();
   return false;
 }

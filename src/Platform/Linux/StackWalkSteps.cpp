@@ -38,15 +38,14 @@ bool StackWalkSteps::StepByRules(NativeFrame& frame, FrameRegisters& caller) {
 
 // No rules: a call to where no code is has left its return address on the stack; other code may keep frame pointers.
 bool StackWalkSteps::StepByGuess(NativeFrame& frame, FrameRegisters& caller) {
-  if (frame.m_pFacts->m_place.m_pModule != nullptr || !frame.m_bExact)
-    return StepByFramePointer(frame, caller);
+  if (!frame.m_bExact || m_process.IsCode(frame.m_registers.Place())) return StepByFramePointer(frame, caller);
   return StepOverReturn(frame, caller) || StepByFramePointer(frame, caller);
 }
 
 bool StackWalkSteps::StepOverReturn(NativeFrame& frame, FrameRegisters& caller) {
   std::uint64_t behindCall = 0;
   const std::uint64_t stack = frame.m_registers.Stack();
-  if (!m_memory.Read(stack, &behindCall, uWORD) || !m_process.IsInModule(behindCall)) return false;
+  if (!m_memory.Read(stack, &behindCall, uWORD) || !m_process.IsCode(behindCall)) return false;
   caller = frame.m_registers;
   caller.Set(CONTEXT::iPLACE, behindCall);
   caller.Set(CONTEXT::iSTACK, stack + uWORD);
@@ -60,7 +59,7 @@ bool StackWalkSteps::StepByFramePointer(NativeFrame& frame, FrameRegisters& call
   const std::uint64_t stack = frame.m_registers.Stack();
   if (!frame.m_registers.m_bKnown[CONTEXT::iFRAME] || pointer % uWORD != 0) return false;
   if (pointer < stack || pointer - stack > uMAX_FRAME) return false;
-  if (!m_memory.Read(pointer, saved, sizeof saved) || !m_process.IsInModule(saved[1])) return false;
+  if (!m_memory.Read(pointer, saved, sizeof saved) || !m_process.IsCode(saved[1])) return false;
   caller.Set(CONTEXT::iFRAME, saved[0]);
   caller.Set(CONTEXT::iPLACE, saved[1]);
   caller.Set(CONTEXT::iSTACK, pointer + sizeof saved);

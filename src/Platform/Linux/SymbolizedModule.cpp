@@ -100,6 +100,9 @@ LoadedModule Describe(const dl_phdr_info& info) {
     if (part->p_type != PT_LOAD) continue;
     module.m_uBegin = std::min<std::uint64_t>(module.m_uBegin, begin);
     module.m_uEnd = std::max<std::uint64_t>(module.m_uEnd, begin + part->p_memsz);
+    if ((part->p_flags & PF_X) == 0) continue;
+    if (module.m_uCodeEnd == 0) module.m_uCodeBegin = begin;
+    module.m_uCodeEnd = std::max<std::uint64_t>(module.m_uCodeEnd, begin + part->p_memsz);
   }
   module.m_uImage = SizeOfImage(info);
   module.m_sFile = info.dlpi_name != nullptr ? info.dlpi_name : "";

@@ -19,6 +19,8 @@ struct LoadedModule {
   std::uint64_t m_uBias = 0;        ///< what is added to the addresses in the file
   std::uint64_t m_uBegin = 0;       ///< in memory
   std::uint64_t m_uEnd = 0;         ///< behind its last byte
+  std::uint64_t m_uCodeBegin = 0;   ///< of all that can be executed
+  std::uint64_t m_uCodeEnd = 0;     ///< behind it
   std::size_t m_uImage = 0;         ///< bytes from the beginning on that are as they are in the file
   std::string m_sFile;              ///< as the loader knows it; of the program the whole path
   std::vector<unsigned char> m_id;  ///< the build id; empty: it has none
@@ -42,6 +44,10 @@ class SymbolizedModule {
   const std::string& GetName() const { return m_sName; }
   bool Contains(std::uint64_t address) const {
     return address >= m_loaded.m_uBegin && address < m_loaded.m_uEnd;
+  }
+
+  bool HasCode(std::uint64_t address) const {
+    return address >= m_loaded.m_uCodeBegin && address < m_loaded.m_uCodeEnd;
   }
 
   /// The rules by which the caller's registers are found, out of the module's own memory: they are right even if the

@@ -36,7 +36,11 @@ class SymbolizedProcess {
   /// Good until the next Refresh.
   const AddressFacts& GetFacts(std::uint64_t address);
 
-  bool IsInModule(std::uint64_t address) const { return FindModule(address) != nullptr; }
+  /// Whether `address` lies among the instructions of a module.
+  bool IsCode(std::uint64_t address) const {
+    const SymbolizedModule* const module = FindModule(address);
+    return module != nullptr && module->HasCode(address);
+  }
 
  private:
   SymbolizedModule* FindModule(std::uint64_t address) const;

@@ -36,6 +36,7 @@ struct Row {
   Count m_reports = ONE;
   Count m_dumps = ONE;
   EWhere m_eWhere = EWhere::eBASE;
+  int m_iMostFolders = 1;
   bool m_bWhole = true;      ///< files are to be whole: there is room for them
   std::string m_sMessage;    ///< in the report; "" if it doesn't matter
   std::string m_sTop;        ///< the function on top; "" if it can't be known

@@ -44,7 +44,7 @@ class Judgement {
     static const std::regex SECOND("FatalError_\\d{1,2}-[A-Z][a-z]{2}-\\d{4}_\\d{1,2}-\\d{1,2}-\\d{1,2}");
     const auto folders = m_run.FatalFolders();
     m_verdict.m_iFolders = static_cast<int>(folders.size());
-    if (folders.size() > 1) Complain(std::to_string(folders.size()) + " folders");
+    if (m_verdict.m_iFolders > m_row.m_iMostFolders) Complain(std::to_string(folders.size()) + " folders");
     const EWhere where = m_run.Where();
     if (where != m_row.m_eWhere && m_row.m_reports.m_iLeast + m_row.m_dumps.m_iLeast > 0)
       Complain("files in the wrong place, " + std::to_string(static_cast<int>(where)));
