@@ -28,6 +28,7 @@ const CrashKind aKINDS[] = {
 #if defined(__x86_64__)
     {"illegal-instruction", "comes upon what is no instruction: IllegalInstruction", RunNoInstruction},
     {"private-instruction", "asks the processor to halt: PrivateInstruction", RunPrivateInstruction},
+    {"int-overflow", "tells an overflow by the instruction for that: IntOverflow", RunOverflowInstruction},
     {"misaligned", "reads an int at an odd address, with the check for that on: DatatypeMisalignment", ReadMisaligned},
 #endif
     {"float-divide", "divides by zero, with that trap on: FloatDivideByZero", DivideFloatByZero},
@@ -45,7 +46,7 @@ const CrashKind aKINDS[] = {
     {"bare-thread", "a fault on a thread without translator: no error, the dump comes first", DieOnBareThread},
     {"threads", "four threads that fault at once: one report, one dump", DieOnThreadsAtOnce},
     {"listener", "a listener that is told of the death and faults itself", DieWithBrokenListener},
-    {"heap", "a list of free blocks that was overwritten: the fault lies in the allocator", BreakHeap},
+    {"heap", "a list of free blocks that was overwritten: the allocator faults, so a dump is all", BreakHeap},
     {"static-destructor", "a fault after the end of main", DieInStaticDestructor, bENDS_AFTER},
     {"abort", "abort() is no fault: the process ends by its signal, and leaves nothing", CallAbort, false, bLEAVES_NOTHING},
 };

@@ -72,6 +72,8 @@ void RunNoInstruction() { asm volatile("ud2"); }
 
 void RunPrivateInstruction() { asm volatile("hlt"); }
 
+void RunOverflowInstruction() { asm volatile("int $4"); }
+
 void ReadMisaligned() {
   alignas(int) const volatile char bytes[2 * sizeof(int)] = {};
   const volatile int* volatile odd =

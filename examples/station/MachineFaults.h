@@ -15,6 +15,7 @@ void ReadBeyondMappedFile();
 // Of the processors that have them in this form.
 void RunNoInstruction();
 void RunPrivateInstruction();
+void RunOverflowInstruction();
 void ReadMisaligned();
 
 }  // namespace Station
