@@ -17,6 +17,7 @@ bool WalkStack(SymbolReader& /*reader*/, const CONTEXT* /*context*/, FrameSink /
   return true;
 }
 
-void ReadFrameVariables(SymbolReader& /*reader*/, const StackFrame& /*frame*/, const VariableSink& /*sink*/) {}
+void ReadFrameVariables(SymbolReader& /*reader*/, const StackFrame& /*frame*/, const VariableSink& /*sink*/) {
+}
 
 }  // namespace Oxa::Core::Platform
