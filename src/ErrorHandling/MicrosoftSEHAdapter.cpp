@@ -1,7 +1,7 @@
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 
-#include "ErrorHandling/Hooks.h"
 #include "Core/LibraryState.h"
+#include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/MicrosoftSEHAdapterHooks.h"
 #include "Platform/Faults.h"
 

@@ -325,15 +325,6 @@ TEST(FaultRoad, TenThousandFaultsLeakNothing) {
   }
 }
 
-TEST(FaultRoad, OverflowsLeakNothing) {
-  OverflowsCaught(3);
-  const auto before = ::mallinfo2().uordblks;
-  EXPECT_EQ(20, OverflowsCaught(20));
-  if (!bOWN_ALLOCATOR) {
-    EXPECT_TRUE(ComesDownTo(before + 100000));
-  }
-}
-
 // Each thread has an alternate stack, and gives it back.
 TEST(FaultRoad, ThreadsLeaveNoStacksBehind) {
   const auto some = [](int times) {

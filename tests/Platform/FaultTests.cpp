@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -70,6 +71,22 @@ TEST_F(FaultTests, AnOverflowOfTheStackIsCaughtAgainAndAgain) {
     }
   }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// A catch clause without room of its own would lose what it caught.
+TEST_F(FaultTests, OverflowsLeakNothing) {
+  const auto overflow = [](int times) {
+    for (int i = 0; i < times; ++i) {
+      volatile int depth = 0;
+      EXPECT_THROW(Recurse(&depth), Caught);
+    }
+  };
+  overflow(5);
+  const auto before = ::mallinfo2().uordblks;
+  overflow(200);
+  EXPECT_LT(::mallinfo2().uordblks, before + 2000);
+}
+#endif
 
 TEST_F(FaultTests, ACallThroughNullIsCaughtByItsCaller) {
   void (*volatile nowhere)() = nullptr;
