@@ -78,7 +78,8 @@ AlertManager::AlertManager()
 
 AlertManager::~AlertManager() {
   // Unless a host has put its own in front meanwhile.
-  if (std::get_terminate() == &OnTerminate && !GoesByFatalError()) std::set_terminate(m_previousTerminateHandler);
+  if (std::get_terminate() == &OnTerminate && !GoesByFatalError())
+    std::set_terminate(m_previousTerminateHandler);
   AlertManager* self = this;
   s_manager.compare_exchange_strong(self, nullptr);
 }

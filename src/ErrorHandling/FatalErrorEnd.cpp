@@ -26,10 +26,10 @@ struct DyingThread {
   std::atomic<int> m_iEntries{0};  // how often it has begun to die
 };
 
-DyingThread s_dying[uPLACES];  // one thread more than there are places goes without
-std::atomic<unsigned long> s_ulWhoEnds{0};    // the thread that ends the process
-std::atomic<int> s_iSignal{0};                // of the first death
-std::atomic<bool> s_bForOthers{false};        // the end is in the name of other threads
+DyingThread s_dying[uPLACES];               // one thread more than there are places goes without
+std::atomic<unsigned long> s_ulWhoEnds{0};  // the thread that ends the process
+std::atomic<int> s_iSignal{0};              // of the first death
+std::atomic<bool> s_bForOthers{false};      // the end is in the name of other threads
 
 bool Replace(unsigned long id, unsigned long with) noexcept {
   for (DyingThread& thread : s_dying) {

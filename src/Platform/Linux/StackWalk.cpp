@@ -56,7 +56,8 @@ class Walk {
 
   // False if a fault has cut it short.
   bool RunGuarded() {
-    CallWithRoom(uROOM, [](void* walk) { static_cast<Walk*>(walk)->CallRun(); }, this);
+    CallWithRoom(
+        uROOM, [](void* walk) { static_cast<Walk*>(walk)->CallRun(); }, this);
     return m_bWhole;
   }
 

@@ -38,7 +38,8 @@ bool StackWalkSteps::StepByRules(NativeFrame& frame, FrameRegisters& caller) {
 
 // No rules: a call to where no code is has left its return address on the stack; other code may keep frame pointers.
 bool StackWalkSteps::StepByGuess(NativeFrame& frame, FrameRegisters& caller) {
-  if (!frame.m_bExact || m_process.IsCode(frame.m_registers.Place())) return StepByFramePointer(frame, caller);
+  if (!frame.m_bExact || m_process.IsCode(frame.m_registers.Place()))
+    return StepByFramePointer(frame, caller);
   return StepOverReturn(frame, caller) || StepByFramePointer(frame, caller);
 }
 
