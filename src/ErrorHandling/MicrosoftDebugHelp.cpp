@@ -2,6 +2,7 @@
 
 #include <Infrastructure/OxaCore/Lock.h>
 
+#include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Platform/CallStacks.h"
 #include "Platform/Kill.h"
@@ -29,6 +30,8 @@ const char* const sIGNORED_SOURCES[] = {
 
 const char* const sIGNORED_MODULES[] = {"mfc71",  "mfc71d",  "mfc71u", "mfc71ud", "mfc40",  "mfc40u",
                                         "mfc40d", "mfc40ud", "mfc42",  "mfc42u",  "mfc42d", "mfc42ud"};
+
+std::string FunctionOf(const char* signature) { return Oxa::Core::FunctionName(signature); }
 
 }  // namespace
 
@@ -78,7 +81,7 @@ void DebugHelp::FillIgnored() {
 
 bool DebugHelp::OpenSymbols() {
   Platform::CloseSymbolReader(m_pProcess);
-  m_pProcess = Platform::OpenSymbolReader(m_hModule, ComposeSymbolPath().c_str());
+  m_pProcess = Platform::OpenSymbolReader(m_hModule, ComposeSymbolPath().c_str(), &FunctionOf);
   m_bInitialized = m_pProcess != nullptr;
   return m_bInitialized;
 }

@@ -3,12 +3,10 @@
 
 #include <algorithm>
 #include <boost/make_shared.hpp>
-#include <cctype>
 #include <set>
 #include <string>
 #include <utility>
 
-#include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "ErrorHandling/MicrosoftDebugSymbol.h"
 #include "Platform/CallStacks.h"
@@ -27,11 +25,13 @@ namespace {
 
 const char* const sUNKNOWN = "Unknown";
 const char* const sMODULE = "Module";
+constexpr std::size_t uUSUAL_FRAMES = 32;
 const char* const sVARIABLE_TYPES = "VariableTypes";
 
 std::string LowerCase(const char* text) {
   std::string lower(text);
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   return lower;
 }
 
@@ -78,7 +78,9 @@ class DebugHelpWalk {
         m_spFrames(boost::make_shared<std::vector<CodeContext>>()),
         m_uMaxFrames(maxFrames > 0 ? static_cast<std::size_t>(maxFrames) : 0),
         m_bVariables(help.CanReadVariables()),
-        m_circumstances(CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo()) {}
+        m_circumstances(Circumstances()) {
+    m_spFrames->reserve(std::min(m_uMaxFrames, uUSUAL_FRAMES));
+  }
 
   static bool TakeFrame(const Platform::StackFrame& frame, void* walk) {
     try {
@@ -92,6 +94,22 @@ class DebugHelpWalk {
   DebugHelp::Frames Result() const { return m_spFrames; }
 
  private:
+  // With room for what each frame adds, so that a copy has the size that it ends up with.
+  static AlertData Circumstances() {
+    AlertData context = CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo();
+    context[sMODULE];
+    context[CodeContext::sFUNCTION];
+    return context;
+  }
+
+  static void SetOrErase(AlertData& context, const std::string& key, std::string value) {
+    if (value.empty()) {
+      context.erase(key);
+    } else {
+      context[key].swap(value);
+    }
+  }
+
   bool Take(const Platform::StackFrame& frame) {
     if (frame.m_uFrame == 0 || IsFull()) return false;
     // A stack that loops ends here. What was put into a function has the frame of that.
@@ -112,8 +130,7 @@ class DebugHelpWalk {
   }
 
   std::string FunctionOf(const Platform::StackFrame& frame) const {
-    if (m_help.m_pSymGetSymFromAddr64 != nullptr && frame.m_pFunction != nullptr)
-      return frame.m_bSignature ? Oxa::Core::FunctionName(frame.m_pFunction) : frame.m_pFunction;
+    if (m_help.m_pSymGetSymFromAddr64 != nullptr && frame.m_pFunction != nullptr) return frame.m_pFunction;
     const std::uint64_t offset = frame.m_uPlace - frame.m_uBase;
     if (KnowsModule(frame)) return std::string(frame.m_pModule) + "+" + std::to_string(offset);
     if (frame.m_uBase == 0) return std::string();
@@ -124,9 +141,8 @@ class DebugHelpWalk {
     AlertData context = m_circumstances;
     context[CodeContext::sFILE] = frame.m_pFile;
     context[CodeContext::sLINE] = std::to_string(frame.m_iLine);
-    if (KnowsModule(frame)) context[sMODULE] = frame.m_pModule;
-    std::string function = FunctionOf(frame);
-    if (!function.empty()) context[CodeContext::sFUNCTION].swap(function);
+    SetOrErase(context, sMODULE, KnowsModule(frame) ? frame.m_pModule : std::string());
+    SetOrErase(context, CodeContext::sFUNCTION, FunctionOf(frame));
     AlertData variables;
     if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, context, variables);
     m_spFrames->push_back(CodeContext(std::move(context), std::move(variables)));

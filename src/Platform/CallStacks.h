@@ -8,6 +8,7 @@
 #include <Infrastructure/OxaCore/PlatformTypes.h>
 
 #include <cstdint>
+#include <string>
 
 #include "Platform/Variables.h"
 
@@ -24,8 +25,7 @@ struct StackFrame {
   int m_iLine;
   const char* m_pModule;     ///< name without folder, suffix and version; null: in no module that is known
   std::uint64_t m_uBase;     ///< where the module begins; 0 where nothing is known of it
-  const char* m_pFunction;   ///< qualified; null: not known
-  bool m_bSignature;         ///< whether the function's parameters stand behind its name
+  const char* m_pFunction;   ///< qualified, without parameters; null: not known
   const FrameView* m_pView;  ///< what the frame's variables can be read by; null: they can't
 };
 
@@ -42,10 +42,13 @@ const char* SymbolLibraryName() noexcept;
 /// of what it rests on is missing there. docs/callstacks.md has the table.
 const void* FindSymbolFunction(HINSTANCE library, const char* function) noexcept;
 
+/// Gives the form in which the signature of a function is shown.
+using FunctionForm = std::string (*)(const char* signature);
+
 /// Begins to read this process. Debug data is looked for in each module, then where the folders of `searchPath`
 /// (separated by ";") and the system keep it, and not before a frame needs it. `library` has to outlive the reader.
 /// Null if that fails.
-SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath) noexcept;
+SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath, FunctionForm form) noexcept;
 
 /// Null is ignored.
 void CloseSymbolReader(SymbolReader* reader) noexcept;

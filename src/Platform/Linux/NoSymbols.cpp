@@ -8,7 +8,10 @@ const char* SymbolLibraryName() noexcept { return ""; }
 
 const void* FindSymbolFunction(HINSTANCE /*library*/, const char* /*function*/) noexcept { return nullptr; }
 
-SymbolReader* OpenSymbolReader(HINSTANCE /*library*/, const char* /*searchPath*/) noexcept { return nullptr; }
+SymbolReader* OpenSymbolReader(HINSTANCE /*library*/, const char* /*searchPath*/,
+                               FunctionForm /*form*/) noexcept {
+  return nullptr;
+}
 
 void CloseSymbolReader(SymbolReader* /*reader*/) noexcept {}
 

@@ -19,10 +19,11 @@ namespace Oxa::Core::Platform {
 /// The library's functions, and the process as they show it.
 class SymbolReader {
  public:
-  SymbolReader(HINSTANCE library, const char* searchPath) : m_sSearchPath(searchPath) {
+  SymbolReader(HINSTANCE library, const char* searchPath, FunctionForm form)
+      : m_sSearchPath(searchPath), m_form(form) {
     FindFunctions(m_dw, library);
     if (m_dw.elf_version != nullptr) m_dw.elf_version(EV_CURRENT);
-    m_pProcess.reset(new SymbolizedProcess(m_dw, searchPath));
+    m_pProcess.reset(new SymbolizedProcess(m_dw, searchPath, m_form));
   }
 
   const Dw& GetFunctions() const { return m_dw; }
@@ -32,12 +33,13 @@ class SymbolReader {
   void BeginAnew() {
     static_cast<void>(m_pProcess.release());
     AbandonVariables();
-    m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str()));
+    m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form));
   }
 
  private:
   Dw m_dw;
   const std::string m_sSearchPath;
+  const FunctionForm m_form;
   std::unique_ptr<SymbolizedProcess> m_pProcess;
 };
 
@@ -134,7 +136,6 @@ class Walk {
     given.m_pModule = module != nullptr ? module->GetName().c_str() : nullptr;
     given.m_uBase = module != nullptr ? module->GetLoaded().m_uBegin : 0;
     given.m_pFunction = function.m_sName.empty() ? nullptr : function.m_sName.c_str();
-    given.m_bSignature = function.m_bSignature;
     given.m_pView = view;
     return m_sink(given, m_pArgument);
   }
@@ -148,11 +149,11 @@ class Walk {
 
 }  // namespace
 
-SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath) noexcept {
+SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath, FunctionForm form) noexcept {
   const HoldKill alive;
   const HoldCancellation hold;
   try {
-    return new SymbolReader(library, searchPath);
+    return new SymbolReader(library, searchPath, form);
   } catch (...) {
     return nullptr;
   }

@@ -17,10 +17,12 @@ const char* const sMAIN = "main";
 constexpr std::size_t uMAX_SCOPES = 64;     // in each other
 constexpr std::size_t uMAX_MANGLED = 4096;  // the demangler needs stack in proportion
 
+using Form = std::string (*)(const char* signature);
+
 /// Fills in one place.
 class Finder {
  public:
-  Finder(const Dw& dw, SymbolizedPlace& place) : m_dw(dw), m_place(place) {}
+  Finder(const Dw& dw, SymbolizedPlace& place, Form form) : m_dw(dw), m_place(place), m_form(form) {}
 
   bool HasLineFunctions() const {
     return m_dw.dwarf_getsrclines != nullptr && m_dw.dwarf_getsrc_die != nullptr &&
@@ -126,19 +128,19 @@ class Finder {
   }
 
   // False for what isn't decorated.
-  static bool Demangle(const char* name, PlacedFunction& function) {
+  bool Demangle(const char* name, PlacedFunction& function) {
     if (name == nullptr || std::strncmp(name, "_Z", 2) != 0 || std::strlen(name) > uMAX_MANGLED) return false;
     int status = 0;
     const std::unique_ptr<char, void (*)(void*)> plain(abi::__cxa_demangle(name, nullptr, nullptr, &status),
                                                        std::free);
     if (status != 0 || plain == nullptr) return false;
-    function.m_sName = plain.get();
-    function.m_bSignature = true;
+    function.m_sName = m_form(plain.get());
     return true;
   }
 
   const Dw& m_dw;
   SymbolizedPlace& m_place;
+  const Form m_form;
 };
 
 bool CanFindFunctions(const Dw& dw) {
@@ -169,14 +171,14 @@ void AddFunctions(const Dw& dw, Finder& finder, SymbolizedPlace& place, std::vec
 
 }  // namespace
 
-SymbolizedPlace FindPlace(const Dw& dw, SymbolizedModule& module, std::uint64_t address) {
+SymbolizedPlace FindPlace(const Dw& dw, SymbolizedModule& module, std::uint64_t address, Form form) {
   SymbolizedPlace place;
   place.m_pModule = &module;
   place.m_functions.resize(1);
   if (!module.HasDebugData()) return place;
   place.m_address = address - module.GetDebugBias();
   if (!module.GetUnits().FindUnit(place.m_address, place.m_unit)) return place;
-  Finder finder(dw, place);
+  Finder finder(dw, place, form);
   finder.FindLine(place.m_functions.front());
   Dwarf_Die function;
   if (CanFindFunctions(dw) && module.GetUnits().FindFunction(place.m_unit, place.m_address, function))

@@ -16,9 +16,8 @@ struct PlacedFunction {
   bool m_bInlined = false;
   const char* m_pFile = nullptr;  ///< belongs to the debug data; null: no line is known
   int m_iLine = 0;
-  std::string m_sName;        ///< empty: not known
-  bool m_bSignature = false;  ///< whether the name has its parameters behind it
-  bool m_bEntry = false;      ///< whether `m_entry` is there
+  std::string m_sName;    ///< empty: not known
+  bool m_bEntry = false;  ///< whether `m_entry` is there
   Dwarf_Die m_entry{};
   std::vector<Dwarf_Die> m_scopes;  ///< entries that have the place, innermost first, the function's own last
 };
@@ -31,8 +30,9 @@ struct SymbolizedPlace {
   std::vector<PlacedFunction> m_functions;
 };
 
-/// Looks `address` up, which is one of memory. May throw std::bad_alloc.
-SymbolizedPlace FindPlace(const Dw& dw, SymbolizedModule& module, std::uint64_t address);
+/// Looks `address` up, which is one of memory. Signatures are shown by `form`. May throw std::bad_alloc.
+SymbolizedPlace FindPlace(const Dw& dw, SymbolizedModule& module, std::uint64_t address,
+                          std::string (*form)(const char* signature));
 
 }  // namespace Oxa::Core::Platform
 

@@ -42,8 +42,9 @@ int TakeModule(dl_phdr_info* info, std::size_t /*size*/, void* argument) {
 
 }  // namespace
 
-SymbolizedProcess::SymbolizedProcess(const Dw& dw, const char* searchPath)
-    : m_dw(dw), m_folders(DebugFiles::Split(searchPath)) {}
+SymbolizedProcess::SymbolizedProcess(const Dw& dw, const char* searchPath,
+                                     std::string (*form)(const char* signature))
+    : m_dw(dw), m_folders(DebugFiles::Split(searchPath)), m_form(form) {}
 
 SymbolizedProcess::~SymbolizedProcess() {
   // One that never read anything may go while another is in use.
@@ -94,7 +95,7 @@ const AddressFacts& SymbolizedProcess::GetFacts(std::uint64_t address) {
   if (known != m_facts.end()) return known->second;
   AddressFacts facts;
   if (SymbolizedModule* const module = FindModule(address)) {
-    facts.m_place = FindPlace(m_dw, *module, address);
+    facts.m_place = FindPlace(m_dw, *module, address, m_form);
     const Dwarf_Addr place = address - module->GetLoaded().m_uBias;
     for (Dwarf_CFI* const frames : {module->GetFrames(), module->GetFramesOfDebugData()}) {
       if (!facts.m_bHasRules && frames != nullptr)

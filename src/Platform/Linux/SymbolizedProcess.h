@@ -25,7 +25,8 @@ struct AddressFacts {
 /// Everything here may throw std::bad_alloc.
 class SymbolizedProcess {
  public:
-  SymbolizedProcess(const Dw& dw, const char* searchPath);
+  /// `form` is what signatures of functions are shown by.
+  SymbolizedProcess(const Dw& dw, const char* searchPath, std::string (*form)(const char* signature));
   SymbolizedProcess(const SymbolizedProcess&) = delete;
   SymbolizedProcess& operator=(const SymbolizedProcess&) = delete;
   ~SymbolizedProcess();
@@ -49,6 +50,7 @@ class SymbolizedProcess {
 
   const Dw& m_dw;
   const std::vector<std::string> m_folders;
+  std::string (*const m_form)(const char* signature);
   unsigned long long m_ullAdded = 0;  // what the loader has counted
   unsigned long long m_ullRemoved = 0;
   std::vector<std::unique_ptr<SymbolizedModule>> m_modules;
