@@ -411,7 +411,7 @@ struct HangingHost {
       : m_sHang(hang), m_child({Copy(m_folder), way, "info=Serial:18", hang, base}) {}
 
   static std::string Copy(const TemporaryFolder& folder) {
-    TestSupport::LeaveNoCoreFile();
+    TestSupport::ExpectDeaths();
     std::filesystem::copy_file(FATAL_HOST, folder.File("host"));
     return folder.File("host");
   }

@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -13,17 +14,20 @@
 
 namespace TestSupport {
 
-inline void LeaveNoCoreFile() {
+/// From now on children of this process leave no core files, and what they had when they died is no leak.
+inline void ExpectDeaths() {
   const rlimit none = {0, 0};
   ::setrlimit(RLIMIT_CORE, &none);
+  const char* const options = std::getenv("ASAN_OPTIONS");
+  ::setenv("ASAN_OPTIONS", ((options != nullptr ? options : "") + std::string(":detect_leaks=0")).c_str(), 1);
 }
 
 /// Runs `command` from a copy of its program in `folder`: that is where a dying process puts its records unless it is
-/// told another place. Children of the calling process leave no core files from now on.
+/// told another place. Expects deaths from now on.
 inline ChildResult RunDying(const TemporaryFolder& folder, std::vector<std::string> command,
                             const std::vector<std::string>& environment = {},
                             std::chrono::seconds limit = std::chrono::seconds(60)) {
-  LeaveNoCoreFile();
+  ExpectDeaths();
   const std::filesystem::path program = command[0];
   command[0] = folder.File(program.filename().string());
   std::filesystem::copy_file(program, command[0], std::filesystem::copy_options::skip_existing);

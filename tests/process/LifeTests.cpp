@@ -119,8 +119,7 @@ TEST(Life, ForkedChildrenEndWhateverLocksTheParentHeld) {
 
 TEST(Life, ProcessWaitsForTheReportOfADyingThread) {
   const TestSupport::TemporaryFolder folder;
-  const ChildResult result =
-      TestSupport::RunDying(folder, {LIFE_HOST, "exit-while-dying"}, {"ASAN_OPTIONS=detect_leaks=0"});
+  const ChildResult result = TestSupport::RunDying(folder, {LIFE_HOST, "exit-while-dying"});
   EXPECT_EQ(255, result.m_iStatus) << "not the status of the exit that was begun";
   EXPECT_EQ("uncaught: dying\n", result.m_sOutput);
   EXPECT_EQ(1, Count(result.m_sError, "<Circumstance>Fatal unhandled error</Circumstance>"));
