@@ -22,7 +22,7 @@ ChildResult Die(const char* scenario) {
 }
 
 ChildResult Load(const char* scenario) {
-  TestSupport::LeaveNoCoreFile();
+  TestSupport::ExpectDeaths();
   return TestSupport::RunChild({FAULT_LOADING_HOST, scenario, FAULT_PLUGIN});
 }
 
