@@ -110,6 +110,7 @@ void Shutdown() {
 }
 
 void UnloadRoutine() {
+  // The report of a thread that is dying just now would be cut short by the flag.
   if (LoadedByThisProcess()) AwaitDyingThreads();
   SetLibraryUnloading();
   // A child that was forked off ends alone: the shut-down is its parent's.

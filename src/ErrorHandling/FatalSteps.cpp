@@ -104,7 +104,9 @@ long OxaUnhandledExceptionFilter(_EXCEPTION_POINTERS* pointers) {
   using namespace Oxa::Core;
   const Undisturbed undisturbed;
   BeginDying();
-  if (pointers != nullptr) {
+  const bool known =
+      pointers != nullptr && pointers->ExceptionRecord != nullptr && pointers->ContextRecord != nullptr;
+  if (known) {
     TakeFilterSteps(*pointers, nullptr);
   } else {
     WithPlaceOfRaise(&TakeFilterSteps);

@@ -26,7 +26,7 @@ const char* const sIGNORED_SOURCES[] = {
     "appmodul.cpp", "crtexe.c",
     // What stands between a failure and its call stack besides: raise sites, hooks, and the walk itself.
     "raisesite.h", "raisesite.cpp", "microsoftdebughelplife.cpp", "microsoftdebughelpstack.cpp",
-    "microsoftsehadaptererrors.cpp", "microsoftsehadaptertranslator.cpp", "stackwalk.cpp"};
+    "microsoftsehadaptererrors.cpp", "faultroad.cpp", "stackwalk.cpp"};
 
 const char* const sIGNORED_MODULES[] = {"mfc71",  "mfc71d",  "mfc71u", "mfc71ud", "mfc40",  "mfc40u",
                                         "mfc40d", "mfc40ud", "mfc42",  "mfc42u",  "mfc42d", "mfc42ud"};
@@ -88,14 +88,16 @@ bool DebugHelp::OpenSymbols() {
 
 bool DebugHelp::Initialize() {
   DebugHelpTrouble trouble;
+  bool initialized = false;
   {
     const Platform::HoldKill alive;
     const Lock lock(s_mutex);
     const DebugHelpLife::Busy busy;
     trouble = Begin();
+    initialized = m_bInitialized;
   }
   trouble.Tell();
-  return m_bInitialized;
+  return initialized;
 }
 
 DebugHelpTrouble DebugHelp::Begin() {

@@ -6,6 +6,7 @@
 
 #include "ErrorHandling/SystemErrorMessage.h"
 #include "Platform/Dump.h"
+#include "Platform/Kill.h"
 
 namespace Oxa::Core {
 
@@ -83,6 +84,7 @@ void DebugHelp::CreateMiniDump(PathName& path, _EXCEPTION_POINTERS& pointers, ED
   }
   int code = 0;
   {
+    const Oxa::Core::Platform::HoldKill alive;  // a lock whose owner has been killed is never had again
     const Lock lock(s_mutex);
     code = Oxa::Core::WriteDumpByPolicy(path, &pointers, policy);
   }

@@ -113,7 +113,9 @@ class DebugHelpWalk {
   bool Take(const Platform::StackFrame& frame) {
     if (frame.m_uFrame == 0 || IsFull()) return false;
     // A stack that loops ends here. What was put into a function has the frame of that.
-    if (!frame.m_bInlined && !m_seen.insert(frame.m_uFrame).second) return false;
+    if (m_seen.count(frame.m_uFrame) != 0) return false;
+    if (!frame.m_bInlined)
+      m_seen.insert(frame.m_uFrame);  // the function itself comes behind what was put into it
     if (IsWanted(frame)) Append(frame);
     return !IsFull();
   }

@@ -49,18 +49,24 @@ TEST(DumpTrouble, BothSeparatorsName) {
   EXPECT_TRUE(folder.Has("x.dmp"));
 }
 
+struct SecondDump {
+  std::string m_sPath;
+  std::atomic<int> m_iCode{0};
+};
+
 // The filter runs while a dump is on its way: what it asks for is the second one at once.
 bool AskForAnother(unsigned /*callback*/, unsigned& /*flags*/, void* parameter) {
-  static_cast<std::atomic<int>*>(parameter)->store(WriteTo("/tmp/never.dmp"));
+  SecondDump& second = *static_cast<SecondDump*>(parameter);
+  second.m_iCode = WriteTo(second.m_sPath);
   return true;
 }
 
 TEST(DumpTrouble, OneAtATime) {
   const TemporaryFolder folder;
-  std::atomic<int> code{0};
-  EXPECT_EQ(WriteTo(folder.File("x.dmp"), &AskForAnother, &code), 0);
-  EXPECT_EQ(code, EBUSY);
-  EXPECT_FALSE(std::filesystem::exists("/tmp/never.dmp"));
+  SecondDump second{folder.File("never.dmp"), {0}};
+  EXPECT_EQ(WriteTo(folder.File("x.dmp"), &AskForAnother, &second), 0);
+  EXPECT_EQ(second.m_iCode, EBUSY);
+  EXPECT_FALSE(folder.Has("never.dmp"));
   EXPECT_EQ(WriteTo(folder.File("x.dmp")), 0) << "and one after the other";
 }
 

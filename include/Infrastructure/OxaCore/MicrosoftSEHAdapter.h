@@ -41,7 +41,8 @@ class OXACORE_API SEHError : public Oxa::Core::ErrorClass<SEHError, Oxa::Core::O
   SEHError& operator=(const SEHError&) = default;
   ~SEHError() override;
 
-  /// Fault and registers, while the stack of the fault still stands: for listeners, and for the last report.
+  /// Fault and registers, while the stack of the fault still stands: for listeners, and for the last report. Both are
+  /// null once the error has been forwarded.
   _EXCEPTION_POINTERS& GetExceptionPointers();
 
  protected:
@@ -71,7 +72,7 @@ OXA_DECLARE_FAULT(AccessViolation);  ///< "Illegal %1% virtual address %2$#x fro
 OXA_DECLARE_FAULT(ArrayBoundsExceeded);   ///< "Attempted to access out of bounds array element from %1$#x"
 OXA_DECLARE_FAULT(DatatypeMisalignment);  ///< "Attempted to access misaligned data from %1$#x"
 OXA_DECLARE_FAULT(
-    FloatDenormalOperand);  ///< "One of the operands in a floating-point operation from %1$#x is too…"
+    FloatDenormalOperand);  ///< "One of the operands in a floating-point operation from %1$#x is too ..."
 OXA_DECLARE_FAULT(FloatDivideByZero);      ///< "Floating point divide by zero attempted at %1$#x"
 OXA_DECLARE_FAULT(FloatInvalidOperation);  ///< "Invalid floating point operation attempted at %1$#x"
 OXA_DECLARE_FAULT(FloatOverflow);          ///< "Exceeded maximum exponent for float operation at %1$#x"
@@ -82,7 +83,7 @@ OXA_DECLARE_FAULT(InPageError);            ///< "Attempted to access unreachable
 OXA_DECLARE_FAULT(IntDivideByZero);        ///< "Integer divide by zero attempted at %1$#x"
 OXA_DECLARE_FAULT(IntOverflow);            ///< "Integer overflow due to operation at %1$#x"
 OXA_DECLARE_FAULT(
-    PrivateInstruction);  ///< "Attempted to execute instruction not allowed in current machine mode…"
+    PrivateInstruction);  ///< "Attempted to execute instruction not allowed in current machine mode ..."
 OXA_DECLARE_FAULT(StackOverflow);  ///< "Stack overflow detected at %1$#x"
 
 #undef OXA_DECLARE_FAULT
@@ -127,7 +128,9 @@ OXACORE_API void SEH_To_OXA_Translator(unsigned int code, _EXCEPTION_POINTERS* p
 
 }  // namespace MSWindows
 
-/// The last chance of a process: writes a dump and a report and ends it. Called by the system's own last chance.
+/// The last chance of a process: writes a dump and a report and ends it. Called by the system's own last chance, on the
+/// thread that failed; any thread may call. Null, or pointers that lead nowhere, stand for the place of the call.
+/// Nothing leaves it; it gives 0 if it ever came back.
 OXACORE_API long OxaUnhandledExceptionFilter(_EXCEPTION_POINTERS* pointers);
 
 #endif

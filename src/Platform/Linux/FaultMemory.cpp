@@ -34,6 +34,7 @@ std::size_t ReadMemory(std::uintptr_t address, void* to, std::size_t size) noexc
 // One byte of each page, in one call, which stops at the first that can't be read.
 std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept {
   if (stackPointer < (uPROBES + 1) * uPAGE) return 0;
+  if (!IsReadable(stackPointer)) return 0;  // what lies below a guard page is somebody else's
   char bytes[uPROBES];
   const iovec here = {bytes, uPROBES};
   iovec there[uPROBES];
