@@ -1,7 +1,6 @@
 // How the station dies: each kind in a process of its own, with folders of its own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <csignal>
 #include <ctime>
@@ -10,6 +9,7 @@
 #include "DefaultLog.h"
 #include "PageReader.h"
 #include "Support/ChildProcess.h"
+#include "Support/DyingChild.h"
 #include "TemporaryFolder.h"
 
 namespace {
@@ -40,8 +40,7 @@ const std::chrono::seconds LIMIT(120);
 class Death {
  public:
   explicit Death(std::vector<std::string> arguments) {
-    const rlimit noCore{0, 0};
-    ::setrlimit(RLIMIT_CORE, &noCore);
+    TestSupport::ExpectDeaths();
     arguments.insert(arguments.begin(), STATION);
     arguments.insert(arguments.end(), {"--folder", m_folder.File("reports"), "--log", m_folder.File("log")});
     m_begin = std::time(nullptr);
@@ -317,6 +316,7 @@ TEST(StationCrash, TellsAFolderThatCannotBe) {
 }
 
 TEST(StationCrash, FallsBackOnAnotherFolder) {
+  TestSupport::ExpectDeaths();
   const TemporaryFolder folder;
   const ChildResult result = RunChild(
       {STATION, "crash", "error", "--folder", folder.Write("file", "") + "/x", "--log", folder.File("log")});
