@@ -61,7 +61,7 @@ class CreateMiniDump : public testing::Test {
 TEST_F(CreateMiniDump, HasTheContentsOfThePolicyAndTheFaultOfThisThread) {
   for (const int policy : {0, 1, 2, 3, 17}) {
     Create(m_folder.File("x.dmp"), static_cast<EDumpPolicy>(policy));
-    const DumpReader dump(m_folder.Read("x.dmp"));
+    const DumpReader dump = ReadDump(m_folder.File("x.dmp"));
     const unsigned contents[] = {0, uPOLICY_1, uPOLICY_2, uPOLICY_3};
     EXPECT_EQ(dump.Contents(), policy < 4 ? contents[policy] : 0U);
     EXPECT_EQ(dump.TheException().m_uCode, static_cast<unsigned>(SIGFPE));

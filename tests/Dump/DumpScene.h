@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -96,6 +98,13 @@ inline std::set<std::uint32_t> ThreadIds() {
   return ids;
 }
 
+/// What lies in a file, which may be big.
+inline DumpReader ReadDump(const std::string& file) {
+  std::string bytes(std::filesystem::file_size(file), 0);
+  std::ifstream(file, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return DumpReader(std::move(bytes));
+}
+
 /// A dump of this process as it is.
 inline DumpReader DumpNow(unsigned contents, const _EXCEPTION_POINTERS* pointers = nullptr,
                           Platform::DumpFilter filter = nullptr, void* parameter = nullptr) {
@@ -103,7 +112,7 @@ inline DumpReader DumpNow(unsigned contents, const _EXCEPTION_POINTERS* pointers
   const std::string name = folder.File("now.dmp");
   const int code = Platform::WriteDump(name.c_str(), pointers, contents, filter, parameter, iDUMP_TIME);
   if (code != 0) throw std::runtime_error("no dump: " + std::to_string(code));
-  return DumpReader(folder.Read("now.dmp"));
+  return ReadDump(name);
 }
 
 }  // namespace TestSupport
