@@ -16,8 +16,6 @@ using Oxa::Core::Lock;
 namespace {
 
 const char* const sLOG_NAME = "Microsoft.DebugHelp";
-const char* const sSYM_SET_OPTIONS = "SymSetOptions";
-const char* const sSYM_INITIALIZE = "SymInitialize";
 
 const char* const sIGNORED_SOURCES[] = {
     "afxmem.cpp", "dbgheap.c", "new.cpp", "microsoftdebughelp.h", "microsoftdebughelp.cpp",
@@ -54,24 +52,39 @@ DebugHelp::~DebugHelp() {
   if (m_hModule != nullptr) Platform::CloseLibrary(m_hModule);
 }
 
+struct DebugHelp::FunctionField {
+  Function DebugHelp::*m_pField;
+  const char* m_pName;
+};
+
+const DebugHelp::FunctionField DebugHelp::s_functions[] = {
+    {&DebugHelp::m_pSymCleanup, "SymCleanup"},
+    {&DebugHelp::m_pSymFunctionTableAccess64, "SymFunctionTableAccess64"},
+    {&DebugHelp::m_pSymGetLineFromAddr64, "SymGetLineFromAddr64"},
+    {&DebugHelp::m_pSymGetModuleBase64, "SymGetModuleBase64"},
+    {&DebugHelp::m_pSymGetModuleInfo64, "SymGetModuleInfo64"},
+    {&DebugHelp::m_pSymGetOptions, "SymGetOptions"},
+    {&DebugHelp::m_pSymGetSymFromAddr64, "SymGetSymFromAddr64"},
+    {&DebugHelp::m_pSymInitialize, "SymInitialize"},
+    {&DebugHelp::m_pSymSetOptions, "SymSetOptions"},
+    {&DebugHelp::m_pStackWalk64, "StackWalk64"},
+    {&DebugHelp::m_pUnDecorateSymbolName, "UnDecorateSymbolName"},
+    {&DebugHelp::m_pSymGetSearchPath, "SymGetSearchPath"},
+    {&DebugHelp::m_pSymSetContext, "SymSetContext"},
+    {&DebugHelp::m_pSymEnumSymbols, "SymEnumSymbols"},
+    {&DebugHelp::m_pSymGetTypeInfo, "SymGetTypeInfo"},
+    {&DebugHelp::m_pMiniDumpWriteDump, "MiniDumpWriteDump"},
+};
+
 void DebugHelp::ResolveFunctions() {
-  const auto find = [this](const char* name) { return Platform::FindSymbolFunction(m_hModule, name); };
-  m_pSymCleanup = find("SymCleanup");
-  m_pSymFunctionTableAccess64 = find("SymFunctionTableAccess64");
-  m_pSymGetLineFromAddr64 = find("SymGetLineFromAddr64");
-  m_pSymGetModuleBase64 = find("SymGetModuleBase64");
-  m_pSymGetModuleInfo64 = find("SymGetModuleInfo64");
-  m_pSymGetOptions = find("SymGetOptions");
-  m_pSymGetSymFromAddr64 = find("SymGetSymFromAddr64");
-  m_pSymInitialize = find(sSYM_INITIALIZE);
-  m_pSymSetOptions = find(sSYM_SET_OPTIONS);
-  m_pStackWalk64 = find("StackWalk64");
-  m_pUnDecorateSymbolName = find("UnDecorateSymbolName");
-  m_pSymGetSearchPath = find("SymGetSearchPath");
-  m_pSymSetContext = find("SymSetContext");
-  m_pSymEnumSymbols = find("SymEnumSymbols");
-  m_pSymGetTypeInfo = find("SymGetTypeInfo");
-  m_pMiniDumpWriteDump = find("MiniDumpWriteDump");
+  for (const FunctionField& function : s_functions)
+    this->*function.m_pField = Platform::FindSymbolFunction(m_hModule, function.m_pName);
+}
+
+void DebugHelp::TellIfMissing(Function DebugHelp::*field, DebugHelpTrouble& trouble) const {
+  if (this->*field != nullptr) return;
+  for (const FunctionField& function : s_functions)
+    if (function.m_pField == field) trouble.m_missing.push_back(function.m_pName);
 }
 
 void DebugHelp::FillIgnored() {
@@ -102,8 +115,8 @@ bool DebugHelp::Initialize() {
 
 DebugHelpTrouble DebugHelp::Begin() {
   DebugHelpTrouble trouble;
-  if (m_pSymSetOptions == nullptr) trouble.m_missing.push_back(sSYM_SET_OPTIONS);
-  if (m_pSymInitialize == nullptr) trouble.m_missing.push_back(sSYM_INITIALIZE);
+  TellIfMissing(&DebugHelp::m_pSymSetOptions, trouble);
+  TellIfMissing(&DebugHelp::m_pSymInitialize, trouble);
   if (trouble.m_missing.empty()) trouble.m_bInitFailed = !OpenSymbols();
   return trouble;
 }

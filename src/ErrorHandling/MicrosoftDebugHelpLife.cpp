@@ -9,6 +9,7 @@
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "Platform/Faults.h"
+#include "Platform/FloatTraps.h"
 #include "Platform/Kill.h"
 #include "Platform/Storage.h"
 
@@ -78,6 +79,7 @@ bool DebugHelpLife::HasFailed() noexcept { return s_eState.load(std::memory_orde
 // Nobody waits for anybody here. A thread that loads a library may hold the lock of the system's loader, and raise.
 DebugHelpLife::Attempt DebugHelpLife::Try() {
   const Making making;
+  const Platform::HoldFloatTraps untrapped;
   Attempt attempt;
   HINSTANCE const module = LoadDebugHelpDll();
   attempt.m_trouble.m_bLoadFailed = module == nullptr;

@@ -11,6 +11,7 @@
 #include "ErrorHandling/MicrosoftDebugSymbol.h"
 #include "Platform/CallStacks.h"
 #include "Platform/Faults.h"
+#include "Platform/FloatTraps.h"
 #include "Platform/Kill.h"
 #include "Platform/Storage.h"
 
@@ -168,12 +169,9 @@ class DebugHelpWalk {
 
 DebugHelpTrouble DebugHelp::GetMissingForWalk() const {
   DebugHelpTrouble trouble;
-  const auto check = [&trouble](Function function, const char* name) {
-    if (function == nullptr) trouble.m_missing.push_back(name);
-  };
-  check(m_pStackWalk64, "StackWalk64");
-  check(m_pSymFunctionTableAccess64, "SymFunctionTableAccess64");
-  check(m_pSymGetModuleBase64, "SymGetModuleBase64");
+  TellIfMissing(&DebugHelp::m_pStackWalk64, trouble);
+  TellIfMissing(&DebugHelp::m_pSymFunctionTableAccess64, trouble);
+  TellIfMissing(&DebugHelp::m_pSymGetModuleBase64, trouble);
   return trouble;
 }
 
@@ -194,6 +192,8 @@ DebugHelp::Frames DebugHelp::CreateCallStack(const CONTEXT* context, int maxFram
   const DebugHelpTrouble trouble = GetMissingForWalk();
   trouble.Tell();
   if (!trouble.m_missing.empty()) return Frames();
+  // Variables are read whatever is in them, on threads that have traps for just that.
+  const Platform::HoldFloatTraps untrapped;
   DebugHelpWalk walk(*this, maxFrames);
   // Whoever is killed with the mutex held would keep all others from raising.
   const Platform::HoldKill alive;

@@ -21,7 +21,7 @@ constexpr char sMORE[] = "...";
 /// Strings show no more characters than these.
 constexpr std::size_t uMOST_CHARACTERS = 256;
 
-/// The value of a basic type, in `size` bytes of this machine's order, of which there are no more than 16.
+/// The value of a basic type, in `size` bytes of this machine's order, of any number.
 std::string BasicText(const Oxa::Core::Platform::TypeFacts& type, const unsigned char* pBytes,
                       std::size_t size);
 

@@ -12,9 +12,15 @@ using namespace Oxa::Core::Platform;
 
 namespace {
 
-constexpr std::size_t uWIDEST = 16;  // of the basic types
+constexpr std::size_t uWIDEST = 32;  // of the basic types: a complex number of two of the longest
 constexpr std::size_t uWIDEST_CHARACTER = 4;
 constexpr std::size_t uPOINTER = sizeof(void*);
+
+// As the number of uWIDEST bytes that it is.
+void PutBits(std::uint64_t bits, bool isSigned, unsigned char* pBytes) {
+  std::memset(pBytes, isSigned && static_cast<std::int64_t>(bits) < 0 ? 0xff : 0, uWIDEST);
+  std::memcpy(pBytes, &bits, sizeof bits);
+}
 
 bool IsWidthOfCharacter(std::uint64_t width) {
   return width == 1 || width == 2 || width == uWIDEST_CHARACTER;
@@ -73,15 +79,13 @@ void DebugSymbol::ReadBasic(const Type& type) {
   unsigned char bytes[uWIDEST] = {};
   const std::size_t stored = GetStoredSize();
   if (type.m_eBasic == eBASIC_BSTR) return ReadPointer(type);
-  if (!HasPlace(stored)) {
+  if (!HasPlace(stored) || type.m_uSize > uWIDEST) {
     m_sValue = sNO_ADDRESS;
   } else if (!GetBytes(bytes, stored)) {
     m_sValue = sUNREADABLE;
   } else {
-    const std::uint64_t bits = m_uBitSize > 0 ? GetBits(bytes) : 0;
-    if (m_uBitSize > 0) std::memcpy(bytes, &bits, sizeof bits);
-    m_sValue =
-        BasicText(type, bytes, static_cast<std::size_t>(std::min<std::uint64_t>(type.m_uSize, uWIDEST)));
+    if (m_uBitSize > 0) PutBits(GetBits(bytes), type.m_bSigned, bytes);
+    m_sValue = BasicText(type, bytes, static_cast<std::size_t>(type.m_uSize));
   }
 }
 

@@ -84,6 +84,14 @@ TEST(SymbolValue, TypesWithoutANaturalFormGetALabel) {
   EXPECT_EQ("BIT: 0", ValueOf(Basic(29, 1), std::uint64_t(0)));
   const std::uint64_t both[] = {1, 2};
   EXPECT_EQ("COMPLEX: 20000000000000001", ValueOf(Basic(28, 16), both));
+  const std::uint64_t four[] = {1, 2, 3, 4};
+  EXPECT_EQ("COMPLEX: 4000000000000000300000000000000020000000000000001", ValueOf(Basic(28, 32), four));
+}
+
+TEST(SymbolValue, NumbersThatAreTooLongAreNotShownByHalf) {
+  const std::uint64_t five[] = {1, 2, 3, 4, 5};
+  EXPECT_EQ("{Failed to Determine Address}", ValueOf(Basic(6, 40, true), five));
+  EXPECT_EQ("0x5000000000000000400000000000000030000000000000002", ValueOf(Basic(7, 32), five[1]));
 }
 
 TEST(SymbolValue, WhatHasNoFormAtAllIsHexadecimal) {

@@ -198,7 +198,7 @@ const Kind aOTHER_KINDS[] = {
     {"float-denormal",
      "One of the operands in a floating-point operation from 0x[0-9a-f]+ is too small to represent as a "
      "standard floating-point value",
-     nullptr},
+     "UseDenormalFloat"},
     {"float-stack", "Stack overflowed or underflowed due to operation at 0x[0-9a-f]+", "PopEmptyFloatStack"},
 #endif
     {"exception", sNO_ERROR, nullptr},

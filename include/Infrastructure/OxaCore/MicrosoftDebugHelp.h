@@ -44,6 +44,7 @@ struct DebugHelpTrouble;
 /// See the top of this file. The library makes the one object, when it is first asked for.
 class OXACORE_API DebugHelp {
  public:
+  /// Once per process: no place has a library for symbols that can be loaded.
   /// "Failed to load dbghelp.dll, call stack and minidumps unavailable"
   class OXACORE_API LoadFailed : public Oxa::Core::Warning {
    public:
@@ -51,13 +52,16 @@ class OXACORE_API DebugHelp {
     ~LoadFailed() override;
   };
 
-  /// "Failed to find %1% in the loaded dbghelp.dll"
+  /// "Failed to find %1% in the loaded dbghelp.dll". One for each function that is missing: at the first use those that
+  /// nothing goes without (and Instance is null), at each walk those that no stack can be walked without. A library
+  /// that lacks several has it raised as often, in the order in which they are needed.
   class OXACORE_API FunctionNotFound : public Oxa::Core::Warning {
    public:
     explicit FunctionNotFound(const std::string& function);
     ~FunctionNotFound() override;
   };
 
+  /// The library is there and can't be begun with, for want of memory.
   /// "Failed to initialize symbols with SymInitialize, symbols unavailable"
   class OXACORE_API SymInitFailed : public Oxa::Core::Warning {
    public:
@@ -65,6 +69,7 @@ class OXACORE_API DebugHelp {
     ~SymInitFailed() override;
   };
 
+  /// A dump couldn't be begun with.
   /// "Failed to create minidump file named:\n\n%1%\n\nwith the following error:\n\n%2%"
   class OXACORE_API CreateMiniDumpFileFailed : public Oxa::Core::Warning {
    public:
@@ -73,6 +78,7 @@ class OXACORE_API DebugHelp {
     ~CreateMiniDumpFileFailed() override;
   };
 
+  /// Told by whoever wanted `what`, a call stack or a dump.
   /// "No dbghelp.dll available to generate %1%"
   class OXACORE_API Unavailable : public Oxa::Core::Warning {
    public:
@@ -93,17 +99,22 @@ class OXACORE_API DebugHelp {
   virtual ~DebugHelp();
 
   /// The stack of the calling thread, innermost frame first, without the frames of the error system itself: as below.
+  /// With a `maxFrames` of 0 or less the result is an empty list, and nothing is read.
   boost::shared_ptr<std::vector<Oxa::Core::CodeContext>> CreateCallStack(int maxFrames);
 
-  /// The stack that `context` is the innermost frame of; it has to stand as yet. At most `maxFrames` frames, and only
-  /// those that a source line is known of; a function that the compiler put into another one has a frame of its own.
+  /// The stack that `context` is the innermost frame of; it has to stand as yet. At most `maxFrames` frames (0 or less:
+  /// none, an empty list), and only those that a source line is known of; a function that the compiler put into another one has a frame of its own.
   /// Each has its file, line and function, the module under the key "Module", and its variables as far as they can be
-  /// read. Null, and the warning FunctionNotFound, where a function is missing that no stack can be walked without.
+  /// read. Null, and a warning FunctionNotFound for each, where functions are missing that no stack can be walked
+  /// without. Afterwards the thread has the translator of faults and the floating-point environment that it had.
   boost::shared_ptr<std::vector<Oxa::Core::CodeContext>> CreateCallStack(const CONTEXT& context,
                                                                          int maxFrames);
 
   /// Writes a dump of the process to `path`, over an old one, with the fault of `pointers` for its cause and as much
-  /// memory as `policy` says. Warns of CreateMiniDumpFileFailed and FunctionNotFound.
+  /// memory as `policy` says. All threads stand still meanwhile, for 5 seconds at most: what hasn't been written by then,
+  /// can't be read or has no room is left out. Warns of FunctionNotFound where dumps can't be had, and of
+  /// CreateMiniDumpFileFailed where the file can't be made, or with the text of EBUSY where another dump is being
+  /// written at that moment, as by a thread that dies. In all these cases nothing is written.
   void CreateMiniDump(Oxa::Core::PathName& path, _EXCEPTION_POINTERS& pointers,
                       Oxa::Core::EDumpPolicy policy);
 
@@ -120,7 +131,11 @@ class OXACORE_API DebugHelp {
 
   explicit DebugHelp(HINSTANCE module);
 
+  struct FunctionField;
+  static const FunctionField s_functions[];  // the field of each function, and its name
+
   void ResolveFunctions();
+  void TellIfMissing(Function DebugHelp::*field, DebugHelpTrouble& trouble) const;
   void FillIgnored();
   DebugHelpTrouble Begin();
   bool OpenSymbols();

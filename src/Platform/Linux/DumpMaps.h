@@ -7,6 +7,7 @@
 
 namespace Oxa::Core::Platform {
 
+/// A range of addresses that is mapped as a whole. Plain data.
 struct DumpMapping {
   enum EFlags : std::uint32_t {
     eREADABLE = 0x1,
@@ -18,22 +19,27 @@ struct DumpMapping {
     eVDSO = 0x40     ///< the kernel's code in the process
   };
 
-  std::uint64_t m_uStart;
-  std::uint64_t m_uEnd;
-  std::uint64_t m_uOffset;
-  std::uint32_t m_uName;  ///< see DumpMaps::Name
-  std::uint32_t m_uFlags;
+  std::uint64_t m_uStart;   ///< the address of its first byte
+  std::uint64_t m_uEnd;     ///< the one behind its last
+  std::uint64_t m_uOffset;  ///< bytes, of its first byte in the file
+  std::uint32_t m_uName;    ///< see DumpMaps::Name
+  std::uint32_t m_uFlags;   ///< EFlags, joined
 
+  /// Whether all of `flags` are set.
   bool Has(std::uint32_t flags) const noexcept { return (m_uFlags & flags) == flags; }
   bool MayBeRead() const noexcept { return (m_uFlags & (eREADABLE | eDEVICE)) == eREADABLE; }
   std::uint64_t Size() const noexcept { return m_uEnd - m_uStart; }
 };
 
-/// The table of mappings, in static storage; cut where there are more than it holds. Allocates nothing.
+/// The table of mappings, by address; for static storage, where it begins empty. Cut where there are more than it holds:
+/// 16384 of them, and 256 KiB of names. Allocates nothing, takes no lock, works in a signal handler. One thread at a
+/// time, and one table: the text is read by way of a buffer that all share.
 class DumpMaps {
  public:
-  /// Reads the system's text from an open file.
+  /// Empties the table and fills it by the system's text in an open file, to its end or up to an error: what was
+  /// understood until then stays. Lines without a range are passed over. `handle` stays the caller's.
   void Read(int handle) noexcept;
+  /// Empties the table.
   void Clear() noexcept;
 
   const DumpMapping* begin() const noexcept { return m_mappings; }

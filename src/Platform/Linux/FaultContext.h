@@ -32,9 +32,12 @@ struct _EXCEPTION_RECORD {   // NOLINT(bugprone-reserved-identifier): the name i
 
 namespace Oxa::Core::Platform {
 
+/// Takes the registers out of what a signal handler is given, and points to that: `from` has to stand as long as
+/// `context` is used with it. On processors other than x86-64 all registers are 0. Async-signal-safe.
 void FillContext(CONTEXT& context, const ucontext_t& from) noexcept;
 
-/// The registers as they are in the calling function behind this call. Async-signal-safe.
+/// The registers as they are in the calling function behind this call, without the kernel's words (m_pFull is null). On
+/// processors other than x86-64 all of them are 0. Async-signal-safe.
 void CaptureContext(CONTEXT& context) noexcept;
 
 }  // namespace Oxa::Core::Platform

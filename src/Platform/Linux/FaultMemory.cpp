@@ -24,13 +24,6 @@ bool IsReadable(std::uintptr_t address) noexcept {
 
 }  // namespace
 
-std::size_t ReadMemory(std::uintptr_t address, void* to, std::size_t size) noexcept {
-  const iovec here = {to, size};
-  const iovec there = {reinterpret_cast<void*>(address), size};
-  const ssize_t read = process_vm_readv(getpid(), &here, 1, &there, 1, 0);
-  return read > 0 ? static_cast<std::size_t>(read) : 0;
-}
-
 // One byte of each page, in one call, which stops at the first that can't be read.
 std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept {
   if (stackPointer < (uPROBES + 1) * uPAGE) return 0;
@@ -41,7 +34,10 @@ std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept {
   for (std::size_t i = 0; i < uPROBES; ++i)
     there[i] = {reinterpret_cast<void*>(stackPointer - (i + 1) * uPAGE), 1};
   const ssize_t read = process_vm_readv(getpid(), &here, 1, there, uPROBES, 0);
-  return read > 0 ? static_cast<std::size_t>(read) * uPAGE : 0;
+  if (read > 0) return static_cast<std::size_t>(read) * uPAGE;
+  std::size_t pages = 0;  // where the system forbids that call
+  while (pages < uPROBES && IsReadable(stackPointer - (pages + 1) * uPAGE)) ++pages;
+  return pages * uPAGE;
 }
 
 bool BelongsTo(std::uintptr_t stackPointer, const StackRange& stack) noexcept {

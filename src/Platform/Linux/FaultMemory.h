@@ -1,4 +1,4 @@
-// Reading memory that may not be there, and how much room a stack has.
+// How much room a stack has.
 #ifndef OXACORE_PLATFORM_LINUX_FAULTMEMORY_H
 #define OXACORE_PLATFORM_LINUX_FAULTMEMORY_H
 
@@ -6,13 +6,11 @@
 #include <cstdint>
 
 #include "Platform/Linux/FaultState.h"
+#include "Platform/Linux/SafeMemory.h"
 
 namespace Oxa::Core::Platform {
 
 constexpr std::uintptr_t uPAGE = 4096;
-
-/// Copies up to `size` bytes from `address` on and gives how many could be read. Never faults.
-std::size_t ReadMemory(std::uintptr_t address, void* to, std::size_t size) noexcept;
 
 /// How many bytes below `stackPointer` can be used, as far as somebody wants to know: whole pages, at most 128 KiB.
 std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept;

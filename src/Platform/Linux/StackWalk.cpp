@@ -23,17 +23,20 @@ class SymbolReader {
       : m_sSearchPath(searchPath), m_form(form) {
     FindFunctions(m_dw, library);
     if (m_dw.elf_version != nullptr) m_dw.elf_version(EV_CURRENT);
-    m_pProcess.reset(new SymbolizedProcess(m_dw, searchPath, m_form));
   }
 
   const Dw& GetFunctions() const { return m_dw; }
-  SymbolizedProcess& GetProcess() { return *m_pProcess; }
+
+  /// Made by the first walk, and by the one behind a fault. May throw std::bad_alloc.
+  SymbolizedProcess& GetProcess() {
+    if (!m_pProcess) m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form));
+    return *m_pProcess;
+  }
 
   // Behind a fault nothing of what was being read can be trusted, nor be given back.
-  void BeginAnew() {
+  void BeginAnew() noexcept {
     static_cast<void>(m_pProcess.release());
     AbandonVariables();
-    m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form));
   }
 
  private:
@@ -75,8 +78,9 @@ class Walk {
   }
 
   void Run() {
-    m_reader.GetProcess().Refresh();
-    StackWalkSteps steps(m_reader.GetProcess(), m_context);
+    SymbolizedProcess& process = m_reader.GetProcess();
+    process.Refresh();
+    StackWalkSteps steps(process, m_context);
     // One frame ahead, since values on entry are found in the caller.
     NativeFrame frame;
     NativeFrame caller;
@@ -129,7 +133,8 @@ class Walk {
     const SymbolizedModule* const module = frame.m_pFacts->m_place.m_pModule;
     StackFrame given{};
     given.m_uPlace = frame.m_registers.Place();
-    given.m_uFrame = frame.m_uCfa != 0 ? frame.m_uCfa : frame.m_registers.Stack();
+    // Where nothing is known of the frame it has its return address at least, and isn't taken for its callee's.
+    given.m_uFrame = frame.m_uCfa != 0 ? frame.m_uCfa : frame.m_registers.Stack() + sizeof(std::uint64_t);
     given.m_bInlined = function.m_bInlined;
     given.m_pFile = function.m_pFile;
     given.m_iLine = function.m_iLine;

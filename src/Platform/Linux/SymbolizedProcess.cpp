@@ -2,6 +2,7 @@
 
 #include <link.h>
 
+#include <new>
 #include <utility>
 
 #include "Platform/Linux/DwDebugFiles.h"
@@ -13,14 +14,15 @@ namespace {
 
 constexpr std::size_t uMAX_FACTS = 8192;
 
-struct Counts {
-  unsigned long long m_ullAdded = 0;
-  unsigned long long m_ullRemoved = 0;
-};
-
 int TakeCounts(dl_phdr_info* info, std::size_t /*size*/, void* counts) {
-  *static_cast<Counts*>(counts) = Counts{info->dlpi_adds, info->dlpi_subs};
+  *static_cast<LoaderCounts*>(counts) = LoaderCounts{info->dlpi_adds, info->dlpi_subs};
   return 1;
+}
+
+LoaderCounts CurrentCounts() {
+  LoaderCounts counts;
+  ::dl_iterate_phdr(&TakeCounts, &counts);
+  return counts;
 }
 
 struct Loaded {
@@ -51,16 +53,6 @@ SymbolizedProcess::~SymbolizedProcess() {
   if (!m_modules.empty()) ForgetVariables();
 }
 
-bool SymbolizedProcess::HaveModulesChanged() {
-  Counts counts;
-  ::dl_iterate_phdr(&TakeCounts, &counts);
-  const bool same =
-      !m_modules.empty() && counts.m_ullAdded == m_ullAdded && counts.m_ullRemoved == m_ullRemoved;
-  m_ullAdded = counts.m_ullAdded;
-  m_ullRemoved = counts.m_ullRemoved;
-  return !same;
-}
-
 void SymbolizedProcess::TakeModules(std::vector<LoadedModule>& loaded) {
   std::vector<std::unique_ptr<SymbolizedModule>> modules;
   for (LoadedModule& module : loaded) {
@@ -74,14 +66,22 @@ void SymbolizedProcess::TakeModules(std::vector<LoadedModule>& loaded) {
 }
 
 void SymbolizedProcess::Refresh() {
-  const bool changed = HaveModulesChanged();
+  const LoaderCounts counts = CurrentCounts();
+  const bool changed = m_modules.empty() || !(counts == m_counts);
   if (!changed && m_facts.size() < uMAX_FACTS) return;
   m_facts.clear();
-  if (!changed) return;
+  if (changed) ReadModules(counts);
+}
+
+// The counts are kept last: a list that couldn't be had as a whole is read again by the next walk.
+void SymbolizedProcess::ReadModules(const LoaderCounts& counts) {
   ForgetVariables();
+  m_counts = LoaderCounts();
   Loaded loaded;
   ::dl_iterate_phdr(&TakeModule, &loaded);
-  if (loaded.m_bComplete) TakeModules(loaded.m_modules);
+  if (!loaded.m_bComplete) throw std::bad_alloc();
+  TakeModules(loaded.m_modules);
+  m_counts = counts;
 }
 
 SymbolizedModule* SymbolizedProcess::FindModule(std::uint64_t address) const {

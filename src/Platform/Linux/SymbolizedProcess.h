@@ -22,6 +22,16 @@ struct AddressFacts {
   SymbolizedPlace m_place;  ///< without a module: in none
 };
 
+/// How many modules the loader has added and removed: unchanged, the same modules are there.
+struct LoaderCounts {
+  unsigned long long m_ullAdded = 0;
+  unsigned long long m_ullRemoved = 0;
+
+  bool operator==(const LoaderCounts& other) const {
+    return m_ullAdded == other.m_ullAdded && m_ullRemoved == other.m_ullRemoved;
+  }
+};
+
 /// Everything here may throw std::bad_alloc.
 class SymbolizedProcess {
  public:
@@ -31,7 +41,8 @@ class SymbolizedProcess {
   SymbolizedProcess& operator=(const SymbolizedProcess&) = delete;
   ~SymbolizedProcess();
 
-  /// Looks whether modules have come or gone. What was given out before is gone then.
+  /// Looks whether modules have come or gone. What was given out before is gone then. Where it throws, the next one
+  /// looks anew.
   void Refresh();
 
   /// Good until the next Refresh.
@@ -45,14 +56,13 @@ class SymbolizedProcess {
 
  private:
   SymbolizedModule* FindModule(std::uint64_t address) const;
-  bool HaveModulesChanged();
+  void ReadModules(const LoaderCounts& counts);
   void TakeModules(std::vector<LoadedModule>& loaded);
 
   const Dw& m_dw;
   const std::vector<std::string> m_folders;
   std::string (*const m_form)(const char* signature);
-  unsigned long long m_ullAdded = 0;  // what the loader has counted
-  unsigned long long m_ullRemoved = 0;
+  LoaderCounts m_counts;  // when the modules were read
   std::vector<std::unique_ptr<SymbolizedModule>> m_modules;
   std::unordered_map<std::uint64_t, AddressFacts> m_facts;
 };

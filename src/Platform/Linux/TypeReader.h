@@ -12,14 +12,18 @@
 
 namespace Oxa::Core::Platform {
 
+/// Knows types by their entries' addresses, so it goes no later than the debug data that they were read from. One thread
+/// at a time. Everything may throw std::bad_alloc; a type that was begun with then stays one that can't be told.
 class TypeReader {
  public:
-  /// The functions have to stand as long as the reader.
+  /// The functions have to stand as long as the reader; of those for entries and attributes all are there.
   explicit TypeReader(const Dw& dw) noexcept : m_dw(dw) {}
   TypeReader(const TypeReader&) = delete;
   TypeReader& operator=(const TypeReader&) = delete;
 
-  /// The type that the entry `holder` has; null if it can't be told. It stands as long as the reader.
+  /// The type that the entry `holder` has, behind the names and qualifications that lead to it, and void where it has
+  /// none; null if it can't be told: of a kind that no language here has, of no size, or where damaged data leads in
+  /// circles. It stands as long as the reader. Members, parameters and enumerators are read by its `m_complete`.
   const TypeFacts* TypeOf(Dwarf_Die& holder);
 
  private:

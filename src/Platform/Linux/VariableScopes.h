@@ -21,14 +21,18 @@ struct ScopeVariable {
   std::vector<unsigned char> m_constant;  ///< its value, if it always has the same
 };
 
+/// Knows scopes by their entries' addresses, so it goes no later than the debug data that they were read from. One
+/// thread at a time.
 class VariableScopes {
  public:
-  using Scope = std::vector<ScopeVariable>;
+  using Scope = std::vector<ScopeVariable>;  ///< in the order of the source; no more than 256
 
-  /// The functions have to stand as long as the scopes.
+  /// The functions have to stand as long as the scopes; of those for entries and attributes all are there.
   explicit VariableScopes(const Dw& dw) noexcept : m_dw(dw), m_types(dw) {}
 
-  /// The scope of an entry: a function, one that was put into another, or a block.
+  /// The scope of an entry: a function, one that was put into another, or a block. Variables of blocks within aren't
+  /// part of it; of a function that was put into another, those are that only its origin has, without a place. It
+  /// stands as long as this object. May throw std::bad_alloc.
   const Scope& Of(Dwarf_Die scope);
 
  private:
