@@ -103,6 +103,14 @@ void BeginDying() noexcept {
   }
 }
 
+void ForgetDeathsOfParent() noexcept {
+  for (DyingThread& thread : s_dying) thread.m_ulId.store(0);
+  s_ulWhoEnds.store(0);
+  s_iSignal.store(0);
+  s_bForOthers.store(false);
+  Platform::ForgetDeathWatchOfParent();
+}
+
 void DieBySignal(int signal) noexcept {
   int none = 0;
   s_iSignal.compare_exchange_strong(none, signal);

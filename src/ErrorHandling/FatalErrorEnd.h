@@ -12,6 +12,9 @@ namespace Oxa::Core {
 /// a fault on the way.
 void BeginDying() noexcept;
 
+/// For a child that was forked off: those who were dying are in the parent only, and nobody is to wait for them.
+void ForgetDeathsOfParent() noexcept;
+
 /// What ends the process where the host wants a signal for that: that of the first who says so.
 void DieBySignal(int signal) noexcept;
 

@@ -14,6 +14,7 @@
 
 #include "Platform/Faults.h"
 #include "Platform/Files.h"
+#include "Platform/Storage.h"
 #include "Platform/Uncaught.h"
 
 namespace Oxa::Core {
@@ -96,7 +97,10 @@ void EndUncaught() {
 
 }  // namespace
 
-void ConnectFatalSteps(Hooks& hooks) noexcept { hooks.endUncaught = &EndUncaught; }
+void ConnectFatalSteps(Hooks& hooks) noexcept {
+  hooks.endUncaught = &EndUncaught;
+  Platform::CallInForkedChild(&ForgetDeathsOfParent);
+}
 
 }  // namespace Oxa::Core
 

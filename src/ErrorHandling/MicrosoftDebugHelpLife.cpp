@@ -8,6 +8,7 @@
 
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
+#include "Platform/Dump.h"
 #include "Platform/Faults.h"
 #include "Platform/FloatTraps.h"
 #include "Platform/Kill.h"
@@ -69,6 +70,7 @@ void DebugHelpLife::Begin() {
 void DebugHelpLife::OnFork() {
   ::new (static_cast<void*>(&DebugHelp::s_mutex)) Oxa::Core::Mutex;
   if (s_bBusy.load()) s_eState.store(eGONE);
+  Platform::ForgetDumpsOfParent();
 }
 
 DebugHelpLife::Busy::Busy() noexcept { s_bBusy.store(true); }

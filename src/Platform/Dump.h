@@ -36,6 +36,10 @@ using DumpFilter = bool (*)(unsigned int callbackType, unsigned int& flags, void
 int WriteDump(const char* path, const _EXCEPTION_POINTERS* pointers, unsigned int contents, DumpFilter filter,
               void* parameter, int milliseconds) noexcept;
 
+/// For a child that was forked off, before it does anything else: a dump that another thread of its parent was writing
+/// is none of this process.
+void ForgetDumpsOfParent() noexcept;
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -14,6 +14,9 @@ void StartDeathWatch(int milliseconds, int status) noexcept;
 /// From now on the watch ends the process as EndBySignal does; 0 takes that back.
 void EndBySignalInstead(int signal) noexcept;
 
+/// For a child that was forked off: threads of the parent aren't there, and its end is not the child's.
+void ForgetDeathWatchOfParent() noexcept;
+
 /// The system's id of the thread that is the watch; 0 before its start. Who stops all threads of the process has to
 /// leave that one running, or nothing ends him if he hangs.
 int DeathWatchThread() noexcept;

@@ -91,7 +91,9 @@ unsigned int SetErrorMode(unsigned int mode) noexcept;
 
 /// Calls `action` and gives true; a fault within cuts it short and gives false, whatever the translator is. What the
 /// action held then stays held and what it owned leaks: for reading data that may be damaged. Nests. `action` must
-/// not throw.
+/// not throw. Guards only against the faults whose signals come here: between the first last chance and its end (see
+/// SetLastChance), and unless the host has taken a signal for itself or the thread blocks it. Otherwise a fault is what
+/// it would be without the guard.
 bool CallGuarded(void (*action)(void*), void* argument) noexcept;
 
 /// Calls `action` on a new stack of `size` bytes, which is given back when it returns; on the current one where

@@ -49,6 +49,12 @@ void Handle(int signal, void (*handler)(int, siginfo_t*, void*)) {
   ::sigaction(signal, &action, nullptr);
 }
 
+bool IsDefault(int signal) {
+  struct sigaction action = {};
+  ::sigaction(signal, nullptr, &action);
+  return (action.sa_flags & SA_SIGINFO) == 0 && action.sa_handler == SIG_DFL;
+}
+
 // Counts how deep it is in, and faults on each level.
 class FaultyEar : public AlertListener {
  public:
@@ -62,6 +68,26 @@ class FaultyEar : public AlertListener {
 void ReturnNowhere() {
   void* volatile* const frame = static_cast<void* volatile*>(__builtin_frame_address(0));
   frame[1] = reinterpret_cast<void*>(0x10);
+}
+
+// Stops all that comes up from its clean-up, which the compiler's tables tell.
+__attribute__((noinline)) void WriteAndGoOn() noexcept {
+  const std::string after("the clean-up has something to do, and is longer than a short text");
+  FaultWrite(nullptr);
+  Say(after.c_str());
+}
+
+// Handlers stay while there are uses: one by the load, and one by each initialisation, which no shutdown ends.
+void CountUses() {
+  InitializeOxaCore();
+  InitializeOxaCore();
+  ShutdownOxaCore();
+  for (int uses = 3; uses > 0; --uses) {
+    Say(Caught([] { FaultWrite(nullptr); }) ? "caught\n" : "not caught\n");
+    SEHAdapter::Instance().Shutdown();
+  }
+  Say(InstallSEHErrorTranslator() == nullptr ? "no translator\n" : "still a translator\n");
+  Say(IsDefault(SIGSEGV) ? "no handler\n" : "still a handler\n");
 }
 
 const std::map<std::string, std::function<void()>> s_scenarios = {
@@ -91,7 +117,7 @@ const std::map<std::string, std::function<void()>> s_scenarios = {
      }},
     {"return-nowhere", [] { ReturnNowhere(); }},
     {"stack-pointer-gone", [] { FaultWithoutStack(); }},
-    {"noexcept", [] { []() noexcept { FaultWrite(nullptr); }(); }},
+    {"noexcept", [] { Say(Caught(&WriteAndGoOn) ? "caught\n" : "not caught\n"); }},
     {"alternate-stack-overflows",
      [] {
        static FaultyEar ear;
@@ -118,6 +144,7 @@ const std::map<std::string, std::function<void()>> s_scenarios = {
        SEHAdapter::Instance().Initialize();
        Say(Caught([] { FaultWrite(nullptr); }) ? "caught\n" : "not caught\n");
      }},
+    {"uses", &CountUses},
     {"sent", [] { ::kill(::getpid(), SIGSEGV); }},
     {"raised", [] { ::raise(SIGFPE); }},
     {"sent-to-a-thread", [] { std::thread([] { ::raise(SIGILL); }).join(); }},

@@ -1,15 +1,19 @@
 // Loads the library at run time, with handlers of its own for the signals of faults.
 #include <dlfcn.h>
+#include <setjmp.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
 
+#include "Support/GuardPages.h"
+
 namespace {
+
+using TestSupport::GuardPages;
 
 constexpr int iHANDLED = 7;
 
@@ -59,20 +63,6 @@ __attribute__((noinline)) void Fault() {
   *const_cast<volatile int*>(nowhere) = 1;
 }
 
-// Every stack has one below it.
-int GuardPages() {
-  std::ifstream file("/proc/self/maps");
-  int count = 0;
-  for (std::string line; std::getline(file, line);) {
-    unsigned long low = 0;
-    unsigned long high = 0;
-    char access[5] = {};
-    if (std::sscanf(line.c_str(), "%lx-%lx %4s", &low, &high, access) != 3) continue;
-    if (high - low == 4096 && std::string(access) == "---p") ++count;
-  }
-  return count;
-}
-
 void ExpectNothingLeft(const stack_t& before) {
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) Expect(IsDefault(signal), "a handler is left");
   stack_t stack;
@@ -92,6 +82,69 @@ void HandlerBeforeIsSent(const char* plugin) {
   TakeSignal(SIGSEGV);
   const Library library(plugin);
   ::kill(::getpid(), SIGSEGV);
+}
+
+volatile sig_atomic_t s_iHandled = 0;
+volatile sig_atomic_t s_iBlocked = 0;  // as the handler had it: 1 for the signal itself, 2 for another one
+sigjmp_buf s_back;
+
+bool IsBlocked(int signal) {
+  sigset_t mask;
+  ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  return ::sigismember(&mask, signal) == 1;
+}
+
+// Of the old kind: it is told nothing but the number.
+void OnPlainSignal(int signal) {
+  s_iHandled = signal;
+  s_iBlocked = (IsBlocked(signal) ? 1 : 0) + (IsBlocked(SIGUSR1) ? 2 : 0);
+  ::siglongjmp(s_back, 1);
+}
+
+void TakePlainly(int flags) {
+  struct sigaction action = {};
+  action.sa_handler = &OnPlainSignal;
+  action.sa_flags = flags;
+  ::sigaddset(&action.sa_mask, SIGUSR1);
+  ::sigaction(SIGSEGV, &action, nullptr);
+}
+
+void FaultAndComeBack() {
+  if (sigsetjmp(s_back, 1) == 0) Fault();
+}
+
+void PlainHandlerBefore(const char* plugin) {
+  TakePlainly(0);
+  const Library library(plugin);
+  std::thread(&FaultAndComeBack).join();
+  Expect(s_iHandled == SIGSEGV, "the handler wasn't called");
+  Expect(s_iBlocked == 3, "the handler ran with another mask than it asked for");
+}
+
+void NestingHandlerBefore(const char* plugin) {
+  TakePlainly(SA_NODEFER);
+  const Library library(plugin);
+  std::thread(&FaultAndComeBack).join();
+  Expect(s_iHandled == SIGSEGV && s_iBlocked == 2, "the handler ran with another mask than it asked for");
+}
+
+// What it blocked is let through again when it returns.
+void MaskComesBack(const char* plugin) {
+  struct sigaction action = {};
+  action.sa_handler = [](int signal) { s_iHandled = signal; };
+  ::sigaddset(&action.sa_mask, SIGUSR1);
+  ::sigaction(SIGFPE, &action, nullptr);
+  const Library library(plugin);
+  ::raise(SIGFPE);
+  Expect(s_iHandled == SIGFPE, "the handler wasn't called");
+  Expect(!IsBlocked(SIGFPE) && !IsBlocked(SIGUSR1), "a signal stays blocked");
+}
+
+// Nobody can ignore a fault.
+void FaultIgnoredBefore(const char* plugin) {
+  ::signal(SIGSEGV, SIG_IGN);
+  const Library library(plugin);
+  std::thread(&Fault).join();
 }
 
 void IgnoredBefore(const char* plugin) {
@@ -147,6 +200,10 @@ int main(int argc, char** argv) {
   if (scenario == "handler-before") HandlerBefore(plugin);
   if (scenario == "handler-before-is-sent") HandlerBeforeIsSent(plugin);
   if (scenario == "ignored-before") IgnoredBefore(plugin);
+  if (scenario == "plain-handler-before") PlainHandlerBefore(plugin);
+  if (scenario == "nesting-handler-before") NestingHandlerBefore(plugin);
+  if (scenario == "mask-comes-back") MaskComesBack(plugin);
+  if (scenario == "fault-ignored-before") FaultIgnoredBefore(plugin);
   if (scenario == "handler-comes-back") HandlerComesBack(plugin);
   if (scenario == "later-handler-stays") LaterHandlerStays(plugin);
   if (scenario == "nothing-is-left") NothingIsLeft(plugin);

@@ -66,6 +66,22 @@ TEST(FaultProcess, ATrashedReturnAddressEndsIt) { ExpectFatal("return-nowhere");
 TEST(FaultProcess, AStackPointerThatIsNoAddressEndsIt) { ExpectFatal("stack-pointer-gone"); }
 TEST(FaultProcess, AStackThatEndsWhileItsEndIsToldEndsIt) { ExpectFatal("alternate-stack-overflows"); }
 
+TEST(FaultProcess, AFunctionThatLetsNothingOutEndsItByTheReport) {
+  const TemporaryFolder folder;
+  const ChildResult result = TestSupport::RunDying(folder, {FAULT_HOST, "noexcept"});
+  EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ("", result.m_sOutput);
+  ASSERT_NE("", TestSupport::RecordsIn(folder));
+  const std::string report = TestSupport::ReadFile(TestSupport::RecordsIn(folder) + "ErrorInfo.xml");
+  EXPECT_THAT(report, HasSubstr("<Circumstance>Fatal unhandled error</Circumstance>"));
+  EXPECT_THAT(report, HasSubstr("<Message>Illegal write to virtual address 0 from 0x"));
+}
+
+TEST(FaultProcess, TheLoadAndEachInitialisationAreUsesOfTheAdapterThatNoShutdownEnds) {
+  EXPECT_EQ("Error handling started up via initial throw...\ncaught\ncaught\ncaught\nno translator\nno handler\n",
+            Die("uses").m_sOutput);
+}
+
 TEST(FaultProcess, TwoUsesOfTheAdapterAndOneReleaseLeaveItInForce) {
   EXPECT_EQ("caught\n", Die("twice-initialised").m_sOutput);
 }
@@ -93,6 +109,22 @@ TEST(FaultProcess, ALaterHandlerOfTheHostHasTheSignal) {
 TEST(FaultProcess, AnEarlierHandlerHasTheFaultsThatAreNotOurs) {
   EXPECT_EQ(iHANDLED, Load("handler-before").m_iStatus);
   EXPECT_EQ(iHANDLED, Load("handler-before-is-sent").m_iStatus);
+}
+
+TEST(FaultProcess, AnEarlierHandlerIsCalledAsItAskedFor) {
+  for (const char* scenario : {"plain-handler-before", "nesting-handler-before", "mask-comes-back"}) {
+    const ChildResult result = Load(scenario);
+    EXPECT_EQ(0, result.m_iStatus) << scenario << ": " << result.m_sError;
+  }
+}
+
+TEST(FaultProcess, AFaultOfAnIgnoredSignalEndsItByTheReport) {
+  const TemporaryFolder folder;
+  TestSupport::ExpectDeaths();
+  std::filesystem::copy_file(FAULT_LOADING_HOST, folder.File("host"));
+  const ChildResult result = TestSupport::RunChild({folder.File("host"), "fault-ignored-before", FAULT_PLUGIN});
+  EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
+  EXPECT_NE("", TestSupport::RecordsIn(folder));
 }
 
 TEST(FaultProcess, ASignalThatWasIgnoredStaysSo) { EXPECT_EQ(0, Load("ignored-before").m_iStatus); }

@@ -14,7 +14,6 @@
 
 #include <atomic>
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -22,12 +21,14 @@
 #include "FaultSites.h"
 #include "PlainHosts.h"
 #include "Support/Eventually.h"
+#include "Support/GuardPages.h"
 
 namespace {
 
 using namespace MSWindows;
 using namespace Oxa::Core;
 using FaultSites::Recurse;
+using TestSupport::GuardPages;
 
 class Ear : public AlertListener {
  public:
@@ -111,10 +112,32 @@ TEST(FaultRoad, AForwardedFaultKeepsItsClassAndIsOneRaise) {
   } catch (AccessViolation& fault) {
     EXPECT_EQ(typeid(AccessViolation), typeid(fault));
     EXPECT_EQ(5U, fault.GetUnwindStack()->size());
+    EXPECT_EQ("OperatingSystem", fault.GetData(AlertInfo::sCATEGORY));
+    EXPECT_EQ("OS.Windows", fault.GetData(AlertInfo::sLOG_NAME));
+    EXPECT_EQ(AlertInfo::eCRITICAL, fault.GetSeverity());
+    EXPECT_EQ(0U, std::string(fault.what()).find("Illegal write to virtual address 0 from 0x"));
     EXPECT_EQ("Illegal write ;", ear.m_sRaised);
     EXPECT_EQ(0, ear.m_iHandled);
   }
   EXPECT_EQ(1, ear.m_iHandled);
+}
+
+// The stack that they lead to is gone after that.
+TEST(FaultRoad, AForwardedFaultLeadsToNoRegisters) {
+  Ear ear;
+  bool led = false;
+  ear.m_onRaised = [&led](Error& error) {
+    const _EXCEPTION_POINTERS& pointers = dynamic_cast<SEHError&>(error).GetExceptionPointers();
+    led = pointers.ExceptionRecord != nullptr && pointers.ContextRecord != nullptr;
+  };
+  try {
+    Forward(0);
+    FAIL();
+  } catch (SEHError& fault) {
+    EXPECT_EQ(nullptr, fault.GetExceptionPointers().ExceptionRecord);
+    EXPECT_EQ(nullptr, fault.GetExceptionPointers().ContextRecord);
+  }
+  EXPECT_TRUE(led);
 }
 
 // Of a type that the library doesn't know, so that the copy is the host's.
@@ -279,20 +302,6 @@ TEST(FaultRoad, TheSignalMaskOutlivesAFault) {
   pthread_sigmask(SIG_UNBLOCK, &some, &now);
   EXPECT_EQ(1, sigismember(&now, SIGUSR2));
   EXPECT_EQ(0, sigismember(&now, SIGSEGV));
-}
-
-// Every stack has one below it. The lock files, and the heaps of killed threads, stay mapped for other reasons.
-int GuardPages() {
-  std::ifstream file("/proc/self/maps");
-  int count = 0;
-  for (std::string line; std::getline(file, line);) {
-    unsigned long low = 0;
-    unsigned long high = 0;
-    char access[5] = {};
-    if (std::sscanf(line.c_str(), "%lx-%lx %4s", &low, &high, access) != 3) continue;
-    if (high - low == 4096 && std::string(access) == "---p") ++count;
-  }
-  return count;
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

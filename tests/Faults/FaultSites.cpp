@@ -31,6 +31,11 @@ OXA_SITE(FaultPort, "inb $0x80, %al\n");
 OXA_SITE(FaultWithoutStack, "movl $16, %esp\n pushq %rax\n");
 OXA_SITE(FaultDivide, "movl %edi, %eax\n cltd\n" OXA_PLACE(FaultDivideAt) "idivl %esi\n");
 
+OXA_SITE(FaultMisalignedVector, "movaps 1(%rdi), %xmm0\n");
+OXA_SITE(FaultOverflow, "subq $1016, %rsp\n .cfi_adjust_cfa_offset 1016\n" OXA_PLACE(
+                            FaultOverflowAt) "call FaultOverflow\n addq $1016, %rsp\n .cfi_adjust_cfa_offset "
+                                             "-1016\n");
+
 // With the processor's check of alignment switched on for the one instruction.
 OXA_SITE(FaultMisaligned,
          "pushfq\n .cfi_adjust_cfa_offset 8\n orl $0x40000, (%rsp)\n popfq\n .cfi_adjust_cfa_offset "

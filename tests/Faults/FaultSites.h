@@ -19,6 +19,9 @@ void FaultIllegal();
 void FaultHalt();
 void FaultPort();
 
+/// Of 16 bytes that have to lie at a multiple of 16.
+void FaultMisalignedVector(const void* place);
+
 /// Its stack pointer is no address any more.
 void FaultWithoutStack();
 
@@ -27,6 +30,10 @@ int FaultDivide(int one, int other);
 extern const char FaultDivideAt[];
 void FaultMisaligned(const void* place);
 extern const char FaultMisalignedAt[];
+
+/// Calls itself until the stack is at its end.
+void FaultOverflow();
+extern const char FaultOverflowAt[];
 
 // The processor tells of these behind the instruction, at the label.
 void FaultIntOverflow();

@@ -82,6 +82,13 @@ TEST(RealFault, AnAddressThatCanBeNoneIsAnAccessViolation) {
             MessageOf<AccessViolation>([] { FaultRead(reinterpret_cast<void*>(0xDEADBEEFDEADBEEF)); }));
 }
 
+// Nor here: the processor has one number for all that it doesn't like of an address.
+TEST(RealFault, AMisalignedVectorIsToldAsAReadFromNull) {
+  alignas(16) static const char data[32] = {};
+  EXPECT_EQ("Illegal read from virtual address 0 from " + Hex(&FaultMisalignedVector),
+            MessageOf<AccessViolation>([] { FaultMisalignedVector(data); }));
+}
+
 TEST(RealFault, ACallThroughNullIsCaughtByTheCaller) {
   void (*volatile nowhere)() = nullptr;
   EXPECT_EQ("Illegal read from virtual address 0 from 0",
@@ -170,6 +177,12 @@ TEST(RealFault, TheStackOfTheX87UnitOverflows) {
     third = third / 4.0L;
     EXPECT_EQ(0.25L, third);
   }
+}
+
+TEST(RealFault, AStackOverflowTellsTheInstruction) {
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ("Stack overflow detected at " + Hex32(FaultOverflowAt),
+              MessageOf<StackOverflow>([] { FaultOverflow(); }));
 }
 
 TEST(RealFault, AnIllegalInstruction) {

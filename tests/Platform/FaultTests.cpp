@@ -168,6 +168,30 @@ TEST_F(FaultTests, AFaultOnAThreadWithoutATranslatorGoesToTheLastChance) {
               testing::ExitedWithCode(9), "");
 }
 
+// A stack pointer that leads nowhere is no end of a stack.
+TEST_F(FaultTests, AWildStackPointerIsABadPointer) {
+  EXPECT_EXIT(DieBy([] { asm volatile("movl $16, %%esp\n\tpushq %%rax" ::: "memory"); }),
+              testing::ExitedWithCode(9), "");
+  EXPECT_EXIT(DieBy([] { asm volatile("movq $0x7000000, %%rsp\n\tpushq %%rax" ::: "memory"); }),
+              testing::ExitedWithCode(9), "");
+}
+
+// Whoever faults in each of his raises would never come to an end by them.
+TEST_F(FaultTests, SixteenFaultsAreTranslatedOneWithinTheOther) {
+  static int s_iTranslated;
+  s_iTranslated = 0;
+  EXPECT_EXIT(
+      {
+        SetLastChance([](_EXCEPTION_POINTERS*) -> long { ::_exit(100 + s_iTranslated); });
+        SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS*) {
+          ++s_iTranslated;
+          WriteTo(nullptr);
+        });
+        WriteTo(nullptr);
+      },
+      testing::ExitedWithCode(116), "");
+}
+
 // The translator comes back where its raise does.
 TEST_F(FaultTests, ATranslatorThatReturnsIsFollowedByTheLastChance) {
   EXPECT_EXIT(DieBy([] {

@@ -36,6 +36,9 @@ namespace MSWindows {
 /// on. Copies share what the pointers given to the constructor lead to: that is valid until the error is caught.
 class OXACORE_API SEHError : public Oxa::Core::ErrorClass<SEHError, Oxa::Core::OSError> {
  public:
+  /// An error without a message, of the fault that `pointers` stand for: the system's, or a host's own. Keeps the two
+  /// pointers, not what they lead to; the caller keeps that standing for as long as anybody may ask for it. Raises
+  /// nothing.
   explicit SEHError(const _EXCEPTION_POINTERS& pointers);
   SEHError(const SEHError&) = default;
   SEHError& operator=(const SEHError&) = default;
@@ -59,6 +62,9 @@ class OXACORE_API SEHError : public Oxa::Core::ErrorClass<SEHError, Oxa::Core::O
   _EXCEPTION_POINTERS m_pointers;
 };
 
+/// Each class of faults: made from the fault that `pointers` stand for, with the message that is told beside its name.
+/// Both pointers have to lead to what a fault left; the record is read now, the rest as with SEHError. Raises nothing:
+/// RaiseError does.
 #define OXA_DECLARE_FAULT(Class)                                            \
   class OXACORE_API Class : public Oxa::Core::ErrorClass<Class, SEHError> { \
    public:                                                                  \
@@ -92,6 +98,7 @@ OXA_DECLARE_FAULT(StackOverflow);  ///< "Stack overflow detected at %1$#x"
 /// it loads, which is its first use; Initialize of the library is another.
 class OXACORE_API SEHAdapter {
  public:
+  /// The one object. It is there from the load of the library to its unload, whatever its use count is.
   static SEHAdapter& Instance();
 
   SEHAdapter(const SEHAdapter&) = delete;

@@ -204,6 +204,8 @@ int WriteDump(const char* path, const _EXCEPTION_POINTERS* pointers, unsigned in
   return code;
 }
 
+void ForgetDumpsOfParent() noexcept { s_busy.clear(); }
+
 }  // namespace Oxa::Core::Platform
 
 #endif

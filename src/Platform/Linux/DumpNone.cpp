@@ -12,6 +12,8 @@ int WriteDump(const char* /*path*/, const _EXCEPTION_POINTERS* /*pointers*/, uns
   return ENOSYS;
 }
 
+void ForgetDumpsOfParent() noexcept {}
+
 }  // namespace Oxa::Core::Platform
 
 #endif

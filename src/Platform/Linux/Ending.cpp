@@ -122,6 +122,12 @@ void StartDeathWatch(int milliseconds, int status) noexcept {
 
 void EndBySignalInstead(int signal) noexcept { __atomic_store_n(&s_iSignal, signal, __ATOMIC_RELAXED); }
 
+void ForgetDeathWatchOfParent() noexcept {
+  s_bStarted.store(false);
+  s_thread.store(0);
+  EndBySignalInstead(0);
+}
+
 int DeathWatchThread() noexcept { return s_thread.load(); }
 
 void EndNow(int status) noexcept {

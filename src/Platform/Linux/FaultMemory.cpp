@@ -22,6 +22,15 @@ bool IsReadable(std::uintptr_t address) noexcept {
   return ReadMemory(address, &byte, 1) == 1;
 }
 
+// A stack lies above its end. What a stack pointer has above that leads nowhere is nothing.
+bool IsBelowMemory(std::uintptr_t stackPointer) noexcept {
+  const std::uintptr_t room = ~std::uintptr_t{0} - stackPointer;
+  for (std::uintptr_t distance = 0; distance <= uLARGE_FRAME && distance <= room; distance += uPAGE) {
+    if (IsReadable(stackPointer + distance)) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 // One byte of each page, in one call, which stops at the first that can't be read.
@@ -50,7 +59,7 @@ bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const 
   if (own.Holds(stackPointer)) return close && address < own.m_uHigh;
   if (BelongsTo(stackPointer, own) && !IsReadable(stackPointer))
     return address < own.m_uLow && address + uNEAR >= stackPointer;
-  return close && ProbeRoomBelow(stackPointer) == 0;  // a stack that a program has made for itself
+  return close && ProbeRoomBelow(stackPointer) == 0 && IsBelowMemory(stackPointer);  // a stack that a program has made for itself
 }
 
 std::uintptr_t UsableFrom(std::uintptr_t address, std::uintptr_t stackPointer,
