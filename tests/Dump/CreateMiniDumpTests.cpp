@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
 #include <Infrastructure/OxaCore/PathName.h>
+#include <Infrastructure/OxaCore/Thread.h>
 #include <gmock/gmock.h>
 
 #include "Dump/DumpScene.h"
@@ -100,6 +101,32 @@ TEST_F(CreateMiniDump, ThreadsWaitForEachOther) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(m_folder.Names().size(), 3U);
   for (const std::string& name : m_folder.Names()) EXPECT_NO_THROW(DumpReader(m_folder.Read(name)).Threads());
+  EXPECT_THAT(Warnings(), IsEmpty());
+}
+
+// A dump that nobody ends would be the last one.
+TEST_F(CreateMiniDump, AThreadIsKilledBehindItOnly) {
+  struct Dumping : Task {
+    explicit Dumping(const std::function<void()>& dump) : m_dump(dump) {}
+    int Run(TaskDirective&) override {
+      for (;;) {
+        m_bStarted = true;
+        m_dump();
+      }
+    }
+    std::function<void()> m_dump;
+    std::atomic<bool> m_bStarted{false};
+  };
+  for (int i = 0; i < 2; ++i) {
+    const boost::shared_ptr<Dumping> task(new Dumping([this] { Create(m_folder.File("x.dmp")); }));
+    const boost::shared_ptr<Thread> thread = Thread::Create("dumping");
+    thread->Start(task);
+    ASSERT_TRUE(Eventually([&task] { return task->m_bStarted.load(); }));
+    thread->Kill(Elapse(20, Elapse::Seconds));
+    EXPECT_NO_THROW(ReadDump(m_folder.File("x.dmp")).Threads()) << "the thread's";
+    Create(m_folder.File("y.dmp"));
+    EXPECT_NO_THROW(ReadDump(m_folder.File("y.dmp")).Threads());
+  }
   EXPECT_THAT(Warnings(), IsEmpty());
 }
 

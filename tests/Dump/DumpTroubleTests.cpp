@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "Dump/DumpScene.h"
+#include "Platform/Faults.h"
 #include "Support/ChildProcess.h"
 
 namespace {
@@ -69,6 +70,29 @@ TEST(DumpTrouble, OneAtATime) {
   EXPECT_FALSE(folder.Has("never.dmp"));
   EXPECT_EQ(WriteTo(folder.File("x.dmp")), 0) << "and one after the other";
 }
+
+#ifndef __SANITIZE_ADDRESS__  // it would wait for the threads that stand still
+// On a stack of its own: what it came from is the one that a dump is made on.
+void DumpAndExit(void* path) { ::_exit(WriteTo(*static_cast<const std::string*>(path))); }
+
+// No other thread can fork now: all of them stand still.
+bool ForkOnce(unsigned /*callback*/, unsigned& /*flags*/, void* parameter) {
+  SecondDump& second = *static_cast<SecondDump*>(parameter);
+  if (second.m_iCode != -1) return true;
+  const pid_t child = ::fork();
+  if (child == 0) Platform::CallOnNewStack(256 * 1024, &DumpAndExit, &second.m_sPath);
+  second.m_iCode = AwaitChild(child, std::chrono::seconds(60));
+  return true;
+}
+
+TEST(DumpTrouble, AChildThatWasForkedOffMeanwhileHasItsOwn) {
+  const TemporaryFolder folder;
+  SecondDump second{folder.File("child.dmp"), {-1}};
+  EXPECT_EQ(WriteTo(folder.File("x.dmp"), &ForkOnce, &second), 0);
+  EXPECT_EQ(second.m_iCode, 0);
+  EXPECT_EQ(ReadDump(folder.File("child.dmp")).Threads().size(), 1U);
+}
+#endif
 
 bool Hang(unsigned /*callback*/, unsigned& /*flags*/, void* /*parameter*/) {
   for (;;) ::syscall(SYS_pause);

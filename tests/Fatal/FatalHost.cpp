@@ -10,6 +10,7 @@
 
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -21,6 +22,10 @@
 #include <thread>
 #include <vector>
 
+// The linker's own words for where a part of the program begins and ends.
+extern "C" const char __start_failing[];  // NOLINT(bugprone-reserved-identifier)
+extern "C" const char __stop_failing[];   // NOLINT(bugprone-reserved-identifier)
+
 namespace {
 
 using namespace Oxa::Core;
@@ -29,8 +34,11 @@ using namespace Oxa::Core;
   for (;;) ::pause();
 }
 
+// What fails stands in a part of the program of its own, so that its addresses can be told.
+#define OXA_FAILING __attribute__((noinline, section("failing")))
+
 // For the processor to find, not for a sanitizer ahead of it.
-__attribute__((noinline, no_sanitize("address", "undefined"))) void Fault() {
+OXA_FAILING __attribute__((no_sanitize("address", "undefined"))) void Fault() {
   volatile int* volatile nowhere = nullptr;
   *nowhere = 1;
 }
@@ -69,9 +77,16 @@ Witness& TheWitness() {
 
 // --- Ways to die
 
-void RaiseUncaught() { OXA_RAISE_ERROR("Test.Fatal", LogicError("nobody <catches> this")); }
+OXA_FAILING void RaiseUncaught() { OXA_RAISE_ERROR("Test.Fatal", LogicError("nobody <catches> this")); }
 
-void ThrowNumber() { throw 42; }
+OXA_FAILING void ThrowNumber() { throw 42; }
+
+OXA_FAILING void Forward() {
+  try {
+    std::string().at(1);
+  }
+  OXA_FORWARD_ERRORS
+}
 
 // On a thread that has no translator.
 void FaultUntranslated() {
@@ -128,12 +143,20 @@ void AfterShutdown() {
   RaiseUncaught();
 }
 
-void ByFilter() {
-  try {
-    Fault();
-  } catch (MSWindows::SEHError& error) {
-    OxaUnhandledExceptionFilter(&error.GetExceptionPointers());
+// While what the fault left still stands.
+class FilterCaller : public AlertListener {
+ public:
+  FilterCaller() { AlertManager::Instance()->AddAlertListener(*this); }
+  void ErrorRaised(Error& error) override {
+    if (auto* const fault = dynamic_cast<MSWindows::SEHError*>(&error))
+      OxaUnhandledExceptionFilter(&fault->GetExceptionPointers());
   }
+};
+
+void ByFilter() {
+  static FilterCaller* const caller = new FilterCaller;
+  static_cast<void>(caller);
+  Fault();
 }
 
 void ByFilterWithoutFacts() { OxaUnhandledExceptionFilter(nullptr); }
@@ -141,6 +164,7 @@ void ByFilterWithoutFacts() { OxaUnhandledExceptionFilter(nullptr); }
 const std::map<std::string, void (*)()> WAYS = {
     {"error", &RaiseUncaught},
     {"number", &ThrowNumber},
+    {"forwarded", &Forward},
     {"terminate", [] { std::terminate(); }},
     {"fault", &Fault},
     {"untranslated", &FaultUntranslated},
@@ -203,6 +227,22 @@ void Again(int& times, void (*die)()) {
   if (times-- > 0) die();
 }
 
+// A child that dies while its parent does.
+void ForkAndDie() {
+  const pid_t child = ::fork();
+  if (child == 0) Fault();
+  int status = 0;
+  if (::waitpid(child, &status, 0) == child) Say("the child's end: " + std::to_string(WEXITSTATUS(status)));
+}
+
+void SayPlaces() {
+  char text[80];
+  std::snprintf(text, sizeof(text), "%d %#lx %#lx", ::getpid(),
+                reinterpret_cast<unsigned long>(__start_failing),
+                reinterpret_cast<unsigned long>(__stop_failing));
+  Say(text);
+}
+
 // Dies anew, so many times, while the last death is being told.
 void DieAgain(const std::string& times) {
   static int s_iTimes;
@@ -231,6 +271,8 @@ const std::map<std::string, std::function<void(const std::string&)>> SETTINGS = 
        SayBuffering();
        TheWitness().m_atEnd = &SayBuffering;
      }},
+    {"fork-at-end", [](const std::string&) { TheWitness().m_atEnd = &ForkAndDie; }},
+    {"say-places", [](const std::string&) { SayPlaces(); }},
     {"hang-at-end", [](const std::string&) { TheWitness().m_atEnd = &Hang; }},
     {"hang-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Hang; }},
     {"fault-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Fault; }},

@@ -3,12 +3,14 @@
 
 #include <sys/stat.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "Dump/DumpReader.h"
 #include "Support/BackgroundChild.h"
 #include "Support/DyingChild.h"
 #include "Support/Eventually.h"
@@ -146,7 +148,8 @@ TEST(Fatal, WithoutALogManager) {
 
 TEST(Fatal, FilterCalledByTheHost) {
   const TemporaryFolder folder;
-  ExpectOrderlyDeath(Die(folder, {"filter"}), folder, "Illegal write to virtual address 0 from 0x");
+  ExpectOrderlyDeath(Die(folder, {"filter"}), folder,
+                     "No Message");  // not known as the thread's last error yet
   const TemporaryFolder other;
   ExpectOrderlyDeath(Die(other, {"filter-without-facts"}), other, "No Message");
 }
@@ -241,6 +244,14 @@ TEST(Fatal, FaultOnTheWayComesToAnEnd) {
   }
 }
 
+// It has nobody to wait for, and an end of its own.
+TEST(Fatal, ChildThatWasForkedOffOnTheWayDiesToo) {
+  const TemporaryFolder folder;
+  const ChildResult result = Die(folder, {"error", "fork-at-end"});
+  ExpectOrderlyDeath(result, folder, sUNCAUGHT);
+  EXPECT_THAT(result.m_sOutput, HasSubstr("the child's end: 255\n"));
+}
+
 TEST(Fatal, ListenerMayEndTheProcessItsOwnWay) {
   const TemporaryFolder folder;
   EXPECT_EQ(3, Die(folder, {"error", "exit-at-end=3"}).m_iStatus);
@@ -299,6 +310,8 @@ TEST(Fatal, HostMayWantTheSignal) {
   EXPECT_EQ(-SIGSEGV, Die(faults, {"fault", "signal"}).m_iStatus);
   EXPECT_EQ(-SIGSEGV, Die(TemporaryFolder(), {"untranslated", "signal"}).m_iStatus);
   EXPECT_EQ(-SIGABRT, Die(TemporaryFolder(), {"terminate", "signal"}).m_iStatus);
+  EXPECT_EQ(-SIGABRT, Die(TemporaryFolder(), {"error", "signal", "fault-at-end"}).m_iStatus)
+      << "that of the first death";
 }
 
 TEST(Fatal, PoliciesDifferInWhatTheyDump) {
@@ -311,6 +324,36 @@ TEST(Fatal, PoliciesDifferInWhatTheyDump) {
   EXPECT_LE(sizes[0], sizes[1]);
   EXPECT_LT(sizes[1], sizes[2]);
   EXPECT_LT(sizes[2], sizes[3]);
+}
+
+// Not at what carries exceptions, nor where the process ends.
+void ExpectFailingFrame(const char* way, unsigned code) {
+  const TemporaryFolder folder;
+  const ChildResult result = Die(folder, {way, "say-places"});
+  unsigned process = 0;
+  unsigned long from = 0;
+  unsigned long to = 0;
+  ASSERT_EQ(3, std::sscanf(result.m_sOutput.c_str(), "%u %lx %lx", &process, &from, &to)) << result.m_sOutput;
+  const TestSupport::DumpReader dump(ReadFile(RecordsIn(folder) + "CrashMiniDump.dmp"));
+  const auto exception = dump.TheException();
+  EXPECT_EQ(code, exception.m_uCode) << way;
+  EXPECT_EQ(process, exception.m_uThread) << way;
+  EXPECT_EQ(exception.m_registers.m_uPlace, exception.m_uAddress) << way;
+  EXPECT_LE(from, exception.m_registers.m_uPlace) << way;
+  EXPECT_GT(to, exception.m_registers.m_uPlace) << way;
+  const auto thread = dump.ThreadOf(process);
+  EXPECT_EQ(exception.m_registers.m_uPlace, thread.m_registers.m_uPlace) << way;
+  const std::uint64_t stack = thread.m_registers.m_general[4];
+  EXPECT_LE(thread.m_stack.m_uStart, stack) << way;
+  EXPECT_GT(thread.m_stack.m_uStart + thread.m_stack.m_uSize, stack) << way;
+}
+
+TEST(Fatal, DumpStandsAtTheFrameThatFailed) {
+  ExpectFailingFrame("error", SIGABRT);
+  ExpectFailingFrame("number", SIGABRT);
+  ExpectFailingFrame("forwarded", SIGABRT);
+  ExpectFailingFrame("fault", SIGSEGV);
+  ExpectFailingFrame("filter", SIGSEGV);
 }
 
 // --- Fallbacks, row by row

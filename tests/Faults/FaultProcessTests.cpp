@@ -78,8 +78,9 @@ TEST(FaultProcess, AFunctionThatLetsNothingOutEndsItByTheReport) {
 }
 
 TEST(FaultProcess, TheLoadAndEachInitialisationAreUsesOfTheAdapterThatNoShutdownEnds) {
-  EXPECT_EQ("Error handling started up via initial throw...\ncaught\ncaught\ncaught\nno translator\nno handler\n",
-            Die("uses").m_sOutput);
+  EXPECT_EQ(
+      "Error handling started up via initial throw...\ncaught\ncaught\ncaught\nno translator\nno handler\n",
+      Die("uses").m_sOutput);
 }
 
 TEST(FaultProcess, TwoUsesOfTheAdapterAndOneReleaseLeaveItInForce) {
@@ -122,7 +123,8 @@ TEST(FaultProcess, AFaultOfAnIgnoredSignalEndsItByTheReport) {
   const TemporaryFolder folder;
   TestSupport::ExpectDeaths();
   std::filesystem::copy_file(FAULT_LOADING_HOST, folder.File("host"));
-  const ChildResult result = TestSupport::RunChild({folder.File("host"), "fault-ignored-before", FAULT_PLUGIN});
+  const ChildResult result =
+      TestSupport::RunChild({folder.File("host"), "fault-ignored-before", FAULT_PLUGIN});
   EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
   EXPECT_NE("", TestSupport::RecordsIn(folder));
 }

@@ -170,9 +170,13 @@ TEST_F(FaultTests, AFaultOnAThreadWithoutATranslatorGoesToTheLastChance) {
 
 // A stack pointer that leads nowhere is no end of a stack.
 TEST_F(FaultTests, AWildStackPointerIsABadPointer) {
-  EXPECT_EXIT(DieBy([] { asm volatile("movl $16, %%esp\n\tpushq %%rax" ::: "memory"); }),
+  EXPECT_EXIT(DieBy([] {
+                asm volatile("movl $16, %%esp\n\tpushq %%rax" ::: "memory");
+              }),
               testing::ExitedWithCode(9), "");
-  EXPECT_EXIT(DieBy([] { asm volatile("movq $0x7000000, %%rsp\n\tpushq %%rax" ::: "memory"); }),
+  EXPECT_EXIT(DieBy([] {
+                asm volatile("movq $0x7000000, %%rsp\n\tpushq %%rax" ::: "memory");
+              }),
               testing::ExitedWithCode(9), "");
 }
 

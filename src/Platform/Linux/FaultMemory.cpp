@@ -59,7 +59,8 @@ bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const 
   if (own.Holds(stackPointer)) return close && address < own.m_uHigh;
   if (BelongsTo(stackPointer, own) && !IsReadable(stackPointer))
     return address < own.m_uLow && address + uNEAR >= stackPointer;
-  return close && ProbeRoomBelow(stackPointer) == 0 && IsBelowMemory(stackPointer);  // a stack that a program has made for itself
+  return close && ProbeRoomBelow(stackPointer) == 0 &&
+         IsBelowMemory(stackPointer);  // a stack that a program has made for itself
 }
 
 std::uintptr_t UsableFrom(std::uintptr_t address, std::uintptr_t stackPointer,
