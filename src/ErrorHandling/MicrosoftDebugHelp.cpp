@@ -93,8 +93,9 @@ void DebugHelp::FillIgnored() {
 }
 
 bool DebugHelp::OpenSymbols() {
+  const std::string path = ComposeSymbolPath();
   Platform::CloseSymbolReader(m_pProcess);
-  m_pProcess = Platform::OpenSymbolReader(m_hModule, ComposeSymbolPath().c_str(), &FunctionOf);
+  m_pProcess = Platform::OpenSymbolReader(m_hModule, path.c_str(), &FunctionOf);
   m_bInitialized = m_pProcess != nullptr;
   return m_bInitialized;
 }

@@ -79,7 +79,7 @@ TEST(CallStack, HasNoFramesWithoutALine) {
 }
 
 TEST(CallStack, EndsWhereAFrameComesTwice) {
-  const Printed printed = RunHost(Victim("VictimO0"), "loop");
+  const Printed printed = RunHost(Victim("VictimO0"), "loop", 0, {"walk=100"});
   ASSERT_GE(printed.m_lines.size(), 3U) << printed.All();
   EXPECT_EQ(printed.Count("victim::Loop [VictimO0]"), 1) << printed.All();
   EXPECT_TRUE(BeginsWith(printed.m_lines[0], AtHost("walk")));

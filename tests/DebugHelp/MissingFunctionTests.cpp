@@ -27,12 +27,13 @@ class Library : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_FALSE(RealLibrary().empty()) << "the library for symbols isn't installed"; }
 
-  // A library that has every function but one, each of which goes on to the real one.
-  void MakeWithout(const std::string& function) {
-    m_folder.Write("names", "{ global: *; local: " + function + "; };");
+  // A library that has every function but one (or several, with "; " between them), each of which goes on to the real one.
+  void MakeWithout(const std::string& functions, const std::string& flag = "") {
+    m_folder.Write("names", "{ global: *; local: " + functions + "; };");
     const std::string command = std::string(CXX_COMPILER) + " -shared -nostartfiles -o " +
                                 m_folder.File(sNAME) + " " + FORWARDING +
-                                " -Wl,--version-script=" + m_folder.File("names") + " -Wl,-soname=" + sNAME;
+                                " -Wl,--version-script=" + m_folder.File("names") + " -Wl,-soname=" + sNAME +
+                                (flag.empty() ? "" : " -Xlinker '" + flag + "'");
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
   }
 
@@ -82,14 +83,66 @@ TEST_F(Library, IsLookedForBeneathTheFolderOfPrograms) {
   }
 }
 
+// One in each place: the log tells which was taken, with what version it says that it has.
+TEST_F(Library, IsTakenFromTheFirstPlaceThatHasItAndTheLogTellsWhich) {
+  if (!HAS_PACKAGE_METADATA) GTEST_SKIP() << "the linker can't write a version";
+  MakeWithout("dwarf_lineno", "--package-metadata={\"name\":\"forwarding\",\"version\":\"7.8.9\"}");
+  std::vector<std::string> places = {m_folder.Path() + "/"};
+  for (const char* const place :
+       {"programs/Debugging Tools for Windows/", "programs/Debugging Tools for Windows 64-Bit/", "system/"}) {
+    places.push_back(m_folder.File(place));
+    fs::create_directories(places.back());
+    fs::copy_file(m_folder.File(sNAME), places.back() + sNAME);
+  }
+  for (const std::string& place : places) {
+    const Printed printed =
+        RunHost(Victim("VictimO0"), "templated", 5, {"folder=" + m_folder.Path() + "/", "log"},
+                {"REAL_LIBRARY=" + RealLibrary(), "ProgramFiles=" + m_folder.File("programs"),
+                 "LD_LIBRARY_PATH=" + m_folder.File("system")});
+    EXPECT_EQ(printed.Count("log "), 1) << printed.All();
+    EXPECT_TRUE(printed.Has("log 5: Loaded " + place + sNAME + " version 7.8.9")) << printed.All();
+    fs::remove(place + sNAME);
+  }
+}
+
+TEST_F(Library, ThatTellsNoVersionIsNotToldOf) {
+  MakeWithout("dwarf_lineno");
+  const Printed printed = Run("templated", {"log"});
+  EXPECT_EQ(printed.Count("log "), 0) << printed.All();
+}
+
+TEST_F(Library, ThatCanNotBeBegunWithIsToldOnceAndThereIsNoObject) {
+  const Printed printed = RunHost(Victim("VictimO0"), "-", 0, {"first-use-short"});
+  EXPECT_TRUE(printed.Has(
+      "warning Microsoft.DebugHelp: Failed to initialize symbols with SymInitialize, symbols unavailable"))
+      << printed.All();
+  EXPECT_GE(printed.Count("told "), 1);
+  EXPECT_EQ(printed.Count("told "), printed.Count("told 1, unavailable 1, there 0"));
+  EXPECT_FALSE(printed.Has("a child died"));
+}
+
+TEST_F(Library, ThatCanNotBeBegunWithAnewIsToldEachTime) {
+  const Printed printed = RunHost(Victim("VictimO0"), "templated", 0, {"twice", "anew-short"});
+  const int at = printed.Find("refused ");
+  ASSERT_GE(at, 0) << printed.All();
+  EXPECT_FALSE(printed.Has("refused 0"));
+  EXPECT_EQ(printed.Count("warning "),
+            printed.Count("warning Microsoft.DebugHelp: Failed to initialize symbols with SymInitialize, "
+                          "symbols unavailable"));
+  EXPECT_TRUE(printed.Has("refused " + std::to_string(printed.Count("warning ")) + ", told " +
+                          std::to_string(printed.Count("warning "))));
+  EXPECT_EQ(printed.Count("victim::Templated<long>"), 2) << printed.All();
+}
+
 TEST_F(Library, ThatIsDamagedInOnePlaceIsLookedForInTheNext) {
   m_folder.Write(sNAME, "this is no library");
   EXPECT_TRUE(Run().Has("victim::Templated<long>"));
 }
 
 TEST_F(Library, WithoutWhatInitializeNeedsThereIsNoObject) {
-  for (const auto& [part, function] :
-       {std::pair("dwfl_begin", "SymInitialize"), {"dwfl_report_elf", "SymInitialize"}}) {
+  for (const auto& [part, function] : {std::pair("dwfl_begin", "SymInitialize"),
+                                       {"dwfl_report_elf", "SymInitialize"},
+                                       {"elf_version", "SymSetOptions"}}) {
     MakeWithout(part);
     const Printed printed = Run("templated", {"twice", "unavailable"});
     EXPECT_EQ(printed.Count(Text(function)), 1) << printed.All();
@@ -97,6 +150,22 @@ TEST_F(Library, WithoutWhatInitializeNeedsThereIsNoObject) {
     EXPECT_EQ(printed.Count("no stack"), 2);
     EXPECT_TRUE(printed.Has("unavailable 1"));
   }
+}
+
+TEST_F(Library, WithoutSeveralOfThemEachIsToldInItsOrder) {
+  MakeWithout("dwfl_begin; elf_version");
+  const Printed printed = Run();
+  EXPECT_EQ(printed.Count("warning "), 2) << printed.All();
+  EXPECT_EQ(printed.Find(Text("SymSetOptions")) + 1, printed.Find(Text("SymInitialize")));
+}
+
+TEST_F(Library, WithoutSeveralThatTheWalkNeedsEachIsToldInItsOrder) {
+  MakeWithout("dwfl_module_info; dwarf_cfi_addrframe; dwarf_frame_cfa");
+  const Printed printed = Run();
+  const int first = printed.Find(Text("StackWalk64"));
+  EXPECT_EQ(printed.Count("warning "), 3) << printed.All();
+  EXPECT_EQ(first + 1, printed.Find(Text("SymFunctionTableAccess64")));
+  EXPECT_EQ(first + 2, printed.Find(Text("SymGetModuleBase64")));
 }
 
 TEST_F(Library, WithoutWhatTheWalkNeedsEachRaiseWarns) {

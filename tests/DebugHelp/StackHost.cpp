@@ -27,6 +27,8 @@
 #include <thread>
 #include <vector>
 
+#include "StackHostSteps.h"
+
 namespace {
 
 using namespace Oxa::Core;
@@ -41,7 +43,10 @@ class Listener : public AlertListener {
   }
 };
 
+std::string s_sModule;
+
 Run Load(const char* module) {
+  s_sModule = module;
   void* const handle = ::dlopen(module, RTLD_NOW);
   if (handle == nullptr) {
     std::cerr << ::dlerror();
@@ -65,12 +70,15 @@ void Print(const boost::shared_ptr<std::vector<CodeContext>>& frames) {
   std::cout << frames->size() << " frames\n";
 }
 
+int s_iMaxFrames = 100;
+void (*s_callback)() = &Raise;
+
 // For stacks that no exception could leave.
-void Walk() { Print(DebugHelp::Instance()->CreateCallStack(100)); }  // at: walk
+void Walk() { Print(DebugHelp::Instance()->CreateCallStack(s_iMaxFrames)); }  // at: walk
 
 void RunAndPrint(Run run, const char* what, int number) {
   try {
-    run(what, number, what[0] == 'l' ? &Walk : &Raise);  // at: run
+    run(what, number, s_callback);  // at: run
   } catch (Error& error) {
     Print(error.GetCallStack());
   }
@@ -122,6 +130,20 @@ void RaiseOnThreads(Run run, int threads) {
   std::cout << "whole stacks: " << whole << "\n";
 }
 
+// In the place of the module that was loaded before, if the system likes.
+Run LoadInstead(const char* module) {
+  void* const before = ::dlopen(s_sModule.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  ::dlclose(before);
+  ::dlclose(before);
+  return Load(module);
+}
+
+// Where the module of a function begins.
+void PrintBase(void* function) {
+  Dl_info info;
+  if (::dladdr(function, &info) != 0) std::cout << "base " << info.dli_fbase << "\n";
+}
+
 void RaiseInChild(Run run) {
   std::cout.flush();
   const pid_t child = ::fork();
@@ -158,7 +180,7 @@ int main(int argc, char** argv) {
   AlertManager::Instance()->AddAlertListener(listener);
   for (int i = 4; i < argc; ++i)
     if (std::string(argv[i]).rfind("folder=", 0) == 0) System::Instance()->SetProcessPath(argv[i] + 7);
-  const Run run = Load(argv[1]);
+  Run run = Load(argv[1]);
   if (run == nullptr) return 2;
   for (int i = 4; i < argc; ++i) {
     const std::string step = argv[i];
@@ -168,9 +190,18 @@ int main(int argc, char** argv) {
     if (step.rfind("damage=", 0) == 0) Damage(run, step.substr(7), std::atoi(argv[3]));
     if (step.rfind("threads=", 0) == 0) RaiseOnThreads(run, std::atoi(step.substr(8).c_str()));
     if (step == "fork") RaiseInChild(run);
+    if (step.rfind("walk=", 0) == 0) s_callback = &Walk, s_iMaxFrames = std::atoi(step.substr(5).c_str());
+    if (step.rfind("change=", 0) == 0) StackHost::Change(step.substr(7));
+    if (step == "base") PrintBase(reinterpret_cast<void*>(run));
+    if (step.rfind("load=", 0) == 0) run = LoadInstead(step.substr(5).c_str());
+    if (step == "log") StackHost::ShowLog();
+    if (step == "first-use-short") StackHost::FirstUseShortOfMemory();
+    if (step == "anew-short") StackHost::BeginAnewShortOfMemory();
+    if (step == "trap") StackHost::SetDenormalTrap();
     if (step == "unavailable") std::cout << "unavailable " << DebugHelp::IsUnavailable() << "\n";
   }
   if (argv[2][0] != '-') RunAndPrint(run, argv[2], std::atoi(argv[3]));
+  if (StackHost::HasDenormalTrap()) std::cout << "the trap is on\n";
   for (int i = 4; i < argc; ++i)
     if (std::string(argv[i]) == "xml") {
       try {

@@ -1,6 +1,9 @@
 // Functions whose frames are known line by line. Compiled in many ways, as modules that StackHost loads; each calls
 // back from its depths. The words behind "at:" are how the tests find a line.
 
+#include <signal.h>
+#include <ucontext.h>
+
 using Callback = void (*)();
 
 namespace victim {
@@ -60,6 +63,61 @@ place:
   frame[1] = behindCall;
 }
 
+__attribute__((noinline)) void* Here() { return __builtin_return_address(0); }
+
+// The same of a function that is put into another one: its frame is that of the other.
+inline __attribute__((always_inline)) void LoopInside(Callback callback, void** frame) {
+  void* const caller = frame[0];
+  void* const behindCall = frame[1];
+  frame[1] = Here();
+  frame[0] = frame;
+  callback();  // at: loop inside
+  frame[0] = caller;
+  frame[1] = behindCall;
+}
+
+__attribute__((noinline, optimize("O0"))) void LoopAround(Callback callback) {
+  LoopInside(callback, static_cast<void**>(__builtin_frame_address(0)));  // at: loop around
+}
+
+// Without a frame pointer that leads on: where it has no rules for its frame nobody finds its caller.
+__attribute__((naked, noinline)) void Outermost(Callback /*callback*/) {
+  asm("push %rbp\n\txor %ebp, %ebp\n\tcall *%rdi\n\tpop %rbp\n\tret");  // at: outermost
+}
+
+// The instruction before the one that traps has another line.
+// clang-format off
+__attribute__((naked, noinline)) void Trap() { asm("nop");
+  asm("ud2\n\tret");  // at: trap
+}
+// clang-format on
+
+Callback s_onTrap = nullptr;
+
+void OnTrap(int /*signal*/, siginfo_t* /*info*/, void* context) {
+  s_onTrap();  // at: handler
+  static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RIP] += 2;
+}
+
+__attribute__((noinline)) void Interrupted(Callback callback) {
+  struct sigaction action = {};
+  struct sigaction before = {};
+  s_onTrap = callback;
+  action.sa_sigaction = &OnTrap;
+  action.sa_flags = SA_SIGINFO;
+  ::sigaction(SIGILL, &action, &before);
+  Trap();  // at: interrupted
+  ::sigaction(SIGILL, &before, nullptr);
+}
+
+volatile double s_dDenormal = 5e-324;
+
+__attribute__((noinline)) void Small(Callback callback) {
+  volatile double small = s_dDenormal;
+  callback();  // at: small
+  s_dDenormal = small;
+}
+
 }  // namespace victim
 
 extern "C" __attribute__((visibility("default"))) void RunVictim(const char* what, int number,
@@ -68,6 +126,10 @@ extern "C" __attribute__((visibility("default"))) void RunVictim(const char* wha
   if (what[0] == 'd') victim::Counter().Descend(number, callback);  // at: run descend
   if (what[0] == 't') victim::Templated<long>(number, callback);    // at: run templated
   if (what[0] == 'l') victim::Loop(callback);                       // at: run loop
+  if (what[0] == 'a') victim::LoopAround(callback);
+  if (what[0] == 'o') victim::Outermost(callback);
+  if (what[0] == 'h') victim::Interrupted(callback);
+  if (what[0] == 's') victim::Small(callback);
 }
 
 // A module that calls back while it is being loaded, with what the loader holds then.

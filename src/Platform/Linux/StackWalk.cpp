@@ -39,6 +39,9 @@ class SymbolReader {
     AbandonVariables();
   }
 
+  // Behind a shortage of memory: what was begun with then is only half there.
+  void Forget() noexcept { m_pProcess.reset(); }
+
  private:
   Dw m_dw;
   const std::string m_sSearchPath;
@@ -74,6 +77,7 @@ class Walk {
       static_cast<Walk*>(walk)->Run();
     } catch (...) {
       // Out of memory: the frames that were handed over have to do.
+      static_cast<Walk*>(walk)->m_reader.Forget();
     }
   }
 
@@ -182,7 +186,13 @@ bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, voi
 }
 
 void ReadFrameVariables(SymbolReader& reader, const StackFrame& frame, const VariableSink& sink) {
-  if (frame.m_pView != nullptr) ReadVariables(reader.GetFunctions(), *frame.m_pView, sink);
+  if (frame.m_pView == nullptr) return;
+  try {
+    ReadVariables(reader.GetFunctions(), *frame.m_pView, sink);
+  } catch (...) {
+    ForgetVariables();  // the same of scopes and types
+    throw;
+  }
 }
 
 }  // namespace Oxa::Core::Platform

@@ -1,0 +1,200 @@
+// What a host doesn't see of call stacks: the search path, what a walk leaves of a thread, and readers that come to
+// grief.
+
+#include <Infrastructure/OxaCore/CodeContext.h>
+#include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
+#include <Infrastructure/OxaCore/System.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ErrorHandling/MicrosoftDebugHelpLife.h"
+#include "Platform/CallStacks.h"
+#include "Platform/Faults.h"
+#include "Platform/Libraries.h"
+#include "Platform/Storage.h"
+#include "Support/Allocations.h"
+
+namespace {
+
+namespace Platform = Oxa::Core::Platform;
+using MSWindows::ComposeSymbolPath;
+using MSWindows::DebugHelp;
+
+class SymbolPath : public testing::Test {
+ protected:
+  void SetUp() override {
+    Oxa::Core::System::Instance()->SetProcessPath("/product/");
+    for (const char* const name : {"_NT_SYMBOL_PATH", "_NT_ALTERNATE_SYMBOL_PATH", "SYSTEMROOT"})
+      ::unsetenv(name);
+  }
+
+  static constexpr char sOWN[] = "/product/Symbols;/product/;/product/Packages;.";
+};
+
+TEST_F(SymbolPath, IsThatOfTheProcessAlone) { EXPECT_EQ(sOWN, ComposeSymbolPath()); }
+
+TEST_F(SymbolPath, HasEachVariableThatIsSet) {
+  ::setenv("_NT_SYMBOL_PATH", "/one;/more", 1);
+  EXPECT_EQ(std::string(sOWN) + ";/one;/more", ComposeSymbolPath());
+  ::setenv("_NT_ALTERNATE_SYMBOL_PATH", "/two", 1);
+  EXPECT_EQ(std::string(sOWN) + ";/one;/more;/two", ComposeSymbolPath());
+  ::setenv("SYSTEMROOT", "/system", 1);
+  EXPECT_EQ(std::string(sOWN) + ";/one;/more;/two;/system;/system/system32", ComposeSymbolPath());
+  ::unsetenv("_NT_SYMBOL_PATH");
+  ::setenv("_NT_ALTERNATE_SYMBOL_PATH", "", 1);
+  EXPECT_EQ(std::string(sOWN) + ";;/system;/system/system32", ComposeSymbolPath());
+}
+
+TEST_F(SymbolPath, LeavesOutWhatIsTooLongForItsBuffer) {
+  const std::string most(259, 'x');
+  ::setenv("_NT_SYMBOL_PATH", most.c_str(), 1);
+  ::setenv("SYSTEMROOT", (most + "x").c_str(), 1);
+  EXPECT_EQ(sOWN + (";" + most), ComposeSymbolPath());
+}
+
+void Translator(unsigned int /*code*/, _EXCEPTION_POINTERS* /*pointers*/) {}
+
+std::string Content(const char* file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> Names(const std::string& text, const std::string& quote) {
+  const std::regex name(quote + "([A-Za-z0-9_]+)" + quote);
+  std::vector<std::string> names;
+  for (std::sregex_iterator found(text.begin(), text.end(), name); found != std::sregex_iterator(); ++found)
+    names.push_back((*found)[1]);
+  return names;
+}
+
+using Table = std::vector<std::vector<std::string>>;  // of each function its name, then what it rests on
+
+Table TableOfPage() {
+  Table table;
+  std::istringstream page(Content(PAGE));
+  const std::regex row("\\| (`[A-Za-z0-9]+`) \\|([^|]*)\\|.*");
+  std::smatch found;
+  for (std::string line; std::getline(page, line);)
+    if (std::regex_match(line, found, row)) table.push_back(Names(found[1].str() + found[2].str(), "`"));
+  return table;
+}
+
+Table TableOfSource() {
+  Table table;
+  const std::string source = Content(FACILITIES);
+  const std::regex row("\\{(\"[A-Za-z0-9]+\",\\s*\\{[^}]*\\})\\}");
+  for (std::sregex_iterator found(source.begin(), source.end(), row); found != std::sregex_iterator();
+       ++found)
+    table.push_back(Names((*found)[1].str(), "\""));
+  return table;
+}
+
+TEST(CallStackPage, ShowsTheTableOfFunctionsAsItIs) {
+  const Table table = TableOfPage();
+  EXPECT_EQ(16U, table.size());
+  EXPECT_EQ(TableOfSource(), table);
+}
+
+TEST(CallStackWalk, LeavesTheThreadAsItWas) {
+  const boost::shared_ptr<DebugHelp> help = DebugHelp::Instance();
+  if (!help) GTEST_SKIP() << "the library for symbols isn't installed";
+  for (const Platform::FaultTranslator translator : {&Translator, Platform::FaultTranslator()}) {
+    const Platform::FaultTranslator before = Platform::SetFaultTranslator(translator);
+    for (const int frames : {-1, 0, 5, 100}) {
+      EXPECT_TRUE(help->CreateCallStack(frames));
+      EXPECT_EQ(translator, Platform::CurrentFaultTranslator()) << frames;
+      EXPECT_FALSE(Platform::HasThreadFlag(Platform::EThreadFlag::eREADS_STACK));
+    }
+    Platform::SetFaultTranslator(before);
+  }
+}
+
+/// A reader, and a module that comes and goes.
+class Reader : public testing::Test {
+ public:
+  // The modules of the frames from here on.
+  std::vector<std::string> Walk() {
+    std::vector<std::string> modules;
+    const auto take = [](const Platform::StackFrame& frame, void* taken) {
+      static_cast<std::vector<std::string>*>(taken)->push_back(frame.m_pModule != nullptr ? frame.m_pModule
+                                                                                          : "");
+      return true;
+    };
+    EXPECT_TRUE(Platform::WalkStack(*m_pReader, nullptr, take, &modules));
+    return modules;
+  }
+
+ protected:
+  void SetUp() override {
+    m_library = Platform::OpenLibrary(Platform::SymbolLibraryName());
+    if (m_library == nullptr) GTEST_SKIP() << "the library for symbols isn't installed";
+    m_pReader =
+        Platform::OpenSymbolReader(m_library, ".", [](const char* name) { return std::string(name); });
+    ASSERT_NE(nullptr, m_pReader);
+  }
+  void TearDown() override {
+    Platform::CloseSymbolReader(m_pReader);
+    if (m_library != nullptr) Platform::CloseLibrary(m_library);
+  }
+
+  // The same without keeping anything.
+  bool WalkShortOfMemory(unsigned long failing) {
+    const TestSupport::FailAllocation fail(failing);
+    Platform::WalkStack(
+        *m_pReader, nullptr, [](const Platform::StackFrame&, void*) { return true; }, nullptr);
+    return fail.Happened();
+  }
+
+  HINSTANCE m_library = nullptr;
+  Platform::SymbolReader* m_pReader = nullptr;
+};
+
+using Run = void (*)(const char*, int, void (*)());
+
+Run FunctionOf(HINSTANCE module) {
+  return reinterpret_cast<Run>(reinterpret_cast<std::uintptr_t>(Platform::FindFunction(module, "RunVictim")));
+}
+
+TEST_F(Reader, ReadsModulesAgainAfterAShortageOfMemory) {
+  ASSERT_GE(Walk().size(), 3U);
+  bool happened = true;
+  for (unsigned long failing = 1; happened; ++failing) {
+    HINSTANCE const victim = Platform::OpenLibrary(VICTIM);
+    ASSERT_NE(nullptr, victim);
+    happened = WalkShortOfMemory(failing);
+    static Reader* s_pReader;
+    static std::vector<std::string> s_modules;
+    s_pReader = this;
+    FunctionOf(victim)("templated", 0, [] { s_modules = s_pReader->Walk(); });
+    Platform::CloseLibrary(victim);
+    ASSERT_EQ(2, std::count(s_modules.begin(), s_modules.end(), "VictimO0")) << failing;
+  }
+}
+
+class FaultedReader : public Reader {};
+
+// Where nothing may be thrown any more.
+TEST_F(FaultedReader, BeginsAnewThoughMemoryIsShort) {
+  const std::size_t frames = Walk().size();
+  EXPECT_FALSE(Platform::WalkStack(
+      *m_pReader, nullptr,
+      [](const Platform::StackFrame&, void* null) {
+        TestSupport::ThreadAllocations().m_ulFailing = TestSupport::ThreadAllocations().m_ulCount + 1;
+        *static_cast<volatile int*>(null) = 1;
+        return true;
+      },
+      nullptr));
+  TestSupport::ThreadAllocations().m_ulFailing = 0;
+  EXPECT_EQ(frames, Walk().size());
+}
+
+}  // namespace
