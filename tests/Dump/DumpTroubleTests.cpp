@@ -130,6 +130,31 @@ TEST(DumpTrouble, ThreadsStandStillMeanwhileAndGoOn) {
   EXPECT_TRUE(Eventually([&] { return thread.Rounds() > rounds + 2; }));
 }
 
+std::atomic<int> s_iHeard{0};
+
+// From another process, since the threads of this one stand still now and then.
+pid_t SendSignals(int thread, int count) {
+  const pid_t process = ::getpid();
+  const pid_t sender = ::fork();
+  if (sender != 0) return sender;
+  const timespec moment = {0, 20000};
+  for (int sent = 0; sent < count; ::syscall(SYS_nanosleep, &moment, nullptr)) {
+    if (::syscall(SYS_tgkill, process, thread, SIGRTMIN) == 0) ++sent;
+  }
+  ::_exit(0);
+}
+
+TEST(DumpTrouble, SignalsThatArriveMeanwhileAreNotLost) {
+  constexpr int iSENT = 2000;
+  ::signal(SIGRTMIN, [](int) { ++s_iHeard; });
+  const KnownThread thread("known");
+  const TemporaryFolder folder;
+  const pid_t sender = SendSignals(static_cast<int>(thread.Id()), iSENT);
+  int status = 0;
+  while (::waitpid(sender, &status, WNOHANG) == 0) EXPECT_EQ(WriteTo(folder.File("x.dmp")), 0);
+  EXPECT_TRUE(Eventually([] { return s_iHeard == iSENT; })) << s_iHeard;
+}
+
 TEST(DumpTrouble, NothingOfItIsLeftBehind) {
   const TemporaryFolder folder;
   const auto open = [] {

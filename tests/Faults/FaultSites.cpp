@@ -32,6 +32,7 @@ OXA_SITE(FaultWithoutStack, "movl $16, %esp\n pushq %rax\n");
 OXA_SITE(FaultDivide, "movl %edi, %eax\n cltd\n" OXA_PLACE(FaultDivideAt) "idivl %esi\n");
 
 OXA_SITE(FaultMisalignedVector, "movaps 1(%rdi), %xmm0\n");
+OXA_SITE(FaultGate, "int $0x30\n");
 OXA_SITE(FaultOverflow, "subq $1016, %rsp\n .cfi_adjust_cfa_offset 1016\n" OXA_PLACE(
                             FaultOverflowAt) "call FaultOverflow\n addq $1016, %rsp\n .cfi_adjust_cfa_offset "
                                              "-1016\n");

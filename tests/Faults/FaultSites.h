@@ -22,6 +22,9 @@ void FaultPort();
 /// Of 16 bytes that have to lie at a multiple of 16.
 void FaultMisalignedVector(const void* place);
 
+/// Through a gate that is the kernel's.
+void FaultGate();
+
 /// Its stack pointer is no address any more.
 void FaultWithoutStack();
 

@@ -32,10 +32,17 @@ bool IsOverflow(const Site& site) {
 
 // --- A stack that the program has made, with a guard page at its end
 
-struct OwnStack {
-  static constexpr std::size_t uSIZE = 128 * 1024;
-
-  OwnStack() : m_pMemory(::mmap(nullptr, uSIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+class OwnStack {
+ public:
+  // As closely below `neighbour` as there is room; anywhere if that is null.
+  explicit OwnStack(void* neighbour) {
+    constexpr int iKIND = MAP_PRIVATE | MAP_ANONYMOUS;
+    for (std::size_t distance = uSIZE; neighbour != nullptr && distance < uFAR; distance += uPAGE) {
+      char* const wanted = static_cast<char*>(neighbour) - distance;
+      m_pMemory = ::mmap(wanted, uSIZE, PROT_READ | PROT_WRITE, iKIND | MAP_FIXED_NOREPLACE, -1, 0);
+      if (m_pMemory == wanted) break;
+    }
+    if (m_pMemory == MAP_FAILED) m_pMemory = ::mmap(nullptr, uSIZE, PROT_READ | PROT_WRITE, iKIND, -1, 0);
     ::mprotect(m_pMemory, uPAGE, PROT_NONE);
   }
   OwnStack(const OwnStack&) = delete;
@@ -54,16 +61,19 @@ struct OwnStack {
     ::swapcontext(&here, &there);
   }
 
-  void* m_pMemory;
+ private:
+  static constexpr std::size_t uSIZE = 128 * 1024;
+  static constexpr std::size_t uFAR = 512 * 1024;
+
+  void* m_pMemory = MAP_FAILED;
 };
 
 int s_iOverflows = 0;
 int s_iFaults = 0;
 
-TEST(FaultStack, OfTheProgramsOwnMakingOverflowsToo) {
+void ExpectFaultsOn(OwnStack& stack, const char* where) {
   s_iOverflows = 0;
   s_iFaults = 0;
-  OwnStack stack;
   for (int i = 0; i < 3; ++i) {
     stack.Run([] {
       if (IsOverflow(&FaultOverflow)) ++s_iOverflows;
@@ -74,8 +84,37 @@ TEST(FaultStack, OfTheProgramsOwnMakingOverflowsToo) {
       }
     });
   }
-  EXPECT_EQ(3, s_iOverflows);
-  EXPECT_EQ(3, s_iFaults);
+  EXPECT_EQ(3, s_iOverflows) << where;
+  EXPECT_EQ(3, s_iFaults) << where;
+}
+
+stack_t Current() {
+  stack_t stack = {};
+  ::sigaltstack(nullptr, &stack);
+  return stack;
+}
+
+void* EndOfThisStack() {
+  pthread_attr_t attributes;
+  ::pthread_getattr_np(::pthread_self(), &attributes);
+  void* low = nullptr;
+  std::size_t size = 0;
+  ::pthread_attr_getstack(&attributes, &low, &size);
+  ::pthread_attr_destroy(&attributes);
+  return low;
+}
+
+// Whatever lies above it: its end is told from the ends of the thread's others.
+TEST(FaultStack, OfTheProgramsOwnMakingOverflowsToo) {
+  std::thread([] {
+    InstallSEHErrorTranslator();
+    OwnStack anywhere(nullptr);
+    ExpectFaultsOn(anywhere, "anywhere");
+    OwnStack belowAlternate(Current().ss_sp);
+    ExpectFaultsOn(belowAlternate, "below the alternate stack");
+    OwnStack belowThreads(EndOfThisStack());
+    ExpectFaultsOn(belowThreads, "below the stack of the thread");
+  }).join();
 }
 
 // --- Large frames
@@ -142,12 +181,6 @@ TEST(FaultStack, OverflowsByAVeryLargeFrame) {
 // --- Alternate stacks
 
 constexpr std::size_t uOURS = 256 * 1024;
-
-stack_t Current() {
-  stack_t stack = {};
-  ::sigaltstack(nullptr, &stack);
-  return stack;
-}
 
 struct HostStack {
   explicit HostStack(std::size_t size) : m_memory(size) {}

@@ -89,6 +89,12 @@ TEST(RealFault, AMisalignedVectorIsToldAsAReadFromNull) {
             MessageOf<AccessViolation>([] { FaultMisalignedVector(data); }));
 }
 
+// The number that goes with it is none of a page.
+TEST(RealFault, AGateOfTheKernelIsToldAsAReadFromNull) {
+  EXPECT_EQ("Illegal read from virtual address 0 from " + Hex(&FaultGate),
+            MessageOf<AccessViolation>([] { FaultGate(); }));
+}
+
 TEST(RealFault, ACallThroughNullIsCaughtByTheCaller) {
   void (*volatile nowhere)() = nullptr;
   EXPECT_EQ("Illegal read from virtual address 0 from 0",

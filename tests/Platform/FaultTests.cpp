@@ -88,6 +88,38 @@ TEST_F(FaultTests, OverflowsLeakNothing) {
 }
 #endif
 
+// What the handler asks the system on the way is its own affair.
+TEST_F(FaultTests, TheCodeOfTheLastFailureOutlivesTheHandler) {
+  static int s_iSeen;
+  SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS* pointers) {
+    s_iSeen = errno;
+    throw Caught{FactsOf(*pointers)};
+  });
+  volatile int depth = 0;
+  errno = 12345;
+  EXPECT_THROW(Recurse(&depth), Caught);
+  EXPECT_EQ(12345, s_iSeen);
+}
+
+#if defined(__x86_64__)
+__attribute__((noinline)) void WriteWithDirectionFlag(int* place) {
+  asm volatile("std\n\tmovl $1, (%0)\n\tcld" : : "r"(place) : "cc", "memory");
+}
+
+// Functions take it for granted that copies run upwards.
+TEST_F(FaultTests, TheRaiseFindsTheDirectionFlagClear) {
+  static bool s_bClear;
+  SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS* pointers) {
+    const auto flags = __builtin_ia32_readeflags_u64();
+    __builtin_ia32_writeeflags_u64(flags & ~0x400ULL);
+    s_bClear = (flags & 0x400ULL) == 0;
+    throw Caught{FactsOf(*pointers)};
+  });
+  EXPECT_THROW(WriteWithDirectionFlag(nullptr), Caught);
+  EXPECT_TRUE(s_bClear);
+}
+#endif
+
 TEST_F(FaultTests, ACallThroughNullIsCaughtByItsCaller) {
   void (*volatile nowhere)() = nullptr;
   try {

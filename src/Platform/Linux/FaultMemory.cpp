@@ -22,13 +22,14 @@ bool IsReadable(std::uintptr_t address) noexcept {
   return ReadMemory(address, &byte, 1) == 1;
 }
 
-// A stack lies above its end. What a stack pointer has above that leads nowhere is nothing.
-bool IsBelowMemory(std::uintptr_t stackPointer) noexcept {
-  const std::uintptr_t room = ~std::uintptr_t{0} - stackPointer;
-  for (std::uintptr_t distance = 0; distance <= uLARGE_FRAME && distance <= room; distance += uPAGE) {
-    if (IsReadable(stackPointer + distance)) return true;
+// The first address from there on that can be read; 0 if there is none within the largest of frames.
+std::uintptr_t FirstMemoryFrom(std::uintptr_t address) noexcept {
+  if (IsReadable(address)) return address;
+  const std::uintptr_t next = address / uPAGE * uPAGE + uPAGE;
+  for (std::uintptr_t page = next; page > address && page - address <= uLARGE_FRAME; page += uPAGE) {
+    if (IsReadable(page)) return page;
   }
-  return false;
+  return 0;
 }
 
 }  // namespace
@@ -50,8 +51,10 @@ std::size_t ProbeRoomBelow(std::uintptr_t stackPointer) noexcept {
 }
 
 bool BelongsTo(std::uintptr_t stackPointer, const StackRange& stack) noexcept {
-  return stack.Holds(stackPointer) ||
-         (stackPointer < stack.m_uLow && stack.m_uLow - stackPointer <= uLARGE_FRAME);
+  if (stack.Holds(stackPointer)) return true;
+  if (stackPointer >= stack.m_uLow || stack.m_uLow - stackPointer > uLARGE_FRAME) return false;
+  const std::uintptr_t first = FirstMemoryFrom(stackPointer);
+  return first == 0 || first >= stack.m_uLow;  // otherwise another stack lies between
 }
 
 bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const StackRange& own) noexcept {
@@ -59,8 +62,9 @@ bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const 
   if (own.Holds(stackPointer)) return close && address < own.m_uHigh;
   if (BelongsTo(stackPointer, own) && !IsReadable(stackPointer))
     return address < own.m_uLow && address + uNEAR >= stackPointer;
-  return close && ProbeRoomBelow(stackPointer) == 0 &&
-         IsBelowMemory(stackPointer);  // a stack that a program has made for itself
+  // A stack that a program has made for itself. It lies above its end: what a stack pointer has above that leads nowhere
+  // is nothing.
+  return close && ProbeRoomBelow(stackPointer) == 0 && FirstMemoryFrom(stackPointer) != 0;
 }
 
 std::uintptr_t UsableFrom(std::uintptr_t address, std::uintptr_t stackPointer,
