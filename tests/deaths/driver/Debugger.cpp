@@ -19,18 +19,29 @@ std::string ReadAll(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+const char* const sFORMAT =
+    R"(settings set frame-format "frame #${frame.index}: ${frame.pc}{ ${function.name-without-args}}\n")";
+
 void WriteCommands(const fs::path& script, const std::vector<fs::path>& dumps) {
   std::ofstream commands(script);
+  commands << sFORMAT << '\n';
   for (const fs::path& dump : dumps)
     commands << "target create -c " << dump.string() << "\nthread backtrace -c 6\ntarget delete --all\n";
 }
 
-// "  * frame #0: 0x... DeathHost`DieByNullWrite + 7 at ..."
+// Of names such as "::DieByNullWrite()" or "Deaths::(anonymous namespace)::InMain(int)": without all around.
+std::string Leaf(const std::string& function) {
+  static const std::regex LEAF("([A-Za-z_][A-Za-z_0-9]*)(?:\\([^()]*\\))?$");
+  std::smatch leaf;
+  return std::regex_search(function, leaf, LEAF) ? leaf[1].str() : function;
+}
+
+// "  * frame #0: 0x000056480a0e4d6 ::DieByNullWrite()"
 std::vector<std::string> Functions(const std::string& text) {
-  static const std::regex FRAME("frame #\\d+: 0x[0-9a-f]+(?: [^`\n]*`([A-Za-z_][A-Za-z_0-9:]*))?");
+  static const std::regex FRAME("frame #\\d+: 0x[0-9a-f]+(?: ([^\n]+))?");
   std::vector<std::string> functions;
   for (std::sregex_iterator frame(text.begin(), text.end(), FRAME), end; frame != end; ++frame)
-    functions.push_back((*frame)[1]);
+    functions.push_back(Leaf((*frame)[1]));
   return functions;
 }
 

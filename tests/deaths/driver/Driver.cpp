@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -98,6 +99,12 @@ class Driver {
  private:
   using Runs = std::list<std::unique_ptr<Run>>;
 
+  struct Debugged {
+    std::unique_ptr<Run> m_run;
+    Verdict m_verdict;
+    std::vector<std::vector<std::string>> m_tops;
+  };
+
   void StartSome(std::list<Row>& rows, std::size_t most, bool slow) {
     const auto alike = [&](const std::unique_ptr<Run>& run) { return run->What().m_bSlow == slow; };
     auto running = static_cast<std::size_t>(std::count_if(m_running.begin(), m_running.end(), alike));
@@ -125,24 +132,39 @@ class Driver {
       return;
     }
     if (!m_bDebug || run->Dumps().empty()) return Conclude(*run, verdict);
-    m_toDebug.emplace_back(std::move(run), verdict);
-    if (m_toDebug.size() >= uBATCH) Debug();
+    m_toDebug.push_back({std::move(run), verdict, {}});
   }
 
+  // When nobody dies any more: it takes the machine for itself.
   void Debug() {
-    std::vector<std::filesystem::path> dumps;
-    for (const auto& [run, verdict] : m_toDebug)
-      for (const auto& dump : run->Dumps()) dumps.push_back(dump);
-    const auto tops = TopFunctions(dumps);
-    std::size_t next = 0;
-    for (auto& [run, verdict] : m_toDebug) {
-      const std::size_t count = run->Dumps().size();
-      const auto begin = tops.begin() + static_cast<std::ptrdiff_t>(next);
-      AddDebugger(verdict, *run, {begin, begin + static_cast<std::ptrdiff_t>(count)});
-      next += count;
-      Conclude(*run, verdict);
+    std::atomic<std::size_t> next{0};
+    const auto work = [&] {
+      for (std::size_t batch = next++; batch * uBATCH < m_toDebug.size(); batch = next++) DebugBatch(batch);
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    for (Debugged& debugged : m_toDebug) {
+      AddDebugger(debugged.m_verdict, *debugged.m_run, debugged.m_tops);
+      Conclude(*debugged.m_run, debugged.m_verdict);
     }
     m_toDebug.clear();
+  }
+
+  void DebugBatch(std::size_t batch) {
+    const auto begin = m_toDebug.begin() + static_cast<std::ptrdiff_t>(batch * uBATCH);
+    const auto end =
+        m_toDebug.begin() + static_cast<std::ptrdiff_t>(std::min((batch + 1) * uBATCH, m_toDebug.size()));
+    std::vector<std::filesystem::path> dumps;
+    for (auto debugged = begin; debugged != end; ++debugged)
+      for (const auto& dump : debugged->m_run->Dumps()) dumps.push_back(dump);
+    const auto tops = TopFunctions(dumps);
+    auto next = tops.begin();
+    for (auto debugged = begin; debugged != end; ++debugged) {
+      const auto behind = next + static_cast<std::ptrdiff_t>(debugged->m_run->Dumps().size());
+      debugged->m_tops.assign(next, behind);
+      next = behind;
+    }
   }
 
   void Conclude(const Run& run, const Verdict& verdict) {
@@ -162,7 +184,7 @@ class Driver {
   std::list<Row> m_fast;
   std::list<Row> m_slow;
   Runs m_running;
-  std::vector<std::pair<std::unique_ptr<Run>, Verdict>> m_toDebug;
+  std::vector<Debugged> m_toDebug;
   std::map<std::string, Line> m_lines;
   Line m_sum;
   int m_iImpossible = 0;
