@@ -27,6 +27,7 @@
 
 #include "Platform/Dump.h"
 #include "Platform/Linux/FaultContext.h"
+#include "Support/FaultSite.h"
 
 namespace Platform = Oxa::Core::Platform;
 
@@ -76,7 +77,7 @@ void TakeFaults() {
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) sigaction(signal, &action, nullptr);
 }
 
-__attribute__((noinline, no_sanitize("undefined", "address"))) int MeasureAndDie(int* where, int count) {
+OXA_FAULT_SITE int MeasureAndDie(int* where, int count) {
   Reading reading = {7, 3.25, "pressure"};
   int doubled = 2 * count;
   *where = doubled + reading.m_iChannel;
@@ -129,7 +130,7 @@ int ByOverflow() {
   return OverflowTheStack(0);
 }
 
-__attribute__((no_sanitize("undefined"))) int ThroughNull() {
+OXA_FAULT_SITE int ThroughNull() {
   TakeFaults();
   int (*volatile function)() = nullptr;
   return function() + 1;

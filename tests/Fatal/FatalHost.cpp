@@ -22,6 +22,8 @@
 #include <thread>
 #include <vector>
 
+#include "Support/FaultSite.h"
+
 // The linker's own words for where a part of the program begins and ends.
 extern "C" const char __start_failing[];   // NOLINT(bugprone-reserved-identifier)
 extern "C" const char __stop_failing[];    // NOLINT(bugprone-reserved-identifier)
@@ -41,8 +43,7 @@ using namespace Oxa::Core;
 #define OXA_FAILING __attribute__((noinline, section("failing")))
 #define OXA_THROWING __attribute__((noinline, section("throwing")))
 
-// For the processor to find, not for a sanitizer ahead of it.
-OXA_FAILING __attribute__((no_sanitize("address", "undefined"))) void Fault() {
+OXA_FAILING OXA_FAULT_SITE void Fault() {
   volatile int* volatile nowhere = nullptr;
   *nowhere = 1;
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "Support/FaultSite.h"
 #include "Support/GuardPages.h"
 
 namespace {
@@ -58,7 +59,7 @@ class Library {
   void* m_pHandle;
 };
 
-__attribute__((noinline)) void Fault() {
+OXA_FAULT_SITE void Fault() {
   int* volatile nowhere = nullptr;
   *const_cast<volatile int*>(nowhere) = 1;
 }

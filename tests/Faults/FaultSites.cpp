@@ -5,8 +5,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstring>
-
 #define OXA_SITE(name, code)               \
   asm(".text\n"                            \
       ".globl " #name                      \
@@ -52,7 +50,7 @@ namespace FaultSites {
 
 int Recurse(volatile int* depth) {
   volatile char room[200];
-  std::memset(const_cast<char*>(room), 1, sizeof(room));
+  for (volatile char& c : room) c = 1;
   *depth = *depth + 1;
   if (*depth < 0) return 0;
   return Recurse(depth) + room[*depth % 200];

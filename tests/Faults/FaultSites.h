@@ -4,8 +4,7 @@
 
 #include <cstdint>
 
-/// For functions that the compiler may neither inline nor watch.
-#define OXA_FAULT_SITE __attribute__((noinline, noclone, no_sanitize("address", "undefined", "thread")))
+#include "Support/FaultSite.h"
 
 extern "C" {
 

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "Support/FaultSite.h"
+
 #define PLAIN_HOST_JOIN(prefix, name) prefix##name
 #define PLAIN_HOST_NAME(prefix, name) PLAIN_HOST_JOIN(prefix, name)
 #define PLAIN_HOST(name) PLAIN_HOST_NAME(PLAIN_HOST_PREFIX, name)
@@ -20,19 +22,19 @@ struct Guard {
 
 int s_iAlive = 0;
 
-__attribute__((noinline)) void Write(volatile int* place) { *place = 1; }
+OXA_FAULT_SITE void Write(volatile int* place) { *place = 1; }
 
 void Log(int& value) noexcept { ++value; }
 
 // Has something to clean up, and no entry for the instruction that faults.
-__attribute__((noinline)) void WriteInItself(volatile int* place) {
+OXA_FAULT_SITE void WriteInItself(volatile int* place) {
   const Guard guard(s_iAlive);
   *place = 1;
   Log(s_iAlive);
   --s_iAlive;
 }
 
-__attribute__((noinline)) void CopyFrom(void* to, const void* from, std::size_t size) {
+OXA_FAULT_SITE void CopyFrom(void* to, const void* from, std::size_t size) {
   const Guard guard(s_iAlive);
   std::memcpy(to, from, size);
 }

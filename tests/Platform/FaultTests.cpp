@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <thread>
 
 #include "Platform/Faults.h"
+#include "Support/FaultSite.h"
 
 using namespace Oxa::Core::Platform;
 
@@ -29,11 +29,11 @@ class FaultTests : public testing::Test {
   void TearDown() override { RemoveFaultHandling(); }
 };
 
-__attribute__((noinline)) void WriteTo(volatile int* place) { *place = 1; }
-__attribute__((noinline)) int Divide(volatile int a, volatile int b) { return a / b; }
-__attribute__((noinline)) int Recurse(volatile int* depth) {
+OXA_FAULT_SITE void WriteTo(volatile int* place) { *place = 1; }
+OXA_FAULT_SITE int Divide(volatile int a, volatile int b) { return a / b; }
+OXA_FAULT_SITE int Recurse(volatile int* depth) {
   volatile char room[512];
-  std::memset(const_cast<char*>(room), 1, sizeof(room));
+  for (volatile char& c : room) c = 1;
   *depth = *depth + 1;
   if (*depth < 0) return 0;
   return Recurse(depth) + room[*depth % 512];
@@ -132,7 +132,9 @@ TEST_F(FaultTests, ACallThroughNullIsCaughtByItsCaller) {
 }
 
 TEST_F(FaultTests, AGuardedCallIsCutShort) {
-  EXPECT_TRUE(CallGuarded([](void* done) { *static_cast<bool*>(done) = true; }, new bool));
+  bool done = false;
+  EXPECT_TRUE(CallGuarded([](void* there) { *static_cast<bool*>(there) = true; }, &done));
+  EXPECT_TRUE(done);
   EXPECT_FALSE(CallGuarded([](void*) { WriteTo(reinterpret_cast<int*>(8)); }, nullptr));
 }
 

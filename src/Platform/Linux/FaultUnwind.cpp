@@ -53,7 +53,8 @@ bool Overlaps(const Part& part, std::uintptr_t address) noexcept {
   return address >= part.m_uLow && address < part.m_uHigh;
 }
 
-// The part of `object` that holds the unwinder, unless it holds this function as well.
+// The part of `object` that holds the unwinder, unless it holds this function as well. It is found by a function that
+// nobody intercepts; the sanitizers do so with those that throw.
 int NoteUnwinder(dl_phdr_info* object, std::size_t, void*) {
   Part found = {0, 0};
   bool own = false;
@@ -62,7 +63,7 @@ int NoteUnwinder(dl_phdr_info* object, std::size_t, void*) {
     if (header.p_type != PT_LOAD) continue;
     const std::uintptr_t low = object->dlpi_addr + header.p_vaddr;
     const Part part = {low, low + header.p_memsz};
-    if (Overlaps(part, AddressOf(&_Unwind_RaiseException))) found = part;
+    if (Overlaps(part, AddressOf(&_Unwind_GetRegionStart))) found = part;
     own = own || Overlaps(part, AddressOf(&NoteUnwinder));
   }
   if (found.m_uHigh == 0) return 0;
