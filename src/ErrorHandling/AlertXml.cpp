@@ -16,7 +16,7 @@ const char* const sVARIABLE = "Var";
 const char* const sVARIABLE_NAME = "name";
 
 void PutTable(XMLWriter& writer, std::ostream& out, const AlertData& table) {
-  for (const auto& [key, value] : table) out << writer.Tag(key, value);
+  for (const auto& [key, value] : table) writer.PutTag(out, key, value);
 }
 
 void PutVariables(XMLWriter& writer, std::ostream& out, const AlertData& variables) {
@@ -24,7 +24,7 @@ void PutVariables(XMLWriter& writer, std::ostream& out, const AlertData& variabl
   for (const auto& [name, value] : variables) {
     XMLAttributeMap<std::string> attributes;
     attributes[sVARIABLE_NAME] = name;
-    out << writer.Tag(sVARIABLE, attributes, value);
+    writer.PutTag(out, sVARIABLE, attributes, value);
   }
   out << writer.EndTag();
 }

@@ -15,7 +15,6 @@ constexpr std::size_t uCDATA_WIDTH = 68;     // a short section with its marks h
 constexpr std::size_t uPACKED_WIDTH = 78;    // of encoded data, with its indentation
 constexpr std::size_t uEND_TAG_MARKS = 3;    // "</" and ">"
 constexpr std::size_t uATTRIBUTE_MARKS = 4;  // "=", two quotes and a blank
-constexpr std::size_t uUSUAL_DEPTH = 10;
 constexpr char sCDATA_BEGIN[] = "<![CDATA[";
 constexpr char sCDATA_END[] = "]]>";
 
@@ -48,11 +47,7 @@ std::size_t AttributesWidth(const XMLAttributeMap<std::string>& attributes) {
 
 }  // namespace
 
-PrettyPrintFormatter::PrettyPrintFormatter() {
-  m_indents.reserve(uUSUAL_DEPTH);
-  m_indents.emplace_back();
-}
-
+PrettyPrintFormatter::PrettyPrintFormatter() = default;
 PrettyPrintFormatter::~PrettyPrintFormatter() = default;
 
 PrettyPrintFormatter::String PrettyPrintFormatter::GetIndent() const { return "  "; }
@@ -75,7 +70,7 @@ void PrettyPrintFormatter::Put(TextOutput& out, std::string_view text) {
   m_uColumn += text.size();
 }
 
-void PrettyPrintFormatter::PutOnNewLine(TextOutput& out, const String& margin, std::string_view text) {
+void PrettyPrintFormatter::PutOnNewLine(TextOutput& out, std::string_view margin, std::string_view text) {
   EndLine(out);
   out << margin << text;
   m_uColumn = margin.size() + text.size();
@@ -103,7 +98,7 @@ void PrettyPrintFormatter::Follow(const char* text, std::size_t size) {
 void PrettyPrintFormatter::FormatStartDoc(std::ostream& os, const String& version, const String& encoding,
                                           bool standalone) {
   m_lastStartTag.reset();
-  m_indents.assign(1, String());
+  m_uIndent = 0;
   m_uLine = 1;
   m_uColumn = 0;
   TextOutput out(os);
@@ -153,11 +148,13 @@ void PrettyPrintFormatter::PutAttribute(TextOutput& out, const XMLAttribute<Stri
 
 void PrettyPrintFormatter::OpenLevel(std::uint64_t line, const String& name) {
   m_lastStartTag = StartTag{line, name.size()};
-  m_indents.push_back(Indent() + GetIndent());
+  const String indent = GetIndent();
+  while (m_sMargin.size() < m_uIndent + indent.size()) m_sMargin += indent;
+  m_uIndent += indent.size();
 }
 
 void PrettyPrintFormatter::CloseLevel() {
-  if (m_indents.size() >= 2) m_indents.pop_back();
+  if (m_uIndent != 0) m_uIndent -= GetIndent().size();
 }
 
 bool PrettyPrintFormatter::EndTagFits(const String& name) const {
@@ -281,7 +278,7 @@ void PrettyPrintFormatter::PutBlockText(TextOutput& out, const Block& block) {
     Put(out, block.text);
     return;
   }
-  const String margin = Indent() + GetIndent();
+  const String margin = String(Indent()) + GetIndent();
   if (inLines)
     ForEachLine(block.text, [&](std::string_view line) { PutOnNewLine(out, margin, line); });
   else

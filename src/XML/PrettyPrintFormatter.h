@@ -13,7 +13,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "XML/TextOutput.h"
 
@@ -59,14 +58,14 @@ class PrettyPrintFormatter : public XMLFormatter {
     bool preserve;
   };
 
-  const String& Indent() const { return m_indents.back(); }
+  std::string_view Indent() const { return std::string_view(m_sMargin.data(), m_uIndent); }
   bool IsAtIndent() const { return m_uColumn == Indent().size(); }
 
   void EndLine(TextOutput& out);
   void EndLines(TextOutput& out, int count);
   void BreakLine(TextOutput& out);
   void Put(TextOutput& out, std::string_view text);
-  void PutOnNewLine(TextOutput& out, const String& margin, std::string_view text);
+  void PutOnNewLine(TextOutput& out, std::string_view margin, std::string_view text);
   void AlignToIndent(TextOutput& out);
 
   void PutAttributes(TextOutput& out, const Attributes& attributes);
@@ -95,7 +94,8 @@ class PrettyPrintFormatter : public XMLFormatter {
   std::uint64_t m_uColumn = 0;  // characters written on it
   // The start tag that was written last in the document; its end tag doesn't take it back.
   std::optional<StartTag> m_lastStartTag;
-  std::vector<String> m_indents;  // one per level, the current one last; never empty
+  String m_sMargin;           // of the deepest level so far
+  std::size_t m_uIndent = 0;  // how much of it belongs to the current level
 };
 
 }  // namespace Oxa::Core

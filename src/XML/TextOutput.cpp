@@ -12,6 +12,17 @@ bool IsPlain(const std::ostream& os) {
          (os.flags() & std::ios::unitbuf) == 0;
 }
 
+// What goes wrong with the buffer is the stream's state, and no exception.
+template <class Work>
+void UseBuffer(std::ostream& os, const Work& work) {
+  try {
+    if (!work(*os.rdbuf())) os.setstate(std::ios::badbit);
+  } catch (...) {
+    os.setstate(std::ios::badbit);
+    Platform::LetCancellationPass();
+  }
+}
+
 }  // namespace
 
 // As ostream::write, without what its sentry costs when it has nothing to guard.
@@ -21,12 +32,7 @@ void TextOutput::Write(const char* text, std::size_t size) {
     m_rStream.write(text, count);
     return;
   }
-  try {
-    if (m_rStream.rdbuf()->sputn(text, count) != count) m_rStream.setstate(std::ios::badbit);
-  } catch (...) {
-    m_rStream.setstate(std::ios::badbit);
-    Platform::LetCancellationPass();
-  }
+  UseBuffer(m_rStream, [&](std::streambuf& buffer) { return buffer.sputn(text, count) == count; });
 }
 
 TextOutput& TextOutput::PutBeyond(const char* text, std::size_t size) {
@@ -39,7 +45,11 @@ TextOutput& TextOutput::PutBeyond(const char* text, std::size_t size) {
 void TextOutput::EndLine() {
   *this << '\n';
   Flush();
-  m_rStream.flush();
+  if (!IsPlain(m_rStream)) {
+    m_rStream.flush();
+    return;
+  }
+  UseBuffer(m_rStream, [](std::streambuf& buffer) { return buffer.pubsync() != -1; });
 }
 
 }  // namespace Oxa::Core

@@ -150,6 +150,16 @@ XMLWriter::Manipulator XMLWriter::Tag(const String& aName, const XMLAttributeMap
   return TagManipulator(aName, aAttributes, aContent);
 }
 
+void XMLWriter::PutTag(std::ostream& out, const String& aName, const String& aContent) {
+  PutTag(out, aName, sEMPTY_MAP, aContent);
+}
+
+void XMLWriter::PutTag(std::ostream& out, const String& aName, const XMLAttributeMap<String>& aAttributes,
+                       const String& aContent) {
+  WriteStartTag(out).FormatTag(out, aName, aAttributes, aContent);
+  out.width(0);
+}
+
 XMLWriter::Manipulator XMLWriter::TagManipulator(const String& aName,
                                                  const XMLAttributeMap<String>& aAttributes,
                                                  const String& aContent) {

@@ -169,6 +169,11 @@ class OXACORE_API XMLWriter {
   Manipulator Tag(const String& aName, const XMLAttributeMap<String>& aAttributes,
                   const String& aContent = String());
 
+  /// The same as inserting Tag(...) into `out`, without a manipulator: nothing is copied.
+  void PutTag(std::ostream& out, const String& aName, const String& aContent);
+  void PutTag(std::ostream& out, const String& aName, const XMLAttributeMap<String>& aAttributes,
+              const String& aContent);
+
   /// Sets an attribute of the innermost tag, as long as that has not been written.
   Manipulator Attribute(const String& aName, const XMLAttributeValue<String>& aValue);
 
