@@ -95,6 +95,13 @@ namespace {
 // Keys of contexts and alerts.
 const std::string& g_sNO_TEXT = ImmortalText("");
 
+namespace {
+
+Immortal<AlertData> s_noTable;
+
+}  // namespace
+
+const AlertData& CodeContext::sEMPTY_TABLE = s_noTable.Get();
 const std::string& CodeContext::sFILE = ImmortalText("File");
 const std::string& CodeContext::sLINE = ImmortalText("Line");
 const std::string& CodeContext::sBUILD_TIME = ImmortalText("CompileTime");

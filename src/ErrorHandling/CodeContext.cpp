@@ -1,5 +1,6 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 
+#include <boost/make_shared.hpp>
 #include <utility>
 
 #include "Core/Immortal.h"
@@ -18,20 +19,26 @@ void StoreUnlessEmpty(AlertData& table, const std::string& key, const std::strin
   if (!value.empty()) table[key] = value;
 }
 
+boost::shared_ptr<const AlertData> Keep(AlertData&& table) {
+  return table.empty() ? boost::shared_ptr<const AlertData>()
+                       : boost::make_shared<const AlertData>(std::move(table));
+}
+
 }  // namespace
 
 CodeContext::CodeContext(const std::string& file, int line, const std::string& buildTime,
                          const std::string& function, const std::string& signature) {
   try {
-    m_contextInfo.rehash(uBUCKETS);
-    m_contextInfo[sFILE] = file;
-    m_contextInfo[sLINE] = line < 0 ? sUNKNOWN_LINE : std::to_string(line);
-    StoreUnlessEmpty(m_contextInfo, sBUILD_TIME, buildTime);
-    StoreUnlessEmpty(m_contextInfo, sFUNCTION, function);
-    StoreUnlessEmpty(m_contextInfo, sSIGNATURE, signature);
+    const boost::shared_ptr<AlertData> table = boost::make_shared<AlertData>(uBUCKETS);
+    m_spContextInfo = table;
+    (*table)[sFILE] = file;
+    (*table)[sLINE] = line < 0 ? sUNKNOWN_LINE : std::to_string(line);
+    StoreUnlessEmpty(*table, sBUILD_TIME, buildTime);
+    StoreUnlessEmpty(*table, sFUNCTION, function);
+    StoreUnlessEmpty(*table, sSIGNATURE, signature);
     // System may be gone by then, and nothing here may touch it.
     const AlertInFlight flight;
-    if (flight.MayProceed()) TheHooks().addCircumstances(m_contextInfo);
+    if (flight.MayProceed()) TheHooks().addCircumstances(*table);
   } catch (...) {
     Platform::LetCancellationPass();
     // A place is told as far as memory allows; the failure that it is told for matters more.
@@ -39,10 +46,17 @@ CodeContext::CodeContext(const std::string& file, int line, const std::string& b
 }
 
 CodeContext::CodeContext(const AlertData& context, const AlertData& variables)
-    : m_contextInfo(context), m_variables(variables) {}
+    : CodeContext(AlertData(context), AlertData(variables)) {}
 
-CodeContext::CodeContext(AlertData&& context, AlertData&& variables) noexcept
-    : m_contextInfo(std::move(context)), m_variables(std::move(variables)) {}
+CodeContext::CodeContext(AlertData&& context, AlertData&& variables)
+    : m_spContextInfo(Keep(std::move(context))), m_spVariables(Keep(std::move(variables))) {}
+
+CodeContext CodeContext::Sharing(boost::shared_ptr<const AlertData> context, AlertData&& variables) {
+  CodeContext place;
+  place.m_spContextInfo = std::move(context);
+  place.m_spVariables = Keep(std::move(variables));
+  return place;
+}
 
 CodeContext::CodeContext(const CodeContext& other) = default;
 
@@ -55,14 +69,17 @@ CodeContext& CodeContext::operator=(CodeContext&& other) noexcept = default;
 CodeContext::~CodeContext() = default;
 
 const std::string& CodeContext::Get(const std::string& key) const {
-  const auto entry = m_contextInfo.find(key);
-  return entry == m_contextInfo.end() ? g_sNO_TEXT : entry->second;
+  const AlertData& table = GetContextInfo();
+  const auto entry = table.find(key);
+  return entry == table.end() ? g_sNO_TEXT : entry->second;
 }
 
-const AlertData& CodeContext::GetContextInfo() const { return m_contextInfo; }
+const AlertData& CodeContext::GetContextInfo() const {
+  return m_spContextInfo ? *m_spContextInfo : sEMPTY_TABLE;
+}
 
-const AlertData& CodeContext::GetVariables() const { return m_variables; }
+const AlertData& CodeContext::GetVariables() const { return m_spVariables ? *m_spVariables : sEMPTY_TABLE; }
 
-bool CodeContext::HasVariableInfo() const { return !m_variables.empty(); }
+bool CodeContext::HasVariableInfo() const { return !GetVariables().empty(); }
 
 }  // namespace Oxa::Core

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <boost/make_shared.hpp>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -71,6 +72,22 @@ class QuietThread {
 
 }  // namespace
 
+namespace {
+
+// What is found out once for all frames of a function at a place: whether they are wanted, and the table of the last one
+// as long as the next would get the same.
+struct FrameNote : Platform::PlaceNote {
+  explicit FrameNote(bool wanted) : m_bWanted(wanted) {}
+
+  const bool m_bWanted;
+  std::uint64_t m_uPlace = 0;
+  boost::shared_ptr<const AlertData> m_spCircumstances;
+  std::string m_sTypes;
+  boost::shared_ptr<const AlertData> m_spTable;
+};
+
+}  // namespace
+
 /// One walk: what has been seen of the stack, and what has come out of it.
 class DebugHelpWalk {
  public:
@@ -79,7 +96,7 @@ class DebugHelpWalk {
         m_spFrames(boost::make_shared<std::vector<CodeContext>>()),
         m_uMaxFrames(maxFrames > 0 ? static_cast<std::size_t>(maxFrames) : 0),
         m_bVariables(help.CanReadVariables()),
-        m_circumstances(Circumstances()) {
+        m_spCircumstances(Circumstances()) {
     m_spFrames->reserve(std::min(m_uMaxFrames, uUSUAL_FRAMES));
   }
 
@@ -96,10 +113,11 @@ class DebugHelpWalk {
 
  private:
   // With room for what each frame adds, so that a copy has the size that it ends up with.
-  static AlertData Circumstances() {
-    AlertData context = CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo();
-    context[sMODULE];
-    context[CodeContext::sFUNCTION];
+  static boost::shared_ptr<const AlertData> Circumstances() {
+    const auto context =
+        boost::make_shared<AlertData>(CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo());
+    (*context)[sMODULE];
+    (*context)[CodeContext::sFUNCTION];
     return context;
   }
 
@@ -117,8 +135,14 @@ class DebugHelpWalk {
     if (m_seen.count(frame.m_uFrame) != 0) return false;
     if (!frame.m_bInlined)
       m_seen.insert(frame.m_uFrame);  // the function itself comes behind what was put into it
-    if (IsWanted(frame)) Append(frame);
+    FrameNote& note = NoteOf(frame);
+    if (note.m_bWanted) Append(frame, note);
     return !IsFull();
+  }
+
+  FrameNote& NoteOf(const Platform::StackFrame& frame) const {
+    if (!*frame.m_pNote) *frame.m_pNote = std::make_shared<FrameNote>(IsWanted(frame));
+    return static_cast<FrameNote&>(**frame.m_pNote);
   }
 
   bool IsWanted(const Platform::StackFrame& frame) const {
@@ -140,30 +164,43 @@ class DebugHelpWalk {
     return "0x" + Hexadecimal(frame.m_uBase) + "+" + Hexadecimal(offset);
   }
 
-  void Append(const Platform::StackFrame& frame) {
-    AlertData context = m_circumstances;
-    context[CodeContext::sFILE] = frame.m_pFile;
-    context[CodeContext::sLINE] = std::to_string(frame.m_iLine);
-    SetOrErase(context, sMODULE, KnowsModule(frame) ? frame.m_pModule : std::string());
-    SetOrErase(context, CodeContext::sFUNCTION, FunctionOf(frame));
-    AlertData variables;
-    if (m_bVariables && frame.m_pView != nullptr) ReadVariables(frame, context, variables);
-    m_spFrames->push_back(CodeContext(std::move(context), std::move(variables)));
-  }
-
-  void ReadVariables(const Platform::StackFrame& frame, AlertData& context, AlertData& variables) {
+  void Append(const Platform::StackFrame& frame, FrameNote& note) {
     FrameVariables found;
     found.m_pContext = &m_help;
-    Platform::ReadFrameVariables(*m_help.m_pProcess, frame, Platform::VariableSink{&TakeVariable, &found});
-    variables.swap(found.m_variables);
-    if (!found.m_sTypes.empty()) context[sVARIABLE_TYPES].swap(found.m_sTypes);
+    if (m_bVariables && frame.m_pView != nullptr)
+      Platform::ReadFrameVariables(*m_help.m_pProcess, frame, Platform::VariableSink{&TakeVariable, &found});
+    if (note.m_uPlace != frame.m_uPlace || note.m_sTypes != found.m_sTypes || !HasSameCircumstances(note))
+      MakeTable(frame, std::move(found.m_sTypes), note);
+    m_spFrames->push_back(CodeContext::Sharing(note.m_spTable, std::move(found.m_variables)));
+  }
+
+  // Compares texts with those of an earlier walk once, not for each frame.
+  bool HasSameCircumstances(const FrameNote& note) {
+    if (note.m_spCircumstances == m_spCircumstances) return true;
+    if (!note.m_spCircumstances || *note.m_spCircumstances != *m_spCircumstances) return false;
+    m_spCircumstances = note.m_spCircumstances;
+    return true;
+  }
+
+  void MakeTable(const Platform::StackFrame& frame, std::string types, FrameNote& note) const {
+    const auto table = boost::make_shared<AlertData>(*m_spCircumstances);
+    (*table)[CodeContext::sFILE] = frame.m_pFile;
+    (*table)[CodeContext::sLINE] = std::to_string(frame.m_iLine);
+    SetOrErase(*table, sMODULE, KnowsModule(frame) ? frame.m_pModule : std::string());
+    SetOrErase(*table, CodeContext::sFUNCTION, FunctionOf(frame));
+    if (!types.empty()) (*table)[sVARIABLE_TYPES] = types;
+    note.m_spTable = table;
+    note.m_sTypes.swap(types);
+    note.m_spCircumstances = m_spCircumstances;
+    note.m_uPlace = frame.m_uPlace;
   }
 
   const DebugHelp& m_help;
   const DebugHelp::Frames m_spFrames;
   const std::size_t m_uMaxFrames;
   const bool m_bVariables;
-  const AlertData m_circumstances;  // the same for all frames; gathered before any lock is held
+  // The same for all frames; gathered before any lock is held.
+  boost::shared_ptr<const AlertData> m_spCircumstances;
   std::set<std::uint64_t> m_seen;
 };
 

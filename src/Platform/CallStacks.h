@@ -8,6 +8,7 @@
 #include <Infrastructure/OxaCore/PlatformTypes.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "Platform/Variables.h"
@@ -15,6 +16,15 @@
 namespace Oxa::Core::Platform {
 
 struct FrameView;
+
+/// Base of what a sink wants to remember of a function at a place in the code.
+class PlaceNote {
+ public:
+  PlaceNote() = default;
+  PlaceNote(const PlaceNote&) = delete;
+  PlaceNote& operator=(const PlaceNote&) = delete;
+  virtual ~PlaceNote() = default;
+};
 
 /// What is known of one frame. The texts are good while the frame is being looked at.
 struct StackFrame {
@@ -27,6 +37,9 @@ struct StackFrame {
   std::uint64_t m_uBase;     ///< where the module begins; 0 where nothing is known of it
   const char* m_pFunction;   ///< qualified, without parameters; null: not known
   const FrameView* m_pView;  ///< what the frame's variables can be read by; null: they can't
+  /// The sink's, empty at first: other frames of the same function at the same place find here what it put in. It goes
+  /// when what is known of the place goes: as soon as modules come or go, and where too much is known.
+  std::shared_ptr<PlaceNote>* m_pNote;
 };
 
 /// Called for each frame, innermost first. False: that is enough.

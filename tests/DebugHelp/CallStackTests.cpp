@@ -117,5 +117,11 @@ TEST(CallStack, IsThereOnManyThreadsAtOnce) {
   EXPECT_TRUE(printed.Has("whole stacks: 160")) << printed.All();
 }
 
+TEST(CallStack, TellsOfTheThreadAndTheProcessThatRaise) {
+  const Printed printed = RunHost(Victim("VictimO0"), "-", 0, {"whose"});
+  for (const char* const who : {"main", "other", "main again", "child"})
+    EXPECT_TRUE(printed.Has(std::string(who) + " sees itself")) << printed.All();
+}
+
 }  // namespace
 }  // namespace StackTests

@@ -155,6 +155,33 @@ void RaiseInChild(Run run) {
   ::waitpid(child, nullptr, 0);
 }
 
+// Whether all frames of a raise at one and the same place tell of this thread and this process.
+void TellWhose(Run run, const char* who) {
+  const CodeContext here("", 0, "", "", "");
+  try {
+    run("templated", 1, &Raise);
+  } catch (Error& error) {
+    bool own = error.GetCallStack()->size() > 1;
+    for (const CodeContext& frame : *error.GetCallStack())
+      own = own && frame.Get(CodeContext::sTHREAD_ID) == here.Get(CodeContext::sTHREAD_ID) &&
+            frame.Get(CodeContext::sPROCESS_ID) == std::to_string(::getpid());
+    std::cout << who << (own ? " sees itself\n" : " sees another\n");
+    std::cout.flush();
+  }
+}
+
+void RaiseAtOnePlace(Run run) {
+  TellWhose(run, "main");
+  std::thread([run] { TellWhose(run, "other"); }).join();
+  TellWhose(run, "main again");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    TellWhose(run, "child");
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+}
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void CallbackOfHost() {
@@ -198,6 +225,7 @@ int main(int argc, char** argv) {
     if (step == "first-use-short") StackHost::FirstUseShortOfMemory();
     if (step == "anew-short") StackHost::BeginAnewShortOfMemory();
     if (step == "trap") StackHost::SetDenormalTrap();
+    if (step == "whose") RaiseAtOnePlace(run);
     if (step == "unavailable") std::cout << "unavailable " << DebugHelp::IsUnavailable() << "\n";
   }
   if (argv[2][0] != '-') RunAndPrint(run, argv[2], std::atoi(argv[3]));

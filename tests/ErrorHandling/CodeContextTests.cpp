@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+#include <memory>
+#include <utility>
+
 namespace {
 
 using Oxa::Core::AlertData;
@@ -76,6 +80,33 @@ TEST(CodeContext, CopiesAreDeep) {
   EXPECT_EQ("a", first.Get(CodeContext::sFILE));
   EXPECT_TRUE(first.HasVariableInfo());
   EXPECT_EQ("b", second.Get(CodeContext::sFILE));
+}
+
+TEST(CodeContext, OutlivesTheOneThatItWasCopiedFrom) {
+  auto first = std::make_unique<CodeContext>(AlertData{{"File", "a"}}, AlertData{{"x", "1"}});
+  CodeContext second(*first);
+  first.reset();
+  CodeContext third(std::move(second));
+  EXPECT_EQ("a", third.Get(CodeContext::sFILE));
+  EXPECT_EQ((AlertData{{"x", "1"}}), third.GetVariables());
+}
+
+TEST(CodeContext, WithoutTablesIsEmpty) {
+  for (const CodeContext& context :
+       {CodeContext(AlertData(), AlertData()),
+        CodeContext::Sharing(boost::shared_ptr<const AlertData>(), AlertData())}) {
+    EXPECT_TRUE(context.GetContextInfo().empty());
+    EXPECT_TRUE(context.GetVariables().empty());
+    EXPECT_FALSE(context.HasVariableInfo());
+    EXPECT_EQ("", context.Get(CodeContext::sFILE));
+  }
+}
+
+TEST(CodeContext, SharesATable) {
+  const auto table = boost::make_shared<const AlertData>(AlertData{{"File", "a"}});
+  const CodeContext context = CodeContext::Sharing(table, AlertData{{"x", "1"}});
+  EXPECT_EQ(table.get(), &context.GetContextInfo());
+  EXPECT_EQ((AlertData{{"x", "1"}}), context.GetVariables());
 }
 
 }  // namespace

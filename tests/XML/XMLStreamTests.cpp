@@ -39,6 +39,23 @@ class LimitedBuffer : public std::streambuf {
   bool m_bThrows;
 };
 
+// Takes everything, and can't be flushed.
+class UnflushedBuffer : public std::streambuf {
+ public:
+  explicit UnflushedBuffer(bool throws) : m_bThrows(throws) {}
+  std::string text;
+
+ protected:
+  int_type overflow(int_type c) override { return text += traits_type::to_char_type(c), c; }
+  int sync() override {
+    if (m_bThrows) throw BufferFull();
+    return -1;
+  }
+
+ private:
+  bool m_bThrows;
+};
+
 void WriteTwoTags(std::ostream& out) {
   XMLWriter writer(XMLFormatter::CreateCompact());
   out << writer.Tag("a", "") << writer.Tag("b", "");
@@ -52,6 +69,17 @@ TEST(XMLStream, ShortWriteLeavesTheStreamBad) {
   WriteTwoTags(out);
   EXPECT_TRUE(out.bad());
   EXPECT_EQ("<a/><b", buffer.text);
+}
+
+TEST(XMLStream, AFailedFlushLeavesTheStreamBad) {
+  for (const bool throws : {false, true}) {
+    UnflushedBuffer buffer(throws);
+    std::ostream out(&buffer);
+    XMLWriter writer(XMLFormatter::CreatePrettyPrint());
+    EXPECT_NO_THROW(out << writer.Tag("a", "1") << writer.Tag("b", "2"));
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ("<a>1</a>\n", buffer.text);
+  }
 }
 
 TEST(XMLStream, WhatTheBufferThrowsLeavesTheStreamBad) {

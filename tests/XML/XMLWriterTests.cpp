@@ -60,6 +60,24 @@ TEST(XMLAttributeMap, KeepsTheOrderOfInsertion) {
   EXPECT_EQ("m", map.back().name);
 }
 
+TEST(XMLWriter, PutTagIsAnInsertedTag) {
+  Pretty put;
+  Pretty inserted;
+  put.out << put.writer.StartTag("Outer");
+  inserted.out << inserted.writer.StartTag("Outer");
+  for (const std::string content : {"", "1 < 2", "two\nlines"}) {
+    put.out.width(20);
+    put.writer.PutTag(put.out, "Plain", content);
+    EXPECT_EQ(0, put.out.width());
+    put.writer.PutTag(put.out, "Attributes", TwoAttributes(), content);
+    inserted.out << inserted.writer.Tag("Plain", content)
+                 << inserted.writer.Tag("Attributes", TwoAttributes(), content);
+  }
+  put.out << put.writer.EndTag();
+  inserted.out << inserted.writer.EndTag();
+  EXPECT_EQ(inserted.Text(), put.Text());
+}
+
 TEST(XMLAttributeMap, SettingTwiceReplacesTheValueAndKeepsThePlace) {
   Compact doc;
   Map map;

@@ -1,14 +1,16 @@
 // One place in the code and the circumstances of the moment.
 //
-// Thread safety: none of its own; copies are deep, so that each thread may keep its own.
-// Failures: describing a place never raises; when memory runs out the context holds what fitted. Copies, and a
-// context built from tables, may throw std::bad_alloc.
+// Thread safety: none of its own; what is done to one copy never shows in another, so that each thread may keep its
+// own.
+// Failures: describing a place never raises; when memory runs out the context holds what fitted. A context built from
+// tables may throw std::bad_alloc.
 // Keys become names of XML elements, and names of variables become attributes, as they stand: keep to letters.
 #ifndef INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 #define INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 
 #include <Infrastructure/OxaCore/Export.h>
 
+#include <boost/shared_ptr.hpp>
 #include <string>
 #include <unordered_map>
 
@@ -42,7 +44,11 @@ class OXACORE_API CodeContext {
   CodeContext(const AlertData& context, const AlertData& variables);
 
   /// Takes the tables over.
-  CodeContext(AlertData&& context, AlertData&& variables) noexcept;
+  CodeContext(AlertData&& context, AlertData&& variables);
+
+  /// A context that shares a table, which nobody may change any more, and takes the variables over. Null stands for an
+  /// empty table. May throw std::bad_alloc.
+  static CodeContext Sharing(boost::shared_ptr<const AlertData> context, AlertData&& variables);
 
   CodeContext(const CodeContext& other);
   CodeContext& operator=(const CodeContext& other);
@@ -62,8 +68,15 @@ class OXACORE_API CodeContext {
   bool HasVariableInfo() const;
 
  private:
-  AlertData m_contextInfo;
-  AlertData m_variables;
+  using Table = boost::shared_ptr<const AlertData>;
+
+  static const AlertData& sEMPTY_TABLE;
+
+  CodeContext() = default;
+
+  // Never changed once they are here, so that copies can share them; null: empty.
+  Table m_spContextInfo;
+  Table m_spVariables;
 };
 
 }  // namespace Oxa::Core

@@ -146,6 +146,7 @@ class Walk {
     given.m_uBase = module != nullptr ? module->GetLoaded().m_uBegin : 0;
     given.m_pFunction = function.m_sName.empty() ? nullptr : function.m_sName.c_str();
     given.m_pView = view;
+    given.m_pNote = &function.m_spNote;
     return m_sink(given, m_pArgument);
   }
 

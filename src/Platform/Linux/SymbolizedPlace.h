@@ -3,9 +3,11 @@
 #define OXACORE_PLATFORM_LINUX_SYMBOLIZEDPLACE_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Platform/CallStacks.h"
 #include "Platform/Linux/DwFunctions.h"
 #include "Platform/Linux/SymbolizedModule.h"
 
@@ -20,6 +22,7 @@ struct PlacedFunction {
   bool m_bEntry = false;  ///< whether `m_entry` is there
   Dwarf_Die m_entry{};
   std::vector<Dwarf_Die> m_scopes;  ///< entries that have the place, innermost first, the function's own last
+  mutable std::shared_ptr<PlaceNote> m_spNote;  ///< of whom the frames are handed to
 };
 
 /// Innermost function first; never empty.
