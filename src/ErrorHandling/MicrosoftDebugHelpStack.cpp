@@ -70,10 +70,6 @@ class QuietThread {
   Platform::FaultTranslator m_before;
 };
 
-}  // namespace
-
-namespace {
-
 // What is found out once for all frames of a function at a place: whether they are wanted, and the table of the last one
 // as long as the next would get the same.
 struct FrameNote : Platform::PlaceNote {

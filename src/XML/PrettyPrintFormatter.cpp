@@ -148,13 +148,18 @@ void PrettyPrintFormatter::PutAttribute(TextOutput& out, const XMLAttribute<Stri
 
 void PrettyPrintFormatter::OpenLevel(std::uint64_t line, const String& name) {
   m_lastStartTag = StartTag{line, name.size()};
+  if (m_sMargin.size() <= m_uIndent) GrowMargin();
+  m_uIndent += m_uStep;
+}
+
+void PrettyPrintFormatter::GrowMargin() {
   const String indent = GetIndent();
-  while (m_sMargin.size() < m_uIndent + indent.size()) m_sMargin += indent;
-  m_uIndent += indent.size();
+  m_uStep = indent.size();
+  m_sMargin += indent;
 }
 
 void PrettyPrintFormatter::CloseLevel() {
-  if (m_uIndent != 0) m_uIndent -= GetIndent().size();
+  if (m_uIndent != 0) m_uIndent -= m_uStep;
 }
 
 bool PrettyPrintFormatter::EndTagFits(const String& name) const {

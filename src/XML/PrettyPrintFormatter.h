@@ -71,6 +71,7 @@ class PrettyPrintFormatter : public XMLFormatter {
   void PutAttributes(TextOutput& out, const Attributes& attributes);
   void PutAttribute(TextOutput& out, const XMLAttribute<String>& attribute);
   void OpenLevel(std::uint64_t line, const String& name);
+  void GrowMargin();
   void CloseLevel();
   bool EndTagFits(const String& name) const;
 
@@ -96,6 +97,7 @@ class PrettyPrintFormatter : public XMLFormatter {
   std::optional<StartTag> m_lastStartTag;
   String m_sMargin;           // of the deepest level so far
   std::size_t m_uIndent = 0;  // how much of it belongs to the current level
+  std::size_t m_uStep = 0;    // and to one level
 };
 
 }  // namespace Oxa::Core
