@@ -62,7 +62,9 @@ TEST(DumpMemory, TheSmallestHasStacksAndNoHeap) {
 }
 
 TEST(DumpMemory, TheCodeAroundThePlaceOfAThreadIsAlwaysThere) {
+  const KnownThread known("known");
   const DumpReader dump = DumpNow(0);
+  EXPECT_TRUE(dump.HasMemory(dump.ThreadOf(known.Id()).m_registers.m_uPlace - 112, 224));
   for (const DumpReader::Thread& thread : dump.Threads())
     EXPECT_TRUE(dump.HasMemory(thread.m_registers.m_uPlace, 16));
 }
@@ -75,6 +77,13 @@ TEST(DumpMemory, ReferencedMemoryIsWhatStacksPointAt) {
   EXPECT_EQ(dump.Memory<std::uint64_t>(thread.Mark()), KnownThread::uMARK + 7);
   EXPECT_EQ(dump.Memory<std::uint64_t>(thread.Behind()), KnownThread::uBEHIND + 7);
   EXPECT_FALSE(dump.HasMemory(AddressOf(&hidden[2048])));
+}
+
+TEST(DumpMemory, WhatLiesAroundReferencedMemoryIsThereToo) {
+  const Sparse memory(uMEGABYTE);
+  const volatile std::uint64_t pointer = memory.Touched() + 1024;
+  const DumpReader dump = DumpNow(uPOLICY_1);
+  EXPECT_TRUE(dump.HasMemory(pointer - 64, 512));
 }
 
 TEST(DumpMemory, PrivateMemoryIsAllThatTheProcessCanWrite) {

@@ -25,10 +25,8 @@
 #include "Support/FaultSite.h"
 
 // The linker's own words for where a part of the program begins and ends.
-extern "C" const char __start_failing[];   // NOLINT(bugprone-reserved-identifier)
-extern "C" const char __stop_failing[];    // NOLINT(bugprone-reserved-identifier)
-extern "C" const char __start_throwing[];  // NOLINT(bugprone-reserved-identifier)
-extern "C" const char __stop_throwing[];   // NOLINT(bugprone-reserved-identifier)
+extern "C" const char __start_failing[];  // NOLINT(bugprone-reserved-identifier)
+extern "C" const char __stop_failing[];   // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 
@@ -38,10 +36,8 @@ using namespace Oxa::Core;
   for (;;) ::pause();
 }
 
-// What fails stands in a part of the program of its own, so that its addresses can be told. The call that throws the
-// number is the very last of its part.
+// What fails stands in a part of the program of its own, so that its addresses can be told.
 #define OXA_FAILING __attribute__((noinline, section("failing")))
-#define OXA_THROWING __attribute__((noinline, section("throwing")))
 
 OXA_FAILING OXA_FAULT_SITE void Fault() {
   volatile int* volatile nowhere = nullptr;
@@ -84,7 +80,7 @@ Witness& TheWitness() {
 
 OXA_FAILING void RaiseUncaught() { OXA_RAISE_ERROR("Test.Fatal", LogicError("nobody <catches> this")); }
 
-OXA_THROWING void ThrowNumber() { throw 42; }
+OXA_FAILING void ThrowNumber() { throw 42; }
 
 OXA_FAILING void Forward() {
   try {
@@ -240,16 +236,12 @@ void ForkAndDie() {
   if (::waitpid(child, &status, 0) == child) Say("the child's end: " + std::to_string(WEXITSTATUS(status)));
 }
 
-void SayPart(const char* name, const char* from, const char* to) {
+void SayPlaces() {
   char text[80];
-  std::snprintf(text, sizeof(text), "%s %d %#lx %#lx", name, ::getpid(),
-                reinterpret_cast<unsigned long>(from), reinterpret_cast<unsigned long>(to));
+  std::snprintf(text, sizeof(text), "%d %#lx %#lx", ::getpid(),
+                reinterpret_cast<unsigned long>(__start_failing),
+                reinterpret_cast<unsigned long>(__stop_failing));
   Say(text);
-}
-
-void SayParts() {
-  SayPart("failing", __start_failing, __stop_failing);
-  SayPart("throwing", __start_throwing, __stop_throwing);
 }
 
 // Dies anew, so many times, while the last death is being told.
@@ -281,7 +273,7 @@ const std::map<std::string, std::function<void(const std::string&)>> SETTINGS = 
        TheWitness().m_atEnd = &SayBuffering;
      }},
     {"fork-at-end", [](const std::string&) { TheWitness().m_atEnd = &ForkAndDie; }},
-    {"say-parts", [](const std::string&) { SayParts(); }},
+    {"say-places", [](const std::string&) { SayPlaces(); }},
     {"hang-at-end", [](const std::string&) { TheWitness().m_atEnd = &Hang; }},
     {"hang-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Hang; }},
     {"fault-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Fault; }},

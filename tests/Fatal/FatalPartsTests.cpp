@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -12,10 +14,12 @@
 #include <string>
 
 #include "Core/LibraryState.h"
+#include "ErrorHandling/FatalDump.h"
 #include "ErrorHandling/FatalErrorPath.h"
 #include "ErrorHandling/FatalErrorReadable.h"
 #include "ErrorHandling/FatalErrorReport.h"
 #include "Platform/Clock.h"
+#include "Platform/Linux/FaultContext.h"
 #include "Platform/Uncaught.h"
 #include "Support/TemporaryFolder.h"
 
@@ -232,6 +236,59 @@ TEST(FatalReport, HoldsWhatWasComposedBeforeAFailure) {
   Speechless error;
   EXPECT_THROW(WriteFatalErrorReport(folder.File(""), {{"Serial", "18"}}, error), LogicError);
   EXPECT_THAT(folder.Read("ErrorInfo.xml"), testing::HasSubstr("<Serial>18</Serial>"));
+}
+
+// --- The dump
+
+// The folder is settled once in a process; here it is there before the dump is.
+class FatalDumpFolder {
+ public:
+  FatalDumpFolder() {
+    AlertManager::SetMaxFatalErrorReports(100);
+    AlertManager::Instance()->SetFatalErrorBasePath(m_base.Path());
+    CreateFatalErrorPath(m_path);
+  }
+
+  // The cause in the first words that a fault leaves.
+  std::string CauseOf(unsigned code, bool write = false) {
+    std::filesystem::remove(m_path + "ErrorInfo.xml");
+    _EXCEPTION_RECORD record = {};
+    record.m_uCode = code;
+    record.m_uPlace = 0x1234;
+    record.m_uTouched = 0x56789abcdef0;
+    record.m_bWrite = write;
+    CONTEXT context = {};
+    FatalDump().Write({&record, &context});
+    const std::string words = TestSupport::ReadFile(m_path + "ErrorInfo.xml");
+    const auto from = words.find("<Cause>");
+    return words.substr(from + 7, words.find("</Cause>") - from - 7);
+  }
+
+  const std::string& Path() const { return m_path; }
+
+ private:
+  TemporaryFolder m_base;
+  std::string m_path;
+};
+
+TEST(FatalDump, FirstWordsTellTheCause) {
+  FatalDumpFolder folder;
+  EXPECT_EQ("Fault 0xc0000005 at 0x1234, read from 0x56789abcdef0", folder.CauseOf(0xC0000005));
+  EXPECT_EQ("Fault 0xc0000005 at 0x1234, write to 0x56789abcdef0", folder.CauseOf(0xC0000005, true));
+  EXPECT_EQ("Fault 0xc0000094 at 0x1234", folder.CauseOf(0xC0000094));
+  EXPECT_EQ("Nothing caught what was raised at 0x1234", folder.CauseOf(0));
+}
+
+// Whatever becomes of the dump, they are there.
+TEST(FatalDump, FirstWordsComeFirst) {
+  FatalDumpFolder folder;
+  const int watch = ::inotify_init1(IN_NONBLOCK);
+  ASSERT_LE(0, ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE));
+  folder.CauseOf(0);
+  alignas(inotify_event) char events[1024] = {};
+  EXPECT_LT(0, ::read(watch, events, sizeof(events)));
+  EXPECT_STREQ("ErrorInfo.xml", reinterpret_cast<const inotify_event*>(events)->name);
+  ::close(watch);
 }
 
 // --- The place of what nobody caught

@@ -88,6 +88,15 @@ TEST_F(FaultTests, OverflowsLeakNothing) {
 }
 #endif
 
+// Steps over the end of the stack: the handler has to look for what lies there.
+__attribute__((noinline, optimize("no-stack-clash-protection"))) int RecurseInSteps(volatile int* depth) {
+  volatile char room[64 * 1024];
+  room[0] = 1;
+  *depth = *depth + 1;
+  if (*depth < 0) return 0;
+  return RecurseInSteps(depth) + room[*depth % 512];
+}
+
 // What the handler asks the system on the way is its own affair.
 TEST_F(FaultTests, TheCodeOfTheLastFailureOutlivesTheHandler) {
   static int s_iSeen;
@@ -97,7 +106,7 @@ TEST_F(FaultTests, TheCodeOfTheLastFailureOutlivesTheHandler) {
   });
   volatile int depth = 0;
   errno = 12345;
-  EXPECT_THROW(Recurse(&depth), Caught);
+  EXPECT_THROW(RecurseInSteps(&depth), Caught);
   EXPECT_EQ(12345, s_iSeen);
 }
 
@@ -162,6 +171,33 @@ TEST_F(FaultTests, ANewStackIsAnotherAndFaultsAreCaughtOnIt) {
   EXPECT_GT(std::abs(places.m_iDistance), 1 << 20);
 }
 
+bool RunsOnThisStack(std::size_t size) {
+  struct Seen {
+    const char* m_pHere;
+    bool m_bNear;
+  } seen = {nullptr, false};
+  const char here = 0;
+  seen.m_pHere = &here;
+  CallWithRoom(
+      size,
+      [](void* argument) {
+        Seen& told = *static_cast<Seen*>(argument);
+        const char there = 0;
+        told.m_bNear = std::abs(told.m_pHere - &there) < 64 * 1024;
+      },
+      &seen);
+  return seen.m_bNear;
+}
+
+// A thread without a translator isn't known: its stack may have no room.
+TEST_F(FaultTests, ACallWithRoomStaysOnAStackThatIsKnownToHaveIt) {
+  EXPECT_TRUE(RunsOnThisStack(64 * 1024));
+  EXPECT_FALSE(RunsOnThisStack(std::size_t{1} << 30));
+  bool stayed = true;
+  std::thread([&stayed] { stayed = RunsOnThisStack(1024); }).join();
+  EXPECT_FALSE(stayed);
+}
+
 // In a process of its own: the last chance ends it.
 template <class Site>
 void DieBy(const Site& site) {
@@ -186,6 +222,23 @@ void FaultInTheAllocator() {
     void* volatile block = std::malloc(64);
     static_cast<void>(block);
   }
+}
+
+// The same with one that its own functions deal with, further in.
+void FaultDeepInTheAllocator() {
+  constexpr std::size_t uLARGE = 2000;  // too large for the quick lists
+  void* volatile first = std::malloc(uLARGE);
+  void* volatile between = std::malloc(uLARGE);
+  const auto place = reinterpret_cast<std::uintptr_t>(first);
+  std::free(first);
+  reinterpret_cast<volatile std::uintptr_t*>(place)[1] = 0x1000;
+  void* volatile block = std::malloc(uLARGE);
+  static_cast<void>(block);
+  static_cast<void>(between);
+}
+
+TEST_F(FaultTests, AlsoOneDeepInTheAllocator) {
+  EXPECT_EXIT(DieBy(&FaultDeepInTheAllocator), testing::ExitedWithCode(9), "");
 }
 
 // Nothing can be raised where nothing can be allocated.
