@@ -117,6 +117,13 @@ TEST(StackEnd, IsWhereAFrameWithAnInlinedFunctionComesTwice) {
   EXPECT_EQ("3 frames", printed.m_lines[3]);
 }
 
+// Compiled without rules for frames in memory, and then without those of the debug data.
+void MakeWithoutRules(const std::string& module) {
+  const std::string command =
+      std::string(OBJCOPY) + " -R .debug_frame " + Victim("VictimNoRules") + " " + module;
+  ASSERT_EQ(0, std::system(command.c_str()));
+}
+
 TEST(StackWithSignal, GoesOnAtTheInstructionThatWasInterrupted) {
   const Printed printed = RunHost(Victim("VictimO0"), "handler", 0, {"walk=100"});
   ASSERT_GE(printed.m_lines.size(), 5U) << printed.All();
@@ -135,15 +142,38 @@ TEST(StackWithModules, IsOfThoseThatAreLoadedNow) {
   if (printed.Count(printed.m_lines[static_cast<std::size_t>(base)]) != 2)
     GTEST_SKIP() << "the second module lies elsewhere";
   EXPECT_EQ(printed.Count("[VictimO0]"), 5) << printed.All();
+  EXPECT_EQ(printed.Count("[VictimStripped]"), 0);
   EXPECT_EQ(printed.Count(AtHost("walk")), 2);
+  EXPECT_EQ(printed.Count(" main [StackHost]"), 2) << printed.All();
+}
+
+TEST(FrameVariables, AreNoMoreThan256OfAScope) {
+  const Printed printed = RunHost(Victim("VictimO0"), "many", 0, {"walk=100"});
+  const int frame = printed.Find(At("many"));
+  ASSERT_GE(frame, 0) << printed.All();
+  const std::string& line = printed.m_lines[static_cast<std::size_t>(frame)];
+  EXPECT_NE(line.find(" v0=0"), std::string::npos) << line;
+  EXPECT_NE(line.find(" v254=254"), std::string::npos) << line;  // the parameter is one, too
+  EXPECT_EQ(line.find(" v255="), std::string::npos) << line;
+}
+
+// Followed by their frame pointers.
+TEST(StackWithoutRules, LeadsThroughLargeFrames) {
+  const TestSupport::TemporaryFolder folder;
+  const std::string module = folder.File("module.so");
+  MakeWithoutRules(module);
+  const Printed printed = RunHost(module, "wide", 0, {"walk=100"});
+  ASSERT_GE(printed.m_lines.size(), 5U) << printed.All();
+  EXPECT_TRUE(BeginsWith(printed.m_lines[1], At("wide") + "victim::Wide [module]"));
+  EXPECT_TRUE(BeginsWith(printed.m_lines[2], At("run wide") + "RunVictim [module]"));
+  EXPECT_TRUE(BeginsWith(printed.m_lines[3], AtHost("run")));
+  EXPECT_TRUE(printed.Has(" main [StackHost]"));
 }
 
 TEST(StackEnd, IsAFrameOfItsOwnWhereNothingIsKnownOfIt) {
   const TestSupport::TemporaryFolder folder;
   const std::string module = folder.File("module.so");
-  const std::string command =
-      std::string(OBJCOPY) + " -R .debug_frame " + Victim("VictimNoRules") + " " + module;
-  ASSERT_EQ(0, std::system(command.c_str()));
+  MakeWithoutRules(module);
   const Printed printed = RunHost(module, "outermost", 0, {"walk=100"});
   ASSERT_EQ(3U, printed.m_lines.size()) << printed.All();
   EXPECT_TRUE(BeginsWith(printed.m_lines[0], AtHost("walk")));

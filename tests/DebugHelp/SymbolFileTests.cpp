@@ -65,6 +65,20 @@ TEST_F(Separate, IsFoundBeneathTheModule) {
   EXPECT_TRUE(IsFound());
 }
 
+// One of the two has no lines.
+TEST_F(Separate, IsFoundBesideTheModuleBeforeBeneathIt) {
+  const std::string strip = std::string(OBJCOPY) + " -R .debug_line ";
+  Split("VictimO0");
+  fs::create_directories(m_folder.File(".debug"));
+  Call(strip + m_sDebug + " " + m_folder.File(".debug/module.debug"));
+  MoveDebugTo("module.debug");
+  EXPECT_TRUE(IsFound());
+  fs::rename(m_folder.File("module.debug"), m_folder.File("whole"));
+  fs::rename(m_folder.File(".debug/module.debug"), m_folder.File("module.debug"));
+  fs::rename(m_folder.File("whole"), m_folder.File(".debug/module.debug"));
+  EXPECT_FALSE(IsFound());
+}
+
 TEST_F(Separate, IsFoundByItsChecksumWithoutIds) {
   Split("VictimNoIds");
   MoveDebugTo("module.debug");

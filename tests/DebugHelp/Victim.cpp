@@ -110,6 +110,46 @@ __attribute__((noinline)) void Interrupted(Callback callback) {
   ::sigaction(SIGILL, &before, nullptr);
 }
 
+#define TEN(name, value)                                                                       \
+  volatile int name##0 = value##0, name##1 = value##1, name##2 = value##2, name##3 = value##3, \
+               name##4 = value##4, name##5 = value##5, name##6 = value##6, name##7 = value##7, \
+               name##8 = value##8, name##9 = value##9;                                         \
+  static_cast<void>(name##0)
+#define HUNDRED(name, value) \
+  TEN(name##0, value##0);    \
+  TEN(name##1, value##1);    \
+  TEN(name##2, value##2);    \
+  TEN(name##3, value##3);    \
+  TEN(name##4, value##4);    \
+  TEN(name##5, value##5);    \
+  TEN(name##6, value##6);    \
+  TEN(name##7, value##7);    \
+  TEN(name##8, value##8);    \
+  TEN(name##9, value##9)
+
+__attribute__((noinline)) void Many(Callback callback) {
+  TEN(v, );
+  TEN(v1, 1);
+  TEN(v2, 2);
+  TEN(v3, 3);
+  TEN(v4, 4);
+  TEN(v5, 5);
+  TEN(v6, 6);
+  TEN(v7, 7);
+  TEN(v8, 8);
+  TEN(v9, 9);
+  HUNDRED(v1, 1);
+  HUNDRED(v2, 2);
+  callback();  // at: many
+}
+
+__attribute__((noinline)) void Wide(Callback callback) {
+  volatile char room[500000];
+  room[0] = 1;
+  callback();  // at: wide
+  s_iSink = room[0];
+}
+
 volatile double s_dDenormal = 5e-324;
 
 __attribute__((noinline)) void Small(Callback callback) {
@@ -129,6 +169,8 @@ extern "C" __attribute__((visibility("default"))) void RunVictim(const char* wha
   if (what[0] == 'a') victim::LoopAround(callback);
   if (what[0] == 'o') victim::Outermost(callback);
   if (what[0] == 'h') victim::Interrupted(callback);
+  if (what[0] == 'm') victim::Many(callback);
+  if (what[0] == 'w') victim::Wide(callback);  // at: run wide
   if (what[0] == 's') victim::Small(callback);
 }
 

@@ -158,6 +158,8 @@ TEST_F(Texts, AtTheEdgeOfAPageShowWhatHalvingReaches) {
   std::memset(edge.Before(100), 'x', 100);
   EXPECT_EQ("\"" + std::string(64, 'x') + "\"", Shown(edge.Before(100)));
   EXPECT_EQ("\"" + std::string(1, 'x') + "\"", Shown(edge.Before(1)));
+  std::memset(edge.Before(200), 'y', 100);
+  EXPECT_EQ("\"" + std::string(100, 'y') + std::string(28, 'x') + "\"", Shown(edge.Before(200)));
   EXPECT_EQ("\"????\"", Shown(reinterpret_cast<const char*>(edge.Behind())));
   std::memcpy(edge.Before(4), "abc", 4);
   EXPECT_EQ("\"abc\"", Shown(edge.Before(4)));
