@@ -88,28 +88,6 @@ TEST_F(FaultTests, OverflowsLeakNothing) {
 }
 #endif
 
-// Steps over the end of the stack: the handler has to look for what lies there.
-__attribute__((noinline, optimize("no-stack-clash-protection"))) int RecurseInSteps(volatile int* depth) {
-  volatile char room[64 * 1024];
-  room[0] = 1;
-  *depth = *depth + 1;
-  if (*depth < 0) return 0;
-  return RecurseInSteps(depth) + room[*depth % 512];
-}
-
-// What the handler asks the system on the way is its own affair.
-TEST_F(FaultTests, TheCodeOfTheLastFailureOutlivesTheHandler) {
-  static int s_iSeen;
-  SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS* pointers) {
-    s_iSeen = errno;
-    throw Caught{FactsOf(*pointers)};
-  });
-  volatile int depth = 0;
-  errno = 12345;
-  EXPECT_THROW(RecurseInSteps(&depth), Caught);
-  EXPECT_EQ(12345, s_iSeen);
-}
-
 #if defined(__x86_64__)
 __attribute__((noinline)) void WriteWithDirectionFlag(int* place) {
   asm volatile("std\n\tmovl $1, (%0)\n\tcld" : : "r"(place) : "cc", "memory");
