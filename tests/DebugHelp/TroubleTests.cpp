@@ -1,6 +1,7 @@
 // Stacks where they are hard to come by.
 
 #include "DebugHelp/StackHostRuns.h"
+#include "Support/ThreadSanitizer.h"
 
 namespace StackTests {
 namespace {
@@ -12,6 +13,7 @@ constexpr int iROUNDS = 150;
 #endif
 
 TEST(Trouble, DamagedDebugDataGivesLessAndNothingWorse) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("one thread, and much that is watched for nothing");
   const TestSupport::TemporaryFolder folder;
   const std::string module = folder.File("module.so");
   const std::string debug = folder.File("module.debug");

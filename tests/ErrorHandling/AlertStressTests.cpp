@@ -17,6 +17,8 @@ using namespace AlertTests;
 
 #if defined(OXACORE_SOAK)
 constexpr long lERRORS = 200000;
+#elif defined(__SANITIZE_THREAD__)
+constexpr long lERRORS = 1000;  // each walks a stack, and all of it is watched
 #else
 constexpr long lERRORS = 5000;  // each walks a stack, which sanitizers make dear
 #endif

@@ -11,6 +11,7 @@
 #include "Log/LogFileMutex.h"
 #include "Log/LogFolder.h"
 #include "Support/Eventually.h"
+#include "Support/ThreadSanitizer.h"
 #include "station/WithoutPrivileges.h"
 
 namespace {
@@ -233,6 +234,7 @@ TEST(DefaultLogEntriesFile, CountsItsLengthIn32Bits) {
 }
 
 TEST(DefaultLogEntriesFile, LosesNothingOf100000EntriesButWhatTwoGenerationsCannotHold) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("one thread, and much that is watched for nothing");
   const LogFolder folder;
   DefaultLogEntriesFile file;
   CreateDefaultLogDocument();
@@ -273,6 +275,7 @@ TEST(DefaultLogEntriesFile, FollowsAnotherOneThatTurnedOver) {
 }
 
 TEST(DefaultLogEntriesFile, LosesNothingWhenTwoTurnOverInTurn) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("one thread, and much that is watched for nothing");
   const LogFolder folder;
   DefaultLogEntriesFile files[2];
   std::string expected;

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "Support/ChildProcess.h"
+#include "Support/ThreadSanitizer.h"
 
 namespace {
 
@@ -122,6 +123,7 @@ TEST(LogEntryText, LaysOutTextsOfEveryLengthAsTheWriterDoes) {
 }
 
 TEST(LogEntryText, LaysOutWhateverTextsAsTheWriterDoes) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("one thread, and much that is watched for nothing");
   std::mt19937 random(20261121);
   const std::string letters = "abc <>&'\"\t\xB5.\n";
   for (int round = 0; round < 20000; ++round) {

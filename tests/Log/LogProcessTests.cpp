@@ -17,6 +17,7 @@
 #include "Log/LogProgress.h"
 #include "Platform/NamedLock.h"
 #include "Support/Eventually.h"
+#include "Support/ThreadSanitizer.h"
 
 namespace {
 
@@ -156,6 +157,7 @@ class Follower {
 };
 
 TEST(LogProcesses, ThatTurnOverInTurnLoseNothing) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("processes of one thread, and much that is watched for nothing");
   const LogFolder folder;
   Host one(folder, "One", uSMALL);
   Host other(folder, "Other", uSMALL);

@@ -8,6 +8,7 @@
 
 #include "Platform/Faults.h"
 #include "Support/FaultSite.h"
+#include "Support/ThreadSanitizer.h"
 
 using namespace Oxa::Core::Platform;
 
@@ -131,6 +132,7 @@ struct Places {
 };
 
 TEST_F(FaultTests, ANewStackIsAnotherAndFaultsAreCaughtOnIt) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("stacks aren't changed there");
   Places places = {0, 0};
   CallOnNewStack(
       1 << 20,
@@ -233,13 +235,23 @@ TEST_F(FaultTests, AFaultOnAThreadWithoutATranslatorGoesToTheLastChance) {
               testing::ExitedWithCode(9), "");
 }
 
+// A function that keeps a frame pointer, as unoptimised ones do, is found all the same, and its callers catch.
+template <class Site>
+void DieByOrCatch(const Site& site) {
+  try {
+    DieBy(site);
+  } catch (const Caught& caught) {
+    ::_exit(caught.m_facts.m_uCode == eACCESS_VIOLATION ? 9 : 10);
+  }
+}
+
 // A stack pointer that leads nowhere is no end of a stack.
 TEST_F(FaultTests, AWildStackPointerIsABadPointer) {
-  EXPECT_EXIT(DieBy([] {
+  EXPECT_EXIT(DieByOrCatch([] {
                 asm volatile("movl $16, %%esp\n\tpushq %%rax" ::: "memory");
               }),
               testing::ExitedWithCode(9), "");
-  EXPECT_EXIT(DieBy([] {
+  EXPECT_EXIT(DieByOrCatch([] {
                 asm volatile("movq $0x7000000, %%rsp\n\tpushq %%rax" ::: "memory");
               }),
               testing::ExitedWithCode(9), "");

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <linux/prctl.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -16,6 +15,7 @@
 #include <atomic>
 
 #include "Platform/Ending.h"
+#include "Platform/Linux/Clone.h"
 #include "Platform/Linux/DumpSource.h"
 #include "Platform/Linux/FileName.h"
 #include "Platform/Linux/RawCall.h"
@@ -140,7 +140,7 @@ int RunHelper(DumpSource& source, std::int64_t deadline) noexcept {
   int* const id = reinterpret_cast<int*>(&s_iHelper);
   const int before = errno;
   s_iMayStart.store(0);
-  const int helper = clone(&Help, s_stack + uSTACK, iFLAGS, &source, id, nullptr, id);
+  const int helper = pCLONE(&Help, s_stack + uSTACK, iFLAGS, &source, id, nullptr, id);
   errno = before;
   if (helper < 0) return -1;
   AllowTracer(helper);

@@ -2,13 +2,13 @@
 
 #include <errno.h>
 #include <linux/prctl.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/syscall.h>
 #include <time.h>
 
 #include <atomic>
 
+#include "Platform/Linux/Clone.h"
 #include "Platform/Linux/RawCall.h"
 
 // What the watch runs has no storage of its own: nothing may be woven into it that looks for some.
@@ -99,7 +99,7 @@ bool StartWatch() noexcept {
       CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD | CLONE_SYSVSEM | CLONE_PARENT_SETTID;
   const int saved = errno;
   pid_t id = 0;
-  const bool started = clone(&Watch, s_stack + uSTACK, iFLAGS, nullptr, &id) > 0;
+  const bool started = pCLONE(&Watch, s_stack + uSTACK, iFLAGS, nullptr, &id) > 0;
   if (started) s_thread.store(id);
   errno = saved;
   return started;
