@@ -288,7 +288,8 @@ bool ExpressionMachine::Constant(const Dwarf_Op& operation, const WordType& type
   Dwarf_Block block{};
   if (!dw.dwarf_getlocation_attr || !dw.dwarf_formblock) return false;
   if (dw.dwarf_getlocation_attr(&m_attribute, &operation, &held) != 0) return false;
-  if (dw.dwarf_formblock(&held, &block) != 0 || block.length > 8 || block.length != type.m_ucSize)
+  if (dw.dwarf_formblock(&held, &block) != 0 || block.length == 0 || block.length > 8 ||
+      block.length != type.m_ucSize)
     return false;
   std::uint64_t value = 0;
   std::memcpy(&value, block.data, block.length);

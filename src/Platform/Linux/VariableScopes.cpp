@@ -87,9 +87,9 @@ void VariableScopes::ReadConstant(Dwarf_Die& die, ScopeVariable& variable) const
   Dwarf_Word number = 0;
   if (!variable.m_pType || !m_dw.dwarf_attr_integrate(&die, DW_AT_const_value, &attribute)) return;
   if (m_dw.dwarf_formudata(&attribute, &number) == 0) {
-    const std::uint64_t size = std::min<std::uint64_t>(variable.m_pType->m_uSize, sizeof number);
-    variable.m_constant.resize(size);
-    std::memcpy(variable.m_constant.data(), &number, size);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&number);
+    variable.m_constant.assign(bytes,
+                               bytes + std::min<std::uint64_t>(variable.m_pType->m_uSize, sizeof number));
   } else if (m_dw.dwarf_formblock(&attribute, &block) == 0) {
     variable.m_constant.assign(block.data, block.data + block.length);
   } else if (const char* const text = m_dw.dwarf_formstring(&attribute)) {
