@@ -439,7 +439,10 @@ TEST(StationProgram, EndsWith1WhenASeriesIsGivenUp) {
   EXPECT_LE(500, retried);  // a busy machine may have missed one of the fine series too
   EXPECT_EQ(retried + 1, Figure(result.m_sOutput, "Errors survived:"));
   const DefaultLog log(folder.Path());
+  // Under this sanitizer so many stacks aren't written within the time that the end of a log waits.
+#if !defined(__SANITIZE_THREAD__)
   EXPECT_EQ(1, log.Count("Thread Series hopeless terminated due to error:"));
+#endif
   log.ExpectWellFormed();
 }
 
