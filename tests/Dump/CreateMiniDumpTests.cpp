@@ -7,6 +7,7 @@
 
 #include "Dump/DumpScene.h"
 #include "Platform/Linux/FaultContext.h"
+#include "Support/LeakDetector.h"
 
 namespace {
 
@@ -109,6 +110,7 @@ TEST_F(CreateMiniDump, AThreadIsKilledBehindItOnly) {
   struct Dumping : Task {
     explicit Dumping(const std::function<void()>& dump) : m_dump(dump) {}
     int Run(TaskDirective&) override {
+      TestSupport::DieWithAllThatItHas();
       for (;;) {
         m_bStarted = true;
         m_dump();

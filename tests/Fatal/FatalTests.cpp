@@ -358,7 +358,9 @@ void ExpectFailingFrame(const char* way, unsigned code) {
 
 TEST(Fatal, DumpStandsAtTheFrameThatFailed) {
   ExpectFailingFrame("error", SIGABRT);
+#if !defined(__SANITIZE_ADDRESS__)  // its own frame stands behind what throws
   ExpectFailingFrame("number", SIGABRT);
+#endif
   ExpectFailingFrame("forwarded", SIGABRT);
   ExpectFailingFrame("fault", SIGSEGV);
   ExpectFailingFrame("filter", SIGSEGV);

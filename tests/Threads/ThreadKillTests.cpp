@@ -10,11 +10,8 @@
 #include <memory>
 #include <thread>
 
+#include "Support/LeakDetector.h"
 #include "Threads/ThreadTestSupport.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
 
 using namespace ThreadTests;
 using Oxa::Core::Condition;
@@ -24,6 +21,7 @@ using Oxa::Core::MultiWait;
 using Oxa::Core::Mutex;
 using Oxa::Core::OSError;
 using Oxa::Core::Semaphore;
+using TestSupport::DieWithAllThatItHas;
 
 namespace {
 
@@ -74,13 +72,6 @@ class Kills : public testing::Test {
   std::atomic<bool> m_bBegun{false};
   SharedThread m_victim = Thread::Create("Victim");
 };
-
-// What the calling thread allocates from here on goes with it when it is killed, which a leak detector needn't tell.
-void DieWithAllThatItHas() {
-#if defined(__SANITIZE_ADDRESS__)
-  __lsan_disable();
-#endif
-}
 
 [[noreturn]] void Spin() {
   volatile unsigned long count = 0;

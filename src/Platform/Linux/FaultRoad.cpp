@@ -17,6 +17,10 @@
 #include "Platform/Linux/FaultState.h"
 #include "Platform/Linux/FaultUnwind.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace Oxa::Core::Platform {
 
 __thread ThreadFaults t_faults;
@@ -202,6 +206,13 @@ void StopCheckingAlignment() noexcept {
   if ((flags & uCHECK) != 0) __builtin_ia32_writeeflags_u64(flags & ~uCHECK);
 }
 
+// The address sanitizer would go on to watch what lay between the variables of frames that are gone.
+void ForgetFramesPassedOver() noexcept {
+#if defined(__SANITIZE_ADDRESS__)
+  __asan_handle_no_return();
+#endif
+}
+
 void OnSignal(int signal, siginfo_t* info, void* context) {
   StopCheckingAlignment();
   const int error = errno;
@@ -210,6 +221,7 @@ void OnSignal(int signal, siginfo_t* info, void* context) {
   if (!IsFault(*info)) {
     PassToEarlierHandler(signal, info, context);
   } else if (guard != nullptr) {
+    ForgetFramesPassedOver();
     GoOnAt(registers, &OxaCoreGuardedLanding, guard->m_uStack);
   } else if (t_faults.m_pTranslator == nullptr && HasEarlierHandler(signal)) {
     PassToEarlierHandler(signal, info, context);
