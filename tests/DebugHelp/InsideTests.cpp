@@ -22,6 +22,7 @@
 #include "Platform/Libraries.h"
 #include "Platform/Storage.h"
 #include "Support/Allocations.h"
+#include "Support/LeakDetector.h"
 
 namespace {
 
@@ -184,6 +185,7 @@ class FaultedReader : public Reader {};
 
 // Where nothing may be thrown any more.
 TEST_F(FaultedReader, BeginsAnewThoughMemoryIsShort) {
+  TestSupport::ForgiveLeaks();
   const std::size_t frames = Walk().size();
   EXPECT_FALSE(Platform::WalkStack(
       *m_pReader, nullptr,
