@@ -9,10 +9,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "Platform/Linux/SafeMemory.h"
@@ -39,7 +39,7 @@ class Pages {
     std::vector<unsigned char> bytes(size);
     const unsigned char* const from = m_pPages + 2 * m_uPage - before;
     const std::size_t read = ReadMemory(reinterpret_cast<std::uintptr_t>(from), bytes.data(), size);
-    return std::memcmp(bytes.data(), from, read) == 0 ? read : 10000;
+    return std::equal(from, from + read, bytes.begin()) ? read : 10000;
   }
 
   bool IsReadable(std::size_t before, std::size_t size) const {
