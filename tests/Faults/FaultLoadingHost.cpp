@@ -129,6 +129,48 @@ void NestingHandlerBefore(const char* plugin) {
   Expect(s_iHandled == SIGSEGV && s_iBlocked == 2, "the handler ran with another mask than it asked for");
 }
 
+// It means to be called once, and to leave what comes then to the system.
+void ResetHandlerBefore(const char* plugin) {
+  struct sigaction action = {};
+  action.sa_sigaction = [](int, siginfo_t*, void*) {
+    constexpr char sCALLED[] = "called\n";
+    if (::write(STDOUT_FILENO, sCALLED, sizeof sCALLED - 1) < 0 || ++s_iHandled > 1) ::_exit(iHANDLED);
+  };
+  action.sa_flags = SA_SIGINFO | static_cast<int>(SA_RESETHAND);
+  ::sigaction(SIGSEGV, &action, nullptr);
+  const Library library(plugin);
+  std::thread(&Fault).join();
+}
+
+void TakeOnce(int signal) {
+  struct sigaction action = {};
+  action.sa_handler = [](int number) { s_iHandled = number; };
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  ::sigaction(signal, &action, nullptr);
+}
+
+void ResetHandlerIsSentTwice(const char* plugin) {
+  TakeOnce(SIGFPE);
+  const Library library(plugin);
+  ::raise(SIGFPE);
+  Expect(s_iHandled == SIGFPE, "the handler wasn't called");
+  ::raise(SIGFPE);
+}
+
+void ResetHandlerDoesNotComeBack(const char* plugin) {
+  TakeOnce(SIGFPE);
+  {
+    const Library library(plugin);
+    ::raise(SIGFPE);
+  }
+  Expect(s_iHandled == SIGFPE && IsDefault(SIGFPE), "the handler came back");
+  TakeOnce(SIGFPE);
+  s_iHandled = 0;
+  const Library library(plugin);
+  ::raise(SIGFPE);
+  Expect(s_iHandled == SIGFPE, "the handler that is in force anew wasn't called");
+}
+
 // What it blocked is let through again when it returns.
 void MaskComesBack(const char* plugin) {
   struct sigaction action = {};
@@ -203,6 +245,9 @@ int main(int argc, char** argv) {
   if (scenario == "ignored-before") IgnoredBefore(plugin);
   if (scenario == "plain-handler-before") PlainHandlerBefore(plugin);
   if (scenario == "nesting-handler-before") NestingHandlerBefore(plugin);
+  if (scenario == "reset-handler-before") ResetHandlerBefore(plugin);
+  if (scenario == "reset-handler-is-sent-twice") ResetHandlerIsSentTwice(plugin);
+  if (scenario == "reset-handler-does-not-come-back") ResetHandlerDoesNotComeBack(plugin);
   if (scenario == "mask-comes-back") MaskComesBack(plugin);
   if (scenario == "fault-ignored-before") FaultIgnoredBefore(plugin);
   if (scenario == "handler-comes-back") HandlerComesBack(plugin);

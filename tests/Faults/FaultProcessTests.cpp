@@ -26,6 +26,13 @@ ChildResult Load(const char* scenario) {
   return TestSupport::RunChild({FAULT_LOADING_HOST, scenario, FAULT_PLUGIN});
 }
 
+// Its records lie beside the program.
+ChildResult LoadIn(const TemporaryFolder& folder, const char* scenario) {
+  TestSupport::ExpectDeaths();
+  std::filesystem::copy_file(FAULT_LOADING_HOST, folder.File("host"));
+  return TestSupport::RunChild({folder.File("host"), scenario, FAULT_PLUGIN});
+}
+
 void ExpectFatal(const char* scenario) {
   const ChildResult result = Die(scenario);
   EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
@@ -119,12 +126,24 @@ TEST(FaultProcess, AnEarlierHandlerIsCalledAsItAskedFor) {
   }
 }
 
+TEST(FaultProcess, AnEarlierHandlerThatIsToBeCalledOnceIs) {
+  const TemporaryFolder folder;
+  const ChildResult result = LoadIn(folder, "reset-handler-before");
+  EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
+  EXPECT_EQ("called\n", result.m_sOutput);
+  EXPECT_NE("", TestSupport::RecordsIn(folder));
+}
+
+TEST(FaultProcess, WhatIsSentAfterThatIsLeftToTheSystem) {
+  const ChildResult twice = Load("reset-handler-is-sent-twice");
+  EXPECT_EQ(-SIGFPE, twice.m_iStatus) << twice.m_sError;
+  const ChildResult back = Load("reset-handler-does-not-come-back");
+  EXPECT_EQ(0, back.m_iStatus) << back.m_sError;
+}
+
 TEST(FaultProcess, AFaultOfAnIgnoredSignalEndsItByTheReport) {
   const TemporaryFolder folder;
-  TestSupport::ExpectDeaths();
-  std::filesystem::copy_file(FAULT_LOADING_HOST, folder.File("host"));
-  const ChildResult result =
-      TestSupport::RunChild({folder.File("host"), "fault-ignored-before", FAULT_PLUGIN});
+  const ChildResult result = LoadIn(folder, "fault-ignored-before");
   EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << result.m_sError;
   EXPECT_NE("", TestSupport::RecordsIn(folder));
 }

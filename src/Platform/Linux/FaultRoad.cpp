@@ -219,13 +219,11 @@ void OnSignal(int signal, siginfo_t* info, void* context) {
   ucontext_t& registers = *static_cast<ucontext_t*>(context);
   const FaultGuard* const guard = t_faults.m_pGuard;
   if (!IsFault(*info)) {
-    PassToEarlierHandler(signal, info, context);
+    TakeEarlierAction(signal, info, context);
   } else if (guard != nullptr) {
     ForgetFramesPassedOver();
     GoOnAt(registers, &OxaCoreGuardedLanding, guard->m_uStack);
-  } else if (t_faults.m_pTranslator == nullptr && HasEarlierHandler(signal)) {
-    PassToEarlierHandler(signal, info, context);
-  } else {
+  } else if (t_faults.m_pTranslator != nullptr || !CallEarlierHandler(signal, info, context)) {
     DealWith(*info, registers);
   }
   errno = error;

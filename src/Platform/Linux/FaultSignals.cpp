@@ -16,12 +16,23 @@ constexpr int iSTATUS_OF_SIGNAL = 128;
 
 // Written while nobody's handler is ours.
 struct sigaction s_earlier[uSIGNALS];
+std::atomic<bool> s_bSpent[uSIGNALS];  // a handler that was to be called once has been
 std::atomic<SignalHandler> s_handler{nullptr};
 
-const struct sigaction& Earlier(int signal) noexcept {
+std::size_t IndexOf(int signal) noexcept {
   std::size_t index = 0;
   while (index + 1 < uSIGNALS && iSIGNALS[index] != signal) ++index;
-  return s_earlier[index];
+  return index;
+}
+
+// What would be in force now if the library hadn't come.
+struct sigaction Earlier(std::size_t index) noexcept {
+  struct sigaction action = s_earlier[index];
+  if (s_bSpent[index].load()) {
+    action.sa_handler = SIG_DFL;
+    action.sa_flags = 0;
+  }
+  return action;
 }
 
 bool IsFunction(const struct sigaction& action) noexcept {
@@ -35,8 +46,16 @@ bool IsStillOurs(int signal, SignalHandler handler) noexcept {
          current.sa_sigaction == handler;
 }
 
+// Whether the handler may be called. One that asked for that is taken by the first who comes.
+bool Take(std::size_t index) noexcept {
+  const struct sigaction& action = s_earlier[index];
+  if (!IsFunction(action)) return false;
+  const auto flags = static_cast<unsigned>(action.sa_flags);
+  return (flags & static_cast<unsigned>(SA_RESETHAND)) == 0 || !s_bSpent[index].exchange(true);
+}
+
 // With the mask that it asked for.
-void CallEarlier(const struct sigaction& earlier, int signal, siginfo_t* info, void* context) noexcept {
+void Call(const struct sigaction& earlier, int signal, siginfo_t* info, void* context) noexcept {
   sigset_t blocked = earlier.sa_mask;
   if ((earlier.sa_flags & SA_NODEFER) == 0) sigaddset(&blocked, signal);
   sigset_t before;
@@ -59,6 +78,7 @@ void TakeFaultSignals(SignalHandler handler) noexcept {
   action.sa_flags = SA_SIGINFO | SA_NODEFER | SA_ONSTACK;
   sigemptyset(&action.sa_mask);
   for (std::size_t i = 0; i < uSIGNALS; ++i) {
+    s_bSpent[i].store(false);
     sigaction(iSIGNALS[i], nullptr, &s_earlier[i]);
     sigaction(iSIGNALS[i], &action, nullptr);
   }
@@ -68,7 +88,8 @@ void GiveFaultSignalsBack() noexcept {
   const SignalHandler handler = s_handler.exchange(nullptr);
   if (handler == nullptr) return;
   for (std::size_t i = 0; i < uSIGNALS; ++i) {
-    if (IsStillOurs(iSIGNALS[i], handler)) sigaction(iSIGNALS[i], &s_earlier[i], nullptr);
+    const struct sigaction earlier = Earlier(i);
+    if (IsStillOurs(iSIGNALS[i], handler)) sigaction(iSIGNALS[i], &earlier, nullptr);
   }
 }
 
@@ -79,15 +100,16 @@ void UnblockFaultSignals() noexcept {
   pthread_sigmask(SIG_UNBLOCK, &ours, nullptr);
 }
 
-bool HasEarlierHandler(int signal) noexcept { return IsFunction(Earlier(signal)); }
+bool CallEarlierHandler(int signal, siginfo_t* info, void* context) noexcept {
+  const std::size_t index = IndexOf(signal);
+  const bool taken = Take(index);
+  if (taken) Call(s_earlier[index], signal, info, context);
+  return taken;
+}
 
-void PassToEarlierHandler(int signal, siginfo_t* info, void* context) noexcept {
-  const struct sigaction& earlier = Earlier(signal);
-  if (IsFunction(earlier)) {
-    CallEarlier(earlier, signal, info, context);
-  } else if (earlier.sa_handler == SIG_DFL) {
-    EndByDefaultAction(signal, *info);
-  }
+void TakeEarlierAction(int signal, siginfo_t* info, void* context) noexcept {
+  if (CallEarlierHandler(signal, info, context)) return;
+  if (Earlier(IndexOf(signal)).sa_handler == SIG_DFL) EndByDefaultAction(signal, *info);
 }
 
 void RestoreDefaultAction(int signal) noexcept {

@@ -17,11 +17,12 @@ void GiveFaultSignalsBack() noexcept;
 /// Lets the signals through to the calling thread.
 void UnblockFaultSignals() noexcept;
 
-/// Whether a function of the host had the signal before.
-bool HasEarlierHandler(int signal) noexcept;
+/// Calls the function of the host that had the signal before, if there is one; false if there is none, or if it was to
+/// be called once and has been. In the signal's handler.
+bool CallEarlierHandler(int signal, siginfo_t* info, void* context) noexcept;
 
-/// Does what would have been done with the signal if nobody had taken it. Called in its handler.
-void PassToEarlierHandler(int signal, siginfo_t* info, void* context) noexcept;
+/// Does what would have been done with the signal if nobody had taken it. In its handler.
+void TakeEarlierAction(int signal, siginfo_t* info, void* context) noexcept;
 
 /// Ends the process by the default action of the signal, which comes with `info`.
 [[noreturn]] void EndByDefaultAction(int signal, const siginfo_t& info) noexcept;
