@@ -4,6 +4,7 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <atomic>
+#include <cstdint>
 #include <sstream>
 #include <string_view>
 
@@ -38,12 +39,12 @@ void ComposeName(FatalErrorName& name, const char* folder, int reports) noexcept
   name.Add(sEXTENSION);
 }
 
-void Write(Platform::FileHandle& file, const char* text, std::size_t size) noexcept {
+// Gives how much of it has found room.
+std::size_t Write(Platform::FileHandle& file, const char* text, std::size_t size) noexcept {
+  std::size_t done = 0;
   std::size_t written = 0;
-  while (size > 0 && file.Write(text, size, written) == 0 && written > 0) {
-    text += written;
-    size -= written;
-  }
+  while (done < size && file.Write(text + done, size - done, written) == 0 && written > 0) done += written;
+  return done;
 }
 
 bool MayBeginName(char c) {
@@ -112,8 +113,8 @@ class FirstWords {
   FixedText<uPIECE + 1> m_piece;
 };
 
-// The text of a report, which reaches its file in one piece: if composing it never comes to an end, the first words
-// still stand there.
+// The text of a report, which reaches its file in one piece: if composing it never comes to an end, or there is no room
+// for all of it, the first words still stand there.
 class Report {
  public:
   explicit Report(Platform::FileHandle& file) : m_file(file) {}
@@ -122,8 +123,7 @@ class Report {
   ~Report() {
     try {
       const std::string text = AsReadableXml(m_text.str());
-      Write(m_file, text.data(), text.size());
-      m_file.Truncate(text.size());
+      if (HasRoom(text.size())) m_file.Truncate(Write(m_file, text.data(), text.size()));
     } catch (...) {
       // Without the memory for it the first words have to do.
     }
@@ -138,6 +138,12 @@ class Report {
   }
 
  private:
+  // A part of the report is better than nothing, but not than first words that are whole.
+  bool HasRoom(std::size_t size) noexcept {
+    std::uint64_t before = 0;
+    return m_file.Reserve(size) == 0 || (m_file.Size(before) == 0 && before == 0);
+  }
+
   Platform::FileHandle& m_file;
   std::ostringstream m_text;
 };

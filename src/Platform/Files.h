@@ -145,6 +145,11 @@ class FileHandle {
 
   int Size(std::uint64_t& size) const noexcept;
 
+  /// Makes sure that there is room for a file of `size` bytes, which is above 0, as far as the system can tell: where
+  /// files can't be given room in advance, only the limit for the size of files is looked at. Neither the length of the
+  /// file nor the place of the next Write changes. Room that isn't used is given back by Truncate.
+  int Reserve(std::uint64_t size) noexcept;
+
   /// Cuts the file, or fills it up with zeros. The place of the next Read or Write stays.
   int Truncate(std::uint64_t size) noexcept;
 

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -229,6 +230,34 @@ TEST(FatalReport, ReplacesLongerFirstWordsWhole) {
   const std::string report = folder.Read("ErrorInfo.xml");
   EXPECT_THAT(report, testing::HasSubstr("<Message>short</Message>"));
   EXPECT_THAT(report, testing::Not(testing::HasSubstr("vvv")));
+}
+
+// For the rest of the process: every test case is one of its own.
+void LimitFiles(std::size_t size) {
+  const rlimit limit = {size, RLIM_INFINITY};
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+}
+
+TEST(FatalReport, LeavesTheFirstWordsWhereThereIsNoRoomForMore) {
+  const TemporaryFolder folder;
+  FatalErrorCause cause;
+  cause.Add("first");
+  WriteFirstWords(folder.File("").c_str(), nullptr, cause);
+  const std::string words = folder.Read("ErrorInfo.xml");
+  LogicError error(std::string(1000, 'm'));
+  LimitFiles(1000);
+  WriteFatalErrorReport(folder.File(""), {}, error);
+  EXPECT_EQ(words, folder.Read("ErrorInfo.xml"));
+}
+
+TEST(FatalReport, IsCutWhereThereIsNoRoomAndWereNoFirstWords) {
+  const TemporaryFolder folder;
+  LogicError error(std::string(1000, 'm'));
+  LimitFiles(1000);
+  WriteFatalErrorReport(folder.File(""), {}, error);
+  const std::string report = folder.Read("ErrorInfo.xml");
+  EXPECT_EQ(1000U, report.size());
+  EXPECT_THAT(report, testing::HasSubstr("<Circumstance>Fatal unhandled error</Circumstance>"));
 }
 
 TEST(FatalReport, HoldsWhatWasComposedBeforeAFailure) {

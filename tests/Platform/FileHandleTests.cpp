@@ -50,6 +50,19 @@ int CodeOf(const Open& open, const std::string& name) {
 
 }  // namespace
 
+TEST(FileHandle, RoomInAdvanceChangesNeitherLengthNorPlace) {
+  const TemporaryFolder folder;
+  FileHandle handle = Opened(&FileHandle::OpenForWriting, folder.File("file"));
+  Write(handle, "abc");
+  EXPECT_EQ(0, handle.Reserve(100000));
+  std::uint64_t size = 0;
+  EXPECT_EQ(0, handle.Size(size));
+  EXPECT_EQ(3u, size);
+  Write(handle, "d");
+  EXPECT_EQ("abcd", ReadFile(folder.File("file")));
+  EXPECT_EQ(EBADF, FileHandle().Reserve(1));
+}
+
 TEST(FileHandle, AnEmptyOneIsNotOpen) {
   FileHandle handle;
   EXPECT_FALSE(handle.IsOpen());

@@ -1,5 +1,6 @@
 #include <errno.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -142,6 +143,15 @@ int FileHandle::Size(std::uint64_t& size) const noexcept {
   if (fstat(m_iFile, &facts) != 0) return errno;
   size = static_cast<std::uint64_t>(facts.st_size);
   return 0;
+}
+
+int FileHandle::Reserve(std::uint64_t size) noexcept {
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && size > limit.rlim_cur) return EFBIG;
+  std::size_t ignored = 0;
+  const int code =
+      Again([&] { return fallocate(m_iFile, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)); }, ignored);
+  return code == EOPNOTSUPP || code == ENOSYS ? 0 : code;
 }
 
 int FileHandle::Truncate(std::uint64_t size) noexcept {

@@ -201,6 +201,16 @@ TEST(FilesLinux, ALimitThatComesWhileAFileIsOpenCountsAtOnce) {
   EXPECT_EQ(0u, written);
 }
 
+TEST(FilesLinux, RoomBeyondTheLimitIsRefused) {
+  const TemporaryFolder folder;
+  FileHandle handle = Appending(folder.File("file"));
+  LimitFiles();
+  EXPECT_EQ(0, handle.Reserve(uLIMIT));
+  EXPECT_EQ(EFBIG, handle.Reserve(uLIMIT + 1));
+  EXPECT_EQ(0u, std::filesystem::file_size(folder.File("file")));
+  EXPECT_FALSE(IsPending(SIGXFSZ));
+}
+
 TEST(FilesLinux, ACopyBeyondTheLimitIsRemoved) {
   const TemporaryFolder folder;
   const std::string from = folder.Write("from", std::string(uLIMIT * 2, 'x'));

@@ -37,12 +37,13 @@ struct Row {
   Count m_dumps = ONE;
   EWhere m_eWhere = EWhere::eBASE;
   int m_iMostFolders = 1;
-  bool m_bWhole = true;      ///< files are to be whole: there is room for them
-  std::string m_sMessage;    ///< in the report; "" if it doesn't matter
-  std::string m_sTop;        ///< the function on top; "" if it can't be known
-  int m_iTopWithin = 1;      ///< it is one of so many frames on top
-  bool m_bInReport = false;  ///< the report tells of the function as well
-  bool m_bSlow = false;      ///< it is the watch that ends it
+  bool m_bWhole = true;          ///< files are to be whole: there is room for them
+  bool m_bAllOrNothing = false;  ///< reports are whole or empty, even so
+  std::string m_sMessage;        ///< in the report; "" if it doesn't matter
+  std::string m_sTop;            ///< the function on top; "" if it can't be known
+  int m_iTopWithin = 1;          ///< it is one of so many frames on top
+  bool m_bInReport = false;      ///< the report tells of the function as well
+  bool m_bSlow = false;          ///< it is the watch that ends it
 };
 
 /// All rows, each once.

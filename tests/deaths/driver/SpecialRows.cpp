@@ -94,11 +94,12 @@ void AddWithheld(Rows& rows) {
     row.m_sTop.clear();
     row.m_bInReport = false;
   });
-  Add(rows, Thrice(), "around=full-disk", [](Row& row) {
-    Whatever(row);
-    row.m_sTop.clear();
-  });
-  Add(rows, Thrice(), "around=small-files", Whatever);
+  for (const char* room : {"around=full-disk", "around=one-page", "around=small-files"})
+    Add(rows, Thrice(), room, [](Row& row) {
+      Whatever(row);
+      row.m_bAllOrNothing = true;
+      row.m_sTop.clear();
+    });
   Add(rows, Thrice(), "around=no-handles", [](Row& row) {
     Whatever(row);
     row.m_eWhere = EWhere::eNOWHERE;

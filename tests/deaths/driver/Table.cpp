@@ -45,6 +45,10 @@ const Kind sKINDS[] = {
      "DieByFloatOverflow"},
     {"float-underflow", ERoad::eFAULT, SIGFPE, "Result below minimum exponent for float operation at 0x",
      "DieByFloatUnderflow"},
+    {"float-denormal", ERoad::eFAULT, SIGFPE, "One of the operands in a floating-point operation from 0x",
+     "DieByFloatDenormal"},
+    {"float-inexact", ERoad::eFAULT, SIGFPE, sNO_MESSAGE,
+     ""},  // has no class: the translator raises another error
     {"stack-overflow", ERoad::eOVERFLOW, SIGSEGV, "Stack overflow detected at 0x", "DieByStackOverflow"},
     {"trashed-return", ERoad::eBROKEN_STACK, SIGSEGV, "", "DieByTrashedReturn"},
     {"return-to-nowhere", ERoad::eBROKEN_STACK, SIGSEGV, "", ""},

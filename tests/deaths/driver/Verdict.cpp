@@ -71,7 +71,8 @@ class Judgement {
     std::ofstream(wrapped) << "<All>" << (end == std::string::npos ? text : text.substr(end + 2)) << "</All>";
     const std::string command = "xmllint --noout --nonet " + wrapped.string() + " 2>/dev/null";
     const bool whole = !text.empty() && std::system(command.c_str()) == 0;
-    if (!whole && m_row.m_bWhole) Complain(report.filename().string() + " isn't whole");
+    if (!whole && (m_row.m_bWhole || (m_row.m_bAllOrNothing && !text.empty())))
+      Complain(report.filename().string() + " isn't whole");
     return whole;
   }
 

@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 
 #include "Options.h"
 #include "Places.h"
@@ -37,6 +38,8 @@ void SetUpReports() {
   AlertManager::SetMaxFatalErrorReports(NumberOption("reports", 1));
   AlertManager::SetEndBySignal(IsOption("end", "signal"));
   manager->AddFatalErrorInfo("DeathKind", Kind());
+  // With it the first words still fit into one page, the report doesn't.
+  if (IsOption("around", "one-page")) manager->AddFatalErrorInfo("Ballast", std::string(3000, 'b'));
 }
 
 // What the dying thread does where another one is to hold a lock: it is made before that, as making a thread takes

@@ -11,14 +11,17 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 #include <string>
+#include <system_error>
 
 #include "Options.h"
 #include "Troubles.h"
@@ -85,9 +88,34 @@ void LosePrivileges() {
   BeReborn();
 }
 
-void FillTheDisk() {
-  if (!OwnMounts() || ::mount("none", Option("base"), "tmpfs", 0, "size=16k") != 0) GiveUp("a full disk");
+[[noreturn]] void EndAs(pid_t child) {
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  if (WIFSIGNALED(status)) ::raise(WTERMSIG(status));
+  ::_exit(WEXITSTATUS(status));
 }
+
+// What is written there is gone with this process: another one dies, and this one brings its files to light.
+void LeaveRoom(const char* size) {
+  namespace fs = std::filesystem;
+  if (IsReborn()) return;
+  const int outside = ::open(Option("base"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (!OwnMounts() || ::mount("none", Option("base"), "tmpfs", 0, size) != 0) GiveUp("a full disk");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    BeReborn();
+  }
+  siginfo_t ended;
+  ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
+  std::error_code code;
+  fs::copy(Option("base"), "/proc/self/fd/" + std::to_string(outside), fs::copy_options::recursive, code);
+  if (code) GiveUp("no files of a full disk");
+  EndAs(child);
+}
+
+void FillTheDisk() { LeaveRoom("size=16k"); }
+void LeaveOnePage() { LeaveRoom("size=4k"); }  // enough for first words
 
 void LimitFiles() {
   constexpr rlim_t uSMALL = 8192;
@@ -133,10 +161,13 @@ void SpoilTheSymbolReader() {
 }
 
 constexpr NamedTrouble sTROUBLES[] = {
-    {"no-trace", &ForbidToTrace},   {"no-look", &ForbidToLook},         {"no-threads", &ForbidThreads},
-    {"no-proc", &HideProc},         {"no-privileges", &LosePrivileges}, {"full-disk", &FillTheDisk},
-    {"small-files", &LimitFiles},   {"no-handles", &UseUpHandles},      {"replaced", &ReplaceTheProgram},
-    {"removed", &RemoveTheProgram}, {"blocked", &BlockSignals},         {"no-symbols", &SpoilTheSymbolReader},
+    {"no-trace", &ForbidToTrace},          {"no-look", &ForbidToLook},
+    {"no-threads", &ForbidThreads},        {"no-proc", &HideProc},
+    {"no-privileges", &LosePrivileges},    {"full-disk", &FillTheDisk},
+    {"one-page", &LeaveOnePage},           {"small-files", &LimitFiles},
+    {"no-handles", &UseUpHandles},         {"replaced", &ReplaceTheProgram},
+    {"removed", &RemoveTheProgram},        {"blocked", &BlockSignals},
+    {"no-symbols", &SpoilTheSymbolReader},
 };
 
 }  // namespace
