@@ -83,14 +83,16 @@ void FatalDump::Write(const _EXCEPTION_POINTERS& pointers) noexcept {
   m_iEntries = s_iEntries.fetch_add(1) + 1;
   if (AlertManager::GetMaxFatalErrorReports() < m_iEntries) {
     m_eOutcome = eHALTED;
-  } else if (MSWindows::DebugHelp::IsUnavailable()) {
-    m_eOutcome = eUNAVAILABLE;
-  } else {
-    FindFolder();
-    ComposeName();
-    WriteGuarded(m_path.Get(), pointers);
-    WriteDump(pointers);
+    return;
   }
+  FindFolder();
+  WriteGuarded(m_path.Get(), pointers);
+  if (MSWindows::DebugHelp::IsUnavailable()) {
+    m_eOutcome = eUNAVAILABLE;
+    return;
+  }
+  ComposeName();
+  WriteDump(pointers);
 }
 
 void FatalDump::FindFolder() noexcept {
@@ -129,7 +131,7 @@ void FatalDump::Tell() const noexcept {
     case eHALTED:
       Guarded([this] { OXA_RAISE_WARNING(sLOG_NAME, HaltingUncaughtErrorRecursion(m_iEntries)); });
       break;
-    case eUNAVAILABLE:
+    case eUNAVAILABLE:  // what there is to say about the folder, the report says
       Guarded([] { OXA_RAISE_WARNING(sLOG_NAME, MSWindows::DebugHelp::Unavailable(sFIRST_DUMP)); });
       break;
     case eTRIED:

@@ -12,7 +12,9 @@ namespace Oxa::Core {
 /// a fault on the way.
 void BeginDying() noexcept;
 
-/// For a child that was forked off: those who were dying are in the parent only, and nobody is to wait for them.
+/// For a child that was forked off: those who were dying are in the parent only, and nobody is to wait for them. Its own
+/// death has an end, and a watch over that; but as the count of records isn't begun anew, it leaves none beyond the
+/// limit that its parent's death has used up.
 void ForgetDeathsOfParent() noexcept;
 
 /// What ends the process where the host wants a signal for that: that of the first who says so.

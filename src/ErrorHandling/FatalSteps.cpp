@@ -14,6 +14,7 @@
 
 #include "Platform/Faults.h"
 #include "Platform/Files.h"
+#include "Platform/FloatTraps.h"
 #include "Platform/Storage.h"
 #include "Platform/Uncaught.h"
 
@@ -23,10 +24,12 @@ namespace {
 
 constexpr std::size_t uSTACK = 1024 * 1024;
 
-// Nothing is to cut into the last steps: no cancellation, and no signal for a write that the limit for files forbids.
+// Nothing is to cut into the last steps: no cancellation, no signal for a write that the limit for files forbids, no
+// trap that the host has set for operations with numbers.
 struct Undisturbed {
   Platform::HoldCancellation m_hold;
   Platform::FileLimitGuard m_guard;
+  Platform::HoldFloatTraps m_untrapped;
 };
 
 using UncaughtAction = void (*)(_EXCEPTION_POINTERS& pointers, void* argument);

@@ -6,6 +6,8 @@
 
 namespace Oxa::Core {
 
+/// Fills in what the terminate handler calls, and has the children that are forked off from now on begin without their
+/// parent's death. Once, while the library is built; before that, and without it, the hook's harmless default stands.
 void ConnectFatalSteps(Hooks& hooks) noexcept;
 
 }  // namespace Oxa::Core

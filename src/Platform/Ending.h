@@ -14,7 +14,8 @@ void StartDeathWatch(int milliseconds, int status) noexcept;
 /// From now on the watch ends the process as EndBySignal does; 0 takes that back.
 void EndBySignalInstead(int signal) noexcept;
 
-/// For a child that was forked off: threads of the parent aren't there, and its end is not the child's.
+/// For a child that was forked off: threads of the parent aren't there, and its end is not the child's. The
+/// next StartDeathWatch is the child's first.
 void ForgetDeathWatchOfParent() noexcept;
 
 /// The system's id of the thread that is the watch; 0 before its start. Who stops all threads of the process has to

@@ -8,6 +8,7 @@
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
 
+#include <fenv.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -209,6 +210,12 @@ void SayBuffering() {
   Say(LogManager::Instance()->GetBufferingMode() ? "the log buffers" : "the log doesn't buffer");
 }
 
+void SayThird() {
+  volatile double three = 3;
+  three = 1 / three;
+  Say(three > 0.3 ? "a third" : "nothing");
+}
+
 void LimitFiles(const std::string& size) {
   const rlimit limit = {std::stoul(size), std::stoul(size)};
   ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -283,6 +290,19 @@ const std::map<std::string, std::function<void(const std::string&)>> SETTINGS = 
        static int s_iStatus;
        s_iStatus = std::stoi(status);
        TheWitness().m_atEnd = [] { std::exit(s_iStatus); };
+     }},
+    {"trap",
+     [](const std::string&) {
+       ::feenableexcept(FE_INEXACT);
+       TheWitness().m_atEnd = &SayThird;
+     }},
+    {"die-at-warning",
+     [](const std::string& number) {
+       static int s_iLeft;
+       s_iLeft = std::stoi(number);
+       TheWitness().m_atWarning = [] {
+         if (--s_iLeft == 0) ::_exit(3);
+       };
      }},
     {"hold-output", [](const std::string&) { HoldOutput(); }},
     {"hang-log", [](const std::string&) { HangLog(); }},

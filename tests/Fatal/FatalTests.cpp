@@ -247,6 +247,13 @@ TEST(Fatal, FaultOnTheWayComesToAnEnd) {
   }
 }
 
+TEST(Fatal, OperationsWithNumbersDontTrapOnTheWay) {
+  const TemporaryFolder folder;
+  const ChildResult result = Die(folder, {"number", "trap"});
+  ExpectOrderlyDeath(result, folder, "No Message");
+  EXPECT_THAT(result.m_sOutput, HasSubstr("a third\n"));
+}
+
 // It has nobody to wait for, and an end of its own.
 TEST(Fatal, ChildThatWasForkedOffOnTheWayDiesToo) {
   const TemporaryFolder folder;
@@ -448,12 +455,29 @@ TEST(Fatal, WithoutTheLibraryForSymbolsThereIsAReportAndNoDump) {
                   "uncaught: nobody <catches> this, path " + RecordsIn(folder)));
 }
 
+// Should the report not come to its end, they are there.
+TEST(Fatal, WithoutTheLibraryForSymbolsThereAreFirstWordsAsWell) {
+  const TemporaryFolder folder;
+  const TemporaryFolder broken;
+  broken.Write("libdw.so.1", "this is no library");
+  const ChildResult result =
+      Die(folder, {"error", "info=Serial:17", "die-at-warning=2"}, {"LD_LIBRARY_PATH=" + broken.Path()});
+  EXPECT_EQ(3, result.m_iStatus) << result.m_sError;
+  ASSERT_NE("", RecordsIn(folder));
+  const std::string words = ReadFile(RecordsIn(folder) + "ErrorInfo.xml");
+  EXPECT_TRUE(IsWellFormed(words)) << words;
+  EXPECT_THAT(words, HasSubstr("<Serial>17</Serial>"));
+  EXPECT_THAT(words, HasSubstr("<Cause>Nothing caught what was raised at 0x"));
+}
+
 TEST(Fatal, FullDiskEndsTheProcessAllTheSame) {
   for (const char* size : {"0", "100", "5000"}) {
     const TemporaryFolder folder;
     const ChildResult result = Die(folder, {"error", std::string("files=") + size});
     EXPECT_EQ(iMINUS_ONE, result.m_iStatus) << size;
     EXPECT_NE("", RecordsIn(folder)) << size;
+    const std::string report = ReadFile(RecordsIn(folder) + "ErrorInfo.xml");
+    EXPECT_TRUE(size != std::string("5000") || IsWellFormed(report)) << report;
   }
 }
 

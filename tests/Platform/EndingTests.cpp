@@ -137,6 +137,21 @@ TEST(Ending, WatchCanEndByTheSignal) {
             }));
 }
 
+// The parent's watch and signal are not the child's.
+TEST(Ending, AChildThatWasForkedOffHasAWatchOfItsOwn) {
+  EXPECT_EQ(255, EndOf([] {
+              StartDeathWatch(600000, 3);
+              EndBySignalInstead(SIGSEGV);
+              const int end = EndOf([] {
+                ForgetDeathWatchOfParent();
+                if (DeathWatchThread() != 0) ::_exit(4);
+                StartDeathWatch(100, -1);
+                Hang();
+              });
+              ::_exit(end);
+            }));
+}
+
 TEST(Ending, WithoutAnotherThreadTheProcessIsKilledInTime) {
   EXPECT_EQ(-SIGKILL, EndOf([] {
     const rlimit one = {1, 1};
