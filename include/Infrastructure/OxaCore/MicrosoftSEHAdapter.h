@@ -38,7 +38,7 @@ class OXACORE_API SEHError : public Oxa::Core::ErrorClass<SEHError, Oxa::Core::O
  public:
   /// An error without a message, of the fault that `pointers` stand for: the system's, or a host's own. Keeps the two
   /// pointers, not what they lead to; the caller keeps that standing for as long as anybody may ask for it. Raises
-  /// nothing.
+  /// nothing; std::bad_alloc may come.
   explicit SEHError(const _EXCEPTION_POINTERS& pointers);
   SEHError(const SEHError&) = default;
   SEHError& operator=(const SEHError&) = default;
@@ -63,8 +63,8 @@ class OXACORE_API SEHError : public Oxa::Core::ErrorClass<SEHError, Oxa::Core::O
 };
 
 /// Each class of faults: made from the fault that `pointers` stand for, with the message that is told beside its name.
-/// Both pointers have to lead to what a fault left; the record is read now, the rest as with SEHError. Raises nothing:
-/// RaiseError does.
+/// Both pointers have to lead to what a fault left; the record is read now, the rest as with SEHError. Raises nothing,
+/// which RaiseError does; std::bad_alloc may come.
 #define OXA_DECLARE_FAULT(Class)                                            \
   class OXACORE_API Class : public Oxa::Core::ErrorClass<Class, SEHError> { \
    public:                                                                  \

@@ -60,12 +60,6 @@ class NewStack {
   std::size_t m_uSize;
 };
 
-struct Call {
-  void (*m_pAction)(void*);
-  void* m_pArgument;
-  const NewStack* m_pStack;
-};
-
 // The address sanitizer wants to know what the thread runs on.
 #if defined(__SANITIZE_ADDRESS__)
 class Switch {
@@ -74,36 +68,41 @@ class Switch {
     __sanitizer_start_switch_fiber(&m_pFake, reinterpret_cast<const void*>(to.m_uLow),
                                    to.m_uHigh - to.m_uLow);
   }
-  static void Arrive() noexcept { __sanitizer_finish_switch_fiber(nullptr, &s_pBottom, &s_uSize); }
-  static void Leave() noexcept { __sanitizer_start_switch_fiber(nullptr, s_pBottom, s_uSize); }
+  void Arrive() noexcept { __sanitizer_finish_switch_fiber(nullptr, &m_pBottom, &m_uSize); }
+  void Leave() const noexcept { __sanitizer_start_switch_fiber(nullptr, m_pBottom, m_uSize); }
   void Return() noexcept { __sanitizer_finish_switch_fiber(m_pFake, nullptr, nullptr); }
 
  private:
-  static __thread const void* s_pBottom;
-  static __thread std::size_t s_uSize;
   void* m_pFake = nullptr;
+  const void* m_pBottom = nullptr;  // of the stack that is left
+  std::size_t m_uSize = 0;
 };
-__thread const void* Switch::s_pBottom;
-__thread std::size_t Switch::s_uSize;
 #else
 struct Switch {
   explicit Switch(const StackRange&) noexcept {}
-  static void Arrive() noexcept {}
-  static void Leave() noexcept {}
+  void Arrive() noexcept {}
+  void Leave() const noexcept {}
   void Return() noexcept {}
 };
 #endif
 
+struct Call {
+  void (*m_pAction)(void*);
+  void* m_pArgument;
+  const NewStack* m_pStack;
+  Switch* m_pSwitch;
+};
+
 void OnNewStack(void* argument) {
-  Switch::Arrive();
   const Call& call = *static_cast<const Call*>(argument);
+  call.m_pSwitch->Arrive();
   const stack_t alternate = call.m_pStack->Alternate();
   stack_t before;
   const bool changed = sigaltstack(&alternate, &before) == 0;
   call.m_pAction(call.m_pArgument);
   before.ss_flags &= SS_DISABLE;
   if (changed) sigaltstack(&before, nullptr);
-  Switch::Leave();
+  call.m_pSwitch->Leave();
 }
 
 }  // namespace
@@ -138,10 +137,10 @@ void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noe
     action(argument);
     return;
   }
-  Call call = {action, argument, &stack};
   const StackRange before = t_faults.m_stack;
   t_faults.m_stack = stack.Range();
   Switch change(t_faults.m_stack);
+  Call call = {action, argument, &stack, &change};
   OxaCoreCallOnStack(stack.Range().m_uHigh, &OnNewStack, &call);
   change.Return();
   t_faults.m_stack = before;

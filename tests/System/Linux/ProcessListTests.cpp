@@ -90,10 +90,12 @@ TEST(ProcessList, ModulesOfOneNameInSeveralFoldersAreOneWithSeveralPaths) {
   const FakeProc proc;
   proc.AddSelf();
   proc.AddProcess("5", "/opt/probe", sMAPPINGS);
-  proc.AddProcess("7", "/opt/probe",
+  proc.AddProcess("7", "/usr/probe",
                   "6000-7000 r-xp 0 0 0 /old/libprobe.so\n7000-8000 r-xp 0 0 0 /lib/libprobe.so\n");
   proc.AddProcess("60", "/opt/other", "6000-7000 r-xp 0 0 0 /old/libprobe.so\n");
   const SystemProcesses processes;
+  std::vector<const SystemProcesses::ProcessInfo*> found;
+  EXPECT_EQ(2, processes.GetProcessInfo("probe", found));
   ASSERT_NE(nullptr, processes.GetModuleInfo("libprobe.so"));
   EXPECT_EQ("libprobe.so", processes.GetModuleInfo("libprobe.so")->GetName());
   EXPECT_EQ("/lib/libprobe.so", processes.GetModuleInfo("libprobe.so")->GetPath());
