@@ -131,7 +131,7 @@ void FatalDump::Tell() const noexcept {
     case eHALTED:
       Guarded([this] { OXA_RAISE_WARNING(sLOG_NAME, HaltingUncaughtErrorRecursion(m_iEntries)); });
       break;
-    case eUNAVAILABLE:  // what there is to say about the folder, the report says
+    case eUNAVAILABLE:  // the steps of the report tell of the folder
       Guarded([] { OXA_RAISE_WARNING(sLOG_NAME, MSWindows::DebugHelp::Unavailable(sFIRST_DUMP)); });
       break;
     case eTRIED:
