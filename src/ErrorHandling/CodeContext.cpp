@@ -30,7 +30,7 @@ CodeContext::CodeContext(const std::string& file, int line, const std::string& b
                          const std::string& function, const std::string& signature) {
   try {
     const boost::shared_ptr<AlertData> table = boost::make_shared<AlertData>(uBUCKETS);
-    m_spContextInfo = table;
+    m_contextInfo = table;
     (*table)[sFILE] = file;
     (*table)[sLINE] = line < 0 ? sUNKNOWN_LINE : std::to_string(line);
     StoreUnlessEmpty(*table, sBUILD_TIME, buildTime);
@@ -49,12 +49,12 @@ CodeContext::CodeContext(const AlertData& context, const AlertData& variables)
     : CodeContext(AlertData(context), AlertData(variables)) {}
 
 CodeContext::CodeContext(AlertData&& context, AlertData&& variables)
-    : m_spContextInfo(Keep(std::move(context))), m_spVariables(Keep(std::move(variables))) {}
+    : m_contextInfo(Keep(std::move(context))), m_variables(Keep(std::move(variables))) {}
 
-CodeContext CodeContext::Sharing(boost::shared_ptr<const AlertData> context, AlertData&& variables) {
+CodeContext CodeContext::Sharing(Table context, AlertData&& variables) {
   CodeContext place;
-  place.m_spContextInfo = std::move(context);
-  place.m_spVariables = Keep(std::move(variables));
+  place.m_contextInfo = std::move(context);
+  place.m_variables = Keep(std::move(variables));
   return place;
 }
 
@@ -74,11 +74,9 @@ const std::string& CodeContext::Get(const std::string& key) const {
   return entry == table.end() ? g_sNO_TEXT : entry->second;
 }
 
-const AlertData& CodeContext::GetContextInfo() const {
-  return m_spContextInfo ? *m_spContextInfo : sEMPTY_TABLE;
-}
+const AlertData& CodeContext::GetContextInfo() const { return m_contextInfo ? *m_contextInfo : sEMPTY_TABLE; }
 
-const AlertData& CodeContext::GetVariables() const { return m_spVariables ? *m_spVariables : sEMPTY_TABLE; }
+const AlertData& CodeContext::GetVariables() const { return m_variables ? *m_variables : sEMPTY_TABLE; }
 
 bool CodeContext::HasVariableInfo() const { return !GetVariables().empty(); }
 

@@ -67,8 +67,9 @@ SymbolReader* OpenSymbolReader(HINSTANCE library, const char* searchPath, Functi
 void CloseSymbolReader(SymbolReader* reader) noexcept;
 
 /// Hands the frames of a stack to `sink`, from `context` on, or from the caller of this function on where that is
-/// null. The stack has to stand meanwhile. A fault within ends the walk, and the reader begins anew with the next one;
-/// nothing may be thrown out of `sink`. False if it was a fault that ended it. Kills and cancellations of this
+/// null. The stack has to stand meanwhile. A fault within ends the walk, and the reader begins anew with the next one,
+/// without the debug data that the fault was in; what had been read isn't given back. After eight of them nothing is
+/// walked any more. Nothing may be thrown out of `sink`. False if it was a fault that ended it, or nothing was walked. Kills and cancellations of this
 /// thread wait.
 bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept;
 

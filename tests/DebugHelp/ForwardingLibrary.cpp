@@ -1,5 +1,5 @@
 // A library that has the functions of the one for symbols, and jumps on to those of the one in REAL_LIBRARY. The tests
-// link it with a function less.
+// link it with a function less. With OUT_OF_MEMORY set, memory runs out wherever a line is looked up.
 
 #include <dlfcn.h>
 
@@ -19,11 +19,26 @@ OXACORE_DW_FUNCTIONS(OXACORE_DW_FUNCTION)
 
 namespace {
 
+Dwarf_OOM s_handler = nullptr;
+
+Dwarf_OOM TakeHandler(Dwarf* /*debugData*/, Dwarf_OOM handler) {
+  s_handler = handler;
+  return nullptr;
+}
+
+Dwarf_Line* RunOut(Dwarf_Die* /*unit*/, Dwarf_Addr /*address*/) {
+  if (s_handler == nullptr) std::_Exit(1);  // as the library does by itself
+  s_handler();
+}
+
 __attribute__((constructor)) void FindReal() {
   void* const library = ::dlopen(std::getenv("REAL_LIBRARY"), RTLD_NOW | RTLD_LOCAL);
 #define OXACORE_DW_FUNCTION(name) real_##name = ::dlsym(library, #name);
   OXACORE_DW_FUNCTIONS(OXACORE_DW_FUNCTION)
 #undef OXACORE_DW_FUNCTION
+  if (std::getenv("OUT_OF_MEMORY") == nullptr) return;
+  real_dwarf_new_oom_handler = reinterpret_cast<void*>(&TakeHandler);
+  real_dwarf_getsrc_die = reinterpret_cast<void*>(&RunOut);
 }
 
 }  // namespace

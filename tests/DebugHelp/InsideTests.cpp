@@ -23,6 +23,9 @@
 #include "Platform/Storage.h"
 #include "Support/Allocations.h"
 #include "Support/LeakDetector.h"
+#if __has_include(<elfutils/libdw.h>)
+#include "Platform/Linux/SymbolizedModule.h"
+#endif
 
 namespace {
 
@@ -198,5 +201,78 @@ TEST_F(FaultedReader, BeginsAnewThoughMemoryIsShort) {
   TestSupport::ThreadAllocations().m_ulFailing = 0;
   EXPECT_EQ(frames, Walk().size());
 }
+
+// What had been read before a fault is lost: there must be an end of that.
+TEST_F(FaultedReader, IsGivenUpBehindEightFaults) {
+  TestSupport::ForgiveLeaks();
+  static int s_iWalks;
+  s_iWalks = 0;
+  for (int walk = 0; walk < 100; ++walk)
+    EXPECT_FALSE(Platform::WalkStack(
+        *m_pReader, nullptr,
+        [](const Platform::StackFrame&, void* null) {
+          ++s_iWalks;
+          *static_cast<volatile int*>(null) = 1;
+          return true;
+        },
+        nullptr));
+  EXPECT_EQ(8, s_iWalks);
+}
+
+struct VictimsFrame {
+  Platform::SymbolReader* m_pReader;
+  int m_iFaults;
+  int m_iLines;  // of the module's frames
+  int m_iFrames;
+};
+
+// Each of the module's variables is a fault.
+bool FaultInVariables(const Platform::StackFrame& frame, void* argument) {
+  VictimsFrame& victim = *static_cast<VictimsFrame*>(argument);
+  if (frame.m_pModule == nullptr || std::string(frame.m_pModule) != "VictimO0") return true;
+  ++victim.m_iFrames;
+  if (frame.m_pFile != nullptr) ++victim.m_iLines;
+  const auto fault = [](void* null, const Platform::VariableFacts&) {
+    *static_cast<volatile int*>(null) = 1;
+  };
+  Platform::ReadFrameVariables(*victim.m_pReader, frame, Platform::VariableSink{fault, nullptr});
+  return true;
+}
+
+TEST_F(FaultedReader, NeverAsksTheModuleForDebugDataAgain) {
+  TestSupport::ForgiveLeaks();
+  HINSTANCE const library = Platform::OpenLibrary(VICTIM);
+  ASSERT_NE(nullptr, library);
+  static VictimsFrame s_victim;
+  s_victim = {m_pReader, 0, 0, 0};
+  for (int walk = 0; walk < 100; ++walk)
+    FunctionOf(library)("templated", 0, [] {
+      if (!Platform::WalkStack(*s_victim.m_pReader, nullptr, &FaultInVariables, &s_victim))
+        ++s_victim.m_iFaults;
+    });
+  EXPECT_EQ(1, s_victim.m_iFaults);
+  EXPECT_EQ(1, s_victim.m_iLines);
+  EXPECT_EQ(1 + 99 * 2, s_victim.m_iFrames);
+  Platform::CloseLibrary(library);
+}
+
+#if __has_include(<elfutils/libdw.h>)
+// A fault there would leave the loader locked.
+TEST(LoadedModule, WhoseNotesAreGoneHasNoId) {
+  ElfW(Phdr) parts[2] = {};
+  parts[0].p_type = PT_NOTE;
+  parts[0].p_vaddr = 16;
+  parts[0].p_filesz = std::size_t{1} << 40;
+  parts[1].p_type = PT_LOAD;
+  parts[1].p_memsz = 4096;
+  dl_phdr_info info = {};
+  info.dlpi_name = "gone.so";
+  info.dlpi_phdr = parts;
+  info.dlpi_phnum = 2;
+  const Platform::LoadedModule module = Platform::Describe(info);
+  EXPECT_TRUE(module.m_id.empty());
+  EXPECT_EQ(4096U, module.m_uEnd);
+}
+#endif
 
 }  // namespace

@@ -11,6 +11,18 @@ namespace {
 using Oxa::Core::AlertData;
 using Oxa::Core::CodeContext;
 
+using Sharing = CodeContext (*)(boost::shared_ptr<const AlertData>, AlertData&&);
+
+// The way to a private function, which an explicit instantiation may name.
+struct Opening {
+  friend Sharing SharingOf(Opening opening);
+};
+template <Sharing pFunction>
+struct Opened {
+  friend Sharing SharingOf(Opening /*opening*/) { return pFunction; }
+};
+template struct Opened<&CodeContext::Sharing>;
+
 TEST(CodeContext, PublishesItsKeys) {
   EXPECT_EQ("File", CodeContext::sFILE);
   EXPECT_EQ("Line", CodeContext::sLINE);
@@ -93,8 +105,7 @@ TEST(CodeContext, OutlivesTheOneThatItWasCopiedFrom) {
 
 TEST(CodeContext, WithoutTablesIsEmpty) {
   for (const CodeContext& context :
-       {CodeContext(AlertData(), AlertData()),
-        CodeContext::Sharing(boost::shared_ptr<const AlertData>(), AlertData())}) {
+       {CodeContext(AlertData(), AlertData()), SharingOf(Opening())(nullptr, AlertData())}) {
     EXPECT_TRUE(context.GetContextInfo().empty());
     EXPECT_TRUE(context.GetVariables().empty());
     EXPECT_FALSE(context.HasVariableInfo());
@@ -104,7 +115,7 @@ TEST(CodeContext, WithoutTablesIsEmpty) {
 
 TEST(CodeContext, SharesATable) {
   const auto table = boost::make_shared<const AlertData>(AlertData{{"File", "a"}});
-  const CodeContext context = CodeContext::Sharing(table, AlertData{{"x", "1"}});
+  const CodeContext context = SharingOf(Opening())(table, AlertData{{"x", "1"}});
   EXPECT_EQ(table.get(), &context.GetContextInfo());
   EXPECT_EQ((AlertData{{"x", "1"}}), context.GetVariables());
 }

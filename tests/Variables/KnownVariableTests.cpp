@@ -266,6 +266,7 @@ std::vector<Module> Modules() {
   std::vector<Module> modules;
 #ifdef KNOWN_BY_GXX
   modules.push_back({"gxx", KNOWN_BY_GXX, false, false});
+  modules.push_back({"gxxOlder", KNOWN_BY_GXX_OLDER, false, false});
   modules.push_back({"gxxOptimised", KNOWN_BY_GXX_OPTIMISED, true, false});
 #endif
 #ifdef KNOWN_BY_CLANG

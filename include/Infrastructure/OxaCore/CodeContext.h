@@ -14,6 +14,10 @@
 #include <string>
 #include <unordered_map>
 
+namespace MSWindows {
+class DebugHelpWalk;
+}
+
 namespace Oxa::Core {
 
 /// The table inside contexts and alerts. Its order is the order that the XML form shows; nobody relies on it.
@@ -46,10 +50,6 @@ class OXACORE_API CodeContext {
   /// Takes the tables over.
   CodeContext(AlertData&& context, AlertData&& variables);
 
-  /// A context that shares a table, which nobody may change any more, and takes the variables over. Null stands for an
-  /// empty table. May throw std::bad_alloc.
-  static CodeContext Sharing(boost::shared_ptr<const AlertData> context, AlertData&& variables);
-
   CodeContext(const CodeContext& other);
   CodeContext& operator=(const CodeContext& other);
   CodeContext(CodeContext&& other) noexcept;
@@ -59,24 +59,30 @@ class OXACORE_API CodeContext {
   /// The value under `key`, or a reference to one static empty string.
   const std::string& Get(const std::string& key) const;
 
+  /// The whole table. The reference is good until this context is assigned to, moved from or destroyed.
   const AlertData& GetContextInfo() const;
 
-  /// Names of variables with their printed values.
+  /// Names of variables with their printed values. The reference is good as long as the one above.
   const AlertData& GetVariables() const;
 
   /// Whether there is any variable.
   bool HasVariableInfo() const;
 
  private:
+  friend class MSWindows::DebugHelpWalk;
   using Table = boost::shared_ptr<const AlertData>;
 
   static const AlertData& sEMPTY_TABLE;
 
   CodeContext() = default;
 
+  // A context that shares a table, which nobody may change any more, and takes the variables over. Null stands for an
+  // empty table. May throw std::bad_alloc.
+  static CodeContext Sharing(Table context, AlertData&& variables);
+
   // Never changed once they are here, so that copies can share them; null: empty.
-  Table m_spContextInfo;
-  Table m_spVariables;
+  Table m_contextInfo;
+  Table m_variables;
 };
 
 }  // namespace Oxa::Core

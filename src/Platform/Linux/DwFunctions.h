@@ -26,6 +26,8 @@
   OXACORE_DW_FUNCTION(dwfl_module_getdwarf)            \
   OXACORE_DW_FUNCTION(dwfl_module_addrinfo)            \
   OXACORE_DW_FUNCTION(dwfl_module_dwarf_cfi)           \
+  OXACORE_DW_FUNCTION(dwarf_new_oom_handler)           \
+  OXACORE_DW_FUNCTION(dwarf_getalt)                    \
   OXACORE_DW_FUNCTION(elf_memory)                      \
   OXACORE_DW_FUNCTION(elf_version)                     \
   OXACORE_DW_FUNCTION(elf_end)                         \

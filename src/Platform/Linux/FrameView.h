@@ -9,11 +9,14 @@
 
 namespace Oxa::Core::Platform {
 
+class SymbolizedModule;
+
 /// Everything is valid while the frame is being looked at, and the debug data of its module is there.
 ///
 /// A function that the compiler put into another one has a frame of its own, with the registers, the CFA and the caller
 /// of the function that it was put into.
 struct FrameView {
+  const SymbolizedModule* m_pOwner = nullptr;  ///< of the debug data
   Dwfl_Module* m_pModule = nullptr;
   /// What makes an address of memory of one in the debug data, by addition.
   Dwarf_Addr m_bias = 0;

@@ -29,12 +29,16 @@ class SymbolReader {
 
   /// Made by the first walk, and by the one behind a fault. May throw std::bad_alloc.
   SymbolizedProcess& GetProcess() {
-    if (!m_pProcess) m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form));
+    if (!m_pProcess) m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form, m_faulted));
     return *m_pProcess;
   }
 
+  // Too many faults: each has cost memory.
+  bool IsGivenUp() const noexcept { return m_faulted.m_iCount == FaultedModules::iMOST; }
+
   // Behind a fault nothing of what was being read can be trusted, nor be given back.
   void BeginAnew() noexcept {
+    m_faulted.m_pModules[m_faulted.m_iCount++] = m_pProcess ? m_pProcess->GetRead() : nullptr;
     static_cast<void>(m_pProcess.release());
     AbandonVariables();
   }
@@ -46,6 +50,7 @@ class SymbolReader {
   Dw m_dw;
   const std::string m_sSearchPath;
   const FunctionForm m_form;
+  FaultedModules m_faulted;
   std::unique_ptr<SymbolizedProcess> m_pProcess;
 };
 
@@ -98,6 +103,7 @@ class Walk {
 
   static void Fill(FrameView& view, const NativeFrame& frame, const PlacedFunction& function) {
     const SymbolizedPlace& place = frame.m_pFacts->m_place;
+    view.m_pOwner = place.m_pModule;
     view.m_pModule = place.m_pModule->GetModule();
     view.m_bias = place.m_pModule->GetDebugBias();
     view.m_unit = place.m_unit;
@@ -178,6 +184,7 @@ void CloseSymbolReader(SymbolReader* reader) noexcept {
 bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept {
   const HoldKill alive;
   const HoldCancellation hold;
+  if (reader.IsGivenUp()) return false;
   CONTEXT here;
   if (context == nullptr) CaptureContext(here);
   Walk walk(reader, context != nullptr ? *context : here, sink, argument);
@@ -189,6 +196,7 @@ bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, voi
 void ReadFrameVariables(SymbolReader& reader, const StackFrame& frame, const VariableSink& sink) {
   if (frame.m_pView == nullptr) return;
   try {
+    const SymbolizedProcess::Reading reading(reader.GetProcess(), frame.m_pView->m_pOwner);
     ReadVariables(reader.GetFunctions(), *frame.m_pView, sink);
   } catch (...) {
     ForgetVariables();  // the same of scopes and types

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Platform/Linux/DwDebugFiles.h"
+#include "Platform/Linux/SafeMemory.h"
 #include "Platform/Machine.h"
 
 namespace Oxa::Core::Platform {
@@ -17,6 +18,7 @@ namespace Oxa::Core::Platform {
 namespace {
 
 const char* const sSHARED = ".so";
+constexpr std::size_t uMAX_NOTES = 64 * 1024;
 
 const unsigned char* Memory(std::uint64_t address) {
   return reinterpret_cast<const unsigned char*>(
@@ -50,6 +52,12 @@ void ReadId(const unsigned char* note, std::size_t size, std::vector<unsigned ch
   }
 }
 
+// What went wrong with the module's memory must not become a fault here: the loader's lock would stay held.
+void ReadIdSafely(std::uint64_t notes, std::size_t size, std::vector<unsigned char>& id) {
+  std::vector<unsigned char> copy(std::min(size, uMAX_NOTES));
+  if (ReadSafely(notes, copy.data(), copy.size())) ReadId(copy.data(), copy.size(), id);
+}
+
 // The part that begins with the file's header and goes on as it does in the file.
 std::size_t SizeOfImage(const dl_phdr_info& info) {
   std::size_t size = 0;
@@ -81,6 +89,16 @@ bool CanReadDebugData(const Dw& dw) {
          dw.dwarf_dieoffset != nullptr && dw.dwarf_offdie != nullptr;
 }
 
+// The library would end the process. A fault ends the walk.
+[[noreturn]] void RunOutOfMemory() { __builtin_trap(); }
+
+void SurviveShortage(const Dw& dw, Dwarf* debugData) {
+  if (dw.dwarf_new_oom_handler == nullptr) return;
+  dw.dwarf_new_oom_handler(debugData, &RunOutOfMemory);
+  Dwarf* const shared = dw.dwarf_getalt != nullptr ? dw.dwarf_getalt(debugData) : nullptr;
+  if (shared != nullptr) dw.dwarf_new_oom_handler(shared, &RunOutOfMemory);
+}
+
 int NoFile(Dwfl_Module*, void**, const char*, Dwarf_Addr, char**, Elf**) { return -1; }
 
 // A name stands still while the loader calls back, by a lock of its own that the thread sanitizer knows nothing of; all
@@ -104,7 +122,7 @@ LoadedModule Describe(const dl_phdr_info& info) {
   module.m_uBegin = ~std::uint64_t{0};
   for (const ElfW(Phdr)* part = info.dlpi_phdr; part != info.dlpi_phdr + info.dlpi_phnum; ++part) {
     const std::uint64_t begin = info.dlpi_addr + part->p_vaddr;
-    if (part->p_type == PT_NOTE && module.m_id.empty()) ReadId(Memory(begin), part->p_filesz, module.m_id);
+    if (part->p_type == PT_NOTE && module.m_id.empty()) ReadIdSafely(begin, part->p_filesz, module.m_id);
     if (part->p_type != PT_LOAD) continue;
     module.m_uBegin = std::min<std::uint64_t>(module.m_uBegin, begin);
     module.m_uEnd = std::max<std::uint64_t>(module.m_uEnd, begin + part->p_memsz);
@@ -180,8 +198,10 @@ bool SymbolizedModule::OpenDebugData() {
   m_bDebugDataTried = true;
   if (!CanReadDebugData(m_dw) || !OpenFile()) return false;
   m_pDebugData = m_dw.dwfl_module_getdwarf(m_pModule, &m_debugBias);
-  if (m_pDebugData != nullptr) m_units.Read(m_pDebugData);
-  return m_pDebugData != nullptr;
+  if (m_pDebugData == nullptr) return false;
+  SurviveShortage(m_dw, m_pDebugData);
+  m_units.Read(m_pDebugData);
+  return true;
 }
 
 }  // namespace Oxa::Core::Platform

@@ -58,6 +58,8 @@ class SymbolizedModule {
 
   /// False if there is no debug data.
   bool HasDebugData() { return OpenDebugData(); }
+  /// Before anything is asked for: there is none then.
+  void GiveUpDebugData() { m_bDebugDataTried = true; }
   Dwfl_Module* GetModule() const { return m_pModule; }
   /// What is added to addresses in the debug data.
   std::uint64_t GetDebugBias() const { return m_debugBias; }

@@ -44,9 +44,16 @@ int TakeModule(dl_phdr_info* info, std::size_t /*size*/, void* argument) {
 
 }  // namespace
 
+bool FaultedModules::Has(const LoadedModule& module) const {
+  for (const SymbolizedModule* const faulted : m_pModules)
+    if (faulted != nullptr && faulted->GetLoaded().IsSameAs(module)) return true;
+  return false;
+}
+
 SymbolizedProcess::SymbolizedProcess(const Dw& dw, const char* searchPath,
-                                     std::string (*form)(const char* signature))
-    : m_dw(dw), m_folders(DebugFiles::Split(searchPath)), m_form(form) {}
+                                     std::string (*form)(const char* signature),
+                                     const FaultedModules& faulted)
+    : m_dw(dw), m_folders(DebugFiles::Split(searchPath)), m_form(form), m_faulted(faulted) {}
 
 SymbolizedProcess::~SymbolizedProcess() {
   // One that never read anything may go while another is in use.
@@ -59,7 +66,10 @@ void SymbolizedProcess::TakeModules(std::vector<LoadedModule>& loaded) {
     std::unique_ptr<SymbolizedModule> taken;
     for (std::unique_ptr<SymbolizedModule>& known : m_modules)
       if (known && known->GetLoaded().IsSameAs(module)) taken.swap(known);
-    if (!taken) taken.reset(new SymbolizedModule(m_dw, std::move(module), m_folders));
+    if (!taken) {
+      taken.reset(new SymbolizedModule(m_dw, std::move(module), m_folders));
+      if (m_faulted.Has(taken->GetLoaded())) taken->GiveUpDebugData();
+    }
     modules.push_back(std::move(taken));
   }
   m_modules.swap(modules);
@@ -95,6 +105,7 @@ const AddressFacts& SymbolizedProcess::GetFacts(std::uint64_t address) {
   if (known != m_facts.end()) return known->second;
   AddressFacts facts;
   if (SymbolizedModule* const module = FindModule(address)) {
+    const Reading reading(*this, module);
     facts.m_place = FindPlace(m_dw, *module, address, m_form);
     const Dwarf_Addr place = address - module->GetLoaded().m_uBias;
     for (Dwarf_CFI* const frames : {module->GetFrames(), module->GetFramesOfDebugData()}) {

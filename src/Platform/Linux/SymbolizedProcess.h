@@ -32,11 +32,36 @@ struct LoaderCounts {
   }
 };
 
+/// What faults have been in. What was being read then is never given back, so that there must not be many.
+struct FaultedModules {
+  static constexpr int iMOST = 8;
+
+  const SymbolizedModule* m_pModules[iMOST] = {};  ///< never freed; null: it wasn't in debug data
+  int m_iCount = 0;
+
+  bool Has(const LoadedModule& module) const;
+};
+
 /// Everything here may throw std::bad_alloc.
 class SymbolizedProcess {
  public:
-  /// `form` is what signatures of functions are shown by.
-  SymbolizedProcess(const Dw& dw, const char* searchPath, std::string (*form)(const char* signature));
+  /// Marks the module whose debug data is being read.
+  class Reading {
+   public:
+    Reading(SymbolizedProcess& process, const SymbolizedModule* module) : m_process(process) {
+      m_process.m_pRead = module;
+    }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+    ~Reading() { m_process.m_pRead = nullptr; }
+
+   private:
+    SymbolizedProcess& m_process;
+  };
+
+  /// `form` is what signatures of functions are shown by. The debug data of `faulted` modules isn't read.
+  SymbolizedProcess(const Dw& dw, const char* searchPath, std::string (*form)(const char* signature),
+                    const FaultedModules& faulted);
   SymbolizedProcess(const SymbolizedProcess&) = delete;
   SymbolizedProcess& operator=(const SymbolizedProcess&) = delete;
   ~SymbolizedProcess();
@@ -47,6 +72,9 @@ class SymbolizedProcess {
 
   /// Good until the next Refresh.
   const AddressFacts& GetFacts(std::uint64_t address);
+
+  /// What a fault was in; null: in nobody's debug data.
+  const SymbolizedModule* GetRead() const { return m_pRead; }
 
   /// Whether `address` lies among the instructions of a module.
   bool IsCode(std::uint64_t address) const {
@@ -62,6 +90,8 @@ class SymbolizedProcess {
   const Dw& m_dw;
   const std::vector<std::string> m_folders;
   std::string (*const m_form)(const char* signature);
+  const FaultedModules& m_faulted;
+  const SymbolizedModule* m_pRead = nullptr;
   LoaderCounts m_counts;  // when the modules were read
   std::vector<std::unique_ptr<SymbolizedModule>> m_modules;
   std::unordered_map<std::uint64_t, AddressFacts> m_facts;

@@ -12,6 +12,7 @@ namespace Oxa::Core::Platform {
 namespace {
 
 constexpr std::size_t uMOST_MEMBERS = 10000;
+constexpr std::uint64_t uWIDEST_UNIT = 16;  // bytes
 
 const char* NameOf(const Dw& dw, Dwarf_Die& die) {
   const char* const name = dw.dwarf_diename(&die);
@@ -87,8 +88,11 @@ void TypeReader::PlaceBits(Dwarf_Die& die, MemberFacts& member) const {
   }
   std::uint64_t unit = member.m_pType ? member.m_pType->m_uSize : 0;
   NumberAt(die, DW_AT_byte_size, unit);
-  if (NumberAt(die, DW_AT_bit_offset, before) && before + size <= unit * 8)
-    member.m_uBitOffset = static_cast<unsigned>(unit * 8 - before - size);
+  if (unit > uWIDEST_UNIT || !NumberAt(die, DW_AT_bit_offset, before)) return;
+  if (before > unit * 8 || size > unit * 8 - before) return;
+  const std::uint64_t behind = unit * 8 - before - size;
+  member.m_uOffset += behind / 8;
+  member.m_uBitOffset = behind % 8;
 }
 
 void TypeReader::AddParameters(Entry& entry) {
