@@ -37,7 +37,8 @@ struct StackFrame {
   std::uint64_t m_uBase;     ///< where the module begins; 0 where nothing is known of it
   const char* m_pFunction;   ///< qualified, without parameters; null: not known
   const FrameView* m_pView;  ///< what the frame's variables can be read by; null: they can't
-  /// The sink's, empty at first: other frames of the same function at the same place find here what it put in. It goes
+  /// The sink's, empty at first: other frames of the same function at the same place find here what it put in. One reader
+  /// has one kind of sink. It goes
   /// when what is known of the place goes: as soon as modules come or go, and where too much is known.
   std::shared_ptr<PlaceNote>* m_pNote;
 };

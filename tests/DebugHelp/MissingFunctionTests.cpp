@@ -199,7 +199,7 @@ TEST_F(Library, ThatRunsOutOfMemoryCostsTheStackAlone) {
 #if defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "what faults have cut short is given up on purpose, and told as a leak";
 #endif
-  MakeWithout("dwarf_peel_type");
+  MakeWithout("dwarf_getalt");
   const Printed printed = Run("templated", {"twice"}, "OUT_OF_MEMORY=1");
   EXPECT_EQ(printed.Count("0 frames"), 2) << printed.All();
 }
@@ -221,7 +221,7 @@ TEST_F(Library, WithoutSymbolsAFunctionIsItsModuleAndTheOffset) {
 }
 
 TEST_F(Library, WithoutTypesOrScopesThereAreNoVariables) {
-  for (const char* const part : {"dwarf_formref_die", "dwarf_getlocation_addr", "dwarf_peel_type"}) {
+  for (const char* const part : {"dwarf_formref_die", "dwarf_getlocation_addr", "dwarf_formudata"}) {
     MakeWithout(part);
     const Printed printed = Run("descend");
     EXPECT_TRUE(printed.Has("victim::Counter::Descend [VictimO0]")) << part << printed.All();

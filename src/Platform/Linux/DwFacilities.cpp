@@ -36,7 +36,7 @@ constexpr Facility aFACILITIES[] = {
     {"SymGetSearchPath", {}},
     {"SymSetContext", {"dwarf_child", "dwarf_siblingof", "dwarf_tag", "dwarf_haspc"}},
     {"SymEnumSymbols", {"dwarf_getlocation_addr", "dwarf_diename", "dwarf_attr"}},
-    {"SymGetTypeInfo", {"dwarf_formref_die", "dwarf_formudata", "dwarf_peel_type"}},
+    {"SymGetTypeInfo", {"dwarf_formref_die", "dwarf_formudata"}},
     {"MiniDumpWriteDump", {}},
 };
 

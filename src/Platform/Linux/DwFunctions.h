@@ -82,7 +82,6 @@
   OXACORE_DW_FUNCTION(dwarf_bitsize)                   \
   OXACORE_DW_FUNCTION(dwarf_bitoffset)                 \
   OXACORE_DW_FUNCTION(dwarf_aggregate_size)            \
-  OXACORE_DW_FUNCTION(dwarf_peel_type)                 \
   OXACORE_DW_FUNCTION(dwarf_getlocation)               \
   OXACORE_DW_FUNCTION(dwarf_getlocations)              \
   OXACORE_DW_FUNCTION(dwarf_getlocation_addr)          \

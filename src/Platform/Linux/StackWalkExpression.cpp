@@ -43,7 +43,7 @@ class Machine {
 
   void Dereference(std::uint64_t size) {
     std::uint64_t value = 0;
-    m_bGood = m_bGood && size <= sizeof value && m_memory.Read(Pop(), &value, size);
+    m_bGood = m_bGood && size > 0 && size <= sizeof value && m_memory.Read(Pop(), &value, size);
     Push(value);
   }
 

@@ -7,6 +7,7 @@ namespace {
 const char* const sNAMELESS_NAMESPACE = "(anonymous namespace)";
 constexpr int iMAX_ORIGINS = 8;  // that refer to each other
 constexpr int iMAX_DEPTH = 64;
+constexpr int iMAX_CHILDREN = 1000000;  // damaged data may go round in circles
 
 bool Follow(const Dw& dw, Dwarf_Die& entry, unsigned kind) {
   Dwarf_Attribute attribute;
@@ -35,11 +36,12 @@ bool FindChildWith(const Dw& dw, Dwarf_Die& parent, Dwarf_Off place, Dwarf_Die& 
   Dwarf_Die child;
   if (dw.dwarf_child(&parent, &child) != 0) return false;
   bool any = false;
+  int left = iMAX_CHILDREN;
   do {
     if (dw.dwarf_dieoffset(&child) > place) break;
     found = child;
     any = true;
-  } while (dw.dwarf_siblingof(&child, &child) == 0);
+  } while (--left > 0 && dw.dwarf_siblingof(&child, &child) == 0);
   return any;
 }
 

@@ -3,6 +3,7 @@
 #include <cxxabi.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -15,6 +16,7 @@ namespace {
 
 const char* const sMAIN = "main";
 constexpr std::size_t uMAX_SCOPES = 64;     // in each other
+constexpr int iMAX_CHILDREN = 1000000;      // damaged data may go round in circles
 constexpr std::size_t uMAX_MANGLED = 4096;  // the demangler needs stack in proportion
 
 using Form = std::string (*)(const char* signature);
@@ -73,7 +75,7 @@ class Finder {
     Dwarf_Word line = 0;
     if (m_dw.dwarf_getsrcfiles(&m_place.m_unit, &files, &count) != 0) return;
     if (!ReadNumber(inlined, DW_AT_call_file, file) || !ReadNumber(inlined, DW_AT_call_line, line)) return;
-    if (file >= count || line == 0) return;
+    if (file >= count || line == 0 || line > INT_MAX) return;
     caller.m_pFile = m_dw.dwarf_filesrc(files, file, nullptr, nullptr);
     caller.m_iLine = static_cast<int>(line);
   }
@@ -100,6 +102,7 @@ class Finder {
   bool FindInner(Dwarf_Die& parent, Dwarf_Die& found) {
     Dwarf_Die child;
     if (m_dw.dwarf_child(&parent, &child) != 0) return false;
+    int left = iMAX_CHILDREN;
     do {
       const int tag = m_dw.dwarf_tag(&child);
       if (tag != DW_TAG_lexical_block && tag != DW_TAG_inlined_subroutine && tag != DW_TAG_try_block &&
@@ -109,7 +112,7 @@ class Finder {
         found = child;
         return true;
       }
-    } while (m_dw.dwarf_siblingof(&child, &child) == 0);
+    } while (--left > 0 && m_dw.dwarf_siblingof(&child, &child) == 0);
     return false;
   }
 

@@ -6,8 +6,8 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr int iMAX_DEPTH = 32;       // of namespaces in each other
-constexpr int iMAX_RANGES = 100000;  // of one entry: damaged data may go round in circles
+constexpr int iMAX_DEPTH = 32;          // of namespaces in each other
+constexpr int iMAX_CHILDREN = 1000000;  // of one unit: damaged data may go round in circles
 
 bool IsNamespace(int tag) { return tag == DW_TAG_namespace || tag == DW_TAG_module; }
 
@@ -27,13 +27,13 @@ bool EntriesByAddress::Find(Dwarf_Addr address, Dwarf_Off& entry) const {
   return true;
 }
 
-void SymbolizedUnits::AddRanges(EntriesByAddress& entries, Dwarf_Die& entry) const {
+void SymbolizedUnits::AddRanges(EntriesByAddress& entries, Dwarf_Die& entry) {
   Dwarf_Addr base = 0;
   Dwarf_Addr begin = 0;
   Dwarf_Addr end = 0;
   ptrdiff_t offset = 0;
   const Dwarf_Off place = m_dw.dwarf_dieoffset(&entry);
-  for (int count = 0; count < iMAX_RANGES; ++count) {
+  for (; m_iRangesLeft > 0; --m_iRangesLeft) {
     offset = m_dw.dwarf_ranges(&entry, offset, &base, &begin, &end);
     if (offset <= 0) return;
     // What the linker threw away lies at the beginning of the address space.
@@ -58,22 +58,22 @@ bool SymbolizedUnits::FindUnit(Dwarf_Addr address, Dwarf_Die& unit) const {
   return m_units.Find(address, place) && m_dw.dwarf_offdie(m_pDebugData, place, &unit) != nullptr;
 }
 
-void SymbolizedUnits::AddFunctions(EntriesByAddress& entries, Dwarf_Die parent, int depth) const {
+void SymbolizedUnits::AddFunctions(EntriesByAddress& entries, Dwarf_Die parent, int depth) {
   Dwarf_Die child;
   if (depth == 0 || m_dw.dwarf_child(&parent, &child) != 0) return;
   do {
     const int tag = m_dw.dwarf_tag(&child);
     if (tag == DW_TAG_subprogram) AddRanges(entries, child);
     if (IsNamespace(tag) && depth > 1) AddFunctions(entries, child, depth - 1);
-  } while (m_dw.dwarf_siblingof(&child, &child) == 0);
+  } while (--m_iChildrenLeft > 0 && m_dw.dwarf_siblingof(&child, &child) == 0);
 }
 
-void SymbolizedUnits::AddInnerFunctions(EntriesByAddress& entries, Dwarf_Die unit) const {
+void SymbolizedUnits::AddInnerFunctions(EntriesByAddress& entries, Dwarf_Die unit) {
   Dwarf_Die child;
   if (m_dw.dwarf_child(&unit, &child) != 0) return;
   do {
     if (IsNamespace(m_dw.dwarf_tag(&child))) AddFunctions(entries, child, iMAX_DEPTH);
-  } while (m_dw.dwarf_siblingof(&child, &child) == 0);
+  } while (--m_iChildrenLeft > 0 && m_dw.dwarf_siblingof(&child, &child) == 0);
 }
 
 bool SymbolizedUnits::FindFunction(const Dwarf_Die& unit, Dwarf_Addr address, Dwarf_Die& function) {
@@ -81,6 +81,7 @@ bool SymbolizedUnits::FindFunction(const Dwarf_Die& unit, Dwarf_Addr address, Dw
   const auto [found, isNew] = m_functions.try_emplace(m_dw.dwarf_dieoffset(&entry));
   Functions& functions = found->second;
   if (isNew) {
+    m_iChildrenLeft = iMAX_CHILDREN;
     AddFunctions(functions.m_outer, unit, 1);
     functions.m_outer.Sort();
   }
@@ -88,6 +89,7 @@ bool SymbolizedUnits::FindFunction(const Dwarf_Die& unit, Dwarf_Addr address, Dw
   if (!functions.m_outer.Find(address, place)) {
     if (!functions.m_bInnerRead) {
       functions.m_bInnerRead = true;
+      m_iChildrenLeft = iMAX_CHILDREN;
       AddInnerFunctions(functions.m_inner, unit);
       functions.m_inner.Sort();
     }

@@ -47,11 +47,13 @@ class SymbolizedUnits {
     bool m_bInnerRead = false;
   };
 
-  void AddRanges(EntriesByAddress& entries, Dwarf_Die& entry) const;
-  void AddFunctions(EntriesByAddress& entries, Dwarf_Die parent, int depth) const;
-  void AddInnerFunctions(EntriesByAddress& entries, Dwarf_Die unit) const;
+  void AddRanges(EntriesByAddress& entries, Dwarf_Die& entry);
+  void AddFunctions(EntriesByAddress& entries, Dwarf_Die parent, int depth);
+  void AddInnerFunctions(EntriesByAddress& entries, Dwarf_Die unit);
 
   const Dw& m_dw;
+  int m_iRangesLeft = 1000000;  // for all entries of the module; damaged data may go round in circles
+  int m_iChildrenLeft = 0;      // for the unit that is being read
   Dwarf* m_pDebugData = nullptr;
   EntriesByAddress m_units;
   std::unordered_map<Dwarf_Off, Functions> m_functions;  // by unit

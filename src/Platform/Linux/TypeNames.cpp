@@ -45,9 +45,8 @@ std::string TypeNames::Of(const Dw& dw, Dwarf_Die die, const char* alias) {
 }
 
 const TypeNames::Unit& TypeNames::UnitOf(const Dw& dw, Dwarf_Die& die) {
-  static const Unit s_none;
   Dwarf_Die unit{};
-  if (!dw.dwarf_diecu || !dw.dwarf_diecu(&die, &unit, nullptr, nullptr)) return s_none;
+  if (!dw.dwarf_diecu || !dw.dwarf_diecu(&die, &unit, nullptr, nullptr)) return m_none;
   const auto [found, isNew] = m_units.try_emplace(unit.addr);
   if (isNew) AddChildren(dw, unit, -1, 0, found->second);
   return found->second;
@@ -57,6 +56,7 @@ const TypeNames::Unit& TypeNames::UnitOf(const Dw& dw, Dwarf_Die& die) {
 void TypeNames::AddChildren(const Dw& dw, Dwarf_Die& parent, int place, int depth, Unit& unit) {
   Dwarf_Die child{};
   if (depth == iDEEPEST || dw.dwarf_child(&parent, &child) != 0) return;
+  std::size_t left = uMOST_PLACES;
   do {
     const int tag = dw.dwarf_tag(&child);
     const bool space = tag == DW_TAG_namespace;
@@ -64,7 +64,7 @@ void TypeNames::AddChildren(const Dw& dw, Dwarf_Die& parent, int place, int dept
     unit.push_back({child.addr, place, dw.dwarf_diename(&child), space});
     if (tag != DW_TAG_enumeration_type)
       AddChildren(dw, child, static_cast<int>(unit.size()) - 1, depth + 1, unit);
-  } while (unit.size() < uMOST_PLACES && dw.dwarf_siblingof(&child, &child) == 0);
+  } while (--left > 0 && unit.size() < uMOST_PLACES && dw.dwarf_siblingof(&child, &child) == 0);
 }
 
 const TypeNames::Place* TypeNames::Find(const Unit& unit, const void* entry) {

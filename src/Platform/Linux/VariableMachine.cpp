@@ -65,7 +65,7 @@ bool ExpressionMachine::Pop(Word& word) noexcept {
 }
 
 bool ExpressionMachine::Run(const Dwarf_Op* operations, std::size_t count) {
-  if (m_scene.m_iDepth > iDEPTH) return false;
+  if (m_scene.m_iDepth > iDEPTH || count > uOPERATIONS) return false;
   m_pOperations = operations;
   m_uOperations = count;
   for (m_uNext = 0; m_uNext < count;) {

@@ -35,6 +35,7 @@ class ExpressionMachine {
   enum EFound { eFOUND_ON_STACK, eFOUND_REGISTER, eFOUND_VALUE, eFOUND_BLOCK };
   static constexpr int iWORDS = 32;
   static constexpr int iSTEPS = 2000;
+  static constexpr std::size_t uOPERATIONS = 4096;
   static constexpr int iDEPTH = 8;
 
   bool Step(const Dwarf_Op& operation);
