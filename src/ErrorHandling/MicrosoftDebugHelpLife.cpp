@@ -83,7 +83,7 @@ DebugHelpLife::Attempt DebugHelpLife::Try() {
   const Making making;
   const Platform::HoldFloatTraps untrapped;
   Attempt attempt;
-  HINSTANCE const module = LoadDebugHelpDll();
+  const auto module = LoadDebugHelpDll();
   attempt.m_trouble.m_bLoadFailed = module == nullptr;
   if (module == nullptr) return attempt;
   attempt.m_spMade.reset(new DebugHelp(module));

@@ -151,7 +151,8 @@ int FileHandle::Reserve(std::uint64_t size) noexcept {
   std::size_t ignored = 0;
   const int code =
       Again([&] { return fallocate(m_iFile, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)); }, ignored);
-  return code == EOPNOTSUPP || code == ENOSYS ? 0 : code;
+  // Whatever else it says: it can't promise room, which doesn't mean that there is none.
+  return code == ENOSPC || code == EDQUOT || code == EFBIG ? code : 0;
 }
 
 int FileHandle::Truncate(std::uint64_t size) noexcept {
