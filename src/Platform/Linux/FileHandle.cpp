@@ -151,8 +151,8 @@ int FileHandle::Reserve(std::uint64_t size) noexcept {
   std::size_t ignored = 0;
   const int code =
       Again([&] { return fallocate(m_iFile, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)); }, ignored);
-  // Whatever else it says: it can't promise room, which doesn't mean that there is none.
-  return code == ENOSPC || code == EDQUOT || code == EFBIG ? code : 0;
+  // Who can't be asked for room, or may not be asked, doesn't say that there is none.
+  return code == EOPNOTSUPP || code == ENOSYS || code == EPERM ? 0 : code;
 }
 
 int FileHandle::Truncate(std::uint64_t size) noexcept {

@@ -29,7 +29,8 @@ class SymbolReader {
 
   /// Made by the first walk, and by the one behind a fault. May throw std::bad_alloc.
   SymbolizedProcess& GetProcess() {
-    if (!m_pProcess) m_pProcess.reset(new SymbolizedProcess(m_dw, m_sSearchPath.c_str(), m_form, m_faulted));
+    if (!m_pProcess)
+      m_pProcess = std::make_unique<SymbolizedProcess>(m_dw, m_sSearchPath.c_str(), m_form, m_faulted);
     return *m_pProcess;
   }
 

@@ -89,8 +89,8 @@ bool CanReadDebugData(const Dw& dw) {
          dw.dwarf_dieoffset != nullptr && dw.dwarf_offdie != nullptr;
 }
 
-// The library would end the process. A fault ends the walk.
-[[noreturn]] void RunOutOfMemory() { __builtin_trap(); }
+// The library would end the process. A fault ends the walk. The attribute is the form that is part of the type.
+__attribute__((noreturn)) void RunOutOfMemory() { __builtin_trap(); }
 
 void SurviveShortage(const Dw& dw, Dwarf* debugData) {
   if (dw.dwarf_new_oom_handler == nullptr) return;

@@ -67,7 +67,7 @@ void SymbolizedProcess::TakeModules(std::vector<LoadedModule>& loaded) {
     for (std::unique_ptr<SymbolizedModule>& known : m_modules)
       if (known && known->GetLoaded().IsSameAs(module)) taken.swap(known);
     if (!taken) {
-      taken.reset(new SymbolizedModule(m_dw, std::move(module), m_folders));
+      taken = std::make_unique<SymbolizedModule>(m_dw, std::move(module), m_folders);
       if (m_faulted.Has(taken->GetLoaded())) taken->GiveUpDebugData();
     }
     modules.push_back(std::move(taken));
