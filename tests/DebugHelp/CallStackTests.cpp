@@ -119,8 +119,10 @@ TEST(CallStack, IsThereOnManyThreadsAtOnce) {
 
 TEST(CallStack, TellsOfTheThreadAndTheProcessThatRaise) {
   const Printed printed = RunHost(Victim("VictimO0"), "-", 0, {"whose"});
-  for (const char* const who : {"main", "other", "main again", "child"})
-    EXPECT_TRUE(printed.Has(std::string(who) + " sees itself")) << printed.All();
+  for (const char* const who :
+       {"main sees itself", "other sees itself", "main again sees itself", "before sees itself, first",
+        "behind sees itself, second", "child sees itself"})
+    EXPECT_TRUE(printed.Has(who)) << printed.All();
 }
 
 }  // namespace

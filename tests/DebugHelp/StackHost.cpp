@@ -164,16 +164,26 @@ void TellWhose(Run run, const char* who) {
     bool own = error.GetCallStack()->size() > 1;
     for (const CodeContext& frame : *error.GetCallStack())
       own = own && frame.Get(CodeContext::sTHREAD_ID) == here.Get(CodeContext::sTHREAD_ID) &&
+            frame.Get(CodeContext::sTHREAD) == here.Get(CodeContext::sTHREAD) &&
             frame.Get(CodeContext::sPROCESS_ID) == std::to_string(::getpid());
-    std::cout << who << (own ? " sees itself\n" : " sees another\n");
+    std::cout << who << (own ? " sees itself, " : " sees another, ") << here.Get(CodeContext::sTHREAD)
+              << '\n';
     std::cout.flush();
   }
+}
+
+void RaiseUnderTwoNames(Run run) {
+  System::Instance()->SetCurrentThreadName("first");
+  TellWhose(run, "before");
+  System::Instance()->SetCurrentThreadName("second");
+  TellWhose(run, "behind");
 }
 
 void RaiseAtOnePlace(Run run) {
   TellWhose(run, "main");
   std::thread([run] { TellWhose(run, "other"); }).join();
   TellWhose(run, "main again");
+  std::thread(&RaiseUnderTwoNames, run).join();
   const pid_t child = ::fork();
   if (child == 0) {
     TellWhose(run, "child");
