@@ -37,9 +37,9 @@ struct StackFrame {
   std::uint64_t m_uBase;     ///< where the module begins; 0 where nothing is known of it
   const char* m_pFunction;   ///< qualified, without parameters; null: not known
   const FrameView* m_pView;  ///< what the frame's variables can be read by; null: they can't
-  /// The sink's, empty at first: other frames of the same function at the same place find here what it put in. One reader
-  /// has one kind of sink. It goes
-  /// when what is known of the place goes: as soon as modules come or go, and where too much is known.
+  /// The sink's, empty at first: other frames of the same function at the same place find here what it put in. It goes
+  /// when what is known of the place goes: as soon as modules come or go, and where too much is known. One reader has
+  /// one kind of sink.
   std::shared_ptr<PlaceNote>* m_pNote;
 };
 
@@ -70,8 +70,8 @@ void CloseSymbolReader(SymbolReader* reader) noexcept;
 /// Hands the frames of a stack to `sink`, from `context` on, or from the caller of this function on where that is
 /// null. The stack has to stand meanwhile. A fault within ends the walk, and the reader begins anew with the next one,
 /// without the debug data that the fault was in; what had been read isn't given back. After eight of them nothing is
-/// walked any more. Nothing may be thrown out of `sink`. False if it was a fault that ended it, or nothing was walked. Kills and cancellations of this
-/// thread wait.
+/// walked any more. Nothing may be thrown out of `sink`. False if it was a fault that ended it, or nothing was walked.
+/// Kills and cancellations of this thread wait.
 bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept;
 
 /// For a sink: hands the variables of `frame` to another one, those of inner blocks first; of several with one name only
