@@ -19,6 +19,9 @@ std::string ReadAll(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+// A dump that it doesn't open keeps it from no other.
+const char* const sOPTIONS =
+    " --no-lldbinit -O 'settings set interpreter.stop-command-source-on-error false' -b -s ";
 const char* const sFORMAT =
     R"(settings set frame-format "frame #${frame.index}: ${frame.pc}{ ${function.name-without-args}}\n")";
 
@@ -59,8 +62,8 @@ std::vector<std::vector<std::string>> TopFunctions(const std::vector<fs::path>& 
   const fs::path script = dumps[0].string() + ".commands";
   const fs::path result = dumps[0].string() + ".frames";
   WriteCommands(script, dumps);
-  const std::string command = "timeout 120 " + Debugger() + " --no-lldbinit -b -s " + script.string() + " >" +
-                              result.string() + " 2>&1 </dev/null";
+  const std::string command =
+      "timeout 120 " + Debugger() + sOPTIONS + script.string() + " >" + result.string() + " 2>&1 </dev/null";
   // Its status tells of the last command only.
   if (std::system(command.c_str()) < 0) return all;
   const std::string text = ReadAll(result);
