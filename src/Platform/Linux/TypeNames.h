@@ -31,7 +31,7 @@ class TypeNames {
   static std::string NameFrom(const Unit& unit, const Place* place);
   static std::string LocalName(const Dw& dw, Dwarf_Die& die);
 
-  const Unit m_none;  // of what lies in no unit
+  const Unit m_none{};  // of what lies in no unit
   std::unordered_map<const void*, Unit> m_units;
 };
 
