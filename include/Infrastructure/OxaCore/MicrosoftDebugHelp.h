@@ -104,9 +104,10 @@ class OXACORE_API DebugHelp {
 
   /// The stack that `context` is the innermost frame of; it has to stand as yet. At most `maxFrames` frames (0 or less:
   /// none, an empty list), and only those that a source line is known of; a function that the compiler put into another
-  /// one has a frame of its own. Each has its file, line and function, the module under the key "Module", and its variables as far as they can be
-  /// read. Null, and a warning FunctionNotFound for each, where functions are missing that no stack can be walked
-  /// without. Afterwards the thread has the translator of faults and the floating-point environment that it had.
+  /// one has a frame of its own. Each has its file, line and function, the module under the key "Module", and its
+  /// variables as far as they can be read. Null, and a warning FunctionNotFound for each, where functions are missing
+  /// that no stack can be walked without. Afterwards the thread has the translator of faults and the floating-point
+  /// environment that it had.
   boost::shared_ptr<std::vector<Oxa::Core::CodeContext>> CreateCallStack(const CONTEXT& context,
                                                                          int maxFrames);
 
