@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "Support/Allocations.h"
+#include "Support/SecondsNow.h"
 
 using namespace Oxa::Core;
 
@@ -271,9 +272,9 @@ class Zone {
 TEST_F(QueueNamed, ReportsTheLocalTime) {
   const Zone zone("Probe-5:17");
   Queue<int> queue("Entries", nullptr, 1, 1, 9);
-  const std::time_t before = std::time(nullptr);
+  const std::time_t before = TestSupport::SecondsNow();
   const std::string told = PushAndListen(queue, 1);
-  const std::time_t after = std::time(nullptr);
+  const std::time_t after = TestSupport::SecondsNow();
   bool found = false;
   for (std::time_t moment = before; moment <= after; ++moment) {
     char text[16];

@@ -10,6 +10,7 @@
 #include "PageReader.h"
 #include "Support/ChildProcess.h"
 #include "Support/DyingChild.h"
+#include "Support/SecondsNow.h"
 #include "TemporaryFolder.h"
 
 namespace {
@@ -43,9 +44,9 @@ class Death {
     TestSupport::ExpectDeaths();
     arguments.insert(arguments.begin(), STATION);
     arguments.insert(arguments.end(), {"--folder", m_folder.File("reports"), "--log", m_folder.File("log")});
-    m_begin = std::time(nullptr);
+    m_begin = TestSupport::SecondsNow();
     m_result = RunChild(arguments, {}, LIMIT);
-    m_end = std::time(nullptr);
+    m_end = TestSupport::SecondsNow();
   }
 
   int Status() const { return m_result.m_iStatus; }
