@@ -53,6 +53,7 @@ class OXACORE_API AlertInfo {
   /// Name of the element of the XML form: "Alert" here, "Error" and "Warning" in the two families.
   virtual std::string XMLElementName();
 
+  /// Whether there is a text under `key`, an empty one included.
   bool DataExists(const std::string& key) const;
 
   /// The value under `key`, or a reference to one static empty string.
@@ -64,6 +65,7 @@ class OXACORE_API AlertInfo {
   /// Sets or replaces. False only if there is no table.
   bool SetData(const std::string& key, const std::string& value);
 
+  /// As it was built with.
   ESeverity GetSeverity() const;
 
   /// Appends a place to the unwind stack, if there is one and memory allows.

@@ -50,6 +50,7 @@ class OXACORE_API AlertListener : public NotificationListener {
   /// which is empty if there is none. Not subject to IsInterestedIn.
   virtual void UncaughtFatalError(Error& error, const std::string& fatalErrorPath);
 
+  /// A warning was raised, on this thread. Does nothing here.
   virtual void WarningRaised(Warning& warning);
 
  protected:

@@ -43,8 +43,10 @@ namespace Oxa::Core {
 /// A count of 32 bits that stays at its top.
 class SaturatingCount {
  public:
+  /// The top.
   static constexpr std::uint32_t uTOP = 4294967295U;
 
+  // Beginning, counting one, beginning anew, and the count.
   constexpr explicit SaturatingCount(std::uint32_t count = 0) : m_uCount(count) {}
   constexpr void Add() {
     if (m_uCount < uTOP) ++m_uCount;
@@ -90,6 +92,7 @@ class OXACORE_API AlertRecord {
 class OXACORE_API WarningRecord : public AlertRecord {
  public:
   WarningRecord();
+  // For the class of that name, or for that of the alert; nothing is counted yet.
   WarningRecord(const std::string& className, const std::string& category);
   explicit WarningRecord(const AlertInfo& warning);
 
@@ -147,6 +150,7 @@ class OXACORE_API ErrorHandler {
 class OXACORE_API ErrorRecord : public AlertRecord {
  public:
   ErrorRecord();
+  /// For the class of the alert; nothing is counted yet.
   explicit ErrorRecord(const AlertInfo& error);
 
   /// "Error" or "Critical", as under AlertInfo::sSEVERITY.
@@ -164,9 +168,13 @@ class OXACORE_API ErrorRecord : public AlertRecord {
 
 /// Highest raised count first, ties by class name.
 struct OXACORE_API SSortErrors {
+  /// Whether `left` comes first.
   bool operator()(const ErrorRecord& left, const ErrorRecord& right) const;
 };
+
+/// The same for warnings.
 struct OXACORE_API SSortWarnings {
+  /// Whether `left` comes first.
   bool operator()(const WarningRecord& left, const WarningRecord& right) const;
 };
 
@@ -179,6 +187,7 @@ class OXACORE_API CurrentErrors {
   CurrentErrors& operator=(const CurrentErrors&) = delete;
   ~CurrentErrors();
 
+  /// Keeps a copy of `error` as the entry of that thread. May throw std::bad_alloc.
   void Store(unsigned long threadId, const Error& error);
 
   /// Makes `found` a copy of the thread's entry; of any entry if the thread has none. False, and `found` is
@@ -193,6 +202,7 @@ class OXACORE_API CurrentErrors {
 /// Calls ErrorRaised of every AlertListener that is interested.
 class OXACORE_API ErrorRaised : public Notification {
  public:
+  /// `error` is only referred to.
   explicit ErrorRaised(Error& error) : m_error(error) {}
   ~ErrorRaised() override;
   void Notify(NotificationListener& listener) override;
@@ -204,6 +214,7 @@ class OXACORE_API ErrorRaised : public Notification {
 /// Calls ErrorHandled of every AlertListener that is interested.
 class OXACORE_API ErrorHandled : public Notification {
  public:
+  /// `error` is only referred to.
   explicit ErrorHandled(Error& error) : m_error(error) {}
   ~ErrorHandled() override;
   void Notify(NotificationListener& listener) override;
@@ -215,6 +226,7 @@ class OXACORE_API ErrorHandled : public Notification {
 /// Calls WarningRaised of every AlertListener that is interested.
 class OXACORE_API WarningRaised : public Notification {
  public:
+  /// `warning` is only referred to.
   explicit WarningRaised(Warning& warning) : m_warning(warning) {}
   ~WarningRaised() override;
   void Notify(NotificationListener& listener) override;
@@ -226,6 +238,7 @@ class OXACORE_API WarningRaised : public Notification {
 /// Calls UncaughtFatalError of every AlertListener, interested or not.
 class OXACORE_API UncaughtFatalErrorNotification : public Notification {
  public:
+  /// `error` is only referred to; `fatalErrorPath` is where the records lie.
   UncaughtFatalErrorNotification(Error& error, const std::string& fatalErrorPath)
       : m_error(error), m_sFatalErrorPath(fatalErrorPath) {}
   ~UncaughtFatalErrorNotification() override;

@@ -60,6 +60,7 @@ class OXACORE_API Test {
   /// The outcome of one test.
   class OXACORE_API Result {
    public:
+    /// How the test ended.
     enum EType : int {
       eDISABLED = -3,   ///< the test was disabled and did not run
       eNO_RESULT = -2,  ///< no results at all; only Test::GetResult gives this
@@ -76,6 +77,7 @@ class OXACORE_API Test {
     Result(const std::string& testName, const Failure& failure);
     Result(const std::string& testName, EType type, const std::string& text);
 
+    // As it was made.
     const std::string& GetTestName() const { return m_testName; }
     EType GetType() const { return m_eType; }
     const std::string& GetText() const { return m_text; }
@@ -99,11 +101,13 @@ class OXACORE_API Test {
     virtual void CustomNotification(const Test& test);
 
    protected:
+    /// Before Setup. Not called for a test that is disabled.
     virtual void SettingUpTest(const Test& test);
     /// Not called for a test that is disabled or whose Setup failed.
     virtual void ExecutingTest(const Test& test);
     /// The results are there, also those of a test that is disabled or whose Setup failed.
     virtual void TestCompleted(const Test& test);
+    /// Before TearDown, which is called at the end of every run.
     virtual void TearingDownTest(const Test& test);
 
    private:
@@ -118,12 +122,14 @@ class OXACORE_API Test {
     ~CustomNotification() override;
 
    protected:
+    /// Calls the operation of `listener`.
     void Tell(Listener& listener) override;
 
    private:
     const Test& m_test;
   };
 
+  /// Enabled, without results.
   explicit Test(const std::string& name);
   Test(const Test&) = delete;
   Test& operator=(const Test&) = delete;
@@ -150,6 +156,7 @@ class OXACORE_API Test {
   virtual void TearDown();
 
  public:
+  /// As it was made with.
   const std::string& GetName() const { return m_name; }
 
   /// A disabled test doesn't run: RunTest records an eDISABLED, and a suite passes it over. Enabled at first.
@@ -197,6 +204,7 @@ class OXACORE_API Test {
 /// One step of a run, told to Test::Listeners.
 class OXACORE_API TestNotification : public NotificationTo<Test::Listener> {
  public:
+  /// Which step; the operations of Test::Listener in their order.
   enum EKind : std::int32_t { eSETTING_UP = 1, eEXECUTING = 2, eCOMPLETED = 3, eTEARING_DOWN = 4 };
 
   /// `test` must outlive the broadcast.
@@ -204,6 +212,7 @@ class OXACORE_API TestNotification : public NotificationTo<Test::Listener> {
   ~TestNotification() override;
 
  protected:
+  /// Calls the operation of `listener` that belongs to the kind.
   void Tell(Test::Listener& listener) override;
 
  private:
@@ -223,6 +232,7 @@ class OXACORE_API ErrorDuringTestNotification : public Warning {
 /// the root follows every test of the tree, suites included.
 class OXACORE_API TestSuite : public Test, public Test::Listener {
  public:
+  /// Without children.
   explicit TestSuite(const std::string& name);
   ~TestSuite() override;
 
@@ -234,11 +244,13 @@ class OXACORE_API TestSuite : public Test, public Test::Listener {
   /// still runs the children that it began with.
   bool RemoveTest(boost::shared_ptr<Test> test);
 
+  /// Takes all children out. A run that is going on still runs those that it began with.
   void Clear();
 
   /// Puts the children, in order, in place of what `tests` held.
   void GetTests(std::vector<boost::shared_ptr<Test>>& tests) const;
 
+  /// How many children there are, disabled ones included, those of suites among them not.
   int GetNumChildTests() const;
 
   /// The tests of the tree beneath this suite; suites among them count if `countSuites` is true. What is disabled
@@ -253,6 +265,7 @@ class OXACORE_API TestSuite : public Test, public Test::Listener {
   void CustomNotification(const Test& test) override;
 
  protected:
+  // Each tells the suite's own listeners the same, with the same test.
   void SettingUpTest(const Test& test) override;
   void ExecutingTest(const Test& test) override;
   void TestCompleted(const Test& test) override;
@@ -276,6 +289,7 @@ class OXACORE_API TestSuite : public Test, public Test::Listener {
 /// 5.25 V". With one condition only its part is there, with none "No tolerance conditions for test".
 class OXACORE_API RangeTest : public Test {
  public:
+  /// How a value is held against one tolerance.
   enum ECondition : int {
     eNO_CONDITION = 0,  ///< the tolerance isn't used
     eGREATER = 1,       ///< passes if the value is greater than the tolerance
@@ -284,10 +298,12 @@ class OXACORE_API RangeTest : public Test {
     eLESS_OR_EQUAL = 4  ///< passes if the value is LESS: equality fails, whatever the name and the text say
   };
 
+  /// Tolerances and conditions as SetLowerTolerance and SetUpperTolerance set them.
   RangeTest(const std::string& name, UnitizedValue<double> lower, UnitizedValue<double> upper,
             ECondition lowerCondition, ECondition upperCondition);
   ~RangeTest() override;
 
+  // The two tolerances, each with its condition. For between the runs.
   void SetLowerTolerance(UnitizedValue<double> tolerance, ECondition condition);
   void SetUpperTolerance(UnitizedValue<double> tolerance, ECondition condition);
   void GetTolerances(UnitizedValue<double>& lower, ECondition& lowerCondition, UnitizedValue<double>& upper,
@@ -313,6 +329,7 @@ class OXACORE_API RangeTest : public Test {
 /// A deleter that does nothing, for a shared pointer to what somebody else owns, such as `this`.
 class NoDelete {
  public:
+  /// Does nothing.
   void operator()(const void*) const {}
 };
 
@@ -325,6 +342,7 @@ OXACORE_API Test::Result RaiseNullPointer(const std::string& testName, const std
 template <class T>
 class TestMethod : public Test {
  public:
+  // A method that gives the result, or one that leaves the text of a result that passed in its argument.
   TestMethod(const std::string& name, boost::shared_ptr<T> object, Result (T::*method)())
       : Test(name), m_spObject(std::move(object)), m_pfnResult(method) {}
   TestMethod(const std::string& name, boost::shared_ptr<T> object, void (T::*method)(std::string&))

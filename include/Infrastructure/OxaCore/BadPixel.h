@@ -25,21 +25,27 @@ class OXACORE_API NoBadPixelValue : public ErrorClass<NoBadPixelValue, LogicErro
 template <class T>
 class BadPixel;
 
+/// Signed, whatever the platform's `char` is.
 template <>
 class BadPixel<char> {
  public:
+  /// The mark.
   static constexpr char Value() noexcept { return static_cast<char>(-128); }
 };
 
+/// The highest value.
 template <>
 class BadPixel<unsigned char> {
  public:
+  /// The mark.
   static constexpr unsigned char Value() noexcept { return 255; }
 };
 
+/// The highest value.
 template <>
 class BadPixel<short> {
  public:
+  /// The mark.
   static constexpr short Value() noexcept { return 32767; }
 };
 
@@ -55,9 +61,11 @@ class OXACORE_API BadPixel<int> {
 template <>
 class BadPixel<long> {
  public:
+  /// The mark.
   static constexpr long Value() noexcept { return 0x7fffffffL; }
 };
 
+/// The same number as for `double`.
 template <>
 class BadPixel<float> {
  public:
@@ -65,6 +73,7 @@ class BadPixel<float> {
   static constexpr float Value() noexcept { return 0x1p127F; }
 };
 
+/// The same number as for `float`.
 template <>
 class BadPixel<double> {
  public:

@@ -25,12 +25,14 @@ class OXACORE_API Callback {
   Callback(const Callback&) = default;
   Callback& operator=(const Callback&) = default;
   virtual ~Callback();
+  /// The call.
   virtual void operator()() = 0;
 };
 
 /// Calls a plain function.
 class OXACORE_API GlobalCallback : public Callback {
  public:
+  /// `function` must not be null.
   explicit GlobalCallback(void (*function)()) : m_pFunction(function) {}
   GlobalCallback(const GlobalCallback&) = default;
   GlobalCallback& operator=(const GlobalCallback&) = default;
@@ -45,6 +47,7 @@ class OXACORE_API GlobalCallback : public Callback {
 template <class T>
 class MethodCallback : public Callback {
  public:
+  /// `object` isn't owned. Neither may be null.
   MethodCallback(T* object, void (T::*method)()) : m_pObject(object), m_pMethod(method) {}
   void operator()() override { (m_pObject->*m_pMethod)(); }
 
@@ -63,6 +66,7 @@ class CallbackRet {
   CallbackRet(const CallbackRet&) = default;
   CallbackRet& operator=(const CallbackRet&) = default;
   virtual ~CallbackRet() = default;
+  /// The call.
   virtual R operator()() = 0;
 };
 
@@ -70,6 +74,7 @@ class CallbackRet {
 template <class R>
 class GlobalCallbackRet : public CallbackRet<R> {
  public:
+  /// `function` must not be null.
   explicit GlobalCallbackRet(R (*function)()) : m_pFunction(function) {}
   R operator()() override { return m_pFunction(); }
 
@@ -81,6 +86,7 @@ class GlobalCallbackRet : public CallbackRet<R> {
 template <class T, class R>
 class MethodCallbackRet : public CallbackRet<R> {
  public:
+  /// `object` isn't owned. Neither may be null.
   MethodCallbackRet(T* object, R (T::*method)()) : m_pObject(object), m_pMethod(method) {}
   R operator()() override { return (m_pObject->*m_pMethod)(); }
 
@@ -99,6 +105,7 @@ class CallbackArg {
   CallbackArg(const CallbackArg&) = default;
   CallbackArg& operator=(const CallbackArg&) = default;
   virtual ~CallbackArg() = default;
+  /// The call.
   virtual void operator()(A argument) = 0;
 };
 
@@ -106,6 +113,7 @@ class CallbackArg {
 template <class A>
 class GlobalCallbackArg : public CallbackArg<A> {
  public:
+  /// `function` must not be null.
   explicit GlobalCallbackArg(void (*function)(A)) : m_pFunction(function) {}
   void operator()(A argument) override { m_pFunction(std::forward<A>(argument)); }
 
@@ -117,6 +125,7 @@ class GlobalCallbackArg : public CallbackArg<A> {
 template <class T, class A>
 class MethodCallbackArg : public CallbackArg<A> {
  public:
+  /// `object` isn't owned. Neither may be null.
   MethodCallbackArg(T* object, void (T::*method)(A)) : m_pObject(object), m_pMethod(method) {}
   void operator()(A argument) override { (m_pObject->*m_pMethod)(std::forward<A>(argument)); }
 
@@ -135,6 +144,7 @@ class CallbackRetArg {
   CallbackRetArg(const CallbackRetArg&) = default;
   CallbackRetArg& operator=(const CallbackRetArg&) = default;
   virtual ~CallbackRetArg() = default;
+  /// The call.
   virtual R operator()(A argument) = 0;
 };
 
@@ -142,6 +152,7 @@ class CallbackRetArg {
 template <class R, class A>
 class GlobalCallbackRetArg : public CallbackRetArg<R, A> {
  public:
+  /// `function` must not be null.
   explicit GlobalCallbackRetArg(R (*function)(A)) : m_pFunction(function) {}
   R operator()(A argument) override { return m_pFunction(std::forward<A>(argument)); }
 
@@ -153,6 +164,7 @@ class GlobalCallbackRetArg : public CallbackRetArg<R, A> {
 template <class T, class R, class A>
 class MethodCallbackRetArg : public CallbackRetArg<R, A> {
  public:
+  /// `object` isn't owned. Neither may be null.
   MethodCallbackRetArg(T* object, R (T::*method)(A)) : m_pObject(object), m_pMethod(method) {}
   R operator()(A argument) override { return (m_pObject->*m_pMethod)(std::forward<A>(argument)); }
 

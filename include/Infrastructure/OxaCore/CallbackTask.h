@@ -23,6 +23,7 @@ namespace Oxa::Core {
 /// Calls a Callback; its result is 0.
 class OXACORE_API CallbackTask : public Task {
  public:
+  /// `callback` is shared, and must not be null.
   explicit CallbackTask(boost::shared_ptr<Callback> callback);
   CallbackTask(const CallbackTask&) = default;
   CallbackTask& operator=(const CallbackTask&) = default;
@@ -37,6 +38,7 @@ class OXACORE_API CallbackTask : public Task {
 template <class R>
 class CallbackRetTask : public Task {
  public:
+  /// `callback` is shared, and must not be null.
   explicit CallbackRetTask(boost::shared_ptr<CallbackRet<R>> callback) : m_spCallback(std::move(callback)) {}
   int Run(TaskDirective&) override { return static_cast<int>((*m_spCallback)()); }
 
@@ -48,6 +50,7 @@ class CallbackRetTask : public Task {
 template <class A>
 class CallbackArgTask : public Task {
  public:
+  /// `callback` is shared, and must not be null; of `argument` a copy is kept.
   CallbackArgTask(boost::shared_ptr<CallbackArg<A>> callback, A argument)
       : m_spCallback(std::move(callback)), m_argument(std::forward<A>(argument)) {}
   int Run(TaskDirective&) override {
@@ -64,6 +67,7 @@ class CallbackArgTask : public Task {
 template <class R, class A>
 class CallbackRetArgTask : public Task {
  public:
+  /// `callback` is shared, and must not be null; of `argument` a copy is kept.
   CallbackRetArgTask(boost::shared_ptr<CallbackRetArg<R, A>> callback, A argument)
       : m_spCallback(std::move(callback)), m_argument(std::forward<A>(argument)) {}
   int Run(TaskDirective&) override { return static_cast<int>((*m_spCallback)(m_argument)); }

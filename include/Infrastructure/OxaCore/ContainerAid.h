@@ -35,6 +35,7 @@ class container_ptr {
   /// Null if it owns nothing. The object stays owned.
   T* get() const noexcept { return m_pObject; }
 
+  /// Not for one that owns nothing.
   T* operator->() const noexcept { return m_pObject; }
 
   /// Not for one that owns nothing.

@@ -38,6 +38,7 @@ class DictionaryIndex;
 // static objects; this one serves those that are older than the library as well.
 template <>
 OXACORE_API Dictionary* Singleton<Dictionary>::Instance();
+/// Ends the dictionary of the process.
 template <>
 OXACORE_API void Singleton<Dictionary>::Destroy();
 template <>

@@ -62,6 +62,7 @@ class EnumeratedSet {
     return true;
   }
 
+  /// Whether the item has an index.
   bool IsItem(const Item& item) const { return m_indices.count(item) != 0; }
 
   /// The item of an index. Raises IndexOutOfBounds for one that isn't there; where the raise returns, the item is
@@ -78,6 +79,7 @@ class EnumeratedSet {
     }
   }
 
+  /// How many items there are; the indices end below that.
   unsigned GetItemCount() const { return static_cast<unsigned>(m_items.size()); }
 
  private:

@@ -44,11 +44,11 @@ constexpr int g_iMAX_ERROR_RECURSION_DEPTH = 10;
 
 /// One raise that has not been handled yet, linked into the library's list of them. Internal to Error.
 struct LiveRaise {
-  LiveRaise* m_pPrevious = nullptr;
-  LiveRaise* m_pNext = nullptr;
-  Error* m_pError = nullptr;
-  unsigned long m_ulThread = 0;  ///< the thread that raised; 0: not linked
-  bool m_bFirst = false;         ///< raised while its thread had no other live raise
+  LiveRaise* m_pPrevious = nullptr;  ///< its neighbour in the list
+  LiveRaise* m_pNext = nullptr;      ///< the same
+  Error* m_pError = nullptr;         ///< who holds the raised mark
+  unsigned long m_ulThread = 0;      ///< the thread that raised; 0: not linked
+  bool m_bFirst = false;             ///< raised while its thread had no other live raise
 };
 
 /// An alert that stops the current operation; thrown by value, and only by its own Throw.
@@ -57,6 +57,7 @@ class OXACORE_API Error : public AlertInfo, public std::exception {
   /// "Inheritance": key of the decorated class names, base first, joined by "=>".
   static const std::string& sINHERITANCE;
 
+  /// Without a category, a message or a place.
   explicit Error(ESeverity severity);
 
   /// An error rebuilt from a record; takes deep copies. Category and inheritance stay as recorded.
@@ -132,6 +133,7 @@ class OXACORE_API Error : public AlertInfo, public std::exception {
 template <class Derived, class Base>
 class ErrorClass : public Base {
  public:
+  /// A copy of class `Derived`, with the raised mark.
   boost::shared_ptr<Error> Clone() override {
     return boost::shared_ptr<Error>(new Derived(static_cast<const Derived&>(*this)));
   }
@@ -145,10 +147,12 @@ class ErrorClass : public Base {
   }
   ErrorClass(const ErrorClass&) = default;
   ErrorClass& operator=(const ErrorClass&) = default;
+  /// An error rebuilt from a record.
   ErrorClass(const AlertData& data, const std::vector<CodeContext>& callStack,
              const std::vector<CodeContext>& unwindStack)
       : Base(data, callStack, unwindStack) {}
 
+  /// Throws a copy of class `Derived`.
   void Throw() override { throw Derived(static_cast<const Derived&>(*this)); }
 };
 
@@ -156,8 +160,10 @@ class ErrorClass : public Base {
 #define OXA_DECLARE_ERROR_CATEGORY(Class)                                   \
   class OXACORE_API Class : public ErrorClass<Class, Error> {               \
    public:                                                                  \
+    /** The category's text. */                                             \
     static const std::string& sCATEGORY;                                    \
     explicit Class(const std::string& message);                             \
+    /** An error rebuilt from a record. */                                  \
     Class(const AlertData& data, const std::vector<CodeContext>& callStack, \
           const std::vector<CodeContext>& unwindStack);                     \
     Class(const Class&) = default;                                          \

@@ -2,6 +2,7 @@
 #ifndef INFRASTRUCTURE_OXACORE_EXPORT_H
 #define INFRASTRUCTURE_OXACORE_EXPORT_H
 
+/// Stands before what the library exports.
 #if defined(OXACORE_STATIC)
 #define OXACORE_API
 #elif defined(_WIN32)

@@ -27,9 +27,11 @@ class OXACORE_API GlobalEntryBase {
   /// right name but the wrong type finds nothing.
   static std::string MakeKey(const std::string& name, const std::type_info& type);
 
+  /// As MakeKey gives it.
   const std::string& GetKey() const;
 
  protected:
+  /// `key` comes from MakeKey.
   explicit GlobalEntryBase(const std::string& key);
 
  private:
@@ -40,9 +42,11 @@ class OXACORE_API GlobalEntryBase {
 template <class T>
 class Global : public GlobalEntryBase {
  public:
+  /// Builds the object, by its default constructor; what that throws passes.
   explicit Global(const std::string& name)
       : GlobalEntryBase(MakeKey(name, typeid(T))), m_pObject(new T), m_spObject(m_pObject) {}
 
+  /// The object, which stays owned.
   T* Get() const { return m_pObject; }
 
  private:

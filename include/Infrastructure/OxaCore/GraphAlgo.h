@@ -25,6 +25,7 @@ class OXACORE_API GraphAdjListDirected {
   /// have room in the list itself: most nodes have few, and cost no memory beside it.
   class OXACORE_API AdjList {
    public:
+    /// Over the numbers of the nodes.
     using const_iterator = const unsigned long long*;
 
     AdjList() = default;
@@ -41,6 +42,7 @@ class OXACORE_API GraphAdjListDirected {
     /// Appends `n` unless it is there.
     void AddAdj(unsigned long long n);
 
+    // Valid until a node or an edge is made.
     const_iterator begin() const { return m_uRoom > uFEW ? m_nodes.m_pMany : m_nodes.m_few; }
     const_iterator end() const { return begin() + m_uCount; }
 
@@ -60,6 +62,7 @@ class OXACORE_API GraphAdjListDirected {
     Nodes m_nodes = {};
   };
 
+  /// Over the nodes' lists of successors, by the number of the node.
   using const_iterator = std::vector<AdjList>::const_iterator;
 
   /// Makes the nodes up to `n` that aren't there yet. Raises InvalidParameter("n"), and makes none, if there can't
@@ -69,10 +72,12 @@ class OXACORE_API GraphAdjListDirected {
   /// Assures both nodes and adds the edge, unless it is there. Raises as AssureNode does.
   void MakeEdge(unsigned long long aFrom, unsigned long long aTo);
 
+  /// Whether `n` is a node.
   bool IsNode(unsigned long long n) const { return n < m_lists.size(); }
   /// False as well if one of the two is no node.
   bool IsEdge(unsigned long long aFrom, unsigned long long aTo) const;
 
+  /// How many nodes there are; their numbers end below that.
   unsigned long long NodeCount() const { return m_lists.size(); }
   /// Removes all nodes.
   void Clear() { m_lists.clear(); }

@@ -44,10 +44,10 @@ constexpr unsigned int uDEFAULT_LOG_FILTERS = 46;
 
 /// One message on its way. A plain value.
 struct OxaLogEntry {
-  Time m_time;  ///< of creation
-  OxaLogSeverityEnum m_eSeverity = eLOG_INFORMATIONAL;
-  std::string m_sMessage;  ///< expanded
-  std::string m_sLoggerPath;
+  Time m_time;                                          ///< of creation
+  OxaLogSeverityEnum m_eSeverity = eLOG_INFORMATIONAL;  ///< one of the six
+  std::string m_sMessage;                               ///< expanded
+  std::string m_sLoggerPath;                            ///< the dotted path of the logger
   std::string m_sForm;  ///< "plain", or "xml" when the message is a piece of XML
 };
 
@@ -78,6 +78,7 @@ class OXACORE_API FormatOnce {
  public:
   /// Buffers of this many bytes are tried first, then twice as many, for as long as that stays below uLIMIT.
   static constexpr std::size_t uFIRST_BUFFER = 4096;
+  /// No buffer is as large as this.
   static constexpr std::size_t uLIMIT = 32768;
 
   /// `format` may be null: that can't be expanded. `args` is copied.
@@ -93,6 +94,7 @@ class OXACORE_API FormatOnce {
   /// As given; may be null.
   const char* GetFormat() const noexcept { return m_pFormat; }
 
+  /// Whether GetText has been called, and so has done its work.
   bool IsExpanded() const noexcept { return m_bExpanded; }
 
  private:
@@ -195,8 +197,10 @@ class OXACORE_API IOxaLogHandler {
 /// thread, and by several at once. Operations that take a path raise InvalidLogPath for one that they refuse.
 class OXACORE_API IOxaLogService {
  public:
+  /// Takes an entry. What it throws ends the time of this service: see LogManager.
   virtual void WriteLogEntry(const OxaLogEntry& entry) = 0;
 
+  // Handlers aren't owned. As LogManager's operations of these names.
   virtual void RegisterHandler(IOxaLogHandler* handler) = 0;
   virtual void UnregisterHandler(IOxaLogHandler* handler) = 0;
 
@@ -207,12 +211,14 @@ class OXACORE_API IOxaLogService {
   /// Makes `names` the names of what stands directly beneath `rootPath`.
   virtual void EnumLoggers(const std::string& rootPath, std::list<std::string>& names) = 0;
 
+  // The word of a path. As LogManager's operations of these names.
   virtual void SetSeverityFilters(const std::string& path, unsigned int filters) = 0;
   virtual unsigned int GetSeverityFilters(const std::string& path) = 0;
 
   /// 0 means that entries had better go to the default service.
   virtual int GetNumHandlers() = 0;
 
+  /// Whether the path is known.
   virtual bool Exists(const std::string& path) = 0;
 
   virtual ~IOxaLogService();

@@ -23,6 +23,7 @@ class OXACORE_API MemoryLeakDetection {
 /// Tells a leak detector to stop or to go on counting.
 class OXACORE_API MemoryLeakDetectOnOff {
  public:
+  /// `mode` 1 stops, 0 goes on.
   explicit MemoryLeakDetectOnOff(int mode);
   virtual ~MemoryLeakDetectOnOff();
 };
@@ -43,6 +44,7 @@ class GlobalAllocator {
   GlobalAllocator& operator=(const GlobalAllocator&) = default;
   virtual ~GlobalAllocator() = default;
 
+  /// The object, shared.
   boost::shared_ptr<T> GetPtr() const { return m_spObject; }
 
  private:

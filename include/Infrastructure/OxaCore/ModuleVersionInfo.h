@@ -32,6 +32,7 @@
 
 namespace Oxa::Core {
 
+/// See the top of this file.
 class OXACORE_API ModuleVersionInfo {
  public:
   // The keys. The first two are always there.

@@ -116,6 +116,7 @@ class OXACORE_API Notification {
 template <class Listener>
 class NotificationTo : public Notification {
  public:
+  /// Calls Tell if `listener` is a `Listener`.
   void Notify(NotificationListener& listener) final {
     if (!IsLearnt(listener)) Learn(listener);
     if (m_bFound) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + m_iWay));
@@ -128,6 +129,7 @@ class NotificationTo : public Notification {
     return *this;
   }
 
+  /// What the event calls of a listener.
   virtual void Tell(Listener& listener) = 0;
 
  private:
@@ -159,8 +161,10 @@ class NotificationTo : public Notification {
 /// The list of listeners of whatever wants to publish.
 class OXACORE_API NotificationSupport {
  public:
+  /// Who hears first.
   enum ENotificationOrder : int { eFIRST_ADDED_FIRST = 0, eLAST_ADDED_FIRST = 1 };
 
+  /// Without listeners.
   explicit NotificationSupport(ENotificationOrder order);
   NotificationSupport(const NotificationSupport&) = delete;
   NotificationSupport& operator=(const NotificationSupport&) = delete;
@@ -174,6 +178,7 @@ class OXACORE_API NotificationSupport {
   /// Takes `listener` out; one that isn't there is no fault.
   void RemoveListener(NotificationListener& listener);
 
+  /// Takes all listeners out.
   void RemoveAllListeners();
 
   /// Tells `notification` to every listener that is in the list now. With nobody in it this is one test,

@@ -31,6 +31,7 @@ namespace Oxa::Core {
 
 class CharacterClasses;
 
+/// See the top of this file.
 class OXACORE_API PathName {
  public:
   /// Whose rules a name follows. Only NT is supported. A name of another format has no parameters: nothing but
@@ -191,10 +192,14 @@ class OXACORE_API PathName {
   /// Takes from the text what ends the base and what this class appends. Whether the text has a separator.
   bool InitSeparators();
 
+  // Set the parameters of the one format and of the other.
   void SetNT();
   void SetUNIX();
+
+  /// Whether `character` is one of the path separators.
   bool IsPathSeparator(char character) const;
 
+  /// The name, as it was given.
   std::string m_sText;
 
   // The parameters; the texts are static constants.

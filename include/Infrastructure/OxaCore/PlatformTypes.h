@@ -16,12 +16,13 @@ struct _EXCEPTION_RECORD;
 
 /// The registers of a thread at one moment.
 struct _CONTEXT;
+/// The platform's other name for it.
 using CONTEXT = _CONTEXT;
 
 /// A fault and the registers at its moment. Owns neither; both live as long as the fault is being dealt with.
 struct _EXCEPTION_POINTERS {
-  _EXCEPTION_RECORD* ExceptionRecord;
-  CONTEXT* ContextRecord;
+  _EXCEPTION_RECORD* ExceptionRecord;  ///< the fault
+  CONTEXT* ContextRecord;              ///< the registers
 };
 
 /// A library that is loaded into the process.

@@ -22,6 +22,7 @@
 #include <sstream>
 #include <string>
 
+/// The full signature of the function in which it stands, as the compiler writes it.
 #if defined(_MSC_VER)
 #define OXA_FUNCTION_SIGNATURE __FUNCSIG__
 #else
@@ -35,9 +36,9 @@ class Warning;
 
 /// One detail of a place: a variable with its value, or an extra entry of the context table.
 struct PlaceDetail {
-  bool m_bVariable;
-  const char* m_pName;
-  std::string m_sValue;
+  bool m_bVariable;      ///< a variable; else an entry of the table
+  const char* m_pName;   ///< its name, which somebody else owns
+  std::string m_sValue;  ///< its value as a text
 
   /// `value` is printed through a stream; one that can't be printed is left empty, since the failure that is
   /// being forwarded matters more. `name` must outlive the detail.
@@ -59,8 +60,10 @@ struct PlaceDetail {
 /// The dotted name under which an alert is raised. Null counts as empty.
 class LogName {
  public:
+  // The name isn't copied: a LogName lives as long as the call that it is made for.
   constexpr LogName(const char* name) : m_pName(name != nullptr ? name : "") {}
   LogName(const std::string& name) : m_pName(name.c_str()) {}
+  /// Never null.
   const char* Get() const { return m_pName; }
 
  private:
@@ -70,6 +73,7 @@ class LogName {
 /// A place in the code as the compiler knows it. Made by OXA_CODE_SITE; holds pointers to literals only.
 class OXACORE_API CodeSite {
  public:
+  /// None of the texts is copied.
   constexpr CodeSite(const char* file, int line, const char* buildTime, const char* signature)
       : m_pFile(file), m_iLine(line), m_pBuildTime(buildTime), m_pSignature(signature) {}
 
@@ -126,6 +130,7 @@ class OXACORE_API CodeSite {
 #define OXA_FORWARD_ERRORS_WITH_INFO(...) OXA_FORWARD_ERRORS_WITH_INFO_AS(nullptr, __VA_ARGS__)
 /// The same two, and what becomes an Error here gets the dotted log name. What is one already keeps its own.
 #define OXA_FORWARD_ERRORS_AS(logName) OXA_FORWARD_ERRORS_WITH_INFO_AS(logName, )
+/// With the log name and with values.
 #define OXA_FORWARD_ERRORS_WITH_INFO_AS(logName, ...)            \
   catch (::Oxa::Core::Error & oxaError) {                        \
     OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__});              \

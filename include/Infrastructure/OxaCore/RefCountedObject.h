@@ -40,6 +40,7 @@ class OXACORE_API RefCountedObject {
   /// that is touched: an owner that sees 0 may delete the object.
   virtual int Release();
 
+  /// The count at this moment.
   int GetRefCount() const;
 
   /// Waits until the count is 0 or `timeout` is over, looking at it every `pollInterval`; tells whether the

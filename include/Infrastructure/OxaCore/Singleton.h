@@ -77,6 +77,7 @@ class Singleton : public ISingletonRegistryEntry {
     SingletonRegistry::Unregister(this);
   }
 
+  /// Destroys the object, if there is one. The next Instance makes another.
   void Destroy() override {
     const Oxa::Core::Lock lock(m_mutex);
     m_singleton.reset();

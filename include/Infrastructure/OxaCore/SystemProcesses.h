@@ -30,10 +30,13 @@ namespace Oxa::Core {
 /// destroyed.
 class OXACORE_API SystemProcesses {
  public:
+  /// One process, as it was when the picture was taken.
   class ProcessInfo {
    public:
+    /// With its id and the name of its program.
     ProcessInfo(unsigned int pid, const std::string& name) : m_uPID(pid), m_sName(name) {}
 
+    /// The id that the system gave it.
     unsigned int GetPID() const { return m_uPID; }
 
     /// The name of the program's file, without its folder.

@@ -71,6 +71,7 @@ class OXACORE_API TaskDirective {
   /// The same for `timeout` at most; tells whether a stop has been asked for. False where the raise returns.
   virtual bool TimedWaitForStopRequest(const Elapse& timeout);
 
+  /// The opposite of MustStop.
   bool KeepRunning() { return !MustStop(); }
 };
 
@@ -189,6 +190,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   /// Whether it is now.
   bool TryWaitForState(int mask);
 
+  // Of this moment.
   EState GetState();
   bool IsState(int mask) const;
   bool IsRunning() const;     ///< eTHREAD_RUNNING
@@ -224,6 +226,7 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   unsigned long GetStackSize() const;
   void SetStackSize(unsigned long size);
 
+  /// As it was set last.
   EPriority GetPriority();
   /// For a running thread at once, otherwise from the next start on. What the system refuses to this process
   /// is remembered and has no effect.

@@ -39,6 +39,7 @@ class UnitizedValue<double>;
 /// A signed span of time.
 class OXACORE_API Elapse {
  public:
+  /// What a number of a span counts.
   enum TimeUnits : int {
     NanoSeconds = 0,
     MicroSeconds = 1,
@@ -79,6 +80,7 @@ class OXACORE_API Elapse {
   /// The count of 100 ns ticks.
   long long GetRawTimerTicks() const { return m_iTicks; }
 
+  // Plain 64-bit arithmetic, which wraps around.
   Elapse& operator+=(const Elapse& other) {
     m_iTicks = Add(m_iTicks, other.m_iTicks);
     return *this;
@@ -90,6 +92,7 @@ class OXACORE_API Elapse {
   Elapse operator+(const Elapse& other) const { return Elapse(*this) += other; }
   Elapse operator-(const Elapse& other) const { return Elapse(*this) -= other; }
 
+  // By the count of ticks.
   bool operator==(const Elapse& other) const { return Compare(other) == 0; }
   bool operator!=(const Elapse& other) const { return Compare(other) != 0; }
   bool operator<(const Elapse& other) const { return Compare(other) < 0; }
@@ -145,6 +148,7 @@ class OXACORE_API Time {
     ePlatformTimeSeconds = 2   ///< seconds since 1970
   };
 
+  // How many of one unit make one of another.
   static constexpr long NSEC_PER_USEC = 1000;
   static constexpr long USEC_PER_MSEC = 1000;
   static constexpr long NSEC_PER_MSEC = 1000000;
@@ -201,6 +205,7 @@ class OXACORE_API Time {
   /// Always ePlatformTimeWindows.
   static EPlatformTimeInfo GetPlatformTimeInfo();
 
+  /// Ticks of 100 nanoseconds since the start of 1 January 1601 UTC.
   long long GetRawTimerTicks() const { return m_iTicks; }
 
   /// The tick count times 100; wraps around for moments after the year 1893.
@@ -234,6 +239,7 @@ class OXACORE_API Time {
   Elapse TimeLeft() const;
   Elapse TimeSince() const;
 
+  // Plain 64-bit arithmetic, which wraps around.
   Time& operator+=(const Elapse& elapse) {
     m_iTicks = Elapse::Add(m_iTicks, elapse.m_iTicks);
     return *this;
@@ -248,6 +254,7 @@ class OXACORE_API Time {
     return Elapse(Elapse::Subtract(m_iTicks, other.m_iTicks), Elapse::TimerTicks);
   }
 
+  // By the count of ticks.
   bool operator==(const Time& other) const { return Compare(other) == 0; }
   bool operator!=(const Time& other) const { return Compare(other) != 0; }
   bool operator<(const Time& other) const { return Compare(other) < 0; }

@@ -69,6 +69,7 @@ class OXACORE_API Dimensions {
   long& operator[](EDimension dimension) { return m_lExponents[dimension]; }
   long operator[](EDimension dimension) const { return m_lExponents[dimension]; }
 
+  // Whether all exponents are the same.
   bool operator==(const Dimensions& other) const;
   bool operator!=(const Dimensions& other) const { return !(*this == other); }
 
@@ -132,6 +133,7 @@ class OXACORE_API UnitDescriptor {
   /// returns.
   virtual boost::shared_ptr<UnitDescriptor> MakeCopy() const;
 
+  // The texts: neither has to be unique, or there at all.
   virtual const std::string& GetName() const;
   virtual void SetName(const std::string& aName);
   virtual const std::string& GetAbbreviation() const;
@@ -182,6 +184,7 @@ class OXACORE_API UnitDescriptor {
   /// Whether the factors differ; neither names nor dimensions are looked at.
   virtual bool RequiresConversion(const UnitDescriptor& other) const;
 
+  // How many of the unit make one base unit, and of which dimensions.
   double GetConversionFactor() const { return m_dConversionFactor; }
   const Dimensions& GetDimensions() const { return m_dimensions; }
   void SetDimensions(const Dimensions& dimensions) { m_dimensions = dimensions; }

@@ -53,6 +53,7 @@ class OXACORE_API UnitDescriptor_Temperature : public UnitDescriptor {
   bool RequiresConversion(const UnitDescriptor& other) const override;
 
  protected:
+  /// A scale with the factor 1 and the dimension of temperature.
   UnitDescriptor_Temperature(const std::string& aName, const std::string& aAbbreviation);
 };
 

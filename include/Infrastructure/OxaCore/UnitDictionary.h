@@ -127,6 +127,7 @@ class OXACORE_API UnitDictionary {
   boost::shared_ptr<UnitDescriptor> createBaseUnit(const std::string& aName, const std::string& aAbbreviation,
                                                    EDimension aDimension);
 
+  /// Adds the units that all others derive from.
   void registerBaseUnits();
 
   // Each adds the standard units of one area. They derive units from those of the base and of the areas before

@@ -36,6 +36,7 @@ class Logger;
 /// See the top of this file.
 class OXACORE_API WrappingFileStream {
  public:
+/// Declares one of the errors that end the writing.
 #define OXA_DECLARE_STREAM_ERROR(Class)                            \
   class OXACORE_API Class : public ErrorClass<Class, LogicError> { \
    public:                                                         \

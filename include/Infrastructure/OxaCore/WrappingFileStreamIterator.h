@@ -47,6 +47,7 @@ class OXACORE_API WrappingFileStreamIterator {
   /// Whether there are any days.
   bool FilesExist() const;
 
+  // As Initialize has set them.
   Time GetRequestedStartTime() const;
   Time GetRequestedEndTime() const;
 

@@ -32,6 +32,7 @@ namespace Oxa::Core {
 /// Lays out the parts of an XML document.
 class OXACORE_API XMLFormatter {
  public:
+  // The types of its texts.
   using String = std::string;
   using Attributes = XMLAttributeMap<String>;
 
@@ -116,6 +117,7 @@ class OXACORE_API XMLFormatter {
 template <class String>
 class XMLTranscodeFilter {
  public:
+  /// What Boost.Iostreams asks of a filter: its characters, and what it can do.
   using char_type = typename String::value_type;
   struct category : boost::iostreams::input_filter_tag,
                     boost::iostreams::multichar_tag,

@@ -44,6 +44,7 @@ namespace Oxa::Core {
 /// asked of it is a hash, size, data, [], == and assignment of characters, as std::string has them.
 template <class StringType>
 struct XMLStringPolicy {
+  /// The text type.
   using String = StringType;
   static_assert(std::is_same_v<typename String::value_type, char>, "the input is a sequence of char");
 
@@ -63,6 +64,7 @@ class OXACORE_API XMLParseSink {
   XMLParseSink& operator=(const XMLParseSink&) = delete;
   virtual ~XMLParseSink();
 
+  // The operations of XMLParseHandler, each with the characters that were matched.
   virtual void StartDoc() = 0;
   virtual void SetVersion(const char* first, const char* last) = 0;
   virtual void SetEncoding(const char* first, const char* last) = 0;
@@ -102,6 +104,7 @@ OXACORE_API Mutex& XMLParseMutex();
 template <class PolicyType = XMLStringPolicy<std::string>>
 class XMLParseHandler {
  public:
+  // How texts are built, and what they are.
   using Policy = PolicyType;
   using String = typename Policy::String;
 
@@ -198,10 +201,10 @@ class XMLParseHandler {
 
   std::unordered_map<String, String> entities;  ///< replacements by reference, with its "&" and ";"
   std::vector<String> tagNames;                 ///< the open elements, the innermost last
-  bool expandCharRefs = false;
-  String version;  ///< this and the next two: of the last declaration that was parsed
-  String encoding;
-  bool standalone = false;
+  bool expandCharRefs = false;                  ///< whether a reference to a character gives that character
+  String version;           ///< this and the next two: of the last declaration that was parsed
+  String encoding;          ///< see version
+  bool standalone = false;  ///< see version
 
  private:
   static unsigned long NumberIn(const String& text, typename String::size_type from, int base) {
@@ -215,6 +218,7 @@ class XMLParseHandler {
 template <class Handler>
 class XMLParser : public Handler {
  public:
+  /// The handler's text type.
   using String = typename Handler::String;
   using Handler::Handler;
 
@@ -245,6 +249,7 @@ class XMLParser : public Handler {
 template <class Handler>
 class XMLParser<Handler>::Sink final : public XMLParseSink {
  public:
+  /// `parser` must outlive it.
   explicit Sink(XMLParser& parser) : m_rParser(parser) {}
 
   void StartDoc() override { m_rParser.StartDoc(); }

@@ -48,6 +48,7 @@ class XMLAttributeValue : public std::list<String> {
   XMLAttributeValue() = default;
   /// One part. Implicit, so that a text can stand wherever a value is wanted.
   XMLAttributeValue(const String& text) : std::list<String>(1, text) {}
+  /// The same.
   XMLAttributeValue(const typename String::value_type* text) : XMLAttributeValue(String(text)) {}
 
   /// The parts joined, in order, with nothing between them.
@@ -61,8 +62,8 @@ class XMLAttributeValue : public std::list<String> {
 /// A name with its value.
 template <class String>
 struct XMLAttribute {
-  String name;
-  XMLAttributeValue<String> value;
+  String name;                      ///< as it is written
+  XMLAttributeValue<String> value;  ///< as it is given; it is escaped when it is written
 };
 
 /// The attributes of one tag, in the order of insertion, which is the order of output.
@@ -81,14 +82,15 @@ class XMLAttributeMap : public std::vector<XMLAttribute<String>> {
 
 /// A tag that has been started and not ended.
 struct XMLOpenTag {
-  bool startWritten = false;  ///< whether the start tag has reached the stream
-  std::string name;
-  XMLAttributeMap<std::string> attributes;
+  bool startWritten = false;                ///< whether the start tag has reached the stream
+  std::string name;                         ///< the element's
+  XMLAttributeMap<std::string> attributes;  ///< in the order in which they were given
 };
 
 /// Makes the manipulators and keeps the open tags.
 class OXACORE_API XMLWriter {
  public:
+  /// The type of all texts.
   using String = std::string;
 
   /// What is inserted into a stream. A copyable value with copies of its arguments; inserting it again does its

@@ -65,6 +65,7 @@ class OXACORE_API Base64EncoderStream : public BinaryOutputStreamFilter {
 /// Skip is the forwarding one: it skips characters of the stream below, not decoded bytes.
 class OXACORE_API Base64DecoderStream : public BinaryInputStreamFilter {
  public:
+  /// `source` isn't owned and must outlive this filter.
   explicit Base64DecoderStream(BinaryInputStream& source);
   ~Base64DecoderStream() override;
 

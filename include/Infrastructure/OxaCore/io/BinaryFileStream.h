@@ -41,6 +41,7 @@ namespace Platform {
 class FileHandle;
 }
 
+/// See the top of this file.
 class OXACORE_API BinaryFileStream : public BinaryInputStream, public BinaryOutputStream {
  public:
   // What a file is opened for: bits.
@@ -48,6 +49,7 @@ class OXACORE_API BinaryFileStream : public BinaryInputStream, public BinaryOutp
   static constexpr unsigned int WRITE_MODE = 2;
   static constexpr unsigned int READ_WRITE_MODE = 3;
 
+  /// What is done about a file that is there, or isn't.
   enum EOpenBehavior : int {
     eOPEN_IF_EXISTS = 0,  ///< fails if the file is not there
     eCREATE_NEW = 1,      ///< fails if the file is there
@@ -79,6 +81,7 @@ class OXACORE_API BinaryFileStream : public BinaryInputStream, public BinaryOutp
   /// Has the filters above write out what they hold, and closes the file. Does nothing if it is closed.
   void Close() override;
 
+  /// Whether a file is open.
   bool IsOpen() const;
 
   /// The name given to the last opening that went well.
@@ -102,6 +105,7 @@ class OXACORE_API BinaryFileStream : public BinaryInputStream, public BinaryOutp
   /// From the position for input to the end of the file; 0 behind the end, where somebody else cut the file.
   unsigned long long AvailableBytes() override;
 
+  // The two positions, in bytes from the beginning.
   long long GetInputPos() const;
   long long GetOutputPos() const;
 

@@ -39,6 +39,7 @@ namespace Oxa::Core {
 /// Both ends of a pipe.
 class OXACORE_API BinaryPipe : public BinaryOutputStream, public BinaryInputStream {
  public:
+  /// Bytes.
   static constexpr unsigned long long DEFAULT_BUFFER_SIZE = 2048;
 
   /// An open, empty pipe for `bufferSize` bytes at a time; 0 stands for DEFAULT_BUFFER_SIZE. std::bad_alloc passes.

@@ -198,7 +198,7 @@ class OXACORE_API BinaryInputStreamFilter : public BinaryInputStream, protected 
   /// be any. Does nothing here.
   virtual void DoBufferedInputInvalidation();
 
-  BinaryInputStream* m_source;
+  BinaryInputStream* m_source;  ///< the stream below; not owned
 };
 
 /// Base of what is stacked on a sink: forwards everything to it. Neither flushed nor closed by its destructor. To
@@ -226,7 +226,7 @@ class OXACORE_API BinaryOutputStreamFilter : public BinaryOutputStream,
   /// which may be any. Does nothing here.
   virtual void DoOutputBufferFlush();
 
-  BinaryOutputStream* m_sink;
+  BinaryOutputStream* m_sink;  ///< the stream below; not owned
 };
 
 }  // namespace Oxa::Core

@@ -24,6 +24,7 @@ namespace Oxa::Core {
 /// Reads ahead from a source.
 class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
  public:
+  /// Bytes.
   static const unsigned long long DEFAULT_BUFFER_SIZE = 2048;
 
   /// A size of 0 is not corrected: nothing is buffered then. Throws std::bad_alloc without memory for the buffer.
@@ -78,6 +79,7 @@ class OXACORE_API BufferedBinaryInputStream : public BinaryInputStreamFilter {
 /// Collects what is written, and hands it to a sink in larger pieces.
 class OXACORE_API BufferedBinaryOutputStream : public BinaryOutputStreamFilter {
  public:
+  /// Bytes.
   static const unsigned long long DEFAULT_BUFFER_SIZE = 512;
 
   /// A size of 0 is not corrected: nothing is buffered then. Throws std::bad_alloc without memory for the buffer.

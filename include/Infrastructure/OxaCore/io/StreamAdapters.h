@@ -43,6 +43,7 @@ inline std::streamsize ToStreamSize(unsigned long long count) {
 template <class T, bool bBothWays>
 class BinaryInputAdapterImpl : public BinaryInputStream {
  public:
+  /// `stream` isn't owned and must outlive this.
   explicit BinaryInputAdapterImpl(T& stream) : m_stream(&stream) {}
 
   /// -1 if the stream isn't good before it is read; else what it gave, 0 included: the call that meets the end
@@ -79,12 +80,16 @@ class BinaryInputAdapterImpl : public BinaryInputStream {
 template <class T, bool bBothWays>
 class BinaryOutputAdapterImpl : public BinaryOutputStream {
  public:
+  /// `stream` isn't owned and must outlive this.
   explicit BinaryOutputAdapterImpl(T& stream) : m_stream(&stream) {}
 
+  /// What the stream does with that many bytes. Its state isn't looked at.
   void Write(const void* buffer, unsigned long long count) override {
     if (count != 0) Output().write(static_cast<const char*>(buffer), ToStreamSize(count));
   }
+  /// The same for one byte.
   void Write(unsigned char byte) override { Output().put(static_cast<char>(byte)); }
+  /// Flushes the stream.
   void Flush() override { Output().flush(); }
 
  private:
@@ -99,6 +104,7 @@ class BinaryOutputAdapterImpl : public BinaryOutputStream {
 template <class T>
 class BinaryStreamAdapter : public BinaryInputAdapterImpl<T, true>, public BinaryOutputAdapterImpl<T, true> {
  public:
+  /// `stream` isn't owned and must outlive this.
   explicit BinaryStreamAdapter(T& stream)
       : BinaryInputAdapterImpl<T, true>(stream), BinaryOutputAdapterImpl<T, true>(stream) {}
 
@@ -115,6 +121,7 @@ class BinaryStreamAdapter : public BinaryInputAdapterImpl<T, true>, public Binar
 template <class Iterator>
 class IteratorBinaryInputAdapter : public BinaryInputStream {
  public:
+  /// From `begin` up to `end`, which isn't read.
   IteratorBinaryInputAdapter(Iterator begin, Iterator end) : m_end(end), m_current(begin) {}
   ~IteratorBinaryInputAdapter() override = default;
 
@@ -168,9 +175,11 @@ class BinaryInputStream::Source {
   static_assert(sizeof(Char) == 1, "the streams of the library consist of bytes");
 
  public:
+  // What Boost.Iostreams asks of a device.
   using char_type = Char;
   using category = boost::iostreams::source_tag;
 
+  /// Implicit, since boost::iostreams::stream converts. `stream` isn't owned.
   Source(BinaryInputStream& stream) : m_stream(&stream) {}  // NOLINT: boost::iostreams::stream converts
 
   /// The bytes that were read, or -1 at the end. The result -2 of a stream in non-blocking mode has no meaning for
@@ -188,9 +197,11 @@ class BinaryOutputStream::Sink {
   static_assert(sizeof(Char) == 1, "the streams of the library consist of bytes");
 
  public:
+  // What Boost.Iostreams asks of a device.
   using char_type = Char;
   using category = boost::iostreams::sink_tag;
 
+  /// Implicit, since boost::iostreams::stream converts. `stream` isn't owned.
   Sink(BinaryOutputStream& stream) : m_stream(&stream) {}  // NOLINT: boost::iostreams::stream converts
 
   /// Writes all, and gives `count`. What the stream raises passes.
