@@ -9,6 +9,7 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/Dictionary.h>
+#include <Infrastructure/OxaCore/Encryption.h>
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Globals.h>
 #include <Infrastructure/OxaCore/Lock.h>
@@ -37,6 +38,7 @@
 #include "Core/Immortal.h"
 #include "Core/LibraryGlobals.h"
 #include "Core/Life.h"
+#include "Encryption/AcquisitionMutex.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Notifications/TeardownMutex.h"
 #include "Time/LocalTime.h"
@@ -249,6 +251,10 @@ const std::string& ModuleVersionInfo::sORIGINAL_FILENAME = ImmortalText("Origina
 const std::string& ModuleVersionInfo::sPRODUCT_NAME = ImmortalText("ProductName");
 const std::string& ModuleVersionInfo::sPRODUCT_VERSION = ImmortalText("ProductVersion");
 const std::string& ModuleVersionInfo::sSPECIAL_BUILD = ImmortalText("SpecialBuild");
+
+// What the last failed acquisition of an encryptor complained of.
+Immortal<Mutex> g_acquisitionMutex;
+std::string& Encryptor::sm_sLastAcquisitionError = s_texts.Add("");
 
 // Where logs of hosts complain.
 const std::string& WrappingFileStream::s_logPath = ImmortalText("OxaCore.WrappingFileStream");

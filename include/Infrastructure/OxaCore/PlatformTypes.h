@@ -27,7 +27,17 @@ struct _EXCEPTION_POINTERS {
 
 /// A library that is loaded into the process.
 using HINSTANCE = struct HINSTANCE__*;
+
+/// A place in the registry. Here that is one of the two roots below, which are compared and never looked into.
+using HKEY = struct HKEY__*;
 // NOLINTEND(bugprone-reserved-identifier)
+
+/// What is held of a provider of cryptography; 0 for none.
+using HCRYPTPROV = unsigned long;
+
+/// The roots of the registry. Both lie with the user here: nothing is shared between the users of a machine.
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(0x80000001UL);
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(0x80000002UL);
 
 #endif
 

@@ -1,0 +1,152 @@
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Platform/Faults.h"
+#include "Platform/Files.h"
+#include "Platform/Kill.h"
+#include "Platform/Linux/OpenFile.h"
+#include "Platform/Linux/RegistryName.h"
+#include "Platform/Secrets.h"
+
+namespace Oxa::Core::Platform {
+
+namespace {
+
+constexpr mode_t uFOLDER_MODE = 0700;
+constexpr std::uint64_t ullLARGEST_VALUE = 16U << 20U;
+
+[[gnu::tls_model("initial-exec")]] thread_local const char* t_pFolder = nullptr;
+
+// The value of a variable that names a folder whole; "" if it doesn't.
+std::string FolderIn(const char* variable) {
+  const char* const folder = getenv(variable);
+  return folder != nullptr && *folder == '/' ? folder : "";
+}
+
+// Where the registry lies; "" if nobody knows.
+std::string RegistryPath() {
+  if (t_pFolder != nullptr) return t_pFolder;
+  std::string config = FolderIn("XDG_CONFIG_HOME");
+  if (config.empty()) {
+    config = FolderIn("HOME");
+    if (config.empty()) return config;
+    config += "/.config";
+  }
+  return NameForSystem(config + "/OxaCore/registry");
+}
+
+const char* NameOf(HKEY root) noexcept {
+  if (root == HKEY_CURRENT_USER) return "/HKEY_CURRENT_USER";
+  return root == HKEY_LOCAL_MACHINE ? "/HKEY_LOCAL_MACHINE" : nullptr;
+}
+
+int FindFolder(HKEY root, const std::string& key, std::string& folder) {
+  if (NameOf(root) == nullptr) return EBADF;
+  folder = RegistryPath();
+  if (folder.empty()) return ENOENT;
+  folder += NameOf(root) + FolderOfKey(key);
+  return 0;
+}
+
+bool IsFolder(const char* name) noexcept {
+  FileStatus status;
+  return Status(name, status) == 0 && status.m_bDirectory;
+}
+
+// Makes a folder that nobody else looks into, and what is missing above it.
+int MakeFolders(std::string& path) {
+  if (IsFolder(path.c_str())) return 0;
+  for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+    const bool last = end == std::string::npos;
+    if (!last) path[end] = 0;
+    const int code = mkdir(path.c_str(), uFOLDER_MODE) == 0 ? 0 : errno;
+    const bool there = code == 0 || IsFolder(path.c_str());
+    if (!last) path[end] = '/';
+    if (!there) return code;
+    if (last) return 0;
+  }
+}
+
+int WriteAll(int file, const std::vector<unsigned char>& bytes) noexcept {
+  const FileLimitGuard guard;
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+    if (written < 0 && errno != EINTR) return errno;
+    if (written > 0) done += static_cast<std::size_t>(written);
+  }
+  return fsync(file) == 0 ? 0 : errno;
+}
+
+// `unfinished` is what mkostemp wants, and becomes the name of the file.
+int WriteUnfinished(std::string& unfinished, const std::vector<unsigned char>& bytes) noexcept {
+  const OpenFile file(mkostemp(unfinished.data(), O_CLOEXEC));
+  return file.IsOpen() ? WriteAll(file.Get(), bytes) : errno;
+}
+
+// Nothing else may be read: who opens a pipe may wait for ever.
+int OpenValue(const std::string& file, FileHandle& handle, std::uint64_t& size) noexcept {
+  FileStatus status;
+  const int code = Status(file.c_str(), status);
+  if (code != 0) return code;
+  if (!status.m_bRegular) return EINVAL;
+  int opened = 0;
+  handle = FileHandle::OpenForReading(file.c_str(), opened);
+  if (opened == 0) opened = handle.Size(size);
+  return opened == 0 && size > ullLARGEST_VALUE ? EFBIG : opened;
+}
+
+}  // namespace
+
+RegistryFolder::RegistryFolder(const char* folder) noexcept : m_pBefore(t_pFolder) { t_pFolder = folder; }
+
+RegistryFolder::~RegistryFolder() { t_pFolder = m_pBefore; }
+
+int CreateRegistryKey(HKEY root, const std::string& key) {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  std::string folder;
+  const int code = FindFolder(root, key, folder);
+  return code != 0 ? code : MakeFolders(folder);
+}
+
+int WriteRegistryValue(HKEY root, const std::string& key, const std::string& name,
+                       const std::vector<unsigned char>& bytes) {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  std::string folder;
+  int code = FindFolder(root, key, folder);
+  if (code != 0) return code;
+  const std::string file = folder + '/' + FileOfValue(name);
+  std::string unfinished = folder + '/' + g_pUNFINISHED_VALUE;
+  code = WriteUnfinished(unfinished, bytes);
+  if (code == 0 && rename(unfinished.c_str(), file.c_str()) != 0) code = errno;
+  if (code != 0) unlink(unfinished.c_str());
+  return code;
+}
+
+int ReadRegistryValue(HKEY root, const std::string& key, const std::string& name,
+                      std::vector<unsigned char>& bytes) {
+  const HoldKill alive;
+  const HoldCancellation hold;
+  std::string folder;
+  int code = FindFolder(root, key, folder);
+  if (code != 0) return code;
+  FileHandle handle;
+  std::uint64_t size = 0;
+  code = OpenValue(folder + '/' + FileOfValue(name), handle, size);
+  if (code != 0) return code;
+  std::vector<unsigned char> all(size);
+  std::size_t done = 0;
+  for (std::size_t read = 1; read > 0 && done < all.size() && code == 0; done += read)
+    code = handle.Read(all.data() + done, all.size() - done, read);
+  all.resize(done);
+  if (code == 0) bytes.swap(all);
+  return code;
+}
+
+}  // namespace Oxa::Core::Platform
