@@ -40,8 +40,10 @@ function shares(n, last,   depth, first, count, line) {
   }
   return count && !depth ? first : 0
 }
-# Gives those members words that are the same everywhere.
+# Gives those members words that are the same everywhere. What a class takes over by a using declaration is explained where
+# it comes from.
 function special(line,   name, words, from) {
+  if (line ~ /^ +using [A-Za-z]+::[A-Za-z=]+;$/) return ""
   if (line ~ /^ *class .*: public (Oxa::Core::)?(Warning|ErrorClass<)/) { alert = line; return derived(line) }
   if (line ~ /\/\/\//) { commented = line ~ /^ *\/\/\//; return line }
   from = commented; commented = 0

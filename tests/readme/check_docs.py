@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere, and no
-page holds what a merge left behind."""
+"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere, the
+table of the seam has all of its headers, and no page holds what a merge left behind."""
 import os
 import re
 import sys
 
 BLOCK = re.compile(r"^```cpp\n(.*?)^```\n", re.M | re.S)
 UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
-LINK = re.compile(r"\]\(([^)#:]+)(?:#[^)]*)?\)")
+FENCE = re.compile(r"^```.*?^```$", re.M | re.S)
+LINK = re.compile(r"\]\(([^)#:]*)(?:#([^)]*))?\)")
 
 
 def read(*path):
@@ -29,19 +30,30 @@ def program_offences(root, pages):
         yield "examples/%s: no page shows it" % name
 
 
+def link_offences(root, page):
+    for target, _ in LINK.findall(FENCE.sub("", read(root, page))):
+        path = os.path.normpath(os.path.join(os.path.dirname(page), target)) if target else page
+        if not os.path.exists(os.path.join(root, path)):
+            yield "%s: nothing lies at %s" % (page, target)
+
+
+def seam_offences(root):
+    there = {name for name in os.listdir(os.path.join(root, "src", "Platform")) if name.endswith(".h")}
+    told = set(re.findall(r"`(\w+\.h)`", "".join(re.findall(r"^\|([^|]*)\|", read(root, "docs", "seam.md"), re.M))))
+    for name in sorted(there ^ told):
+        yield "docs/seam.md: %s %s" % (name, "isn't in the table" if name in there else "is in the table, and not there")
+
+
 def offences(root):
-    pages = ["README.md", "CHANGELOG.md"]
+    pages = ["README.md", "CHANGELOG.md", "examples/station/README.md"]
     pages += ["docs/" + name for name in sorted(os.listdir(os.path.join(root, "docs"))) if name.endswith(".md")]
     yield from program_offences(root, pages)
-    links = 0
+    yield from seam_offences(root)
     for page in pages:
         if UNMERGED.search(read(root, page)):
             yield "%s: two versions stand side by side" % page
-        for link in LINK.findall(read(root, page)):
-            links += 1
-            if not os.path.exists(os.path.join(root, os.path.dirname(page), link)):
-                yield "%s: nothing lies at %s" % (page, link)
-    if links == 0:
+        yield from link_offences(root, page)
+    if not LINK.search(read(root, "README.md")):
         yield "no links were found"
 
 
