@@ -81,6 +81,15 @@ TEST_F(WrappingFileStreamFiles, TextsAreWrittenAsTheyAreAndAtOnce) {
   EXPECT_EQ(bytes + "no line end" + large, Read("Run2011_03_03-0.log"));
 }
 
+TEST_F(WrappingFileStreamFiles, EveryByteIsWrittenAsItIs) {
+  WrappingFileStream stream;
+  Begin(stream);
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
+  stream.Write(bytes);
+  EXPECT_EQ(bytes, Read("Run2011_03_03-0.log"));
+}
+
 TEST_F(WrappingFileStreamFiles, WithoutASizeThereIsOneFile) {
   WrappingFileStream stream;
   Begin(stream, 3, iNO_LIMIT);
