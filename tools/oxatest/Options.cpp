@@ -1,0 +1,139 @@
+#include "Options.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include <getopt.h>
+
+namespace OxaTest {
+
+namespace {
+
+const char* const sUSAGE =
+    "usage: oxatest MODULE... [options]\n"
+    "Runs the tests that modules carry: libraries with a function GetModuleTestSuite.\n"
+    "Each module runs in a process of its own.\n"
+    "\n"
+    "  --list             tell the tests and run none\n"
+    "  --only PATTERN     run only the tests that match\n"
+    "  --disable PATTERN  don't run the tests that match\n"
+    "  --repeat N         run all of it N times, each time on a new tree\n"
+    "  --timeout SECONDS  end a module one test of which takes longer\n"
+    "  --junit FILE       write the results as JUnit XML\n"
+    "  --reports FOLDER   keep the log, and the reports of crashes, there\n"
+    "  --help, --version  tell about the program\n"
+    "\n"
+    "A pattern is compared with the whole path of a test, as --list tells it, or of a\n"
+    "suite, for all that is in it. * stands for any characters, ? for one. --only and\n"
+    "--disable may be given more than once.\n"
+    "\n"
+    "Exit status:\n"
+    "  0    all tests that ran passed, and some ran\n"
+    "  1    a test failed or crashed, or none ran\n"
+    "  2    the arguments are wrong, a pattern matches nothing, a module can't be run,\n"
+    "       or the JUnit file can't be written\n"
+    "  130  interrupted by SIGINT\n"
+    "  143  ended by SIGTERM\n";
+const char* const sNO_MODULE = "no module is given";
+const char* const sBAD_REPEAT = "--repeat wants a whole number from 1 on, not ";
+const char* const sBAD_TIMEOUT = "--timeout wants a number of seconds above 0, not ";
+
+enum ESwitch : int {
+  eLIST = 1,
+  eONLY,
+  eDISABLE,
+  eREPEAT,
+  eTIMEOUT,
+  eJUNIT,
+  eREPORTS,
+  eHELP,
+  eVERSION,
+  ePIPE,
+  eFOLDER
+};
+
+// The last two are the runner's own business with its children.
+const option s_SWITCHES[] = {{"list", no_argument, nullptr, eLIST},
+                             {"only", required_argument, nullptr, eONLY},
+                             {"disable", required_argument, nullptr, eDISABLE},
+                             {"repeat", required_argument, nullptr, eREPEAT},
+                             {"timeout", required_argument, nullptr, eTIMEOUT},
+                             {"junit", required_argument, nullptr, eJUNIT},
+                             {"reports", required_argument, nullptr, eREPORTS},
+                             {"help", no_argument, nullptr, eHELP},
+                             {"version", no_argument, nullptr, eVERSION},
+                             {"child-pipe", required_argument, nullptr, ePIPE},
+                             {"child-folder", required_argument, nullptr, eFOLDER},
+                             {nullptr, 0, nullptr, 0}};
+
+bool ReadRepeat(const char* text, int& repeat) {
+  char* end = nullptr;
+  const long value = std::strtol(text, &end, 10);
+  repeat = static_cast<int>(value);
+  return end != text && *end == '\0' && value >= 1 && value <= 1000000000;
+}
+
+bool ReadTimeout(const char* text, double& seconds) {
+  char* end = nullptr;
+  seconds = std::strtod(text, &end);
+  return end != text && *end == '\0' && std::isfinite(seconds) && seconds > 0;
+}
+
+bool Take(int option, const char* argument, Options& options, std::string& complaint) {
+  switch (option) {
+    case eLIST:
+      options.m_bList = true;
+      break;
+    case eONLY:
+      options.m_only.emplace_back(argument);
+      break;
+    case eDISABLE:
+      options.m_disable.emplace_back(argument);
+      break;
+    case eJUNIT:
+      options.m_sJUnit = argument;
+      break;
+    case eREPORTS:
+      options.m_sReports = argument;
+      break;
+    case eHELP:
+      options.m_bHelp = true;
+      break;
+    case eVERSION:
+      options.m_bVersion = true;
+      break;
+    case ePIPE:
+      options.m_iPipe = std::atoi(argument);
+      break;
+    case eFOLDER:
+      options.m_sFolder = argument;
+      break;
+    case eREPEAT:
+      if (!ReadRepeat(argument, options.m_iRepeat)) complaint = sBAD_REPEAT + std::string(argument);
+      break;
+    case eTIMEOUT:
+      if (!ReadTimeout(argument, options.m_dTimeout)) complaint = sBAD_TIMEOUT + std::string(argument);
+      break;
+    default:
+      return false;
+  }
+  return complaint.empty();
+}
+
+}  // namespace
+
+bool ParseOptions(int argc, char** argv, Options& options, std::string& complaint) {
+  int index = 0;
+  for (int found = 0; (found = ::getopt_long(argc, argv, "", s_SWITCHES, &index)) != -1;) {
+    if (!Take(found, ::optarg, options, complaint)) return false;
+    options.m_switches.push_back(std::string("--") + s_SWITCHES[index].name);
+    if (::optarg != nullptr) options.m_switches.back().append("=").append(::optarg);
+  }
+  options.m_modules.assign(argv + ::optind, argv + argc);
+  if (options.m_modules.empty() && !options.m_bHelp && !options.m_bVersion) complaint = sNO_MODULE;
+  return complaint.empty();
+}
+
+const char* UsageText() { return sUSAGE; }
+
+}  // namespace OxaTest

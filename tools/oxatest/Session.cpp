@@ -1,0 +1,177 @@
+#include "Session.h"
+
+#include "Selection.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace OxaTest {
+
+namespace {
+
+const char* const sIN_SET_UP = " in the set-up of the suite, or in what it does itself";
+const char* const sIN_TEAR_DOWN = ", behind its tests";
+const char* const sBEHIND_TEST = ", after the test: in its tear-down, or in what its suite does itself";
+const char* const sBEHIND_TREE = ", behind all tests, while the tree or the library was given up";
+const char* const sWHILE_LOADING = " while it was loaded";
+const char* const sWHILE_BUILDING = " in GetModuleTestSuite";
+const char* const sAFTER_LIST = ", behind the list of its tests";
+const char* const sBEHIND = "(behind all tests)";
+
+EOutcome ReadOutcome(const std::string& text) {
+  const int outcome = std::atoi(text.c_str());
+  return outcome >= 0 && outcome < eOUTCOMES ? static_cast<EOutcome>(outcome) : eERROR;
+}
+
+}  // namespace
+
+Session::Session(ModuleRecord& module, Workplace& workplace, Display& display, bool repeated, bool list)
+    : m_module(module), m_workplace(workplace), m_display(display), m_bRepeated(repeated), m_bList(list) {}
+
+void Session::Take(const Message& message) {
+  // Only a damaged message can speak of tests without a tree.
+  if (m_module.m_trees.empty() && message.m_eKind >= Message::eTEST && message.m_eKind < Message::eDONE)
+    return;
+  switch (message.m_eKind) {
+    case Message::eBAD_MODULE:
+      m_module.m_sTrouble = message.Text(0);
+      m_ePlace = eOVER;
+      break;
+    case Message::eLOADED:
+      m_ePlace = eBUILDING;
+      break;
+    case Message::eMATCHED:
+      m_module.m_sMatched = message.Text(0);
+      break;
+    case Message::eTREE:
+      m_module.m_trees.push_back({message.Text(0), {}});
+      break;
+    case Message::eTEST:
+      Plan(message, eNOT_RUN);
+      break;
+    case Message::eDISABLED_TEST:
+      Plan(message, eDISABLED);
+      break;
+    case Message::eRUN:
+      BeginTree();
+      break;
+    case Message::eBEGIN:
+      BeginTest(message);
+      break;
+    case Message::eRESULT:
+      EndTest(message);
+      break;
+    case Message::eTEAR_DOWN:
+      m_ePlace = eBEHIND_TEST;
+      break;
+    case Message::eSUITE_BEGIN:
+      EnterSuite(message, eIN_SUITE);
+      break;
+    case Message::eSUITE_RESULT:
+      EndSuite(message);
+      break;
+    case Message::eSUITE_TEAR_DOWN:
+      EnterSuite(message, eBEHIND_SUITE);
+      break;
+    case Message::eTREE_DONE:
+    case Message::eDONE:
+      m_ePlace = eUNLOADING;
+      break;
+  }
+}
+
+void Session::Plan(const Message& message, EOutcome outcome) {
+  Append(message.Text(0), message.Text(1)).m_eOutcome = outcome;
+}
+
+TestRecord& Session::Append(const std::string& suites, const std::string& name) {
+  Tests().emplace_back();
+  Tests().back().m_sSuites = suites;
+  Tests().back().m_sName = name;
+  return Tests().back();
+}
+
+void Session::BeginTree() {
+  const TreeRecord& tree = m_module.m_trees.back();
+  m_display.TreeBegins(m_module, tree, m_bRepeated ? static_cast<int>(m_module.m_trees.size()) : 0);
+  for (const TestRecord& test : tree.m_tests)
+    if (test.m_eOutcome == eDISABLED) m_display.TestEnds(test);
+}
+
+// One that wasn't planned was added to the tree while it ran.
+void Session::BeginTest(const Message& message) {
+  m_module.m_sOutput += m_workplace.TakeOutput(message.m_uOutput);
+  const auto found = std::find_if(Tests().begin(), Tests().end(), [&message](const TestRecord& test) {
+    return test.m_eOutcome == eNOT_RUN && test.m_sText.empty() && test.m_sSuites == message.Text(0) &&
+           test.m_sName == message.Text(1);
+  });
+  m_uTest = static_cast<std::size_t>(found - Tests().begin());
+  if (found == Tests().end()) Append(message.Text(0), message.Text(1));
+  m_ePlace = eIN_TEST;
+  m_begin = std::chrono::steady_clock::now();
+  m_display.TestBegins(PathOf(message.Text(0), message.Text(1)));
+}
+
+void Session::EndTest(const Message& message) {
+  if (m_uTest >= Tests().size()) return;
+  TestRecord& test = Tests()[m_uTest];
+  test.m_eOutcome = ReadOutcome(message.Text(2));
+  test.m_sText = message.Text(3);
+  test.m_dSeconds = std::atof(message.Text(4).c_str());
+  test.m_sOutput = m_workplace.TakeOutput(message.m_uOutput);
+  m_display.TestEnds(test);
+}
+
+void Session::EndSuite(const Message& message) {
+  m_module.m_sOutput += m_workplace.TakeOutput(message.m_uOutput);
+  TestRecord& test = Append(message.Text(0), message.Text(1));
+  test.m_eOutcome = ReadOutcome(message.Text(2));
+  test.m_sText = message.Text(3);
+  m_display.TestEnds(test);
+}
+
+void Session::EnterSuite(const Message& message, EPlace place) {
+  m_sSuites = message.Text(0);
+  m_sSuite = message.Text(1);
+  m_ePlace = place;
+}
+
+void Session::End(EEnding ending, bool clean, const std::string& how) {
+  m_module.m_bInterrupted = ending == eWAS_INTERRUPTED;
+  const bool asPlanned = ending == eBY_ITSELF && clean && m_ePlace == eUNLOADING;
+  if (!asPlanned && m_ePlace != eOVER) {
+    if (m_ePlace == eLOADING)
+      m_module.m_sTrouble = how + sWHILE_LOADING;
+    else if (m_ePlace == eBUILDING)
+      m_module.m_sTrouble = how + sWHILE_BUILDING;
+    else if (m_bList)
+      m_module.m_sTrouble = how + sAFTER_LIST;
+    else
+      Blame(ending == eBY_ITSELF ? eCRASHED : ending == eTOOK_TOO_LONG ? eHUNG : eINTERRUPTED, how);
+  }
+  m_module.m_sOutput += m_workplace.TakeOutput();
+  m_display.ModuleEnds(m_module);
+}
+
+// Names the test that ran, or the place where none did.
+void Session::Blame(EOutcome outcome, const std::string& how) {
+  const bool ofTest = (m_ePlace == eIN_TEST || m_ePlace == eBEHIND_TEST) && m_uTest < Tests().size();
+  const bool ofSuite = m_ePlace == eIN_SUITE || m_ePlace == eBEHIND_SUITE;
+  TestRecord& test = ofTest ? Tests()[m_uTest] : ofSuite ? Append(m_sSuites, m_sSuite) : Append("", sBEHIND);
+  const std::string before = test.m_sText;
+  test.m_eOutcome = outcome;
+  if (m_ePlace == eIN_TEST) {
+    test.m_dSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count();
+    test.m_sText = how;
+  } else {
+    test.m_sText = how + (ofTest                      ? sBEHIND_TEST
+                          : m_ePlace == eIN_SUITE     ? sIN_SET_UP
+                          : m_ePlace == eBEHIND_SUITE ? sIN_TEAR_DOWN
+                                                      : sBEHIND_TREE);
+    if (!before.empty()) test.m_sText += '\n' + before;
+  }
+  if (ofTest) test.m_sOutput += m_workplace.TakeOutput();
+  m_display.TestEnds(test);
+}
+
+}  // namespace OxaTest
