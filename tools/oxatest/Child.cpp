@@ -129,8 +129,8 @@ void RunLibrary(Channel& channel, const Options& options) {
 int RunChild(const Options& options) {
   Channel channel(options.m_iPipe);
   PrepareProcess(options.m_sFolder);
+  channel.Tell(Message::eSTARTED);
   RunLibrary(channel, options);
-  ShutdownOxaCore();
   return 0;
 }
 

@@ -57,7 +57,7 @@ void Display::Show(const TestRecord& test) {
 
 void Display::TreeBegins(const ModuleRecord& module, const TreeRecord& tree, int repetition) {
   std::cout << OneLine(module.m_sModule) << ": " << OneLine(tree.m_sRoot) << ", " << tree.m_tests.size()
-            << " tests";
+            << (tree.m_tests.size() == 1 ? " test" : " tests");
   if (repetition > 0) std::cout << ", time " << repetition;
   std::cout << std::endl;
 }

@@ -7,6 +7,8 @@
 #include "Signals.h"
 #include "Text.h"
 
+#include <Infrastructure/OxaCore/OxaCore.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
@@ -21,7 +23,7 @@ using namespace OxaTest;
 
 namespace {
 
-const char* const sVERSION = "oxatest " OXATEST_VERSION;
+const char* const sVERSION = "oxatest " OXATEST_VERSION "\n";
 const char* const sSEE_HELP = "oxatest --help tells what can be asked for";
 const char* const sNO_SIGNALS = "the system refuses what it takes to follow a process";
 const char* const sCANNOT_WRITE = "can't be written";
@@ -38,12 +40,15 @@ bool PrepareFiles(Options& options, std::ofstream& junit) {
   if (!options.m_sReports.empty()) {
     const std::filesystem::path folder = std::filesystem::absolute(options.m_sReports);
     std::filesystem::create_directories(folder, error);
-    if (error) Complain(options.m_sReports + ": " + error.message());
+    if (error) {
+      Complain(options.m_sReports + ": " + error.message());
+      return false;
+    }
     options.m_sReports = folder.string();
   }
   if (!options.m_sJUnit.empty()) junit.open(options.m_sJUnit, std::ios::binary);
   if (junit.fail()) Complain(options.m_sJUnit + ": " + sCANNOT_WRITE);
-  return !error && !junit.fail();
+  return !junit.fail();
 }
 
 void List(const ModuleRecord& module, bool many) {
@@ -120,14 +125,16 @@ int RunAsRunner(Options& options) {
 int main(int argc, char** argv) {
   Options options;
   std::string complaint;
+  int status = eIN_VAIN;
   if (!ParseOptions(argc, argv, options, complaint)) {
     if (!complaint.empty()) Complain(complaint);
     Complain(sSEE_HELP);
-    return eIN_VAIN;
+  } else if (options.m_bHelp || options.m_bVersion) {
+    std::cout << (options.m_bHelp ? UsageText() : sVERSION) << std::flush;
+    status = eALL_PASSED;
+  } else {
+    status = options.m_iPipe >= 0 ? RunChild(options) : RunAsRunner(options);
   }
-  if (options.m_bHelp || options.m_bVersion) {
-    std::cout << (options.m_bHelp ? UsageText() : sVERSION) << (options.m_bHelp ? "" : "\n");
-    return eALL_PASSED;
-  }
-  return options.m_iPipe >= 0 ? RunChild(options) : RunAsRunner(options);
+  ShutdownOxaCore();
+  return status;
 }

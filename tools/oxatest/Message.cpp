@@ -63,7 +63,7 @@ bool Decode(std::string& bytes, Message& message) {
   Get(bytes, at, size);
   Get(bytes, at, kind);
   Get(bytes, at, message.m_uOutput);
-  const bool possible = size <= uLARGEST && kind >= Message::eBAD_MODULE && kind <= Message::eDONE;
+  const bool possible = size <= uLARGEST && kind >= Message::eSTARTED && kind <= Message::eDONE;
   if (possible && bytes.size() - at < size) return false;
   if (!possible || !GetTexts(bytes.substr(at, size), 0, message.m_texts)) {
     bytes.clear();

@@ -11,24 +11,25 @@ namespace OxaTest {
 struct Message {
   // With the texts that each has.
   enum EKind : std::uint32_t {
-    eBAD_MODULE = 1,  ///< why it can't be run
-    eLOADED,          ///< none: the function was found
-    eMATCHED,         ///< one digit for each pattern, those of --only first: 1 if it matches something
-    eTREE,            ///< the name of the root: a new tree is there
-    eTEST,            ///< suites, name: is going to run
-    eDISABLED_TEST,   ///< suites, name: is part of the tree and isn't going to run
-    eRUN,             ///< none: all tests were told
-    eBEGIN,           ///< suites, name: a test
-    eRESULT,          ///< suites, name, outcome, text, seconds: of that test
-    eTEAR_DOWN,       ///< suites, name: has its results, and is torn down
-    eSUITE_BEGIN,     ///< suites, name: a suite
-    eSUITE_RESULT,    ///< as eRESULT, of a suite that failed by itself, not by its tests
+    eSTARTED = 1,    ///< none: what was printed until now doesn't come from the module
+    eBAD_MODULE,     ///< why it can't be run
+    eLOADED,         ///< none: the function was found
+    eMATCHED,        ///< one digit for each pattern, those of --only first: 1 if it matches something
+    eTREE,           ///< the name of the root: a new tree is there
+    eTEST,           ///< suites, name: is going to run
+    eDISABLED_TEST,  ///< suites, name: is part of the tree and isn't going to run
+    eRUN,            ///< none: all tests were told
+    eBEGIN,          ///< suites, name: a test
+    eRESULT,         ///< suites, name, outcome, text, seconds: of that test
+    eTEAR_DOWN,      ///< suites, name: has its results, and is torn down
+    eSUITE_BEGIN,    ///< suites, name: a suite
+    eSUITE_RESULT,   ///< as eRESULT, of a suite that failed by itself, not by its tests
     eSUITE_TEAR_DOWN,
     eTREE_DONE,  ///< none: the run of the tree is over
     eDONE        ///< none: all is over, but the library is still loaded
   };
 
-  EKind m_eKind = eBAD_MODULE;
+  EKind m_eKind = eSTARTED;
   std::uint64_t m_uOutput = 0;  ///< the size of the child's output by then
   std::vector<std::string> m_texts;
 

@@ -33,6 +33,9 @@ void Session::Take(const Message& message) {
   if (m_module.m_trees.empty() && message.m_eKind >= Message::eTEST && message.m_eKind < Message::eDONE)
     return;
   switch (message.m_eKind) {
+    case Message::eSTARTED:
+      m_workplace.TakeOutput(message.m_uOutput);
+      break;
     case Message::eBAD_MODULE:
       m_module.m_sTrouble = message.Text(0);
       m_ePlace = eOVER;
