@@ -1,6 +1,8 @@
 // oxatest on modules that can't be run, and on tests that end their process.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -181,19 +183,29 @@ TEST(OxatestInterrupted, TellsWhatIsKnown) {
   }
 }
 
-// No member of a group is left: the number of the group is nobody's.
+// From now on what loses its parent becomes this process's own: it can be waited for, whatever init does.
+void AdoptOrphans() { ASSERT_EQ(0, ::prctl(PR_SET_CHILD_SUBREAPER, 1)); }
+
+// Whether no member of the group is left.
+bool IsGone(pid_t group) {
+  while (::waitpid(-group, nullptr, WNOHANG) > 0) continue;
+  return ::kill(-group, 0) != 0;
+}
+
 TEST(OxatestInterrupted, LeavesNoProcess) {
+  AdoptOrphans();
   pid_t module = 0;
   ExpectInterrupted(Interrupt("Hangs together", SIGTERM, module), "Hangs together");
-  EXPECT_TRUE(TestSupport::Eventually([module] { return ::kill(-module, 0) != 0; }));
+  EXPECT_TRUE(TestSupport::Eventually([module] { return IsGone(module); }));
 }
 
 TEST(OxatestInterrupted, TakesTheModuleAlongWhenItIsKilled) {
   TestSupport::ExpectDeaths();
+  AdoptOrphans();
   const TestSupport::TemporaryFolder folder;
   Hanging hanging(folder, "Hangs");
   hanging.m_oxatest.Kill();
-  EXPECT_TRUE(TestSupport::Eventually([&hanging] { return ::kill(hanging.m_module, 0) != 0; }));
+  EXPECT_TRUE(TestSupport::Eventually([&hanging] { return IsGone(hanging.m_module); }));
 }
 
 TEST(OxatestOnFaults, LeavesAnErrorWhatTheLibraryMakesOne) {
