@@ -27,7 +27,8 @@ std::string NextName(const std::string& parent) {
 
 TestFolder::TestFolder() : m_sName(sNOWHERE) {
   std::error_code missing;
-  const std::string parent = std::filesystem::temp_directory_path(missing).string();
+  std::string parent = std::filesystem::temp_directory_path(missing).string();
+  while (parent.size() > 1 && parent.back() == '/') parent.pop_back();
   for (int attempt = 0; !missing && attempt < iATTEMPTS; ++attempt) {
     const std::string name = NextName(parent);
     if (Platform::MakeDirectory(name.c_str()) != 0) continue;

@@ -1,4 +1,4 @@
-// What the constructors of the module's own suites have in common: a table of one line per test.
+// What the module's own suites have in common: constructors that are tables of one line per test, and assertions.
 #ifndef OXACORE_AUTOTEST_MODULE_TESTMETHODS_H
 #define OXACORE_AUTOTEST_MODULE_TESTMETHODS_H
 
@@ -24,6 +24,17 @@ void AddTestMethods(Suite& suite, std::initializer_list<NamedMethod<Suite>> meth
   for (const NamedMethod<Suite>& row : methods) {
     suite.AddTest(boost::shared_ptr<Test>(new TestMethod<Suite>(row.sName, me, row.pfnMethod)));
   }
+}
+
+/// Whether `action` raises an `Expected`. Errors of other classes pass.
+template <class Expected, class Action>
+bool Raises(Action action) {
+  try {
+    action();
+  } catch (const Expected&) {
+    return true;
+  }
+  return false;
 }
 
 }  // namespace Oxa::Core
