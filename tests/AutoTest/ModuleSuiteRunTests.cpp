@@ -1,0 +1,133 @@
+// Runs of the module's own suite, in hosts of several kinds.
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/OxaCore.h>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <boost/make_shared.hpp>
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+
+#include "AutoTest/ModuleSuite.h"
+#include "Support/TemporaryFolder.h"
+#include "Support/Together.h"
+
+namespace {
+
+using namespace Oxa::Core;
+using namespace ModuleSuiteTests;
+using TestSupport::TemporaryFolder;
+
+const char* const sTEMPORARY = "TMPDIR";
+
+// The system's folder for temporary files, as long as this lives.
+class TemporaryFilesIn {
+ public:
+  explicit TemporaryFilesIn(const std::string& folder) { ::setenv(sTEMPORARY, folder.c_str(), 1); }
+  TemporaryFilesIn(const TemporaryFilesIn&) = delete;
+  TemporaryFilesIn& operator=(const TemporaryFilesIn&) = delete;
+  ~TemporaryFilesIn() { ::unsetenv(sTEMPORARY); }
+};
+
+std::set<std::string> NamesHere() {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator("."))
+    names.insert(entry.path().filename().string());
+  return names;
+}
+
+TEST(ModuleSuiteRun, PassesAndLeavesNothingBehind) {
+  const TemporaryFolder folder;
+  const TemporaryFilesIn temporary(folder.Path());
+  const std::set<std::string> here = NamesHere();
+  const std::string base = AlertManager::Instance()->GetFatalErrorBasePath();
+  const Suite suite = GetModuleTestSuite();
+  ExpectAllPass(*suite);
+  EXPECT_EQ(std::set<std::string>(), folder.Names());
+  EXPECT_EQ(here, NamesHere());
+  EXPECT_EQ(base, AlertManager::Instance()->GetFatalErrorBasePath());
+}
+
+TEST(ModuleSuiteRun, PassesOnTwoThreadsAtOnceAndOverAndOver) {
+  const Suite shared = GetModuleTestSuite();
+  TestSupport::Together(2, [&](int thread) { ExpectAllPass(thread == 0 ? *shared : *GetModuleTestSuite()); });
+  ExpectAllPass(*shared);
+}
+
+TEST(ModuleSuiteRun, PassesAfterTheShutdown) {
+  Shutdown();
+  ExpectAllPass(*GetModuleTestSuite());
+}
+
+// Throws at every alert.
+class WildListener : public AlertListener {
+ public:
+  WildListener() { AlertManager::Instance()->AddAlertListener(*this); }
+  ~WildListener() override { AlertManager::Instance()->RemoveAlertListener(*this); }
+
+  void ErrorRaised(Error&) override { throw std::runtime_error("wild"); }
+  void ErrorHandled(Error&) override { throw std::runtime_error("wild"); }
+  void WarningRaised(Warning&) override { throw std::runtime_error("wild"); }
+};
+
+// Settles everything that is raised in place.
+class GreedyHandler : public ErrorHandler {
+ public:
+  bool Handle(Error&) override { return true; }
+};
+
+void RunInACatchClause(TestSuite& suite) {
+  try {
+    OXA_RAISE_ERROR("Acme.Host", LogicError("the host's own"));
+  } catch (const Error&) {
+    ExpectAllPass(suite);
+  }
+}
+
+TEST(ModuleSuiteRun, PassesInAHostWithListenersHandlersAndLimitsOfItsOwn) {
+  const WildListener listener;
+  const auto handler = boost::make_shared<GreedyHandler>();
+  AlertManager* const manager = AlertManager::Instance();
+  manager->AddErrorHandler(typeid(Error).name(), handler);
+  manager->SetMaxWarnings(typeid(ListenerErrorOnNotification).name(), 0, true);
+  RunInACatchClause(*GetModuleTestSuite());
+  manager->SetMaxWarnings(typeid(ListenerErrorOnNotification).name(), AlertRecord::GetInfiniteWarnings(),
+                          true);
+  manager->RemoveErrorHandler(typeid(Error).name(), handler);
+}
+
+// Keeps the messages of the failures that are raised, and the name under which the last one was.
+class FailureListener : public AlertListener {
+ public:
+  FailureListener() { AlertManager::Instance()->AddAlertListener(*this); }
+  ~FailureListener() override { AlertManager::Instance()->RemoveAlertListener(*this); }
+
+  void ErrorRaised(Error& error) override {
+    if (dynamic_cast<SelfTest::Failure*>(&error) == nullptr) return;
+    m_messages.push_back(error.what());
+    m_sLogName = error.GetData(AlertInfo::sLOG_NAME);
+  }
+
+  Texts m_messages;
+  std::string m_sLogName;
+};
+
+// Without a folder for temporary files, those tests fail that need one, and no others.
+TEST(ModuleSuiteRun, TellsWhatFails) {
+  const TemporaryFilesIn temporary("/nowhere/at/all");
+  const FailureListener listener;
+  const Suite root = GetModuleTestSuite();
+  ASSERT_TRUE(LeaveOnly(*root, "PathName Tests"));
+  std::vector<Result> results;
+  EXPECT_EQ(Result::eFAILED, root->RunTest(results));
+  const std::string text = "no folder can be made in that for temporary files";
+  EXPECT_EQ((Texts{"FileExists: " + text, "IsDir: " + text, "File Delete: " + text,
+                   "Directory Create/Delete: " + text}),
+            Failures(results));
+  EXPECT_EQ(Texts(4, text), listener.m_messages);
+  EXPECT_EQ("Oxa.Core.Test.Failure", listener.m_sLogName);
+}
+
+}  // namespace
