@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 
+#include <boost/weak_ptr.hpp>
 #include <string>
 #include <type_traits>
 
