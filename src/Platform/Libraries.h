@@ -27,6 +27,10 @@ void* FindFunction(HINSTANCE library, const char* name) noexcept;
 /// (any more).
 int LibraryPath(HINSTANCE library, std::string& path) noexcept;
 
+/// Where the file of the library, or of the program, lies that this code is part of: its whole path. 0, or the system's
+/// error code, with `path` untouched.
+int OwnPath(std::string& path) noexcept;
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -5,7 +5,7 @@
 // with the system's own code. Any thread may call anything.
 //
 // A lock outlives everybody who opened it. What stands behind it (one page of memory) stays until the machine
-// is started anew, or until somebody removes it by hand; from then on those who open the name anew have another
+// is started anew, or until somebody removes it; from then on those who open the name anew have another
 // lock than those who opened it before.
 #ifndef OXACORE_PLATFORM_NAMEDLOCK_H
 #define OXACORE_PLATFORM_NAMEDLOCK_H
@@ -58,6 +58,10 @@ class NamedLock {
   NamedLock* m_pOlder = nullptr;  // in the list of all that this process has opened
   friend class OpenLocks;
 };
+
+/// Removes what stands behind the lock of that name, if there is anything: for names that nobody comes back to. Those
+/// who have it open keep it, in this process for ever; those who open the name anew have another one.
+void RemoveNamedLock(const char* name) noexcept;
 
 }  // namespace Oxa::Core::Platform
 

@@ -31,3 +31,11 @@ TEST(Libraries, AHandleThatIsNoneLeavesThePath) {
   EXPECT_NE(0, Platform::LibraryPath(reinterpret_cast<HINSTANCE>(1), path));
   EXPECT_EQ("untouched", path);
 }
+
+TEST(Libraries, OwnCodeIsInTheProgramThatItWasLinkedInto) {
+  std::string program;
+  ASSERT_EQ(0, Platform::ExecutablePath(program));
+  std::string path;
+  EXPECT_EQ(0, Platform::OwnPath(path));
+  EXPECT_EQ(program, path);
+}

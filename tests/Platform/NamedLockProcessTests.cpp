@@ -148,6 +148,19 @@ TEST_F(NamedLockTest, OwnersMayBeKilledAtAnyMoment) {
   other.Kill();
 }
 
+TEST_F(NamedLockTest, WhoOpensARemovedNameHasAnotherLock) {
+  const char* const name = Name();
+  NamedLock& lock = Open(name);
+  LockOf(lock);
+  EXPECT_EQ(EWaitEnd::eTIMEOUT, OtherProcess("try", name));
+  Platform::RemoveNamedLock(name);
+  EXPECT_EQ(EWaitEnd::eSIGNALLED, OtherProcess("try", name));
+  EXPECT_EQ(EWaitEnd::eSIGNALLED, OtherProcess("leave", name));
+  EXPECT_EQ(EWaitEnd::eABANDONED, OtherProcess("try", name));
+  EXPECT_EQ(0, lock.Unlock());
+  Platform::RemoveNamedLock(Name("never made"));
+}
+
 TEST_F(NamedLockTest, TheNumberBesideItIsCommonToAllProcesses) {
   const char* const name = Name();
   EXPECT_EQ(0, RunHost("count", name, 7));

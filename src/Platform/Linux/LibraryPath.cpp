@@ -78,4 +78,14 @@ int LibraryPath(HINSTANCE library, std::string& path) noexcept {
   });
 }
 
+int OwnPath(std::string& path) noexcept {
+  const HoldCancellation hold;
+  return WithoutThrowing([&] {
+    std::string found = PathAt(reinterpret_cast<std::uintptr_t>(&OwnPath));
+    if (found.empty()) return ENOENT;
+    path.swap(found);
+    return 0;
+  });
+}
+
 }  // namespace Oxa::Core::Platform

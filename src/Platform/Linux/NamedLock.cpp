@@ -2,9 +2,11 @@
 
 #include <errno.h>
 #include <pthread.h>
+#include <stdio.h>
 #include <string.h>
 #include <sys/mman.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <iterator>
 #include <new>
@@ -144,5 +146,15 @@ WaitResult NamedLock::TryLock() noexcept {
 int NamedLock::Unlock() noexcept { return UnlockAsOwner(m_pRecord->m_mutex); }
 
 std::atomic<std::uint64_t>& NamedLock::Generation() noexcept { return m_pRecord->m_ullGeneration; }
+
+void RemoveNamedLock(const char* name) noexcept {
+  char file[uLOCK_FILE_NAME_SIZE];
+  LockFileName(name, file);
+  for (const char* const folder : sFOLDERS) {
+    char path[uLOCK_FILE_NAME_SIZE + 32];
+    snprintf(path, sizeof path, "%s/%s", folder, file);
+    unlink(path);
+  }
+}
 
 }  // namespace Oxa::Core::Platform
