@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""check_exports.py LIBRARY SONAME: the library shows its own names and nothing else, and can be unloaded."""
+"""The library shows its own names and nothing else, and can be unloaded.
+
+check_exports.py LIBRARY SONAME [LIST]    also holds the names against those of LIST
+check_exports.py --list LIBRARY           prints them as a LIST
+"""
 import re
 import subprocess
 import sys
@@ -41,7 +45,41 @@ def offences(library, soname):
         yield "it brings another unwinder, which makes each throw ten times slower"
 
 
+HEADING = """# What libOxaCore.so shows, by the names that linkers know (c++filt tells them for people): what is missing here
+# breaks hosts that were linked before. Written by scripts/exports, of a release build by g++ 12.
+"""
+
+
+def names_in(path):
+    with open(path, encoding="ascii") as lines:
+        return {line.strip() for line in lines if line.strip() and not line.startswith("#")}
+
+
+def readable(name):
+    """As people write it, with the linker's name, for several of those may read the same."""
+    told = subprocess.run(["c++filt", name], check=True, capture_output=True, text=True).stdout.strip()
+    return name if told == name else "%s  (%s)" % (told, name)
+
+
+def differences(library, path):
+    listed, shown = names_in(path), {name for name, _ in symbols_of(library)}
+    for name in sorted(listed - shown):
+        yield "gone: " + readable(name)
+    for name in sorted(shown - listed):
+        yield "new:  " + readable(name)
+
+
+def main(library, soname, path=None):
+    found = list(offences(library, soname))
+    changed = list(differences(library, path)) if path else []
+    if changed:
+        changed.append("%d names differ from %s. If that is meant: scripts/exports" % (len(changed), path))
+    print("\n".join(found + changed) or "The library shows nothing but its own names.")
+    return 1 if found or changed else 0
+
+
 if __name__ == "__main__":
-    found = list(offences(sys.argv[1], sys.argv[2]))
-    print("\n".join(found) or "The library shows nothing but its own names.")
-    sys.exit(1 if found else 0)
+    if sys.argv[1] == "--list":
+        print(HEADING + "\n".join(sorted({name for name, _ in symbols_of(sys.argv[2])})))
+    else:
+        sys.exit(main(*sys.argv[1:]))
