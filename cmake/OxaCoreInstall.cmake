@@ -30,12 +30,16 @@ if(BUILD_SHARED_LIBS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
     RENAME "libOxaCore.so.${PROJECT_VERSION}-gdb.py")
 endif()
 
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
-  "${PROJECT_SOURCE_DIR}/cmake/debian/copyright" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" COMPONENT development
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development
-  FILES_MATCHING PATTERN "*.cpp" PATTERN "*.h" PATTERN "*.md")
+# A host that takes the sources in as a folder has pages of its own.
+if(PROJECT_IS_TOP_LEVEL)
+  install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+    "${PROJECT_SOURCE_DIR}/cmake/debian/copyright" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" COMPONENT development
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png"
+    PATTERN doxygen EXCLUDE)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development
+    FILES_MATCHING PATTERN "*.cpp" PATTERN "*.h" PATTERN "*.md")
+endif()
 
 # The library's own tests start the second program; its name is the same on every system.
 file(RELATIVE_PATH from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")

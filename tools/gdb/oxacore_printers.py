@@ -1,6 +1,6 @@
 """How gdb shows the library's values: Time, Elapse, PathName, alerts, units and quantities.
 
-gdb loads this file with the library where it is installed (see docs/packaging.md); elsewhere say
+gdb loads this file with the library where it is installed; elsewhere say
     source tools/gdb/oxacore_printers.py
 
     (gdb) print start
