@@ -19,11 +19,11 @@ function paragraph(n,   last, shared, line) {
   shared = shares(n, last)
   for (; n <= last; ++n) {
     line = lines[n]
-    if (n == shared) print "///@{"
-    if (shared && n >= shared && line ~ /^ *\/\/ /) sub(/\/\//, "///", line)
+    if (n == shared) print "/** @{ */\n"
+    if (shared && n >= shared && line ~ /^ *\/\/( |$)/) sub(/\/\//, "///", line)
     print special(line)
   }
-  if (shared) print "///@}"
+  if (shared) print "/** @} */"
 }
 # The line of the comment that the declarations among these lines share, or 0.
 function shares(n, last,   depth, first, count, line) {

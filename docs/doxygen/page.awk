@@ -37,4 +37,22 @@ FNR == 1 { page = FILENAME; sub(/.*\//, "", page); sub(/\.md$/, "", page) }
 /^```/ { code = !code; print; next }
 code { print; next }
 /^##+ / { heading = $0; sub(/^#+ /, "", heading); print $0 " {#" anchor(page, heading) "}"; next }
-{ print relinked($0) }
+{ print relinked(spelled($0)) }
+# Doxygen takes a quote in a code span for its end, "<!--" for the beginning of a comment, and entities for what they stand
+# for.
+function spelled(line,   out, span) {
+  while (match(line, /`[^`]*`/)) {
+    span = substr(line, RSTART + 1, RLENGTH - 2)
+    out = out substr(line, 1, RSTART - 1) (span ~ /\047|<!--|&/ ? "<code>" entities(span) "</code>" : "`" span "`")
+    line = substr(line, RSTART + RLENGTH)
+  }
+  return out line
+}
+function entities(span) {
+  gsub(/\\/, "\\\\\\\\", span)
+  gsub(/&/, "\\&amp;", span)
+  gsub(/</, "\\&lt;", span)
+  gsub(/>/, "\\&gt;", span)
+  gsub(/--/, "\\\\--", span)
+  return span
+}
