@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere, the
-table of the seam has all of its headers, and no page holds what a merge left behind."""
+"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere (to a heading
+where they name one), the table of the seam has all of its headers, and no page holds what a merge left behind."""
 import os
 import re
 import sys
@@ -9,6 +9,7 @@ BLOCK = re.compile(r"^```cpp\n(.*?)^```\n", re.M | re.S)
 UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
 FENCE = re.compile(r"^```.*?^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]*)(?:#([^)]*))?\)")
+HEADING = re.compile(r"^#+ (.*)$", re.M)
 
 
 def read(*path):
@@ -30,11 +31,17 @@ def program_offences(root, pages):
         yield "examples/%s: no page shows it" % name
 
 
+def anchors(text):
+    return {re.sub("[^a-z0-9 _-]", "", heading.lower()).replace(" ", "-") for heading in HEADING.findall(FENCE.sub("", text))}
+
+
 def link_offences(root, page):
-    for target, _ in LINK.findall(FENCE.sub("", read(root, page))):
+    for target, place in LINK.findall(FENCE.sub("", read(root, page))):
         path = os.path.normpath(os.path.join(os.path.dirname(page), target)) if target else page
         if not os.path.exists(os.path.join(root, path)):
             yield "%s: nothing lies at %s" % (page, target)
+        elif place and place not in anchors(read(root, path)):
+            yield "%s: %s has no heading for #%s" % (page, path, place)
 
 
 def seam_offences(root):
