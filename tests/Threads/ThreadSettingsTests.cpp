@@ -1,4 +1,5 @@
 // Names, priorities and the stack-size rule, the last by what the seam is handed.
+#include <Infrastructure/OxaCore/System.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sched.h>
@@ -87,6 +88,17 @@ TEST(ThreadNames, AGivenOneReplacesTheDefault) {
   EXPECT_EQ("Probe", thread->GetName());
   thread->SetName("");
   EXPECT_EQ("", thread->GetName());
+}
+
+// Alerts name the threads that have named themselves.
+TEST(ThreadNames, AreNotThoseThatAlertsTell) {
+  const SharedThread thread = Thread::Create("Told to nobody");
+  const auto toldName = [] {
+    std::string name = "none";
+    Oxa::Core::System::Instance()->GetCurrentThreadName(name);
+    return name;
+  };
+  EXPECT_EQ("", AskOn(thread, toldName));
 }
 
 TEST(ThreadNames, TheSystemKnowsThem) {
