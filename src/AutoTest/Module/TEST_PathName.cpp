@@ -64,7 +64,8 @@ void CheckParts(std::string (PathName::*part)() const, const PartRow (&rows)[uCO
 }
 
 void CheckAll(bool expected, bool (PathName::*asked)() const, const Texts& paths) {
-  for (const std::string& path : paths) OXA_TEST_ASSERT_MSG((PathName(path).*asked)() == expected, path);
+  for (const std::string& path : paths)
+    OXA_TEST_ASSERT_MSG((PathName(path).*asked)() == expected, "wrong for \"" + path + "\"");
 }
 
 }  // namespace
