@@ -6,7 +6,6 @@
 #include <stdlib.h>
 
 #include <boost/make_shared.hpp>
-#include <filesystem>
 #include <set>
 #include <stdexcept>
 
@@ -31,22 +30,16 @@ class TemporaryFilesIn {
   ~TemporaryFilesIn() { ::unsetenv(sTEMPORARY); }
 };
 
-std::set<std::string> NamesHere() {
-  std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator("."))
-    names.insert(entry.path().filename().string());
-  return names;
-}
-
 TEST(ModuleSuiteRun, PassesAndLeavesNothingBehind) {
   const TemporaryFolder folder;
+  const TemporaryFolder working;
   const TemporaryFilesIn temporary(folder.Path());
-  const std::set<std::string> here = NamesHere();
+  const TestSupport::CurrentFolder current(working.Path());
   const std::string base = AlertManager::Instance()->GetFatalErrorBasePath();
   const Suite suite = GetModuleTestSuite();
   ExpectAllPass(*suite);
   EXPECT_EQ(std::set<std::string>(), folder.Names());
-  EXPECT_EQ(here, NamesHere());
+  EXPECT_EQ(std::set<std::string>(), working.Names());
   EXPECT_EQ(base, AlertManager::Instance()->GetFatalErrorBasePath());
 }
 
