@@ -55,7 +55,7 @@ inline Texts Failures(const std::vector<Result>& results) {
 /// Runs the suite, and expects all of its tests to pass.
 inline void ExpectAllPass(Oxa::Core::TestSuite& suite) {
   std::vector<Result> results;
-  suite.RunTest(results);
+  EXPECT_EQ(Result::ePASSED, suite.RunTest(results));
   EXPECT_EQ(Texts(), Failures(results));
   EXPECT_EQ(suite.GetTotalTests(false, true), static_cast<int>(results.size()));
 }

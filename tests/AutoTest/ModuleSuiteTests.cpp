@@ -19,106 +19,106 @@ using Function = Suite();
 
 const Texts& OutlineOfTree() {
   static const Texts s_outline = {
-      "Smart Pointer Tests:\n"
-      "  Test default construction/destruction\n"
-      "  Test copy construction/destruction\n"
-      "  Test assignment operator\n"
-      "  Test implicit type conversion in copy & assign\n"
-      "  Test dereferencing a pointer\n"
-      "  Tests array storage and array style access",
-      "BadPixel Tests:\n"
-      "  Valid Bad Pixel Types Test\n"
-      "  Invalid Bad Pixel Type Test",
-      "PerformanceTimer Tests:\n"
-      "  TestPerformanceTimer",
-      "StringTools Tests:\n"
-      "  TestTrimWS\n"
-      "  TestUpCase\n"
-      "  TestDownCase\n"
-      "  TestLineBreaks\n"
-      "  TestEscape\n"
-      "  TestUnEscape\n"
-      "  TestArray2Str\n"
-      "  TestStr2Array\n"
-      "  TestConversion\n"
-      "  TestSplitJoin",
-      "PathName Tests:\n"
-      "  TestSetBase\n"
-      "  TestExtractFNameExt\n"
-      "  TestExtractDrivePath\n"
-      "  ValidatePath\n"
-      "  ValidateFileName\n"
-      "  IsPathRelative\n"
-      "  IsDirectoryRelative\n"
-      "  IsDriveRelative\n"
-      "  IsPathAbsolute\n"
-      "  MakePathAbsolute\n"
-      "  MakePathRelative\n"
-      "  FileExists\n"
-      "  IsDir\n"
-      "  File Delete\n"
-      "  Directory Create/Delete",
-      "GraphAlgo Tests:\n"
-      "  TestGraphAdjListDirected\n"
-      "  TestEnumeratedSet\n"
-      "  TestDirectedGraph\n"
-      "  TestRawTopoSort",
-      "container_ptr Tests:\n"
-      "  Standalone Test\n"
-      "  In Containers Test",
-      "Notification Tests:\n"
-      "  Basic Tests\n"
-      "  Remove On Notification Test\n"
-      "  Error On Notification Test",
-      "Encryption Tests:\n"
-      "  String Encryption Test\n"
-      "  Password Test\n"
-      "  BYTE Vector Encryption Test\n"
-      "  Fundamental Type Encryption Test",
-      "I/O Tests:\n"
-      "  I/O With Binary File Test\n"
-      "  File Open Types Test\n"
-      "  Data I/O with Binary File Test\n"
-      "  Buffered I/O with Binary File\n"
-      "  Bounded I/O with Binary File Test\n"
-      "  I/O Chain Test\n"
-      "  BinaryPipe Test\n"
-      "  Base64 Streams Test\n"
-      "  Binary Stream Adapter Test\n"
-      "  XML Tests:\n"
-      "  Test XMLWriter\n"
-      "  Test XMLParser",
-      "UnitDescriptor Tests:\n"
-      "  Test construction/destruction\n"
-      "  Test accessor methods\n"
-      "  Test numeric converter methods\n"
-      "  Test assignment and comparison operators\n"
-      "  Test arithmetic and comparison operators\n"
-      "  Test serialization",
-      "UnitDictionary Tests:\n"
-      "  Test construction/destruction\n"
-      "  Test storage and retrieval methods",
-      "UnitizedValue Tests:\n"
-      "  UnitizedValue Comparison Test\n"
-      "  UnitizedValue Conversion Test\n"
-      "  UnitizedValue Math Test\n"
-      "  UnitizedValue Output Test",
-      "Error Handling Tests:\n"
-      "  Test Construction\n"
-      "  Test Errors\n"
-      "  Test Warnings\n"
-      "  Test Notifications\n"
-      "  Test In Place Handling\n"
-      "  Test Cloning\n"
-      "  Test Derivation From Parameterized Base\n"
-      "  Test Set And Get FatalErrorBasePath\n"
-      "  Test Error Recursion",
-      "Callback template & macro Tests:\n"
-      "  Test callback variants\n"
-      "  Test callback example with smart pointers",
-      "Oxa::Core::Time Tests:\n"
-      "  Test Oxa::Core::Time\n"
-      "  Test Elapse"};
+      R"(Smart Pointer Tests:
+  Test default construction/destruction
+  Test copy construction/destruction
+  Test assignment operator
+  Test implicit type conversion in copy & assign
+  Test dereferencing a pointer
+  Tests array storage and array style access)",
+      R"(BadPixel Tests:
+  Valid Bad Pixel Types Test
+  Invalid Bad Pixel Type Test)",
+      R"(PerformanceTimer Tests:
+  TestPerformanceTimer)",
+      R"(StringTools Tests:
+  TestTrimWS
+  TestUpCase
+  TestDownCase
+  TestLineBreaks
+  TestEscape
+  TestUnEscape
+  TestArray2Str
+  TestStr2Array
+  TestConversion
+  TestSplitJoin)",
+      R"(PathName Tests:
+  TestSetBase
+  TestExtractFNameExt
+  TestExtractDrivePath
+  ValidatePath
+  ValidateFileName
+  IsPathRelative
+  IsDirectoryRelative
+  IsDriveRelative
+  IsPathAbsolute
+  MakePathAbsolute
+  MakePathRelative
+  FileExists
+  IsDir
+  File Delete
+  Directory Create/Delete)",
+      R"(GraphAlgo Tests:
+  TestGraphAdjListDirected
+  TestEnumeratedSet
+  TestDirectedGraph
+  TestRawTopoSort)",
+      R"(container_ptr Tests:
+  Standalone Test
+  In Containers Test)",
+      R"(Notification Tests:
+  Basic Tests
+  Remove On Notification Test
+  Error On Notification Test)",
+      R"(Encryption Tests:
+  String Encryption Test
+  Password Test
+  BYTE Vector Encryption Test
+  Fundamental Type Encryption Test)",
+      R"(I/O Tests:
+  I/O With Binary File Test
+  File Open Types Test
+  Data I/O with Binary File Test
+  Buffered I/O with Binary File
+  Bounded I/O with Binary File Test
+  I/O Chain Test
+  BinaryPipe Test
+  Base64 Streams Test
+  Binary Stream Adapter Test
+  XML Tests:
+  Test XMLWriter
+  Test XMLParser)",
+      R"(UnitDescriptor Tests:
+  Test construction/destruction
+  Test accessor methods
+  Test numeric converter methods
+  Test assignment and comparison operators
+  Test arithmetic and comparison operators
+  Test serialization)",
+      R"(UnitDictionary Tests:
+  Test construction/destruction
+  Test storage and retrieval methods)",
+      R"(UnitizedValue Tests:
+  UnitizedValue Comparison Test
+  UnitizedValue Conversion Test
+  UnitizedValue Math Test
+  UnitizedValue Output Test)",
+      R"(Error Handling Tests:
+  Test Construction
+  Test Errors
+  Test Warnings
+  Test Notifications
+  Test In Place Handling
+  Test Cloning
+  Test Derivation From Parameterized Base
+  Test Set And Get FatalErrorBasePath
+  Test Error Recursion)",
+      R"(Callback template & macro Tests:
+  Test callback variants
+  Test callback example with smart pointers)",
+      R"(Oxa::Core::Time Tests:
+  Test Oxa::Core::Time
+  Test Elapse)"};
   return s_outline;
 }
 
@@ -167,31 +167,28 @@ TEST(ModuleSuite, GoesWithItsLastOwner) {
 }
 
 TEST(ModuleSuite, ThreeFurtherSuitesAreBuiltByThemselves) {
-  EXPECT_EQ(
-      "Oxa::Core::Dictionary Tests:\n"
-      "  Basics Test\n"
-      "  Shortcuts Test\n"
-      "  Convert Test\n"
-      "  Stress Test",
-      Outline(TEST_OxaDictionary()));
-  EXPECT_EQ(
-      "OxaRWMutex Tests:\n"
-      "  Test OxaRWMutex - single thread\n"
-      "  Test OxaRWMutex - multiple threads\n"
-      "  Test OxaRWMutex - deadlock",
-      Outline(TEST_OxaRWMutex()));
-  EXPECT_EQ(
-      "Oxa::Core::Thread Tests:\n"
-      "  Oxa::Core::Thread Test\n"
-      "  Deadlock test\n"
-      "  Lifetime Management Test\n"
-      "  Thread Notifications Test\n"
-      "  Thread Pool Test\n"
-      "  Thread Startup Test\n"
-      "  Mutex Lock Test\n"
-      "  Kill Thread Test\n"
-      "  Named Cross Process Mutex Test",
-      Outline(TEST_OxaThread()));
+  EXPECT_EQ(R"(Oxa::Core::Dictionary Tests:
+  Basics Test
+  Shortcuts Test
+  Convert Test
+  Stress Test)",
+            Outline(TEST_OxaDictionary()));
+  EXPECT_EQ(R"(OxaRWMutex Tests:
+  Test OxaRWMutex - single thread
+  Test OxaRWMutex - multiple threads
+  Test OxaRWMutex - deadlock)",
+            Outline(TEST_OxaRWMutex()));
+  EXPECT_EQ(R"(Oxa::Core::Thread Tests:
+  Oxa::Core::Thread Test
+  Deadlock test
+  Lifetime Management Test
+  Thread Notifications Test
+  Thread Pool Test
+  Thread Startup Test
+  Mutex Lock Test
+  Kill Thread Test
+  Named Cross Process Mutex Test)",
+            Outline(TEST_OxaThread()));
 }
 
 // As a runner does it, in the library's own file.
