@@ -1,8 +1,8 @@
 // What hides secrets: a digest and a cipher of a provider, and the registry.
 //
 // Functions that give an int give 0 or the system's error code; results are untouched when they fail. No function
-// raises, takes a lock of ours or logs, and none is a place where a thread is killed or cancelled; those of the
-// registry throw nothing but std::bad_alloc. Any thread may call anything.
+// raises, takes a lock of ours or logs; those of the registry throw nothing but std::bad_alloc. A kill or a cancellation
+// of the calling thread waits until what it has opened is closed. Any thread may call anything.
 #ifndef OXACORE_PLATFORM_SECRETS_H
 #define OXACORE_PLATFORM_SECRETS_H
 

@@ -36,8 +36,8 @@ using HKEY = struct HKEY__*;
 using HCRYPTPROV = unsigned long;
 
 /// The roots of the registry. Both lie with the user here: nothing is shared between the users of a machine.
-inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(0x80000001UL);
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(0x80000002UL);
+inline HKEY__* const HKEY_CURRENT_USER = reinterpret_cast<HKEY>(0x80000001UL);
+inline HKEY__* const HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(0x80000002UL);
 
 #endif
 

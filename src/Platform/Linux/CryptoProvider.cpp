@@ -7,6 +7,7 @@
 
 #include <new>
 
+#include "Platform/Kill.h"
 #include "Platform/Libraries.h"
 #include "Platform/Secrets.h"
 
@@ -68,6 +69,7 @@ int AcquireProvider(const char*, const char* name, unsigned long type, bool make
   if (strcmp(name, g_pDEFAULT_PROVIDER) != 0) return ENOENT;
   if (type != ulPROV_RSA_FULL) return EPROTOTYPE;
   if (makeContainer) return EEXIST;
+  const HoldKill alive;
   auto* const opened = new (std::nothrow) Provider;
   if (opened == nullptr) return ENOMEM;
   const int code = Open(*opened);
@@ -80,6 +82,7 @@ int AcquireProvider(const char*, const char* name, unsigned long type, bool make
 }
 
 void ReleaseProvider(HCRYPTPROV provider) noexcept {
+  const HoldKill alive;
   CloseLibrary(Of(provider).m_hLibrary);
   delete &Of(provider);
 }

@@ -66,7 +66,7 @@ int MakeFolders(std::string& path) {
     const int code = mkdir(path.c_str(), uFOLDER_MODE) == 0 ? 0 : errno;
     const bool there = code == 0 || IsFolder(path.c_str());
     if (!last) path[end] = '/';
-    if (!there) return code;
+    if (!there) return code == EEXIST ? ENOTDIR : code;
     if (last) return 0;
   }
 }

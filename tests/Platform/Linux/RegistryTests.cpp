@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/RegistryName.h"
+#include "Platform/Secrets.h"
+#include "Support/TemporaryFolder.h"
+
+namespace Platform = Oxa::Core::Platform;
+using Platform::FileOfValue;
+using Platform::FolderOfKey;
+
+namespace {
+
+TEST(RegistryName, OfAKeyIsAFolderForEachPart) {
+  EXPECT_EQ("/Software/Acme/Probe 2.1", FolderOfKey("Software\\Acme\\Probe 2.1"));
+  EXPECT_EQ("/%", FolderOfKey(""));
+  EXPECT_EQ("/%/A/%", FolderOfKey("\\A\\"));
+  EXPECT_EQ("/%2E/%2E./%2Ehidden/a.b.", FolderOfKey(".\\..\\.hidden\\a.b."));
+  EXPECT_EQ("/a%2Fb", FolderOfKey("a/b"));
+  EXPECT_EQ("/\xc3\xa9%25%3D%00%7F", FolderOfKey(std::string("\xc3\xa9%=\0\x7f", 6)));
+}
+
+TEST(RegistryName, OfAValueIsAFileThatNoKeyCanBe) {
+  EXPECT_EQ("Password=", FileOfValue("Password"));
+  EXPECT_EQ("%5Ca%3D=", FileOfValue("\\a="));
+  EXPECT_EQ("%=", FileOfValue(""));
+}
+
+mode_t ModeOf(const std::string& name) {
+  struct stat facts = {};
+  EXPECT_EQ(0, stat(name.c_str(), &facts)) << name;
+  return facts.st_mode & 07777U;
+}
+
+TEST(Registry, BelongsToItsUserAlone) {
+  const TestSupport::TemporaryFolder folder;
+  const std::string config = folder.File("config");
+  ::setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+  umask(0);
+  ASSERT_EQ(0, Platform::CreateRegistryKey(HKEY_LOCAL_MACHINE, "A\\B"));
+  ASSERT_EQ(0, Platform::WriteRegistryValue(HKEY_LOCAL_MACHINE, "A\\B", "V", {1}));
+  const std::string key = config + "/OxaCore/registry/HKEY_LOCAL_MACHINE/A/B";
+  EXPECT_EQ(0600U, ModeOf(key + "/V="));
+  for (std::string name = key; name.size() >= config.size(); name.erase(name.rfind('/')))
+    EXPECT_EQ(0700U, ModeOf(name)) << name;
+}
+
+TEST(Registry, WaitsForNoPipeAndReadsNoFlood) {
+  const TestSupport::TemporaryFolder folder;
+  const Platform::RegistryFolder there(folder.Path().c_str());
+  ASSERT_EQ(0, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "K"));
+  const std::string key = folder.File("HKEY_CURRENT_USER/K/");
+  ASSERT_EQ(0, mkfifo((key + "Pipe=").c_str(), 0600));
+  std::vector<unsigned char> bytes;
+  EXPECT_EQ(EINVAL, Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "Pipe", bytes));
+  folder.Write("HKEY_CURRENT_USER/K/Flood=", "");
+  std::filesystem::resize_file(key + "Flood=", (16U << 20U) + 1);
+  EXPECT_EQ(EFBIG, Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "Flood", bytes));
+  EXPECT_TRUE(bytes.empty());
+}
+
+TEST(Registry, AFolderThatCannotBeMadeIsTold) {
+  const TestSupport::TemporaryFolder folder;
+  folder.Write("file", "");
+  const std::string below = folder.File("file/registry");
+  const Platform::RegistryFolder there(below.c_str());
+  EXPECT_EQ(ENOTDIR, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "K"));
+}
+
+}  // namespace
