@@ -1,0 +1,189 @@
+#include <Infrastructure/OxaCore/StreamLogHandler.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
+#include <ext/stdio_filebuf.h>
+
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "LogFakes.h"
+#include "Platform/Terminal.h"
+#include "Support/TemporaryFolder.h"
+#include "Support/Together.h"
+
+using namespace Oxa::Core;
+using LogFakes::MakeEntry;
+
+namespace {
+
+const char* const sTIME = "2011/03/03 02:33:17.123";
+
+OxaLogEntry Entry(const std::string& message, OxaLogSeverityEnum severity = eLOG_WARNING) {
+  OxaLogEntry entry = MakeEntry(message);
+  entry.m_eSeverity = severity;
+  entry.m_time.ParseString(sTIME);
+  return entry;
+}
+
+std::string Line(const char* severity, const std::string& message) {
+  return std::string(sTIME) + ' ' + severity + " Test.Path: " + message;
+}
+
+// A terminal, and a stream that leads there.
+class Terminal {
+ public:
+  Terminal() : m_iMaster(::posix_openpt(O_RDWR | O_NOCTTY)) {
+    EXPECT_EQ(0, ::grantpt(m_iMaster));
+    EXPECT_EQ(0, ::unlockpt(m_iMaster));
+    const int slave = ::open(::ptsname(m_iMaster), O_RDWR | O_NOCTTY);
+    termios settings = {};
+    EXPECT_EQ(0, ::tcgetattr(slave, &settings));
+    ::cfmakeraw(&settings);
+    EXPECT_EQ(0, ::tcsetattr(slave, TCSANOW, &settings));
+    m_pBuffer = std::make_unique<__gnu_cxx::stdio_filebuf<char>>(slave, std::ios::out);
+    m_pStream = std::make_unique<std::ostream>(m_pBuffer.get());
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() { ::close(m_iMaster); }
+
+  std::ostream& Stream() { return *m_pStream; }
+
+  // What has come out of it; there must be something.
+  std::string Read() const {
+    char bytes[1000];
+    const ssize_t size = ::read(m_iMaster, bytes, sizeof bytes);
+    return std::string(bytes, size > 0 ? static_cast<std::size_t>(size) : 0);
+  }
+
+ private:
+  int m_iMaster;
+  std::unique_ptr<__gnu_cxx::stdio_filebuf<char>> m_pBuffer;
+  std::unique_ptr<std::ostream> m_pStream;
+};
+
+// What a handler made now writes to the terminal.
+std::string Shown(const OxaLogEntry& entry) {
+  Terminal terminal;
+  StreamLogHandler handler(terminal.Stream());
+  handler.HandleLogEntry(entry);
+  return terminal.Read();
+}
+
+void Want(const char* terminal, const char* noColor) {
+  ::setenv("TERM", terminal, 1);
+  noColor != nullptr ? ::setenv("NO_COLOR", noColor, 1) : ::unsetenv("NO_COLOR");
+}
+
+TEST(StreamLogHandler, WritesALineForEachEntry) {
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  handler.HandleLogEntry(Entry("channel 3 is gone"));
+  handler.HandleLogEntry(Entry("", eLOG_VERBOSE));
+  handler.HandleLogEntry(Entry("x", static_cast<OxaLogSeverityEnum>(9)));
+  handler.OnLoggersChanged();
+  EXPECT_EQ(Line("Warning", "channel 3 is gone\n") + Line("Verbose", "\n") + Line("Unknown", "x\n"),
+            out.str());
+}
+
+TEST(StreamLogHandler, ShowsTheTextOfAnAlertAndOtherMarkupWhole) {
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  OxaLogEntry entry = Entry("<Error><Message>a &lt; b</Message></Error>", eLOG_ERROR);
+  entry.m_sForm = "xml";
+  handler.HandleLogEntry(entry);
+  entry.m_sMessage = "<Table/>";
+  handler.HandleLogEntry(entry);
+  EXPECT_EQ(Line("Error", "a < b\n") + Line("Error", "<Table/>\n"), out.str());
+}
+
+TEST(StreamLogHandler, ColoursTheSeveritiesOnATerminal) {
+  Want("xterm", nullptr);
+  EXPECT_EQ("\x1B[1;41;37m" + Line("Alarm", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_ALARM)));
+  EXPECT_EQ("\x1B[31m" + Line("Error", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_ERROR)));
+  EXPECT_EQ("\x1B[33m" + Line("Warning", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_WARNING)));
+  EXPECT_EQ("\x1B[34m" + Line("Debug", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_DEBUG)));
+  EXPECT_EQ(Line("Informational", "m\n"), Shown(Entry("m", eLOG_INFORMATIONAL)));
+  EXPECT_EQ("\x1B[90m" + Line("Verbose", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_VERBOSE)));
+}
+
+TEST(StreamLogHandler, LeavesColoursToThoseWhoWantThem) {
+  Want("xterm", "1");
+  EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
+  Want("dumb", nullptr);
+  EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
+  Want("", nullptr);
+  EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
+  Want("xterm", "");  // empty is as good as unset
+  EXPECT_EQ("\x1B[31m" + Line("Error", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_ERROR)));
+}
+
+TEST(StreamLogHandler, LetsNoMessageCommandATerminal) {
+  Want("xterm", nullptr);
+  EXPECT_EQ(Line("Informational", "a\\x1B[2Jb\\x07\\x7F\tc\nd\xc3\xa9\n"),
+            Shown(Entry("a\x1B[2Jb\x07\x7F\tc\nd\xc3\xa9", eLOG_INFORMATIONAL)));
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  handler.HandleLogEntry(Entry("a\x1B[2Jb"));
+  EXPECT_EQ(Line("Warning", "a\x1B[2Jb\n"), out.str());
+}
+
+TEST(StreamLogHandler, KnowsATerminalFromAFile) {
+  const TestSupport::TemporaryFolder folder;
+  std::ofstream file(folder.File("log"));
+  EXPECT_FALSE(Platform::IsTerminal(file));
+  EXPECT_FALSE(Platform::IsTerminal(std::ostream(nullptr)));
+  const int pipe = ::open("/dev/null", O_WRONLY);
+  ::dup2(pipe, STDOUT_FILENO);
+  EXPECT_FALSE(Platform::IsTerminal(std::cout));
+  Terminal terminal;
+  EXPECT_TRUE(Platform::IsTerminal(terminal.Stream()));
+  std::ostringstream text;
+  std::streambuf* const before = std::cout.rdbuf(text.rdbuf());
+  EXPECT_FALSE(Platform::IsTerminal(std::cout));
+  std::cout.rdbuf(before);
+}
+
+TEST(StreamLogHandler, KnowsTheStandardStreams) {
+  const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(0, ::grantpt(master));
+  ASSERT_EQ(0, ::unlockpt(master));
+  ASSERT_EQ(STDERR_FILENO, ::dup2(::open(::ptsname(master), O_RDWR | O_NOCTTY), STDERR_FILENO));
+  EXPECT_TRUE(Platform::IsTerminal(std::cerr));
+  EXPECT_TRUE(Platform::IsTerminal(std::clog));
+}
+
+TEST(StreamLogHandler, AStreamThatFailedGoesOnWhenItIsCleared) {
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  out.setstate(std::ios::failbit);
+  handler.HandleLogEntry(Entry("lost"));
+  out.clear();
+  handler.HandleLogEntry(Entry("kept"));
+  EXPECT_EQ(Line("Warning", "kept\n"), out.str());
+}
+
+TEST(StreamLogHandler, LinesOfSeveralThreadsDontMix) {
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  TestSupport::Together(4, [&](int index) {
+    for (int i = 0; i < 50; ++i)
+      handler.HandleLogEntry(Entry(std::string(40, static_cast<char>('a' + index))));
+  });
+  std::istringstream lines(out.str());
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    const std::string expected = Line("Warning", std::string(40, line.empty() ? '?' : line.back()));
+    EXPECT_EQ(expected, line);
+  }
+  EXPECT_EQ(200, count);
+}
+
+}  // namespace
