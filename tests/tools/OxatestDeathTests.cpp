@@ -55,6 +55,18 @@ TEST(OxatestOnBadModules, SaysWhyOneCannotBeLoaded) {
   EXPECT_EQ("4", run.m_junit.Attribute("errors"));
 }
 
+#ifndef __SANITIZE_ADDRESS__  // which ends a process with two copies by itself
+TEST(OxatestOnBadModules, RefusesAnotherCopyOfTheLibrary) {
+  const TestSupport::TemporaryFolder folder;
+  const std::string copy = folder.Write("libOxaCore.so", TestSupport::ReadFile(OXACORE_LIBRARY));
+  const RunResult run = RunOxatest({copy, sTIMEOUT});
+  EXPECT_EQ(2, run.m_iStatus);
+  EXPECT_TRUE(run.Complains("oxatest: " + copy +
+                            ": brings along another copy of OxaCore than the one that oxatest runs with\n"))
+      << run.m_sError;
+}
+#endif
+
 TEST(OxatestOnBadModules, EndsOneThatHangs) {
   const RunResult run = RunOxatest({BAD_MODULE, "--timeout=" HANG_LIMIT}, {"BAD_MODULE=hangs"});
   EXPECT_EQ(2, run.m_iStatus);

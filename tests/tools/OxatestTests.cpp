@@ -247,6 +247,13 @@ TEST(Oxatest, FindsAModuleOfTheCurrentFolder) {
   EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
 }
 
+TEST(Oxatest, FindsAModuleWhereTheSystemLooksForLibraries) {
+  const std::filesystem::path module = BAD_MODULE;
+  const RunResult run =
+      RunOxatest({module.filename().string()}, {"LD_LIBRARY_PATH=" + module.parent_path().string()});
+  EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
+}
+
 // What the tests raise would otherwise be logged beside the program.
 TEST(Oxatest, LeavesTheLogOnlyWhereItIsToldTo) {
   const TestSupport::TemporaryFolder folder;
