@@ -11,6 +11,7 @@ namespace Oxa::Core {
 
 void ConnectHooks() {
   TheHooks().addCircumstances = &AddCircumstances;
+  TheHooks().markCircumstances = &MarkCircumstances;
   AlertHooks::Connect(TheHooks());
   ConnectLog(TheHooks());
   ConnectFaults(TheHooks());

@@ -15,6 +15,7 @@
 #include "ErrorHandling/FatalErrorEnd.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
+#include "ErrorHandling/PlaceTables.h"
 #include "Log/ParkedThread.h"
 #include "Platform/Faults.h"
 #include "Platform/Machine.h"
@@ -123,6 +124,7 @@ void UnloadRoutine() {
   // or at least end by the filter. Only code that is about to be unmapped has to let go of the signals even then.
   if (!GoesByFatalError()) TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
+  ForgetPlaceTables();
   MSWindows::DebugHelpLife::End();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
   if (Platform::IsBeingUnmapped()) DestroyParkedThread();

@@ -14,6 +14,7 @@ const char* const sNO_MESSAGE = "No Message";
 const char* const sNO_DATA = "No error data due to memory allocation failure";
 const char* const sUNKNOWN = "Unknown";
 constexpr std::size_t uBUCKETS = 8;
+constexpr std::size_t uUSUAL_PLACES = 8;  // of an unwind stack
 
 using Stack = std::vector<CodeContext>;
 
@@ -112,6 +113,7 @@ void AlertInfo::PushContext(const CodeContext& context) {
 void AlertInfo::PushContext(CodeContext&& context) {
   if (!m_spUnwindStack) return;
   try {
+    if (m_spUnwindStack->capacity() == 0) m_spUnwindStack->reserve(uUSUAL_PLACES);
     m_spUnwindStack->push_back(std::move(context));
   } catch (const std::bad_alloc&) {
     // As above.

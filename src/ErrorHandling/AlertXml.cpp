@@ -1,7 +1,11 @@
-#include <Infrastructure/OxaCore/AlertInfo.h>
+#include "ErrorHandling/AlertXml.h"
+
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <ostream>
+
+#include "XML/PrettyPrintFormatter.h"
+#include "XML/TextOutput.h"
 
 namespace Oxa::Core {
 
@@ -14,47 +18,111 @@ const char* const sCONTEXT = "Context";
 const char* const sVARIABLES = "Variables";
 const char* const sVARIABLE = "Var";
 const char* const sVARIABLE_NAME = "name";
+constexpr std::size_t uUSUAL_SIZE = 4096;
 
-void PutTable(XMLWriter& writer, std::ostream& out, const AlertData& table) {
-  for (const auto& [key, value] : table) writer.PutTag(out, key, value);
+XMLAttributeMap<std::string> NameOf(const std::string& variable) {
+  XMLAttributeMap<std::string> attributes;
+  attributes[sVARIABLE_NAME] = variable;
+  return attributes;
 }
 
-void PutVariables(XMLWriter& writer, std::ostream& out, const AlertData& variables) {
-  out << writer.StartTag(sVARIABLES);
-  for (const auto& [name, value] : variables) {
-    XMLAttributeMap<std::string> attributes;
-    attributes[sVARIABLE_NAME] = name;
-    writer.PutTag(out, sVARIABLE, attributes, value);
+// A writer, and so whatever layout and open tags a caller has.
+class WriterTarget {
+ public:
+  WriterTarget(XMLWriter& writer, std::ostream& out) : m_rWriter(writer), m_rOut(out) {}
+
+  void Begin(const std::string& name) { m_rOut << m_rWriter.StartTag(name); }
+  void Tag(const std::string& name, const std::string& content) { m_rWriter.PutTag(m_rOut, name, content); }
+  void Variable(const std::string& name, const std::string& value) {
+    m_rWriter.PutTag(m_rOut, sVARIABLE, NameOf(name), value);
   }
-  out << writer.EndTag();
+  void End(const std::string& /*name*/) { m_rOut << m_rWriter.EndTag(); }
+
+ private:
+  XMLWriter& m_rWriter;
+  std::ostream& m_rOut;
+};
+
+// A text in the layout of the pretty printer. No tag takes attributes late here, so that none is held back.
+class TextTarget {
+ public:
+  explicit TextTarget(std::string& text) : m_out(text) {}
+
+  void Begin(const std::string& name) { m_layout.PutStartTag(m_out, name, XMLWriter::sEMPTY_MAP, false); }
+  void Tag(const std::string& name, const std::string& content) { Put(name, XMLWriter::sEMPTY_MAP, content); }
+  void Variable(const std::string& name, const std::string& value) { Put(sVARIABLE, NameOf(name), value); }
+  void End(const std::string& name) { m_layout.PutEndTag(m_out, name); }
+  void Flush() { m_out.Flush(); }
+
+ private:
+  void Put(const std::string& name, const XMLAttributeMap<std::string>& attributes,
+           const std::string& content) {
+    m_layout.PutStartTag(m_out, name, attributes, content.empty());
+    if (content.empty()) return;
+    m_layout.PutText(m_out, content);
+    m_layout.PutEndTag(m_out, name);
+  }
+
+  PrettyPrintFormatter m_layout;
+  TextOutput m_out;
+};
+
+template <class Target>
+void PutTable(Target& target, const AlertData& table) {
+  for (const auto& [key, value] : table) target.Tag(key, value);
 }
 
-void PutContext(XMLWriter& writer, std::ostream& out, const CodeContext& context) {
-  out << writer.StartTag(sCONTEXT);
-  PutTable(writer, out, context.GetContextInfo());
-  if (context.HasVariableInfo()) PutVariables(writer, out, context.GetVariables());
-  out << writer.EndTag();
+template <class Target>
+void PutVariables(Target& target, const AlertData& variables) {
+  target.Begin(sVARIABLES);
+  for (const auto& [name, value] : variables) target.Variable(name, value);
+  target.End(sVARIABLES);
 }
 
-void PutStack(XMLWriter& writer, std::ostream& out, const char* name,
-              const boost::shared_ptr<std::vector<CodeContext>>& stack) {
+template <class Target>
+void PutStack(Target& target, const char* name, const boost::shared_ptr<std::vector<CodeContext>>& stack) {
   if (!stack || stack->empty()) return;
-  out << writer.StartTag(name);
-  for (const CodeContext& context : *stack) PutContext(writer, out, context);
-  out << writer.EndTag();
+  target.Begin(name);
+  for (const CodeContext& context : *stack) {
+    target.Begin(sCONTEXT);
+    PutTable(target, context.GetContextInfo());
+    if (context.HasVariableInfo()) PutVariables(target, context.GetVariables());
+    target.End(sCONTEXT);
+  }
+  target.End(name);
 }
 
 }  // namespace
 
+template <class Target>
+void AlertXml::Put(Target& target, AlertInfo& alert, const std::string& circumstance) {
+  const std::string name = alert.XMLElementName();
+  target.Begin(name);
+  if (!circumstance.empty()) target.Tag(sCIRCUMSTANCE, circumstance);
+  if (alert.m_spData) {
+    PutTable(target, *alert.m_spData);
+  } else {
+    AlertData missing;
+    alert.GetAllData(missing);
+    PutTable(target, missing);
+  }
+  PutStack(target, sCALL_STACK, alert.m_spCallStack);
+  PutStack(target, sUNWIND_STACK, alert.m_spUnwindStack);
+  target.End(name);
+}
+
+std::string AlertXml::AsText(AlertInfo& alert, const char* circumstance) {
+  std::string text;
+  text.reserve(uUSUAL_SIZE);
+  TextTarget target(text);
+  Put(target, alert, circumstance);
+  target.Flush();
+  return text;
+}
+
 void AlertInfo::ToXML(XMLWriter& writer, std::ostream& out, const std::string& circumstance) {
-  out << writer.StartTag(XMLElementName());
-  if (!circumstance.empty()) out << writer.Tag(sCIRCUMSTANCE, circumstance);
-  AlertData data;
-  GetAllData(data);
-  PutTable(writer, out, data);
-  PutStack(writer, out, sCALL_STACK, m_spCallStack);
-  PutStack(writer, out, sUNWIND_STACK, m_spUnwindStack);
-  out << writer.EndTag();
+  WriterTarget target(writer, out);
+  AlertXml::Put(target, *this, circumstance);
 }
 
 }  // namespace Oxa::Core

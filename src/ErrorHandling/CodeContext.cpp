@@ -4,20 +4,11 @@
 #include <utility>
 
 #include "Core/Immortal.h"
-#include "ErrorHandling/AlertTraffic.h"
-#include "ErrorHandling/Hooks.h"
-#include "Platform/Faults.h"
+#include "ErrorHandling/PlaceTables.h"
 
 namespace Oxa::Core {
 
 namespace {
-
-const char* const sUNKNOWN_LINE = "Unknown";
-constexpr std::size_t uBUCKETS = 8;
-
-void StoreUnlessEmpty(AlertData& table, const std::string& key, const std::string& value) {
-  if (!value.empty()) table[key] = value;
-}
 
 boost::shared_ptr<const AlertData> Keep(AlertData&& table) {
   return table.empty() ? boost::shared_ptr<const AlertData>()
@@ -28,21 +19,8 @@ boost::shared_ptr<const AlertData> Keep(AlertData&& table) {
 
 CodeContext::CodeContext(const std::string& file, int line, const std::string& buildTime,
                          const std::string& function, const std::string& signature) {
-  try {
-    const boost::shared_ptr<AlertData> table = boost::make_shared<AlertData>(uBUCKETS);
-    m_contextInfo = table;
-    (*table)[sFILE] = file;
-    (*table)[sLINE] = line < 0 ? sUNKNOWN_LINE : std::to_string(line);
-    StoreUnlessEmpty(*table, sBUILD_TIME, buildTime);
-    StoreUnlessEmpty(*table, sFUNCTION, function);
-    StoreUnlessEmpty(*table, sSIGNATURE, signature);
-    // System may be gone by then, and nothing here may touch it.
-    const AlertInFlight flight;
-    if (flight.MayProceed()) TheHooks().addCircumstances(*table);
-  } catch (...) {
-    Platform::LetCancellationPass();
-    // A place is told as far as memory allows; the failure that it is told for matters more.
-  }
+  bool whole = false;
+  m_contextInfo = DescribePlace(file, line, buildTime, function, signature, whole);
 }
 
 CodeContext::CodeContext(const AlertData& context, const AlertData& variables)

@@ -146,15 +146,16 @@ bool Error::GetRaisedStatus() const { return m_bRaised; }
 
 void Error::RaiseError(const CodeContext& context, const std::string& logName, bool inPlace) {
   PushContext(context);
+  if (Announce(logName, inPlace)) Throw();
+}
+
+bool Error::Announce(const std::string& logName, bool inPlace) {
   StoreText(sLOG_NAME, logName);
   if (IsExitingAfterFatalError() || IsLibraryUnloading()) {
     TheHooks().writeAlert(*this, sRAISED_DURING_SHUTDOWN);
-    return;
+    return false;
   }
-  if (m_bRaised) {
-    Throw();
-    return;
-  }
+  if (m_bRaised) return true;
   CountedRaise counted(*this);
   if (counted.Depth() >= g_iMAX_ERROR_RECURSION_DEPTH) HaltRecursion(*this);
   AddCallStack(CreateCallStack());
@@ -162,10 +163,9 @@ void Error::RaiseError(const CodeContext& context, const std::string& logName, b
   counted.Keep();
   if (!TellRaised(*this)) {
     TheHooks().writeAlert(*this, sRAISED_DURING_SHUTDOWN);
-    return;
+    return false;
   }
-  if (inPlace && SettledInPlace(*this)) return;
-  Throw();
+  return !inPlace || !SettledInPlace(*this);
 }
 
 void Error::Rethrow() {

@@ -9,6 +9,7 @@ namespace {
 // Constant-initialised: a raise from the first static object on finds the defaults.
 Hooks s_hooks = {
     /* addCircumstances */ [](AlertData&) {},
+    /* markCircumstances */ [] { return CircumstancesMark(); },
     /* walkStack */ [](int) { return boost::shared_ptr<std::vector<CodeContext>>(); },
     /* errorRaised */ [](Error&) {},
     /* errorHandled */ [](Error&) {},

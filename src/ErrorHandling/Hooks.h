@@ -16,9 +16,26 @@
 
 namespace Oxa::Core {
 
+/// Two marks that are there and equal: a context made now tells the same of process, thread, host and system as one made
+/// then.
+struct CircumstancesMark {
+  unsigned long m_ulThread = 0;   ///< id of the calling thread; 0: the mark isn't there
+  unsigned long m_ulProcess = 0;  ///< id of the process
+  unsigned long m_ulChanges = 0;  ///< how often a thread or the process was named
+
+  bool IsThere() const { return m_ulThread != 0; }
+  bool operator==(const CircumstancesMark& other) const {
+    return m_ulThread == other.m_ulThread && m_ulProcess == other.m_ulProcess &&
+           m_ulChanges == other.m_ulChanges;
+  }
+};
+
 struct Hooks {
   /// Adds process, thread, host and system to the table of a context.
   void (*addCircumstances)(AlertData& context);
+
+  /// What that depends on, at this moment.
+  CircumstancesMark (*markCircumstances)();
 
   /// The current call stack, innermost frame first, or null.
   boost::shared_ptr<std::vector<CodeContext>> (*walkStack)(int maxFrames);

@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <boost/make_shared.hpp>
 #include <memory>
-#include <set>
+#include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "ErrorHandling/MicrosoftDebugSymbol.h"
+#include "ErrorHandling/PlaceTables.h"
 #include "Platform/CallStacks.h"
 #include "Platform/Faults.h"
 #include "Platform/FloatTraps.h"
@@ -21,7 +23,10 @@ namespace MSWindows {
 namespace Platform = Oxa::Core::Platform;
 using Oxa::Core::AlertData;
 using Oxa::Core::CodeContext;
+using Oxa::Core::CodePlace;
 using Oxa::Core::Lock;
+using Oxa::Core::PlaceTable;
+using Oxa::Core::TableOf;
 
 namespace {
 
@@ -94,6 +99,7 @@ class DebugHelpWalk {
         m_bVariables(help.CanReadVariables()),
         m_spCircumstances(Circumstances()) {
     m_spFrames->reserve(std::min(m_uMaxFrames, uUSUAL_FRAMES));
+    m_seen.reserve(uUSUAL_FRAMES);
   }
 
   static bool TakeFrame(const Platform::StackFrame& frame, void* walk) {
@@ -108,13 +114,10 @@ class DebugHelpWalk {
   DebugHelp::Frames Result() const { return m_spFrames; }
 
  private:
-  // With room for what each frame adds, so that a copy has the size that it ends up with.
-  static boost::shared_ptr<const AlertData> Circumstances() {
-    const auto context =
-        boost::make_shared<AlertData>(CodeContext(sUNKNOWN, -1, "", "", "").GetContextInfo());
-    (*context)[sMODULE];
-    (*context)[CodeContext::sFUNCTION];
-    return context;
+  static PlaceTable Circumstances() {
+    const PlaceTable table = TableOf(CodePlace{sUNKNOWN, -1, "", ""});
+    if (!table) throw std::bad_alloc();
+    return table;
   }
 
   static void SetOrErase(AlertData& context, const std::string& key, std::string value) {
@@ -128,9 +131,12 @@ class DebugHelpWalk {
   bool Take(const Platform::StackFrame& frame) {
     if (frame.m_uFrame == 0 || IsFull()) return false;
     // A stack that loops ends here. What was put into a function has the frame of that.
-    if (m_seen.count(frame.m_uFrame) != 0) return false;
+    const auto place = m_seen.empty() || m_seen.back() < frame.m_uFrame
+                           ? m_seen.end()
+                           : std::lower_bound(m_seen.begin(), m_seen.end(), frame.m_uFrame);
+    if (place != m_seen.end() && *place == frame.m_uFrame) return false;
     if (!frame.m_bInlined)
-      m_seen.insert(frame.m_uFrame);  // the function itself comes behind what was put into it
+      m_seen.insert(place, frame.m_uFrame);  // the function itself comes behind what was put into it
     FrameNote& note = NoteOf(frame);
     if (note.m_bWanted) Append(frame, note);
     return !IsFull();
@@ -180,6 +186,8 @@ class DebugHelpWalk {
 
   void MakeTable(const Platform::StackFrame& frame, std::string types, FrameNote& note) const {
     const auto table = boost::make_shared<AlertData>(*m_spCircumstances);
+    (*table)[sMODULE];
+    (*table)[CodeContext::sFUNCTION];
     (*table)[CodeContext::sFILE] = frame.m_pFile;
     (*table)[CodeContext::sLINE] = std::to_string(frame.m_iLine);
     SetOrErase(*table, sMODULE, KnowsModule(frame) ? frame.m_pModule : std::string());
@@ -197,7 +205,7 @@ class DebugHelpWalk {
   const bool m_bVariables;
   // The same for all frames; gathered before any lock is held.
   boost::shared_ptr<const AlertData> m_spCircumstances;
-  std::set<std::uint64_t> m_seen;
+  std::vector<std::uint64_t> m_seen;  // in order, as nearly all of them come
 };
 
 DebugHelpTrouble DebugHelp::GetMissingForWalk() const {

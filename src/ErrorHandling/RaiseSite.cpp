@@ -5,7 +5,9 @@
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Warning.h>
 
-#include "ErrorHandling/FunctionName.h"
+#include <utility>
+
+#include "ErrorHandling/PlaceTables.h"
 #include "Platform/Faults.h"
 #include "Platform/Storage.h"
 
@@ -17,22 +19,27 @@ CodeContext CodeSite::MakeContext() const { return MakeContext({}); }
 
 CodeContext CodeSite::MakeContext(std::initializer_list<PlaceDetail> details) const {
   try {
-    CodeContext place(m_pFile, m_iLine, m_pBuildTime, FunctionName(m_pSignature), m_pSignature);
-    if (details.size() == 0) return place;
-    AlertData context = place.GetContextInfo();
+    const PlaceTable table = TableOf(CodePlace{m_pFile, m_iLine, m_pBuildTime, m_pSignature});
+    if (details.size() == 0) return CodeContext::Sharing(table, AlertData());
+    AlertData context = table ? *table : AlertData();
     AlertData variables;
     for (const PlaceDetail& detail : details) {
       (detail.m_bVariable ? variables : context)[detail.m_pName] = detail.m_sValue;
     }
-    return CodeContext(context, variables);
+    return CodeContext(std::move(context), std::move(variables));
   } catch (...) {
     Platform::LetCancellationPass();
     return CodeContext(AlertData(), AlertData());
   }
 }
 
+bool CodeSite::Announce(Error& error, LogName logName, bool inPlace) const {
+  error.PushContext(MakeContext());
+  return error.Announce(logName.Get(), inPlace);
+}
+
 void CodeSite::Raise(LogName logName, Error& error, bool inPlace) const {
-  error.RaiseError(MakeContext(), logName.Get(), inPlace);
+  if (Announce(error, logName, inPlace)) error.Throw();
 }
 
 void CodeSite::Raise(LogName logName, Error&& error, bool inPlace) const { Raise(logName, error, inPlace); }
@@ -42,8 +49,13 @@ void CodeSite::Raise(LogName logName, Warning& warning) const {
 }
 
 void CodeSite::Forward(Error& error, std::initializer_list<PlaceDetail> details) const {
+  Pass(error, details);
+  throw;
+}
+
+void CodeSite::Pass(Error& error, std::initializer_list<PlaceDetail> details) const {
   error.PushContext(MakeContext(details));
-  error.Rethrow();
+  error.OnRethrow();
 }
 
 void CodeSite::Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details,

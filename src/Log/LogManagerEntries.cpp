@@ -1,11 +1,10 @@
 // From a message or an alert to an entry, and from there to the log service.
 #include <Infrastructure/OxaCore/LogManager.h>
-#include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <new>
-#include <sstream>
 #include <utility>
 
+#include "ErrorHandling/AlertXml.h"
 #include "Log/DefaultLogService.h"
 #include "Log/FlagHold.h"
 #include "Log/FormatText.h"
@@ -27,13 +26,6 @@ const char* const sUNCAUGHT = "Uncaught Fatal Error";
 
 // Set while an entry is sent directly: a service that logs as it writes must not come back here.
 std::atomic<bool> s_bSending{false};
-
-std::string AlertAsXML(AlertInfo& alert, const char* circumstance) {
-  std::ostringstream text;
-  XMLWriter writer;
-  alert.ToXML(writer, text, circumstance);
-  return text.str();
-}
 
 // An entry that there is no memory for is dropped like one that there is no room for.
 template <class Operation>
@@ -126,7 +118,7 @@ void LogManager::LogError(Error& error, const char* text, bool asXML) {
   const bool isCritical = error.GetSeverity() == AlertInfo::eCRITICAL;
   IfMemoryAllows([&] {
     WriteText(isCritical ? eLOG_ALARM : eLOG_ERROR,
-              asXML ? AlertAsXML(error, text) : std::string(text) + ": " + error.what(),
+              asXML ? AlertXml::AsText(error, text) : std::string(text) + ": " + error.what(),
               error.GetData(AlertInfo::sLOG_NAME), asXML ? sXML_LOG_FORM : sPLAIN_LOG_FORM);
   });
 }
@@ -141,7 +133,7 @@ void LogManager::WarningRaised(Warning& warning) {
   IfMemoryAllows([&] {
     const boost::shared_ptr<Logger> logger = GetLogger(warning.GetData(AlertInfo::sLOG_NAME));
     if (!logger || !logger->IsEnabledFor(eLOG_WARNING)) return;
-    WriteText(eLOG_WARNING, AlertAsXML(warning, ""), logger->GetPath(), sXML_LOG_FORM);
+    WriteText(eLOG_WARNING, AlertXml::AsText(warning, ""), logger->GetPath(), sXML_LOG_FORM);
   });
 }
 

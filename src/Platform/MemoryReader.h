@@ -20,7 +20,7 @@ class MemoryReader {
   bool Read(std::uint64_t address, void* to, std::size_t size) noexcept;
 
  private:
-  static constexpr std::size_t uWINDOW = 1024;  // a part of a page: it can be read as a whole or not at all
+  static constexpr std::size_t uWINDOW = 4096;  // within a page: it can be read as a whole or not at all
   static constexpr int iWINDOWS = 4;            // the frame, the heap, texts, and what lies at an edge
   static constexpr std::uint64_t uNONE = 1;     // no window begins there
 

@@ -2,11 +2,17 @@
 
 #include <Infrastructure/OxaCore/System.h>
 
+#include <atomic>
 #include <string>
+
+#include "Platform/Machine.h"
+#include "Platform/Threads.h"
 
 namespace Oxa::Core {
 
 namespace {
+
+std::atomic<unsigned long> s_ulChanges{0};
 
 using Fact = void (System::*)(std::string&) const;
 
@@ -28,5 +34,14 @@ void AddCircumstances(AlertData& context) {
   Add(context, CodeContext::sOPERATING_SYSTEM, *system, &System::GetOsName);
   Add(context, CodeContext::sHOST, *system, &System::GetHostName);
 }
+
+CircumstancesMark MarkCircumstances() {
+  // Read ahead of the names: a table that is made meanwhile is taken for older than it is, at worst.
+  const unsigned long changes = s_ulChanges.load();
+  if (System::Instance() == nullptr) return CircumstancesMark();
+  return CircumstancesMark{Platform::CurrentThreadId(), Platform::ProcessId(), changes};
+}
+
+void ChangeCircumstances() noexcept { s_ulChanges.fetch_add(1); }
 
 }  // namespace Oxa::Core

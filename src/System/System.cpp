@@ -5,6 +5,7 @@
 #include "Core/LibraryGlobals.h"
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
+#include "System/Circumstances.h"
 #include "System/Executable.h"
 #include "System/ProcessPath.h"
 
@@ -71,6 +72,7 @@ void System::GetProcessName(std::string& name) const {
 void System::SetProcessName(const std::string& name) {
   const WriterLock lock(m_mutex);
   m_sProcessName = name;
+  ChangeCircumstances();
 }
 
 void System::GetProcessPath(std::string& path) const {
@@ -103,9 +105,11 @@ void System::SetCurrentThreadName(const std::string& name) {
   const auto entry = m_threadNames.find(id);
   if (entry != m_threadNames.end()) {
     entry->second = name;
+    ChangeCircumstances();
     return;
   }
   const auto result = m_threadNames.emplace(id, name);
+  ChangeCircumstances();
   OXA_ASSERT(result.second == true);
 }
 

@@ -109,6 +109,12 @@ void PrettyPrintFormatter::FormatStartDoc(std::ostream& os, const String& versio
 void PrettyPrintFormatter::FormatStartTag(std::ostream& os, const String& name, const Attributes& attributes,
                                           bool emptyTag) {
   TextOutput out(os);
+  PutStartTag(out, name, attributes, emptyTag);
+  out.Flush();
+}
+
+void PrettyPrintFormatter::PutStartTag(TextOutput& out, const String& name, const Attributes& attributes,
+                                       bool emptyTag) {
   BreakLine(out);
   const std::uint64_t firstLine = m_uLine;
   out << Indent() << '<' << name;
@@ -123,7 +129,6 @@ void PrettyPrintFormatter::FormatStartTag(std::ostream& os, const String& name, 
     ++m_uColumn;
     OpenLevel(firstLine, name);
   }
-  out.Flush();
 }
 
 void PrettyPrintFormatter::PutAttributes(TextOutput& out, const Attributes& attributes) {
@@ -168,6 +173,10 @@ bool PrettyPrintFormatter::EndTagFits(const String& name) const {
 
 void PrettyPrintFormatter::FormatEndTag(std::ostream& os, const String& name) {
   TextOutput out(os);
+  PutEndTag(out, name);  // and ends the line, which flushes
+}
+
+void PrettyPrintFormatter::PutEndTag(TextOutput& out, const String& name) {
   CloseLevel();
   if (!m_lastStartTag) {
     if (m_uColumn == 0) out << Indent();
@@ -175,7 +184,7 @@ void PrettyPrintFormatter::FormatEndTag(std::ostream& os, const String& name) {
     BreakLine(out);
     out << Indent();
   }
-  PutEndTag(out, name);
+  Core::PutEndTag(out, name);
   EndLine(out);
   m_uColumn = 0;
 }
@@ -184,6 +193,11 @@ void PrettyPrintFormatter::FormatEndTag(std::ostream& os, const String& name) {
 
 void PrettyPrintFormatter::FormatText(std::ostream& os, const String& text) {
   TextOutput out(os);
+  PutText(out, text);
+  out.Flush();
+}
+
+void PrettyPrintFormatter::PutText(TextOutput& out, const String& text) {
   String buffer;
   const String& escaped = EscapeInto(text, buffer);
   if (HasLineFeed(escaped))
@@ -191,7 +205,6 @@ void PrettyPrintFormatter::FormatText(std::ostream& os, const String& text) {
   else
     PlaceText(out, escaped);
   EndLongLine(out);
-  out.Flush();
 }
 
 void PrettyPrintFormatter::FormatEntityReference(std::ostream& os, const String& reference) {

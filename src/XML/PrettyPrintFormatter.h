@@ -42,6 +42,12 @@ class PrettyPrintFormatter : public XMLFormatter {
   void FormatCDATA(std::ostream& os, const String& text, bool preserve) override;
   void FormatEntityReference(std::ostream& os, const String& reference) override;
 
+  /// The steps of FormatStartTag, FormatText and FormatEndTag, which leave it to the caller to flush `out`: for whoever
+  /// takes many of them in a row.
+  void PutStartTag(TextOutput& out, const String& name, const Attributes& attributes, bool emptyTag);
+  void PutText(TextOutput& out, const String& text);
+  void PutEndTag(TextOutput& out, const String& name);
+
   /// The blanks of one step of indentation.
   virtual String GetIndent() const;
 

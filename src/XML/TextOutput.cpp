@@ -27,12 +27,16 @@ void UseBuffer(std::ostream& os, const Work& work) {
 
 // As ostream::write, without what its sentry costs when it has nothing to guard.
 void TextOutput::Write(const char* text, std::size_t size) {
-  const auto count = static_cast<std::streamsize>(size);
-  if (!IsPlain(m_rStream)) {
-    m_rStream.write(text, count);
+  if (m_pText != nullptr) {
+    m_pText->append(text, size);
     return;
   }
-  UseBuffer(m_rStream, [&](std::streambuf& buffer) { return buffer.sputn(text, count) == count; });
+  const auto count = static_cast<std::streamsize>(size);
+  if (!IsPlain(*m_pStream)) {
+    m_pStream->write(text, count);
+    return;
+  }
+  UseBuffer(*m_pStream, [&](std::streambuf& buffer) { return buffer.sputn(text, count) == count; });
 }
 
 TextOutput& TextOutput::PutBeyond(const char* text, std::size_t size) {
@@ -44,12 +48,13 @@ TextOutput& TextOutput::PutBeyond(const char* text, std::size_t size) {
 
 void TextOutput::EndLine() {
   *this << '\n';
+  if (m_pText != nullptr) return;
   Flush();
-  if (!IsPlain(m_rStream)) {
-    m_rStream.flush();
+  if (!IsPlain(*m_pStream)) {
+    m_pStream->flush();
     return;
   }
-  UseBuffer(m_rStream, [](std::streambuf& buffer) { return buffer.pubsync() != -1; });
+  UseBuffer(*m_pStream, [](std::streambuf& buffer) { return buffer.pubsync() != -1; });
 }
 
 }  // namespace Oxa::Core

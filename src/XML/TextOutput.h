@@ -1,4 +1,4 @@
-// Gathers the pieces of one layout step and hands them to the stream in as few calls as it can.
+// Gathers the pieces of layout steps and hands them to a stream, or adds them to a text, in as few calls as it can.
 //
 // Unformatted on purpose: a width or a fill that a host left set on its stream is not meant for markup.
 #ifndef OXACORE_XML_TEXTOUTPUT_H
@@ -7,13 +7,15 @@
 #include <cstddef>
 #include <cstring>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace Oxa::Core {
 
 class TextOutput {
  public:
-  explicit TextOutput(std::ostream& os) : m_rStream(os) {}
+  explicit TextOutput(std::ostream& os) : m_pStream(&os) {}
+  explicit TextOutput(std::string& text) : m_pText(&text) {}
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
 
@@ -37,14 +39,15 @@ class TextOutput {
   }
   TextOutput& operator<<(char c) { return Put(&c, 1); }
 
-  /// A line end and a flush of the stream, as std::endl.
+  /// A line end and a flush of the stream, as std::endl. A text has nothing to flush.
   void EndLine();
 
  private:
   TextOutput& PutBeyond(const char* text, std::size_t size);
   void Write(const char* text, std::size_t size);
 
-  std::ostream& m_rStream;
+  std::ostream* const m_pStream = nullptr;  // one of the two is there
+  std::string* const m_pText = nullptr;
   std::size_t m_uUsed = 0;
   char m_buffer[512];
 };

@@ -10,6 +10,7 @@ namespace TestSupport {
 inline void RestoreHooks(const Oxa::Core::Hooks& before) {
   Oxa::Core::Hooks& hooks = Oxa::Core::TheHooks();
   hooks.addCircumstances = before.addCircumstances;
+  hooks.markCircumstances = before.markCircumstances;
   hooks.walkStack = before.walkStack;
   hooks.errorRaised = before.errorRaised;
   hooks.errorHandled = before.errorHandled;

@@ -92,6 +92,8 @@ class OXACORE_API AlertInfo {
   void AddCallStack(const boost::shared_ptr<std::vector<CodeContext>>& frames);
 
  private:
+  friend class AlertXml;
+
   boost::shared_ptr<AlertData> m_spData;
   boost::shared_ptr<std::vector<CodeContext>> m_spCallStack;
   ESeverity m_eSeverity;

@@ -69,6 +69,7 @@ class OXACORE_API CodeContext {
   bool HasVariableInfo() const;
 
  private:
+  friend class CodeSite;
   friend class MSWindows::DebugHelpWalk;
   using Table = boost::shared_ptr<const AlertData>;
 

@@ -118,7 +118,12 @@ class OXACORE_API Error : public AlertInfo, public std::exception {
 
  private:
   friend class AlertManager;
+  friend class CodeSite;
   friend class LiveRaises;
+
+  // What a raise does between taking its place and throwing; false if it doesn't throw. Apart from the throw, which each
+  // frame with objects to destroy makes slower.
+  bool Announce(const std::string& logName, bool inPlace);
 
   void TakeRaisedMark(const Error& other) noexcept;
   void EndRaise() noexcept;

@@ -88,6 +88,8 @@ class OXACORE_API CodeSite {
 
   /// Adds this place to `error` and rethrows it.
   void Forward(Error& error, std::initializer_list<PlaceDetail> details = {}) const;
+  /// The same but for the rethrow, which is the caller's next step: a rethrow costs by the frames that it leaves.
+  void Pass(Error& error, std::initializer_list<PlaceDetail> details) const;
   /// Raises a StdException from `exception`, under `logName`.
   void Forward(const std::exception& exception, std::initializer_list<PlaceDetail> details = {},
                LogName logName = nullptr) const;
@@ -100,6 +102,7 @@ class OXACORE_API CodeSite {
 
  private:
   CodeContext MakeContext(std::initializer_list<PlaceDetail> details) const;
+  bool Announce(Error& error, LogName logName, bool inPlace) const;
 
   const char* m_pFile;
   int m_iLine;
@@ -133,7 +136,8 @@ class OXACORE_API CodeSite {
 /// With the log name and with values.
 #define OXA_FORWARD_ERRORS_WITH_INFO_AS(logName, ...)            \
   catch (::Oxa::Core::Error & oxaError) {                        \
-    OXA_CODE_SITE.Forward(oxaError, {__VA_ARGS__});              \
+    OXA_CODE_SITE.Pass(oxaError, {__VA_ARGS__});                 \
+    throw;                                                       \
   }                                                              \
   catch (::std::exception & oxaException) {                      \
     OXA_CODE_SITE.Forward(oxaException, {__VA_ARGS__}, logName); \

@@ -1,0 +1,148 @@
+#include "ErrorHandling/PlaceTables.h"
+
+#include <boost/make_shared.hpp>
+#include <cstdint>
+#include <new>
+#include <utility>
+
+#include "Core/Immortal.h"
+#include "ErrorHandling/AlertTraffic.h"
+#include "ErrorHandling/FunctionName.h"
+#include "ErrorHandling/Hooks.h"
+#include "Platform/Faults.h"
+#include "Platform/Threads.h"
+
+namespace Oxa::Core {
+
+namespace {
+
+const char* const sUNKNOWN_LINE = "Unknown";
+constexpr std::size_t uBUCKETS = 8;
+constexpr std::size_t uSLOTS = 256;
+
+void StoreUnlessEmpty(AlertData& table, const std::string& key, const std::string& value) {
+  if (!value.empty()) table[key] = value;
+}
+
+void Describe(AlertData& table, const std::string& file, int line, const std::string& buildTime,
+              const std::string& function, const std::string& signature) {
+  table[CodeContext::sFILE] = file;
+  table[CodeContext::sLINE] = line < 0 ? sUNKNOWN_LINE : std::to_string(line);
+  StoreUnlessEmpty(table, CodeContext::sBUILD_TIME, buildTime);
+  StoreUnlessEmpty(table, CodeContext::sFUNCTION, function);
+  StoreUnlessEmpty(table, CodeContext::sSIGNATURE, signature);
+  // System may be gone by then, and nothing here may touch it.
+  const AlertInFlight flight;
+  if (flight.MayProceed()) TheHooks().addCircumstances(table);
+}
+
+const std::string& TextIn(const AlertData& table, const std::string& key) {
+  const auto entry = table.find(key);
+  return entry == table.end() ? g_sNO_TEXT : entry->second;
+}
+
+// A table with what has to be the same for it to serve again.
+class KeptTable {
+ public:
+  KeptTable(const CodePlace& place, const CircumstancesMark& mark, PlaceTable table)
+      : m_place(place),
+        m_mark(mark),
+        m_spTable(std::move(table)),
+        m_rFile(TextIn(*m_spTable, CodeContext::sFILE)),
+        m_rBuildTime(TextIn(*m_spTable, CodeContext::sBUILD_TIME)),
+        m_rSignature(TextIn(*m_spTable, CodeContext::sSIGNATURE)) {}
+
+  bool Serves(const CodePlace& place, const CircumstancesMark& mark) const {
+    return m_place.m_pSignature == place.m_pSignature && m_place.m_iLine == place.m_iLine && m_mark == mark &&
+           m_rFile == place.m_pFile && m_rBuildTime == place.m_pBuildTime &&
+           m_rSignature == place.m_pSignature;
+  }
+
+  const PlaceTable& Get() const { return m_spTable; }
+
+ private:
+  const CodePlace m_place;
+  const CircumstancesMark m_mark;
+  const PlaceTable m_spTable;
+  const std::string& m_rFile;
+  const std::string& m_rBuildTime;
+  const std::string& m_rSignature;
+};
+
+// The lock is only tried: who held it may be gone, killed or not forked.
+class Slot {
+ public:
+  constexpr Slot() noexcept = default;
+
+  PlaceTable Find(const CodePlace& place, const CircumstancesMark& mark) {
+    if (!m_lock.TryLock()) return PlaceTable();
+    PlaceTable found;
+    if (m_pKept != nullptr && m_pKept->Serves(place, mark)) found = m_pKept->Get();
+    m_lock.Unlock();
+    return found;
+  }
+
+  void Keep(KeptTable* table) noexcept {
+    if (m_lock.TryLock()) {
+      std::swap(table, m_pKept);
+      m_lock.Unlock();
+    }
+    delete table;
+  }
+
+ private:
+  Platform::ShortLock m_lock;    // guards the other
+  KeptTable* m_pKept = nullptr;  // owned
+};
+
+// Constant-initialised and trivially destructible: errors are raised before and after every static object.
+Slot s_slots[uSLOTS];
+
+Slot& SlotOf(const CodePlace& place, const CircumstancesMark& mark) {
+  constexpr std::uint64_t uSPREAD = 0x9E3779B97F4A7C15;  // the golden ratio's
+  const auto address = reinterpret_cast<std::uintptr_t>(place.m_pSignature);
+  const std::uint64_t hash =
+      (address + 31 * static_cast<std::uint64_t>(place.m_iLine) + mark.m_ulThread) * uSPREAD;
+  return s_slots[hash >> 56];
+}
+
+PlaceTable Describe(const CodePlace& place, bool& whole) {
+  return DescribePlace(place.m_pFile, place.m_iLine, place.m_pBuildTime, FunctionName(place.m_pSignature),
+                       place.m_pSignature, whole);
+}
+
+}  // namespace
+
+PlaceTable DescribePlace(const std::string& file, int line, const std::string& buildTime,
+                         const std::string& function, const std::string& signature, bool& whole) {
+  whole = false;
+  boost::shared_ptr<AlertData> table;
+  try {
+    table = boost::make_shared<AlertData>(uBUCKETS);
+    Describe(*table, file, line, buildTime, function, signature);
+    whole = true;
+  } catch (...) {
+    Platform::LetCancellationPass();
+    // A place is told as far as memory allows; the failure that it is told for matters more.
+  }
+  return table;
+}
+
+PlaceTable TableOf(const CodePlace& place) {
+  bool whole = false;
+  const AlertInFlight flight;
+  const CircumstancesMark mark = flight.MayProceed() ? TheHooks().markCircumstances() : CircumstancesMark();
+  if (!mark.IsThere()) return Describe(place, whole);
+  Slot& slot = SlotOf(place, mark);
+  PlaceTable table = slot.Find(place, mark);
+  if (table) return table;
+  table = Describe(place, whole);
+  if (whole) slot.Keep(new (std::nothrow) KeptTable(place, mark, table));
+  return table;
+}
+
+void ForgetPlaceTables() noexcept {
+  for (Slot& slot : s_slots) slot.Keep(nullptr);
+}
+
+}  // namespace Oxa::Core
