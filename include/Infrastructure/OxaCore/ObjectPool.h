@@ -23,10 +23,13 @@
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/MemoryBlock.h>
 
-#include <list>
 #include <vector>
 
 namespace Oxa::Core {
+
+namespace Platform {
+class LockBias;
+}
 
 /// Base of pools: hands out and takes back slots, and knows nothing of what lives in them.
 class OXACORE_API ObjectPoolBase {
@@ -57,12 +60,19 @@ class OXACORE_API ObjectPoolBase {
   void Deallocate(void* object);
 
  private:
+  class Guard;
+
+  Platform::LockBias& Bias();
   void AddMemoryBlock();
+  void* TakeFree();
+  void PutFree(void* slot);
 
   std::vector<MemoryBlock> m_blocks;
-  Mutex m_mutex;                  ///< guards blocks and lists
-  std::list<void*> m_freeSlots;   ///< in the order of their return
-  std::list<void*> m_spareNodes;  ///< list nodes of slots in use: taking a slot back allocates nothing
+  Mutex m_mutex;                            ///< guards blocks and free slots
+  alignas(void*) unsigned char m_room[88];  ///< lets a thread that comes over and over by without the mutex
+  std::vector<void*> m_freeSlots;           ///< a ring with room for all slots, in the order of their return
+  unsigned long long m_ullTaken;            ///< how many were ever taken from the ring,
+  unsigned long long m_ullPut;              ///< and put into it
   unsigned long long m_ullSlotSize;
   unsigned long m_ulSlotsPerBlock;
 };
