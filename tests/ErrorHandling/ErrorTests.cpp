@@ -224,6 +224,23 @@ void Forward(int levels) {
   OXA_FORWARD_ERRORS
 }
 
+TEST(Error, ForwardingByASiteOfOnesOwnAddsItAndRethrowsTheErrorItself) {
+  const CodeSite site("own.cpp", 7, "", "void f()");
+  try {
+    try {
+      throw CountsRethrows();
+    } catch (CountsRethrows& error) {
+      error.m_iRethrows = 10;
+      site.Forward(error);
+    }
+    FAIL() << "nothing was thrown";
+  } catch (CountsRethrows& e) {
+    EXPECT_EQ(11, e.m_iRethrows);
+    ASSERT_EQ(1u, e.GetUnwindStack()->size());
+    EXPECT_EQ("own.cpp", e.GetUnwindStack()->back().Get(CodeContext::sFILE));
+  }
+}
+
 TEST(Error, EachForwardingLevelAddsItsPlace) {
   try {
     Forward(4);
