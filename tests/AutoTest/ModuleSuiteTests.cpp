@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include <boost/weak_ptr.hpp>
+#include <iterator>
 #include <string>
 #include <type_traits>
 
@@ -17,21 +18,20 @@ using namespace ModuleSuiteTests;
 const char* const sFUNCTION = "GetModuleTestSuite";
 using Function = Suite();
 
-const Texts& OutlineOfTree() {
-  static const Texts s_outline = {
-      R"(Smart Pointer Tests:
+const char* const aOUTLINES[] = {
+    R"(Smart Pointer Tests:
   Test default construction/destruction
   Test copy construction/destruction
   Test assignment operator
   Test implicit type conversion in copy & assign
   Test dereferencing a pointer
   Tests array storage and array style access)",
-      R"(BadPixel Tests:
+    R"(BadPixel Tests:
   Valid Bad Pixel Types Test
   Invalid Bad Pixel Type Test)",
-      R"(PerformanceTimer Tests:
+    R"(PerformanceTimer Tests:
   TestPerformanceTimer)",
-      R"(StringTools Tests:
+    R"(StringTools Tests:
   TestTrimWS
   TestUpCase
   TestDownCase
@@ -42,7 +42,7 @@ const Texts& OutlineOfTree() {
   TestStr2Array
   TestConversion
   TestSplitJoin)",
-      R"(PathName Tests:
+    R"(PathName Tests:
   TestSetBase
   TestExtractFNameExt
   TestExtractDrivePath
@@ -58,24 +58,24 @@ const Texts& OutlineOfTree() {
   IsDir
   File Delete
   Directory Create/Delete)",
-      R"(GraphAlgo Tests:
+    R"(GraphAlgo Tests:
   TestGraphAdjListDirected
   TestEnumeratedSet
   TestDirectedGraph
   TestRawTopoSort)",
-      R"(container_ptr Tests:
+    R"(container_ptr Tests:
   Standalone Test
   In Containers Test)",
-      R"(Notification Tests:
+    R"(Notification Tests:
   Basic Tests
   Remove On Notification Test
   Error On Notification Test)",
-      R"(Encryption Tests:
+    R"(Encryption Tests:
   String Encryption Test
   Password Test
   BYTE Vector Encryption Test
   Fundamental Type Encryption Test)",
-      R"(I/O Tests:
+    R"(I/O Tests:
   I/O With Binary File Test
   File Open Types Test
   Data I/O with Binary File Test
@@ -88,22 +88,22 @@ const Texts& OutlineOfTree() {
   XML Tests:
   Test XMLWriter
   Test XMLParser)",
-      R"(UnitDescriptor Tests:
+    R"(UnitDescriptor Tests:
   Test construction/destruction
   Test accessor methods
   Test numeric converter methods
   Test assignment and comparison operators
   Test arithmetic and comparison operators
   Test serialization)",
-      R"(UnitDictionary Tests:
+    R"(UnitDictionary Tests:
   Test construction/destruction
   Test storage and retrieval methods)",
-      R"(UnitizedValue Tests:
+    R"(UnitizedValue Tests:
   UnitizedValue Comparison Test
   UnitizedValue Conversion Test
   UnitizedValue Math Test
   UnitizedValue Output Test)",
-      R"(Error Handling Tests:
+    R"(Error Handling Tests:
   Test Construction
   Test Errors
   Test Warnings
@@ -113,15 +113,12 @@ const Texts& OutlineOfTree() {
   Test Derivation From Parameterized Base
   Test Set And Get FatalErrorBasePath
   Test Error Recursion)",
-      R"(Callback template & macro Tests:
+    R"(Callback template & macro Tests:
   Test callback variants
   Test callback example with smart pointers)",
-      R"(Oxa::Core::Time Tests:
+    R"(Oxa::Core::Time Tests:
   Test Oxa::Core::Time
   Test Elapse)"};
-  return s_outline;
-}
-
 static_assert(std::is_default_constructible_v<TEST_OxaDictionary>);
 static_assert(std::is_default_constructible_v<TEST_OxaRWMutex>);
 static_assert(std::is_default_constructible_v<TEST_OxaThread>);
@@ -132,7 +129,7 @@ TEST(ModuleSuite, HoldsSixteenSuitesInTheirOrder) {
   EXPECT_EQ(16, root->GetNumChildTests());
   Texts outlines;
   for (const auto& child : ChildrenOf(*root)) outlines.push_back(Outline(dynamic_cast<TestSuite&>(*child)));
-  EXPECT_EQ(OutlineOfTree(), outlines);
+  EXPECT_EQ(Texts(std::begin(aOUTLINES), std::end(aOUTLINES)), outlines);
 }
 
 TEST(ModuleSuite, HasEverythingEnabled) {

@@ -26,8 +26,15 @@ class container_ptr {
 
   /// Destroys what this one held, and then holds what `source` did. Assigning to itself changes nothing; what this
   /// one held may own the source.
-  container_ptr& operator=(const container_ptr& source) noexcept { return Hold(source.Take()); }
-  container_ptr& operator=(container_ptr&& source) noexcept { return Hold(source.Take()); }
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
+  container_ptr& operator=(const container_ptr& source) noexcept {
+    Hold(source.Take());
+    return *this;
+  }
+  container_ptr& operator=(container_ptr&& source) noexcept {
+    Hold(source.Take());
+    return *this;
+  }
 
   /// Destroys the object, if there is one.
   ~container_ptr() { Destroy(); }
@@ -49,14 +56,14 @@ class container_ptr {
   }
 
   void Destroy() noexcept {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression)
     static_assert(sizeof(T) > 0, "what isn't declared in full can't be destroyed");
     delete Take();
   }
 
-  container_ptr& Hold(T* object) noexcept {
+  void Hold(T* object) noexcept {
     Destroy();
     m_pObject = object;
-    return *this;
   }
 
   mutable T* m_pObject;  // mutable: a copy takes it out of its source

@@ -41,7 +41,7 @@ const Maker aMAKERS[] = {Make<TEST_SmartPtr>,         Make<TEST_BadPixel>,
 }  // namespace
 
 boost::shared_ptr<Oxa::Core::TestSuite> GetModuleTestSuite() {
-  const boost::shared_ptr<TestSuite> root(new TestSuite("OxaCore Tests"));
+  boost::shared_ptr<TestSuite> root(new TestSuite("OxaCore Tests"));
   for (const Maker make : aMAKERS) root->AddTest(make());
   return root;
 }

@@ -1,6 +1,7 @@
 #include "AutoTest/Module/TEST_Callback.h"
 
 #include <Infrastructure/OxaCore/Callback.h>
+#include <Infrastructure/OxaCore/TempSet.h>
 
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
@@ -78,7 +79,7 @@ TEST_Callback::TEST_Callback() : TestSuite("Callback template & macro Tests") {
 void TEST_Callback::Variants(std::string&) {
   std::string result;
   CClass object(result);
-  t_pResult = &result;
+  const TempSet<std::string*> here(t_pResult, &result);
   CheckWithoutResult(object, result);
   CheckWithResult(object);
 }

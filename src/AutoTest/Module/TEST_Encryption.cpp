@@ -18,7 +18,7 @@ using Bytes = std::vector<unsigned char>;
 
 // Every system has this provider. (One that it has not would leave a text behind for the host to find.)
 boost::shared_ptr<Encryptor> Acquire() {
-  const boost::shared_ptr<Encryptor> encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
+  boost::shared_ptr<Encryptor> encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
   OXA_TEST_ASSERT(encryptor);
   return encryptor;
 }

@@ -54,7 +54,7 @@ void CheckCopies() {
   Departures departures;
   {
     ItemPtr first(new Item("Moved", departures));
-    ItemPtr second(first);
+    ItemPtr second(first);  // NOLINT(performance-unnecessary-copy-initialization): copies move
     OXA_TEST_ASSERT(first.get() == nullptr && second.get() != nullptr);
     ItemPtr third(new Item("Replaced", departures));
     third = second;

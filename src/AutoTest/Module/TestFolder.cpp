@@ -45,7 +45,7 @@ TestFolder::~TestFolder() {
 }
 
 std::string TestFolder::MakeFile(const std::string& leaf, const std::string& content) const {
-  const std::string name = File(leaf);
+  std::string name = File(leaf);
   int code = 0;
   Platform::FileHandle file = Platform::FileHandle::CreateForWriting(name.c_str(), code);
   std::size_t written = 0;
