@@ -114,8 +114,8 @@ void CheckDataFilter() {
   OXA_TEST_ASSERT(listener.IsInterestedIn(error));
 }
 
-// Handlers are the process's, not the thread's: only one self-test may have some.
-Mutex& TheHandlersMutex() {
+// Handlers and the path of fatal reports are the process's, not the thread's: one self-test at a time may touch them.
+Mutex& TheProcessMutex() {
   static Immortal<Mutex> s_mutex;
   return s_mutex.Get();
 }
@@ -222,7 +222,7 @@ void TEST_ErrorHandling::AlertNotifications(std::string&) {
 }
 
 void TEST_ErrorHandling::InPlaceHandling(std::string&) {
-  const Lock lock(TheHandlersMutex());
+  const Lock lock(TheProcessMutex());
   OXA_TEST_ASSERT(CallsOfHandlers(true, true) == (Texts{"first asked", "second by prior"}));
   OXA_TEST_ASSERT(CallsOfHandlers(false, true) == (Texts{"first asked", "second asked", "first by latter"}));
   OXA_TEST_ASSERT(CallsOfHandlers(false, false) == (Texts{"first asked", "second asked", "base asked",
@@ -261,6 +261,7 @@ void TEST_ErrorHandling::ParameterizedBase(std::string&) {
 
 // The path is the host's: it is set to what it is already.
 void TEST_ErrorHandling::FatalErrorBasePath(std::string&) {
+  const Lock lock(TheProcessMutex());
   AlertManager& manager = *AlertManager::Instance();
   const std::string validPath = manager.GetFatalErrorBasePath();
   OXA_TEST_ASSERT(!validPath.empty() && std::string("/\\").find(validPath.back()) != std::string::npos);
