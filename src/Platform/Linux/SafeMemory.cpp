@@ -29,7 +29,7 @@ std::size_t PartFrom(const char* from, std::size_t size) noexcept {
 // would have its say on what is read, and a thread that is to be cancelled might end here. No part crosses the end of
 // a page.
 std::size_t ReadThroughPipe(const char* from, char* to, std::size_t size) noexcept {
-  int ends[2];
+  int ends[2] = {};
   if (RawCall(SYS_pipe2, RawArgument(ends), O_CLOEXEC | O_NONBLOCK) != 0) return 0;
   std::size_t done = 0;
   while (done < size) {
