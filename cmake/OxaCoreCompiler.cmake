@@ -31,6 +31,12 @@ if(OXACORE_SANITIZE)
   add_link_options(-fsanitize=${OXACORE_SANITIZE})
 endif()
 
+if(OXACORE_COVERAGE)
+  # Threads count together.
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
 # The warnings of our own build, as errors; a host that adds this project as a folder keeps its own.
 add_library(OxaCoreWarnings INTERFACE)
 if(PROJECT_IS_TOP_LEVEL)
