@@ -131,6 +131,7 @@ TEST(Acquisition, TheSignatureKeyIsLookedForFirst) {
 TEST(Acquisition, ThreadsThatFailAtOnceLeaveOneTextWhole) {
   constexpr int iTHREADS = 4;
   std::vector<std::string> expected;
+  expected.reserve(iTHREADS);
   for (int i = 0; i < iTHREADS; ++i)
     expected.push_back("Failed to create a new key container under the logged on user for a provider named " +
                        std::string(static_cast<std::size_t>(20 * (i + 1)), static_cast<char>('A' + i)));

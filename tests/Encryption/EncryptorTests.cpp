@@ -14,7 +14,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 boost::shared_ptr<Encryptor> Acquired() {
-  const boost::shared_ptr<Encryptor> encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
+  boost::shared_ptr<Encryptor> encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
   EXPECT_TRUE(encryptor) << Encryptor::GetLastAcquisitionError();
   return encryptor;
 }
