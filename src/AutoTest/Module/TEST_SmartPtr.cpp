@@ -31,14 +31,12 @@ class Derived : public Base {
 using BasePtr = boost::shared_ptr<Base>;
 
 void CheckSharedArray() {
-  const boost::shared_array<double> array(new double[3]);
-  {
-    const boost::shared_array<double> shared = array;
-    for (int index = 0; index < 3; ++index) shared[index] = index * 1.5;
-    OXA_TEST_EQUALS(2, array.use_count());
-  }
-  OXA_TEST_ASSERT(array.unique());
+  boost::shared_array<double> array(new double[3]);
+  for (int index = 0; index < 3; ++index) array[index] = index * 1.5;
   OXA_TEST_EQUALS_DELTA(3.0, array[2], 0.0);
+  OXA_TEST_ASSERT(&array[2] == array.get() + 2 && array.unique());
+  array.reset();
+  OXA_TEST_ASSERT(!array);
 }
 
 }  // namespace
