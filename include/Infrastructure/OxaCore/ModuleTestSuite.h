@@ -55,7 +55,7 @@ class OXACORE_API TEST_OxaDictionary : public TestSuite {
 };
 
 /// "OxaRWMutex Tests": the lock for one writer or many readers. Its test "Test OxaRWMutex - multiple threads" takes
-/// about 2 minutes, and says so when it begins.
+/// about 2 minutes, and says so when it begins: by a Test::CustomNotification of a test whose name is that text.
 class OXACORE_API TEST_OxaRWMutex : public TestSuite {
  public:
   TEST_OxaRWMutex();

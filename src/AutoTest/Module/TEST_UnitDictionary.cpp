@@ -68,6 +68,11 @@ void CheckStandardUnits(const UnitDictionary& units) {
   OXA_TEST_ASSERT(units.LookupUnit("Inches")->ConvertToBaseUnits(1.0) == 0.0254);
   OXA_TEST_ASSERT(units.LookupUnit("feet")->GetName() == "Foot");
   OXA_TEST_ASSERT(units.LookupUnit("mV")->GetName() == "Millivolt");
+  const double halfTurn = units.LookupUnit("Degree")->ConvertToBaseUnits(180.0);
+  OXA_TEST_EQUALS_DELTA(3.14159265358979, halfTurn, 1e-4);
+  const Dimensions henry = units.LookupUnit("Henry")->GetDimensions();
+  OXA_TEST_ASSERT(henry[eMass] == 2);  // as its table has it
+  OXA_TEST_ASSERT(units.LookupUnit("Steradian")->IsDimensionallyEquivalent(*units.LookupUnit("Radian")));
   const SharedUnit mph = units.LookupUnit("Mile per Hour");
   OXA_TEST_ASSERT(mph->GetConversionFactor() == 2.236936292054402);
   const SharedUnit equivalent = units.LookupDimensionallyEquivalentUnit(*mph);

@@ -86,6 +86,14 @@ void CheckPrettyPieces() {
                                    std::string(69, 'c') + "\n]]>\n");
 }
 
+void CheckLongComment() {
+  const std::string text(80, 'c');
+  std::ostringstream out;
+  XMLWriter writer(XMLFormatter::CreatePrettyPrint());
+  out << writer.StartDocA("1.0", "UTF-8", false, true) << writer.Comment(text);
+  OXA_TEST_ASSERT(out.str() == std::string(sDECLARATION) + "\n<!-- \n  " + text + "\n -->\n");
+}
+
 // What was laid out comes out again as it is.
 void CheckMarkup() {
   std::string document = sPRETTY;
@@ -178,6 +186,7 @@ void TEST_XML::Writer(std::string&) {
   }
   CheckCompactPieces();
   CheckPrettyPieces();
+  CheckLongComment();
   CheckMarkup();
 }
 

@@ -209,6 +209,41 @@ void CheckBoundedInput(const std::string& name) {
   OXA_TEST_ASSERT(file.AvailableBytes() == iSIZE - 30);
 }
 
+void CheckBoundedSkip(const std::string& name) {
+  File file(name, File::READ_MODE, File::eOPEN_IF_EXISTS);
+  BoundedBinaryInputStream bounded(file, 30);
+  OXA_TEST_ASSERT(bounded.Skip(0) && bounded.Skip(4) && bounded.Read() == 'q');
+  OXA_TEST_ASSERT(!bounded.Skip(26));
+  OXA_TEST_ASSERT(bounded.NumBytesInput() == 5);  // what is skipped in vain still counts as ahead
+  OXA_TEST_ASSERT(file.GetInputPos() == 30);
+}
+
+// Who moves the file's position has the locks of all filters that keep something.
+void CheckLocksOfAChain(const std::string& name) {
+  File file(name, File::READ_WRITE_MODE, File::eOPEN_IF_EXISTS);
+  BufferedBinaryInputStream bufferedIn(file, 10);
+  const BoundedBinaryInputStream boundedIn(bufferedIn, 30);
+  BufferedBinaryOutputStream bufferedOut(file, 10);
+  LockSet locks;
+  file.InvalidateAllBufferedInput(locks);
+  OXA_TEST_ASSERT(locks.size() == 2);
+  file.FlushAllBufferedOutput(locks);
+  OXA_TEST_ASSERT(locks.size() == 2);
+  bufferedOut.FlushAllBufferedOutput(locks);
+  OXA_TEST_ASSERT(locks.size() == 1);
+}
+
+// What can't be flushed any more is a warning, and no reason to stay open.
+void CheckClosingAfterAFailure(const std::string& name) {
+  File file(name, File::WRITE_MODE, File::eCREATE_ALWAYS);
+  BoundedBinaryOutputStream bounded(file, 5);
+  BufferedBinaryOutputStream buffered(bounded, 100);
+  buffered.Write(sTEXT, 10);
+  buffered.Close();
+  OXA_TEST_ASSERT(!file.IsOpen());
+  OXA_TEST_ASSERT(ContentOf(name) == std::string(sTEXT, 5));
+}
+
 }  // namespace
 
 TEST_io::TEST_io() : TestSuite("I/O Tests") {
@@ -277,7 +312,9 @@ void TEST_io::BufferedWithBinaryFile(std::string&) {
 
 void TEST_io::BoundedWithBinaryFile(std::string&) {
   const TestFolder folder;
-  CheckBoundedInput(MakeTextFile(folder));
+  const std::string name = MakeTextFile(folder);
+  CheckBoundedInput(name);
+  CheckBoundedSkip(name);
   CheckBoundedOutput(folder.File("other"));
 }
 
@@ -298,6 +335,8 @@ void TEST_io::Chain(std::string&) {
   CheckDataAtTheEnd(in);
   out.Close();
   OXA_TEST_ASSERT(!file.IsOpen());
+  CheckLocksOfAChain(folder.File(sFILE));
+  CheckClosingAfterAFailure(folder.File("other"));
 }
 
 }  // namespace Oxa::Core
