@@ -82,9 +82,11 @@ bool CryptoAPI::AcquireProvider(const std::string& containerName, EType type, co
                                 std::string& error) {
   const char* const container = containerName.empty() ? nullptr : containerName.c_str();
   const std::string provider = providerName.empty() ? Platform::g_pDEFAULT_PROVIDER : providerName;
+  const bool name =
+      provider.find('\0') == std::string::npos;  // the system would see no more than its beginning
   for (const bool makeContainer : {false, true})
-    if (Platform::AcquireProvider(container, provider.c_str(), NumberOf(type), makeContainer, m_hProvider) ==
-        0)
+    if (name && Platform::AcquireProvider(container, provider.c_str(), NumberOf(type), makeContainer,
+                                          m_hProvider) == 0)
       return true;
   error = sNO_CONTAINER + (containerName.empty() ? sUSERS_OWN : containerName) + sPROVIDER + provider;
   return false;
@@ -139,8 +141,9 @@ bool CryptoAPI::LoadPassword(std::string& password, const std::string& subKey, c
     password.clear();
     return true;
   }
+  if (!Encryptor::Decrypt(bytes, subKey)) return false;
   password.assign(bytes.begin(), bytes.end());
-  return Decrypt(password, subKey);
+  return true;
 }
 
 }  // namespace Oxa::Core

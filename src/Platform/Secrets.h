@@ -48,12 +48,12 @@ void Rc4(HCRYPTPROV provider, const void* key, std::size_t keySize, void* data, 
 /// Makes the key with all above it; one that exists is left alone. EBADF for a root that is none.
 int CreateRegistryKey(HKEY root, const std::string& key);
 
-/// Writes a value of a key that exists. Whoever reads it finds the value before or this one, whole, whenever the
+/// Writes a value of a key that exists, of 16 MiB at most: EFBIG for one that is larger. Whoever reads it finds the value before or this one, whole, whenever the
 /// process or the machine ends.
 int WriteRegistryValue(HKEY root, const std::string& key, const std::string& name,
                        const std::vector<unsigned char>& bytes);
 
-/// ENOENT for a value that doesn't exist.
+/// ENOENT for a value that doesn't exist, EINVAL for what is no plain file, EFBIG for what is larger than a value may be.
 int ReadRegistryValue(HKEY root, const std::string& key, const std::string& name,
                       std::vector<unsigned char>& bytes);
 

@@ -74,6 +74,13 @@ TEST(Acquisition, AnUnknownProviderIsRefusedAndNamed) {
       Encryptor::GetLastAcquisitionError());
 }
 
+TEST(Acquisition, ANameThatOnlyBeginsWithTheProvidersIsRefused) {
+  const std::string name = sBASE + std::string("\0junk", 5);
+  EXPECT_FALSE(IsAcquired("", Encryptor::eRSA_FULL, name));
+  EXPECT_EQ("Failed to create a new key container under the logged on user for a provider named " + name,
+            Encryptor::GetLastAcquisitionError());
+}
+
 TEST(Acquisition, ASuccessLeavesTheText) {
   EXPECT_FALSE(IsAcquired("", Encryptor::eRSA_FULL, "Acme"));
   const std::string text = Encryptor::GetLastAcquisitionError();

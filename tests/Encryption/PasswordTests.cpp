@@ -168,8 +168,15 @@ TEST_F(Password, NoRoomLeavesTheOldOne) {
 TEST_F(Password, AnEmptyFileIsNone) {
   ASSERT_TRUE(Save("s3cret"));
   m_folder.Write(sFILE, "");
-  std::string password;
+  std::string password = "before";
   EXPECT_FALSE(m_spEncryptor->LoadPassword(password, sKEY, "Password", HKEY_CURRENT_USER));
+  EXPECT_EQ("before", password);
+}
+
+TEST_F(Password, OneThatIsTooLargeLeavesTheOldOne) {
+  ASSERT_TRUE(Save("s3cret"));
+  EXPECT_FALSE(Save(std::string((16U << 20U) + 1, 'x')));
+  EXPECT_EQ("s3cret", Loaded());
 }
 
 // Whoever reads finds the one before or the one behind, never a mixture and never none.

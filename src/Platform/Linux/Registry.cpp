@@ -17,7 +17,7 @@ namespace Oxa::Core::Platform {
 namespace {
 
 constexpr mode_t uFOLDER_MODE = 0700;
-constexpr std::uint64_t ullLARGEST_VALUE = 16U << 20U;
+constexpr std::size_t uLARGEST_VALUE = 16U << 20U;  // in bytes
 
 [[gnu::tls_model("initial-exec")]] thread_local const char* t_pFolder = nullptr;
 
@@ -88,16 +88,26 @@ int WriteUnfinished(std::string& unfinished, const std::vector<unsigned char>& b
   return file.IsOpen() ? WriteAll(file.Get(), bytes) : errno;
 }
 
-// Nothing else may be read: who opens a pipe may wait for ever.
-int OpenValue(const std::string& file, FileHandle& handle, std::uint64_t& size) noexcept {
-  FileStatus status;
-  const int code = Status(file.c_str(), status);
-  if (code != 0) return code;
-  if (!status.m_bRegular) return EINVAL;
-  int opened = 0;
-  handle = FileHandle::OpenForReading(file.c_str(), opened);
-  if (opened == 0) opened = handle.Size(size);
-  return opened == 0 && size > ullLARGEST_VALUE ? EFBIG : opened;
+// For plain files only: others may have no end.
+int SizeOfValue(int file, std::size_t& size) noexcept {
+  struct stat facts = {};
+  if (fstat(file, &facts) != 0) return errno;
+  if (!S_ISREG(facts.st_mode)) return EINVAL;
+  size = static_cast<std::size_t>(facts.st_size);
+  return size > uLARGEST_VALUE ? EFBIG : 0;
+}
+
+// Reads until `bytes` is full, or cuts it where the file ends.
+int ReadAll(int file, std::vector<unsigned char>& bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t got = read(file, bytes.data() + done, bytes.size() - done);
+    if (got < 0 && errno != EINTR) return errno;
+    if (got == 0) break;
+    if (got > 0) done += static_cast<std::size_t>(got);
+  }
+  bytes.resize(done);
+  return 0;
 }
 
 }  // namespace
@@ -118,6 +128,7 @@ int WriteRegistryValue(HKEY root, const std::string& key, const std::string& nam
                        const std::vector<unsigned char>& bytes) {
   const HoldKill alive;
   const HoldCancellation hold;
+  if (bytes.size() > uLARGEST_VALUE) return EFBIG;  // nobody would read it
   std::string folder;
   int code = FindFolder(root, key, folder);
   if (code != 0) return code;
@@ -136,15 +147,15 @@ int ReadRegistryValue(HKEY root, const std::string& key, const std::string& name
   std::string folder;
   int code = FindFolder(root, key, folder);
   if (code != 0) return code;
-  FileHandle handle;
-  std::uint64_t size = 0;
-  code = OpenValue(folder + '/' + FileOfValue(name), handle, size);
+  const std::string path = folder + '/' + FileOfValue(name);
+  // Who opens a pipe may wait for ever, unless he says that he won't.
+  const OpenFile file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!file.IsOpen()) return errno;
+  std::size_t size = 0;
+  code = SizeOfValue(file.Get(), size);
   if (code != 0) return code;
   std::vector<unsigned char> all(size);
-  std::size_t done = 0;
-  for (std::size_t read = 1; read > 0 && done < all.size() && code == 0; done += read)
-    code = handle.Read(all.data() + done, all.size() - done, read);
-  all.resize(done);
+  code = ReadAll(file.Get(), all);
   if (code == 0) bytes.swap(all);
   return code;
 }

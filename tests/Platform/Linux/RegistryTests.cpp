@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Platform/Linux/RegistryName.h"
@@ -62,6 +63,34 @@ TEST(Registry, WaitsForNoPipeAndReadsNoFlood) {
   std::filesystem::resize_file(key + "Flood=", (16U << 20U) + 1);
   EXPECT_EQ(EFBIG, Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "Flood", bytes));
   EXPECT_TRUE(bytes.empty());
+}
+
+TEST(Registry, WritesNothingThatItWouldNotRead) {
+  const TestSupport::TemporaryFolder folder;
+  const Platform::RegistryFolder there(folder.Path().c_str());
+  ASSERT_EQ(0, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "K"));
+  ASSERT_EQ(0, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {1}));
+  std::vector<unsigned char> bytes((16U << 20U) + 1);
+  EXPECT_EQ(EFBIG, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", bytes));
+  ASSERT_EQ(0, Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "V", bytes));
+  EXPECT_EQ(std::vector<unsigned char>{1}, bytes);
+  bytes.assign(16U << 20U, 2);
+  ASSERT_EQ(0, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", bytes));
+  bytes.clear();
+  ASSERT_EQ(0, Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "V", bytes));
+  EXPECT_EQ(16U << 20U, bytes.size());
+}
+
+TEST(Registry, AnotherFolderIsTheThreadsOwn) {
+  const TestSupport::TemporaryFolder folder;
+  ::setenv("XDG_CONFIG_HOME", folder.File("config").c_str(), 1);
+  const std::string own = folder.File("own");
+  const Platform::RegistryFolder there(own.c_str());
+  std::thread([] { EXPECT_EQ(0, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "Other")); }).join();
+  EXPECT_EQ(0, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "Mine"));
+  EXPECT_TRUE(folder.Has("config/OxaCore/registry/HKEY_CURRENT_USER/Other"));
+  EXPECT_FALSE(folder.Has("own/HKEY_CURRENT_USER/Other"));
+  EXPECT_TRUE(folder.Has("own/HKEY_CURRENT_USER/Mine"));
 }
 
 TEST(Registry, AFolderThatCannotBeMadeIsTold) {
