@@ -48,6 +48,43 @@ TEST(Chrono, PartsOfATickAreCutTowardsZero) {
   EXPECT_EQ(-12, TicksOf(duration<float, std::micro>(-1.25F)));
 }
 
+// No fraction is what is written: a double of 0.3 lies below 0.3.
+TEST(Chrono, FractionsAreWhatTheirPrecisionCanTell) {
+  EXPECT_EQ(3000000, TicksOf(duration<double>(0.3)));
+  EXPECT_EQ(-3000000, TicksOf(duration<double>(-0.3)));
+  EXPECT_EQ(3000000, TicksOf(duration<float>(0.3F)));
+  EXPECT_EQ(0, TicksOf(duration<double>(0.99e-7)));
+  EXPECT_EQ(2999999, TicksOf(duration<double>(0.29999999)));
+  EXPECT_EQ(2999999, TicksOf(duration<double, std::micro>(299999.9999999)));
+  EXPECT_EQ(255, ChronoDetail::Convert<duration<unsigned char>>(duration<double>(254.99999999999997),
+                                                                ChronoDetail::ERounding::eTO_ZERO)
+                     .count());
+}
+
+template <class Span>
+void ExpectRoundTrips(long long from, long long step) {
+  using Point = std::chrono::time_point<system_clock, Span>;
+  for (long long i = 0; i < 5000; ++i) {
+    const long long ticks = from + i * step;
+    ASSERT_EQ(ticks, TicksOf(ToDuration<Span>(Ticks(ticks))));
+    ASSERT_EQ(-ticks, TicksOf(ToDuration<Span>(Ticks(-ticks))));
+    const Time moment = Moment(llUNIX_EPOCH + ticks);
+    ASSERT_EQ(moment, ToTime(Point(ToTimePoint<Span>(moment))));
+    const Time past = Moment(llUNIX_EPOCH - ticks);
+    ASSERT_EQ(past, ToTime(Point(ToTimePoint<Span>(past))));
+  }
+}
+
+TEST(Chrono, TicksComeBackFromFractions) {
+  for (const long long step : {1LL, 7LL, 99991LL, 1000000007LL}) {
+    ExpectRoundTrips<duration<double>>(0, step);
+    ExpectRoundTrips<duration<double, std::milli>>(0, step);
+    ExpectRoundTrips<duration<double>>(36000000000, step);
+    ExpectRoundTrips<duration<double, std::milli>>(36000000000, step);
+    ExpectRoundTrips<duration<double, std::ratio<3600>>>(36000000000, step);
+  }
+}
+
 TEST(Chrono, WhatIsTooLongIsTheLongest) {
   EXPECT_EQ(llMOST, TicksOf(std::chrono::hours::max()));
   EXPECT_EQ(llLEAST, TicksOf(std::chrono::hours::min()));

@@ -1,8 +1,11 @@
 // std::chrono and the two time types of the library, from one to the other.
 //
 // A tick is 100 ns. What is made of whole ticks converts exactly, in both directions. Of what is finer, a span is cut
-// towards zero and a moment towards the past. What the target can't hold becomes the most, or the least, that it
-// holds; no number at all becomes 0. Nothing raises, allocates or locks.
+// towards zero and a moment towards the past. For what counts in fractions, "exactly" means within their precision: a
+// double of 0.3 s lies beside 0.3 and is 3000000 ticks all the same.
+//
+// What the target can't hold becomes the most, or the least, that it holds; only the least Time is that of
+// TickTimePoint::min(). No number at all becomes 0. Nothing raises, allocates or locks.
 //
 // The system's clock of std::chrono counts from 1970 UTC, Time from 1601 UTC; no zone comes into it.
 //
@@ -72,7 +75,23 @@ constexpr To ScaleWhole(From count, ERounding rounding) noexcept {
   return FromMagnitude<To>(scaled, negative);
 }
 
-/// The same where a fraction comes into it.
+/// The whole number next to `scaled`, which is `cut` with a fraction.
+template <class To>
+constexpr To Nearest(long double scaled, To cut) noexcept {
+  const long double rest = scaled - static_cast<long double>(cut);
+  if (rest >= 0.5L) return static_cast<To>(cut + To{1});
+  return rest <= -0.5L ? static_cast<To>(cut - To{1}) : cut;
+}
+
+/// Whether a number of that precision can't tell the two apart.
+template <class To>
+constexpr bool IsWithin(long double scaled, To nearest, long double precision) noexcept {
+  const auto size = static_cast<long double>(nearest);
+  const long double gap = scaled < size ? size - scaled : scaled - size;
+  return gap <= (size < 0 ? -size : size) * precision;
+}
+
+/// The same as ScaleWhole where a fraction comes into it.
 template <class To, class Scale, class From>
 constexpr To ScaleReal(From count, ERounding rounding) noexcept {
   const long double scaled = static_cast<long double>(count) * static_cast<long double>(Scale::num) /
@@ -82,6 +101,8 @@ constexpr To ScaleReal(From count, ERounding rounding) noexcept {
   if (scaled >= static_cast<long double>(std::numeric_limits<To>::max())) return Saturated<To>(false);
   if (scaled <= static_cast<long double>(std::numeric_limits<To>::lowest())) return Saturated<To>(true);
   const To cut = static_cast<To>(scaled);
+  const To nearest = Nearest(scaled, cut);
+  if (IsWithin(scaled, nearest, std::numeric_limits<From>::epsilon())) return nearest;
   const bool beyond = static_cast<long double>(cut) > scaled;
   return beyond && rounding == ERounding::eTO_PAST ? static_cast<To>(cut - To{1}) : cut;
 }
@@ -91,6 +112,8 @@ template <class To, class Rep, class Period>
 constexpr To Convert(const std::chrono::duration<Rep, Period>& span, ERounding rounding) noexcept {
   using Target = typename To::rep;
   static_assert(std::is_arithmetic_v<Rep> && std::is_arithmetic_v<Target>, "counted by plain numbers");
+  static_assert(!std::is_integral_v<Rep> || sizeof(Rep) <= 8, "whole numbers of eight bytes at most");
+  static_assert(!std::is_integral_v<Target> || sizeof(Target) <= 8, "whole numbers of eight bytes at most");
   using Scale = std::ratio_divide<Period, typename To::period>;
   if constexpr (std::is_floating_point_v<Rep> || std::is_floating_point_v<Target>)
     return To(ScaleReal<Target, Scale>(span.count(), rounding));
