@@ -1,5 +1,8 @@
 #include "Log/JournalRecord.h"
 
+#include <Infrastructure/OxaCore/Chrono.h>
+
+#include <chrono>
 #include <cstdint>
 
 #include "Log/AlertEntry.h"
@@ -10,8 +13,6 @@ namespace Oxa::Core {
 
 namespace {
 
-constexpr long long llUNIX_EPOCH = 116444736000000000;  // in ticks
-constexpr long long llTICKS_PER_USEC = 10;
 constexpr char cWARNING = '4';
 
 // The journal's own numbers, by severity.
@@ -57,7 +58,7 @@ std::string Head(char priority, const std::string& identifier) {
 }
 
 std::string MicrosecondsOf(const Time& time) {
-  return std::to_string((time.GetRawTimerTicks() - llUNIX_EPOCH) / llTICKS_PER_USEC);
+  return std::to_string(ToTimePoint<std::chrono::microseconds>(time).time_since_epoch().count());
 }
 
 }  // namespace

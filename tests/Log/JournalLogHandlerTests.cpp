@@ -7,15 +7,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <string>
 #include <vector>
@@ -324,12 +328,58 @@ TEST_F(JournalLog, ADeadSocketIsSurvived) {
   EXPECT_FALSE(handler.IsReachable());
 }
 
+// Sends until an entry is lost.
+void FillQueue(JournalLogHandler& handler) {
+  for (int sent = 0; handler.GetLostEntries() == 0 && sent < 100000; ++sent)
+    handler.HandleLogEntry(MakeEntry("m"));
+}
+
+constexpr int iMOST_ALARMS = 500;  // in 10 seconds
+volatile std::sig_atomic_t s_iAlarms = 0;
+
+void SetAlarms(suseconds_t period) {
+  const itimerval timer = {{0, period}, {0, period}};
+  ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+void OnAlarm(int) {
+  s_iAlarms = s_iAlarms + 1;
+  if (s_iAlarms == iMOST_ALARMS) SetAlarms(0);
+}
+
+// Each of them cuts the waiting short, before it is over.
+TEST_F(JournalLog, SignalsDontMakeABusyJournalHoldTheLogUpForLonger) {
+  const Journal journal(m_sPath);
+  JournalLogHandler handler;
+  ::signal(SIGALRM, OnAlarm);
+  SetAlarms(20000);
+  FillQueue(handler);
+  EXPECT_EQ(EAGAIN, Platform::SendToJournal("MESSAGE=m\n", 10, true));
+  const std::string large(1U << 22U, 'm');
+  EXPECT_EQ(EAGAIN, Platform::SendToJournal(large.data(), large.size(), true));
+  SetAlarms(0);
+  EXPECT_EQ(1U, handler.GetLostEntries());
+  EXPECT_LT(0, s_iAlarms);
+  EXPECT_LT(s_iAlarms, iMOST_ALARMS);
+}
+
+TEST_F(JournalLog, TheFurthestMomentsAreTold) {
+  Journal journal(m_sPath);
+  JournalLogHandler handler;
+  OxaLogEntry entry = MakeEntry("m");
+  entry.m_time = Time(std::numeric_limits<long long>::min(), Time::ePlatformTimeCurrent);
+  handler.HandleLogEntry(entry);
+  EXPECT_EQ("-922337203685477581", journal.NextFields()["OXA_TIME_USEC"]);
+  entry.m_time = Time(std::numeric_limits<long long>::max(), Time::ePlatformTimeCurrent);
+  handler.HandleLogEntry(entry);
+  EXPECT_EQ("910692730085477580", journal.NextFields()["OXA_TIME_USEC"]);
+}
+
 // One that hangs takes what its queue has room for. The first entry beyond that waits for a moment, the others don't.
 TEST_F(JournalLog, ABusyJournalHoldsTheLogUpOnce) {
   Journal journal(m_sPath);
   JournalLogHandler handler;
-  unsigned long sent = 0;
-  for (; handler.GetLostEntries() == 0 && sent < 100000; ++sent) handler.HandleLogEntry(MakeEntry("m"));
+  FillQueue(handler);
   ASSERT_EQ(1U, handler.GetLostEntries());
   const double milliseconds = TestSupport::MillisecondsOf([&] {
     for (int i = 0; i < 200; ++i) handler.HandleLogEntry(MakeEntry("m"));

@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -121,6 +122,8 @@ TEST(StreamLogHandler, LeavesColoursToThoseWhoWantThem) {
   EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
   Want("", nullptr);
   EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
+  ::unsetenv("TERM");
+  EXPECT_EQ(Line("Error", "m\n"), Shown(Entry("m", eLOG_ERROR)));
   Want("xterm", "");  // empty is as good as unset
   EXPECT_EQ("\x1B[31m" + Line("Error", "m") + "\x1B[0m\n", Shown(Entry("m", eLOG_ERROR)));
 }
@@ -133,6 +136,61 @@ TEST(StreamLogHandler, LetsNoMessageCommandATerminal) {
   StreamLogHandler handler(out);
   handler.HandleLogEntry(Entry("a\x1B[2Jb"));
   EXPECT_EQ(Line("Warning", "a\x1B[2Jb\n"), out.str());
+}
+
+TEST(StreamLogHandler, ColoursNothingThatIsNoTerminal) {
+  Want("xterm", nullptr);
+  const TestSupport::TemporaryFolder folder;
+  std::ofstream file(folder.File("log"));
+  StreamLogHandler(file).HandleLogEntry(Entry("m", eLOG_ERROR));
+  EXPECT_EQ(Line("Error", "m\n"), folder.Read("log"));
+  std::ostringstream text;
+  StreamLogHandler(text).HandleLogEntry(Entry("m\xC2\x9B", eLOG_ALARM));
+  EXPECT_EQ(Line("Alarm", "m\xC2\x9B\n"), text.str());
+}
+
+// They are there as single bytes, for terminals of bytes, and as characters of UTF-8.
+TEST(StreamLogHandler, LetsNoControlAbove127Through) {
+  Want("xterm", nullptr);
+  const struct {
+    const char* text;
+    const char* shown;
+  } cases[] = {
+      {"\xC2\x9B"
+       "2J",
+       "\\xC2\\x9B2J"},
+      {"\xC2\x80|\xC2\x9F|\xC2\xA0", "\\xC2\\x80|\\xC2\\x9F|\xC2\xA0"},
+      {"\x9B"
+       "2J",
+       "\\x9B2J"},
+      {"\x80|\x9F|\xA0", "\\x80|\\x9F|\xA0"},
+      {"20 \xB0"
+       "C \xB5m",
+       "20 \xB0"
+       "C \xB5m"},
+      {"\xC3\x9B \xE2\x82\xAC \xF0\x9F\x98\x80", "\xC3\x9B \xE2\x82\xAC \xF0\x9F\x98\x80"},
+      {"\xE2\x82", "\xE2\\x82"},                              // cut off
+      {"\xC0\x9B \xE0\x82\x9B", "\xC0\\x9B \xE0\\x82\\x9B"},  // longer than it need be
+      {"\xF0\x82\x82\x9B", "\xF0\\x82\\x82\\x9B"},
+      {"\xED\xA0\x80", "\xED\xA0\\x80"},            // half of a pair
+      {"\xF4\x90\x80\x80", "\xF4\\x90\\x80\\x80"},  // beyond the last
+      {"\xF5\x80", "\xF5\\x80"},
+  };
+  for (const auto& one : cases)
+    EXPECT_EQ(Line("Informational", one.shown + std::string("\n")),
+              Shown(Entry(one.text, eLOG_INFORMATIONAL)));
+}
+
+TEST(StreamLogHandler, AMomentWithoutADateIsLeftOut) {
+  std::ostringstream out;
+  StreamLogHandler handler(out);
+  OxaLogEntry entry = Entry("m");
+  for (const long long ticks :
+       {std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max()}) {
+    entry.m_time = Time(ticks, Time::ePlatformTimeCurrent);
+    EXPECT_NO_THROW(handler.HandleLogEntry(entry));
+  }
+  EXPECT_EQ(" Warning Test.Path: m\n Warning Test.Path: m\n", out.str());
 }
 
 TEST(StreamLogHandler, KnowsATerminalFromAFile) {

@@ -6,7 +6,8 @@
 //
 // On a terminal the line has the colour of its severity, unless the environment variable NO_COLOR is set and not empty,
 // or TERM says that the terminal is none ("dumb", or nothing); and control characters, which could make a terminal do
-// things, are written as "\x1B". Everywhere else the bytes of the message go out as they are.
+// things, are written as "\x1B": those of ASCII, and those from 128 to 159, as characters of UTF-8 or as single bytes.
+// Everywhere else the bytes of the message go out as they are.
 //
 // Thread safety: any thread may call; lines don't mix. The stream has to outlive the handler, and what others write to
 // it stands between the lines.
@@ -41,7 +42,7 @@ class OXACORE_API StreamLogHandler : public IOxaLogHandler {
   /// Does nothing.
   void OnLoggersChanged() override;
 
-  /// Writes the line and flushes the stream. Raises what Time::ToString does.
+  /// Writes the line and flushes the stream. The time is empty where Time::ToString would raise.
   void HandleLogEntry(const OxaLogEntry& entry) override;
 
  private:

@@ -12,6 +12,7 @@
 
 #include <atomic>
 
+#include "Platform/Clock.h"
 #include "Platform/Faults.h"
 #include "Platform/Files.h"
 #include "Platform/Kill.h"
@@ -22,7 +23,7 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr suseconds_t iLONGEST_WAIT = 100000;  // in microseconds
+constexpr long long llLONGEST_WAIT = 1000000;  // in ticks of 100 ns
 
 std::atomic<const char*> s_pPath{nullptr};
 
@@ -35,8 +36,17 @@ sockaddr_un Address() noexcept {
   return address;
 }
 
+// Lets a message wait no longer than until `end`, a moment of the monotonic clock: each signal that cuts in would make
+// the whole time begin anew. Gives the flag of those that mustn't wait any more.
+int LimitWaiting(int socket, long long end) noexcept {
+  const long long left = end - MonotonicTicks();
+  if (left <= 0) return MSG_DONTWAIT;
+  const timeval wait = {0, static_cast<suseconds_t>((left + 9) / 10)};  // 0 would be for ever
+  return setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait) == 0 ? 0 : MSG_DONTWAIT;
+}
+
 // One message to the journal. It has no connection that could break, so that there is no signal of it either.
-int Send(int socket, const iovec& data, void* control, std::size_t controlSize, bool mayWait) noexcept {
+int Send(int socket, const iovec& data, void* control, std::size_t controlSize, long long end) noexcept {
   sockaddr_un address = Address();
   msghdr message = {};
   message.msg_name = &address;
@@ -47,7 +57,7 @@ int Send(int socket, const iovec& data, void* control, std::size_t controlSize, 
   message.msg_controllen = controlSize;
   ssize_t sent = -1;
   do {
-    sent = sendmsg(socket, &message, MSG_NOSIGNAL | (mayWait ? 0 : MSG_DONTWAIT));
+    sent = sendmsg(socket, &message, MSG_NOSIGNAL | LimitWaiting(socket, end));
   } while (sent < 0 && errno == EINTR);
   return sent < 0 ? errno : 0;
 }
@@ -65,7 +75,7 @@ int WriteAll(int file, const char* data, std::size_t size) noexcept {
 }
 
 // What is too large for a message goes in a file in memory that is handed over, and that nobody can change any more.
-int SendFile(int socket, const iovec& data, bool mayWait) noexcept {
+int SendFile(int socket, const iovec& data, long long end) noexcept {
   const OpenFile file(memfd_create("oxacore-journal", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!file.IsOpen()) return errno;
   const int code = WriteAll(file.Get(), static_cast<const char*>(data.iov_base), data.iov_len);
@@ -79,7 +89,7 @@ int SendFile(int socket, const iovec& data, bool mayWait) noexcept {
   header->cmsg_len = CMSG_LEN(sizeof(int));
   const int handed = file.Get();
   memcpy(CMSG_DATA(header), &handed, sizeof handed);
-  return Send(socket, {nullptr, 0}, control, sizeof control, mayWait);
+  return Send(socket, {nullptr, 0}, control, sizeof control, end);
 }
 
 }  // namespace
@@ -91,11 +101,10 @@ int SendToJournal(const void* record, std::size_t size, bool mayWait) noexcept {
   const HoldCancellation hold;
   const OpenFile sending(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!sending.IsOpen()) return errno;
-  const timeval longest = {0, iLONGEST_WAIT};
-  if (setsockopt(sending.Get(), SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest) != 0) return errno;
+  const long long end = MonotonicTicks() + (mayWait ? llLONGEST_WAIT : 0);
   const iovec data = {const_cast<void*>(record), size};
-  const int code = Send(sending.Get(), data, nullptr, 0, mayWait);
-  return code == EMSGSIZE || code == ENOBUFS ? SendFile(sending.Get(), data, mayWait) : code;
+  const int code = Send(sending.Get(), data, nullptr, 0, end);
+  return code == EMSGSIZE || code == ENOBUFS ? SendFile(sending.Get(), data, end) : code;
 }
 
 }  // namespace Oxa::Core::Platform
