@@ -1,5 +1,5 @@
 #!/bin/sh
-# run.sh package|pkgconfig|folder SOURCE BUILD WORK
+# run.sh package|pkgconfig|folder|debian SOURCE BUILD WORK
 # Builds and runs a tiny host in WORK, against the library installed from BUILD or with SOURCE as a folder.
 set -eu
 way=$1 source=$2 build=$3 work=$4
@@ -20,7 +20,7 @@ install_library() {
 configure_host() {
   host=$1 asked=$2
   shift 2
-  "$CMAKE" -S "$here/$host" -B "$work/$host" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
+  "$CMAKE" -S "$here/$host" -B "${into:-$work/$host}" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
     ${LAUNCHER:+-DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER"} -DOXACORE_SOURCE="$source" -DASKED_VERSION="$asked" "$@"
 }
 
@@ -86,12 +86,78 @@ with_pkgconfig() {
   check_host "$work/plain"
 }
 
-# All of the library is compiled once more, by the flags of a host: without optimisation, for the time that takes.
+# All of the library is compiled once more: by the very flags of the release preset and as near to the sources, so that
+# ccache has it all; where there is no ccache without optimisation, for the time that takes.
 with_folder() {
-  configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0
-  "$CMAKE" --build "$work/folder" --parallel 2
-  check_host "$work/folder/host"
-  [ ! -e "$work/folder/oxacore/tests" ] || fail "a host builds our tests"
+  into=$build-as-folder
+  rm -rf "$into"
+  if [ -n "$LAUNCHER" ]; then
+    export CCACHE_SLOPPINESS=time_macros,pch_defines
+    configure_host folder none -DOXACORE_WARNINGS=ON
+  else
+    configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0
+  fi
+  "$CMAKE" --build "$into" --parallel 2
+  check_host "$into/host"
+  [ ! -e "$into/oxacore/tests" ] || fail "a host builds our tests"
+  rm -rf "$into"
+}
+
+# The Debian packages, of what is built already: what they say of themselves, and the host with them unpacked.
+with_debian() {
+  for tool in dpkg-deb dpkg-shlibdeps file; do
+    command -v $tool >/dev/null || { echo "There is no $tool here."; exit 77; }
+  done
+  mkdir "$work/packages"
+  (cd "$work/packages" && umask 022 &&
+    "$(dirname "$CMAKE")/cpack" --config "$build/CPackConfig.cmake" -B "$work/packages") >"$work/cpack.log" 2>&1 ||
+    fail "cpack failed: $(cat "$work/cpack.log")"
+  major=${VERSION%%.*}
+  library=liboxacore$major
+  for name in "$library" liboxacore-dev oxacore-tools; do
+    check_package "$name"
+  done
+  [ "$(field "$library" Recommends)" = "libdw1, tzdata" ] || fail "$library recommends something else"
+  has_words "$(field "$library" Depends)" libc6 'libstdc++6' libnettle
+  has_words "$(field liboxacore-dev Depends)" "$library (= $VERSION-1)" libboost-dev
+  has_words "$(field oxacore-tools Depends)" "$library (= $VERSION-1)" libc6
+  [ "$(cat "$work/$library/DEBIAN/triggers")" = "activate-noawait ldconfig" ] || fail "the linker's cache isn't told"
+  [ "$(cat "$work/$library/DEBIAN/shlibs")" = "libOxaCore $major $library (>= $VERSION-1)" ] || fail "shlibs says something else"
+  prefix=$work/root/usr
+  configure_host host 2.1
+  "$CMAKE" --build "$work/host"
+  check_host "$work/host/host"
+  ! find "$work/$library/usr/lib" -name 'libOxaCore.so' | grep . || fail "the link for builds is in the runtime package"
+  LD_LIBRARY_PATH=$(dirname "$(find "$prefix" -name 'libOxaCore.so')")
+  export LD_LIBRARY_PATH
+  "$prefix/bin/oxatest" --help >/dev/null || fail "the unpacked oxatest doesn't run"
+}
+
+# check_package NAME: unpacks it into a folder of its own and into the common root, and looks at what every package needs.
+check_package() {
+  file=$work/packages/$1_$VERSION-1_$(dpkg --print-architecture).deb
+  dpkg-deb -R "$file" "$work/$1"
+  dpkg-deb -x "$file" "$work/root"
+  ! dpkg-deb -c "$file" | grep -v -e '^drwxr-xr-x root/root' -e '^-rw-r--r-- root/root' -e '^-rwxr-xr-x root/root' \
+    -e '^lrwxrwxrwx root/root' || fail "$1 has other owners or rights"
+  (cd "$work/$1" && md5sum --quiet -c DEBIAN/md5sums) || fail "$1 has other sums"
+  for paper in copyright changelog.gz changelog.Debian.gz; do
+    [ -s "$work/$1/usr/share/doc/$1/$paper" ] || fail "$1 has no $paper"
+  done
+  for word in Maintainer Section Description; do
+    [ -n "$(field "$1" $word)" ] || fail "$1 has no field $word"
+  done
+}
+
+field() { dpkg-deb -f "$work/packages/$1_$VERSION-1_$(dpkg --print-architecture).deb" "$2"; }
+
+# has_words TEXT WORD...
+has_words() {
+  text=$1
+  shift
+  for word in "$@"; do
+    case $text in *"$word"*) ;; *) fail "'$word' isn't in '$text'" ;; esac
+  done
 }
 
 with_"$way"
