@@ -6,7 +6,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME oxacore)
 set(CPACK_PACKAGE_VENDOR "the owner of OxaCore")
 set(CPACK_PACKAGE_CONTACT "The maintainers of OxaCore <maintainers@oxacore.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL runtime development tools)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -19,10 +19,6 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
 
-# Programs that are linked to the library are content with this version of it or a later one.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
@@ -32,34 +28,41 @@ file(REAL_PATH "${OXACORE_NETTLE}" nettle)
 string(REGEX REPLACE ".*/libnettle[.]so[.]([0-9]+).*" "libnettle\\1" nettle "${nettle}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS ${nettle})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libdw1, tzdata")
+# Programs that are linked to the library are content with this version of it or a later one; and the linker's cache is
+# brought up to date by a trigger. What cpack would write for that are scripts.
+file(WRITE "${PROJECT_BINARY_DIR}/debian/shlibs"
+  "libOxaCore ${PROJECT_VERSION_MAJOR} ${library} (>= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})\n")
+file(WRITE "${PROJECT_BINARY_DIR}/debian/triggers" "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/debian/shlibs;${PROJECT_BINARY_DIR}/debian/triggers")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "foundation library of measuring-instrument applications
- Errors that carry their places and call stacks, a log, threads and tasks,
- streams of bytes, path names, moments and spans of time, notifications,
- XML, quantities with units, self-tests, and a death with a report.
- .
- This package holds the shared library.")
+Errors that carry their places and call stacks, a log, threads and tasks,
+streams of bytes, path names, moments and spans of time, notifications,
+XML, quantities with units, self-tests, and a death with a report.
+
+This package holds the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liboxacore-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${exact}, libboost-dev (>= 1.74)")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config, gdb, oxacore-tools")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "foundation library of measuring-instrument applications (headers)
- Errors that carry their places and call stacks, a log, threads and tasks,
- streams of bytes, path names, moments and spans of time, notifications,
- XML, quantities with units, self-tests, and a death with a report.
- .
- This package holds what programs are built with: headers, the files for
- CMake and pkg-config, the printers of gdb, the pages and the examples.")
+Errors that carry their places and call stacks, a log, threads and tasks,
+streams of bytes, path names, moments and spans of time, notifications,
+XML, quantities with units, self-tests, and a death with a report.
+
+This package holds what programs are built with: headers, the files for
+CMake and pkg-config, the printers of gdb, the pages and the examples.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME oxacore-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library} ${exact}")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "runner for the self-tests of modules built with OxaCore
- oxatest loads modules and runs the tests that they carry, each module in a
- process of its own, with results on the terminal and as JUnit XML.
- .
- The library's own tests are among those that it can run.")
+oxatest loads modules and runs the tests that they carry, each module in a
+process of its own, with results on the terminal and as JUnit XML.
+
+The library's own tests are among those that it can run.")
 
 foreach(component IN ITEMS RUNTIME DEVELOPMENT TOOLS)
   set(CPACK_DEBIAN_${component}_DEBUGINFO_PACKAGE ${OXACORE_PACKAGE_SYMBOLS})
