@@ -38,9 +38,8 @@ if(OXACORE_COVERAGE)
 endif()
 
 # The warnings of our own build, as errors; a host that adds this project as a folder keeps its own.
-option(OXACORE_WARNINGS "Compile OxaCore with its own warnings, as errors" ${PROJECT_IS_TOP_LEVEL})
 add_library(OxaCoreWarnings INTERFACE)
-if(OXACORE_WARNINGS)
+if(PROJECT_IS_TOP_LEVEL)
   target_compile_options(OxaCoreWarnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wcast-qual -Wformat=2 -Wundef)

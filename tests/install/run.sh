@@ -20,7 +20,7 @@ install_library() {
 configure_host() {
   host=$1 asked=$2
   shift 2
-  "$CMAKE" -S "$here/$host" -B "${into:-$work/$host}" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
+  "$CMAKE" -S "$here/$host" -B "$work/$host" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
     ${LAUNCHER:+-DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER"} -DOXACORE_SOURCE="$source" -DASKED_VERSION="$asked" "$@"
 }
 
@@ -86,21 +86,12 @@ with_pkgconfig() {
   check_host "$work/plain"
 }
 
-# All of the library is compiled once more: by the very flags of the release preset and as near to the sources, so that
-# ccache has it all; where there is no ccache without optimisation, for the time that takes.
+# All of the library is compiled once more, by the flags of a host: without optimisation, for the time that takes.
 with_folder() {
-  into=$build-as-folder
-  rm -rf "$into"
-  if [ -n "$LAUNCHER" ]; then
-    export CCACHE_SLOPPINESS=time_macros,pch_defines
-    configure_host folder none -DOXACORE_WARNINGS=ON
-  else
-    configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0
-  fi
-  "$CMAKE" --build "$into" --parallel 2
-  check_host "$into/host"
-  [ ! -e "$into/oxacore/tests" ] || fail "a host builds our tests"
-  rm -rf "$into"
+  configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0
+  "$CMAKE" --build "$work/folder" --parallel 2
+  check_host "$work/folder/host"
+  [ ! -e "$work/folder/oxacore/tests" ] || fail "a host builds our tests"
 }
 
 # The Debian packages, of what is built already: what they say of themselves, and the host with them unpacked.
