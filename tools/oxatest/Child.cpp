@@ -6,6 +6,7 @@
 
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/AutoTest.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/SystemLibrary.h>
@@ -124,6 +125,11 @@ void RunLibrary(Channel& channel, const Options& options) {
   channel.Tell(Message::eDONE);
 }
 
+// What still waits for the log's thread at the shut-down would be gone.
+void WriteLog() {
+  if (LogManager* const manager = LogManager::Instance()) manager->SetBufferingMode(false);
+}
+
 }  // namespace
 
 int RunChild(const Options& options) {
@@ -131,6 +137,7 @@ int RunChild(const Options& options) {
   PrepareProcess(options.m_sFolder);
   channel.Tell(Message::eSTARTED);
   RunLibrary(channel, options);
+  WriteLog();
   return 0;
 }
 
