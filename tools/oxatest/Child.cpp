@@ -11,6 +11,7 @@
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/SystemLibrary.h>
 
+#include <algorithm>
 #include <boost/shared_ptr.hpp>
 #include <cstdio>
 #include <exception>
@@ -19,6 +20,7 @@
 #include <system_error>
 
 #include <dlfcn.h>
+#include <link.h>
 
 namespace OxaTest {
 
@@ -63,6 +65,21 @@ bool HasOtherCopy(SystemLibrary& library) {
   return library.HasFunction(own) && library.GetFunction<void()>(own) != &InitializeOxaCore;
 }
 
+// The loader looks into the libraries of a module as well: one that has no suite would run the library's own.
+bool IsOfTheModule(const PathName& module, TreeFunction* function) {
+  Dl_info info = {};
+  void* home = nullptr;
+  if (::dladdr1(reinterpret_cast<void*>(function), &info, &home, RTLD_DL_LINKMAP) == 0) return false;
+  std::string name = static_cast<const char*>(module);
+  std::replace(name.begin(), name.end(), '\\', '/');  // as the library did
+  void* const handle = ::dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (handle == nullptr) return false;
+  link_map* map = nullptr;
+  const bool known = ::dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0;
+  ::dlclose(handle);
+  return known && map == home;
+}
+
 // Null if there is none; that was told then.
 TreeFunction* FindFunction(Channel& channel, SystemLibrary* library) {
   std::string complaint;
@@ -70,7 +87,8 @@ TreeFunction* FindFunction(Channel& channel, SystemLibrary* library) {
     complaint = sNOT_LOADED + LoaderSays();
   else if (HasOtherCopy(*library))
     complaint = sOTHER_COPY;
-  else if (!library->HasFunction(sFUNCTION))
+  else if (!library->HasFunction(sFUNCTION) ||
+           !IsOfTheModule(library->GetPathName(), library->GetFunction<TreeFunction>(sFUNCTION)))
     complaint = sNO_FUNCTION;
   else
     return library->GetFunction<TreeFunction>(sFUNCTION);

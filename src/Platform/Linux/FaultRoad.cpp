@@ -213,10 +213,21 @@ void ForgetFramesPassedOver() noexcept {
 #endif
 }
 
+// It would also go on to watch the variables of handlers that stood here before and never returned to their end.
+void ForgetFramesBelow([[maybe_unused]] const stack_t& stack) noexcept {
+#if defined(__SANITIZE_ADDRESS__)
+  const char* const low = static_cast<const char*>(stack.ss_sp);
+  const char* const here = static_cast<const char*>(__builtin_frame_address(0));
+  if (low != nullptr && low < here && here < low + stack.ss_size)
+    __asan_unpoison_memory_region(low, static_cast<std::size_t>(here - low));
+#endif
+}
+
 void OnSignal(int signal, siginfo_t* info, void* context) {
   StopCheckingAlignment();
   const int error = errno;
   ucontext_t& registers = *static_cast<ucontext_t*>(context);
+  ForgetFramesBelow(registers.uc_stack);
   const FaultGuard* const guard = t_faults.m_pGuard;
   if (!IsFault(*info)) {
     TakeEarlierAction(signal, info, context);
