@@ -8,6 +8,9 @@
 // Failures: an alert that can't be built for want of memory stays as far as it got, and every operation works on
 // one that has no table or no stack. Setting and copying data, and ToXML, may throw std::bad_alloc.
 // Keys become names of XML elements as they stand: keep to letters and digits.
+//
+//   lost.SetData("Channel", "3");
+//   std::cout << lost.GetData(AlertInfo::sMESSAGE) << ", on channel " << lost.GetData("Channel") << '\n';
 #ifndef INFRASTRUCTURE_OXACORE_ALERTINFO_H
 #define INFRASTRUCTURE_OXACORE_ALERTINFO_H
 

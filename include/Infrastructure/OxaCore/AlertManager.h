@@ -5,9 +5,9 @@
 // Thread safety: any thread may call anything, except the set-up of fatal reports (base path, information,
 // dump policy), which a host does once. Locks that a caller can meet: one for the records of errors and their
 // handlers, held around handler calls, then the handler's own; one for the records of warnings; one in
-// CurrentErrors. None is held during a
-// broadcast, unless a handler raises: listeners then hear that with the first two held. All are reentrant. Failures: nothing that a listener throws
-// reaches the code that raised.
+// CurrentErrors. None is held during a broadcast, unless a handler raises: listeners then hear that with the first
+// two held. All are reentrant.
+// Failures: nothing that a listener throws reaches the code that raised.
 //
 //   class Retry : public ErrorHandler {
 //    public:

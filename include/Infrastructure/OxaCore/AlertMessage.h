@@ -1,4 +1,10 @@
 // The messages of alerts: Boost.Format templates with positional placeholders.
+//
+// Thread safety: any thread may call anything; nothing is shared. Locks: none.
+// Failures: nothing raises and nothing throws. A template that doesn't fit its arguments gives a text that says so, and
+// a line on standard error.
+//
+//   explicit ProbeGone(int channel) : ErrorClass(AlertMessage("Probe %1% is gone", channel)) {}
 #ifndef INFRASTRUCTURE_OXACORE_ALERTMESSAGE_H
 #define INFRASTRUCTURE_OXACORE_ALERTMESSAGE_H
 

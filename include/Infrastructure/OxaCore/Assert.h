@@ -1,4 +1,11 @@
 // Assertions that report and go on. They are compiled into release builds.
+//
+// Thread safety: any thread may assert, at any time, also while the library loads or unloads. Locks: those of the log
+// for LogAssertFailed, none otherwise.
+// Failures: nothing raises and nothing throws; without memory only the message is reported. What the condition itself
+// throws passes.
+//
+//   if (!OXA_ASSERT(channel >= 0)) return 0.0;
 #ifndef INFRASTRUCTURE_OXACORE_ASSERT_H
 #define INFRASTRUCTURE_OXACORE_ASSERT_H
 

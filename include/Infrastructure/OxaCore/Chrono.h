@@ -5,7 +5,7 @@
 // double of 0.3 s lies beside 0.3 and is 3000000 ticks all the same.
 //
 // What the target can't hold becomes the most, or the least, that it holds; only the least Time is that of
-// TickTimePoint::min(). No number at all becomes 0. Nothing raises, allocates or locks.
+// TickTimePoint::min(). No number at all becomes 0. Nothing raises, allocates or locks; any thread may call anything.
 //
 // The system's clock of std::chrono counts from 1970 UTC, Time from 1601 UTC; no zone comes into it.
 //

@@ -5,6 +5,10 @@
 // Failures: describing a place never raises; when memory runs out the context holds what fitted. A context built from
 // tables may throw std::bad_alloc.
 // Keys become names of XML elements, and names of variables become attributes, as they stand: keep to letters.
+//
+//   for (const CodeContext& place : *error.GetUnwindStack()) {
+//     std::cout << place.Get(CodeContext::sFUNCTION) << ':' << place.Get(CodeContext::sLINE) << '\n';
+//   }
 #ifndef INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 #define INFRASTRUCTURE_OXACORE_CODECONTEXT_H
 

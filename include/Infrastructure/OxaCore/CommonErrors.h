@@ -1,4 +1,11 @@
 // The errors that every part of the library and every host needs.
+//
+// Thread safety: that of every error (Error.h): one object belongs to one thread at a time. Locks: none.
+// Failures: an error that can't be built for want of memory stays as far as it got; building the texts that are its
+// arguments may throw std::bad_alloc. A value that can't be printed leaves a text that says so.
+//
+//   if (index >= m_probes.size()) OXA_RAISE_ERROR("Acme.Probes", IndexOutOfBounds(index, "m_probes", m_probes.size()));
+//   if (gain <= 0) OXA_RAISE_ERROR("Acme.Probe.SetGain", InvalidParameter("gain", gain));
 #ifndef INFRASTRUCTURE_OXACORE_COMMONERRORS_H
 #define INFRASTRUCTURE_OXACORE_COMMONERRORS_H
 

@@ -2,6 +2,10 @@
 //
 // They are raised like any other warning, on the dying thread, so that listeners and logs still hear them.
 // Failures and thread safety: as for all warnings (Warning.h).
+//
+//   void WarningRaised(Warning& warning) override {  // of an AlertListener
+//     if (dynamic_cast<FallbackFatalErrorPath*>(&warning) != nullptr) Blink();
+//   }
 #ifndef INFRASTRUCTURE_OXACORE_FATALERRORWARNINGS_H
 #define INFRASTRUCTURE_OXACORE_FATALERRORWARNINGS_H
 

@@ -5,7 +5,7 @@
 // byte: a backslash that is a plain character of a file's name on this system separates in the PathName.
 //
 // What the two make of a name is not the same: "/tmp/x" is relative for a PathName, which knows drives and servers
-// only. Throws nothing but std::bad_alloc.
+// only. Any thread may call both. Throws nothing but std::bad_alloc.
 //
 //   std::filesystem::remove_all(ToPath(folder));
 //   const PathName file = ToPathName(std::filesystem::temp_directory_path() / "run.txt");

@@ -2,6 +2,13 @@
 //
 // Thread safety: any thread may add, look up and remove. No lock is held while a global is built or
 // destroyed, so that a global may add others from its constructor and look up others from its destructor.
+// Failures: what a constructor throws, and std::bad_alloc, pass and leave the container as it was. Nothing raises but
+// the container's lock (Lock.h).
+//
+//   Ledger* const ledger = globals.Add<Ledger>("Ledger");
+//   ...
+//   if (Ledger* const found = globals.Get<Ledger>("Ledger")) found->Enter(sample);
+//   globals.Remove<Ledger>("Ledger");
 #ifndef INFRASTRUCTURE_OXACORE_GLOBALS_H
 #define INFRASTRUCTURE_OXACORE_GLOBALS_H
 

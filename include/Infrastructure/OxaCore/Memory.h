@@ -2,6 +2,10 @@
 //
 // Thread safety: that of boost::shared_ptr. The markers do nothing in this build, and nothing in the library
 // looks at them.
+// Failures: what the constructor of the object throws, and std::bad_alloc, pass.
+//
+//   static const Memory::GlobalAllocator<Ledger> s_ledger;
+//   s_ledger.GetPtr()->Enter(sample);
 #ifndef INFRASTRUCTURE_OXACORE_MEMORY_H
 #define INFRASTRUCTURE_OXACORE_MEMORY_H
 

@@ -5,6 +5,10 @@
 // Alignment: count and bytes are one allocation, and the bytes begin 4 behind its start. They are aligned for
 // types of at most 4 bytes; wider ones are copied in and out (std::memcpy), or placed at an address that was
 // rounded up.
+// Locks: none. Failures: AllocationFailed of the constructor that allocates; nothing else raises.
+//
+//   MemoryBlock block(4096);
+//   if (!block.IsNULL()) std::memcpy(block.GetBlock(), samples, block.Size());
 #ifndef INFRASTRUCTURE_OXACORE_MEMORYBLOCK_H
 #define INFRASTRUCTURE_OXACORE_MEMORYBLOCK_H
 

@@ -1,7 +1,8 @@
 // A pool of memory slots of one size, for objects that come and go often. It grows and never shrinks.
 //
 // Thread safety: the operations may be called from any thread. The destructor needs that nobody uses the pool
-// or anything that lives in it.
+// or anything that lives in it. Locks: the pool's own, held around the bookkeeping only.
+// Failures: AllocationFailed where the pool can't grow, InvalidParameter for slots of no size.
 // Alignment: slots lie one behind the other in blocks whose first byte is 4 bytes behind what malloc gives.
 // They are aligned for types of at most 4 bytes, and only if the slot size is a multiple of the type's
 // alignment. For others make the slots larger by the alignment and place the object at a rounded-up address,

@@ -3,6 +3,16 @@
 // Loading the library makes everything usable. InitializeOxaCore pays for the first error ahead of need; call
 // it once, from one thread. ShutdownOxaCore takes down what runs on its own; call it before the process exits
 // and not from an atexit handler.
+//
+// Thread safety: one thread calls these, by contract. Locks: none that a caller can meet.
+// Failures: nothing is raised and nothing thrown. A singleton whose Destroy throws leaves those made after it alive.
+//
+//   int main() {
+//     InitializeOxaCore();
+//     Work();
+//     LogManager::Instance()->SetBufferingMode(false);  // what still waits to be logged is written
+//     ShutdownOxaCore();
+//   }
 #ifndef INFRASTRUCTURE_OXACORE_OXACORE_H
 #define INFRASTRUCTURE_OXACORE_OXACORE_H
 

@@ -1,6 +1,8 @@
 // Types of the platform that public signatures name: the system's own where it has them, opaque elsewhere.
 //
-// Hosts hand them through and never look inside.
+// Hosts hand them through and never look inside. Types and constants only: no threads, no locks, no failures.
+//
+//   encryptor->SavePassword("s3cret", "Software\\Acme\\Probe", "Password", HKEY_CURRENT_USER);
 #ifndef INFRASTRUCTURE_OXACORE_PLATFORMTYPES_H
 #define INFRASTRUCTURE_OXACORE_PLATFORMTYPES_H
 

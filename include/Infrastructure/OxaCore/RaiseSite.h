@@ -11,6 +11,8 @@
 // The forwarding macros are the catch clauses: whatever leaves the block leaves it as an Error with one more
 // place on its unwind stack. Raises can return, so a function with a result needs a return behind the
 // clauses.
+//
+// Thread safety: any thread may raise and forward; the locks that it meets are those of AlertManager.h.
 #ifndef INFRASTRUCTURE_OXACORE_RAISESITE_H
 #define INFRASTRUCTURE_OXACORE_RAISESITE_H
 

@@ -2,7 +2,8 @@
 //
 // The count only counts: nothing is deleted when it falls to 0. The owner polls it and deletes.
 //
-// Thread safety: every operation may be called from any thread.
+// Thread safety: every operation may be called from any thread. Locks: none. Failures: none; a count that can't be is
+// asserted.
 //
 //   class Task : public RefCountedObject { ... };
 //   task.AddRef();                                       // one more thread uses it

@@ -4,7 +4,8 @@
 //   Ledger::Instance()->Enter(...);
 //
 // Thread safety: Instance and Destroy may be called by any thread. Lock order: a singleton's own mutex before
-// the registry's.
+// the registry's. The constructor and the destructor of T run with its singleton's mutex held.
+// Failures: what the constructor of T throws passes, and the next Instance tries anew.
 #ifndef INFRASTRUCTURE_OXACORE_SINGLETON_H
 #define INFRASTRUCTURE_OXACORE_SINGLETON_H
 

@@ -4,7 +4,8 @@
 // the first of the library's globals to be built and the last to die.
 //
 // Thread safety: any thread may call anything. The names of process and threads are guarded by a
-// ReadersWriterMutex, so that many readers don't wait for each other; its errors pass through.
+// ReadersWriterMutex, so that many readers don't wait for each other.
+// Failures: the errors of that lock and std::bad_alloc pass through. What the system doesn't tell is a default.
 //
 //   if (System* system = System::Instance()) {
 //     std::string host;

@@ -1,4 +1,8 @@
-// The processes that run on this machine, and the modules (program and libraries) that each has loaded.
+// The processes that run on this machine, each with its program, and the modules that they have loaded.
+//
+// A process is known by the file of its program. The modules are the libraries that it has loaded besides; its program
+// is not among them. Names are those of the files themselves: where "libprobe.so.2" is a link to "libprobe.so.2.4.1",
+// the module's name is the latter.
 //
 // An object is a picture of one moment: what begins or ends later shows after the next Update. Processes that this one
 // may not look into are missing, and so are those that have no file, such as the kernel's own.
@@ -8,9 +12,9 @@
 // std::bad_alloc.
 //
 //   SystemProcesses processes;
-//   if (const SystemProcesses::ModuleInfo* module = processes.GetModuleInfo("libprobe.so.2")) {
+//   if (const SystemProcesses::ModuleInfo* library = processes.GetModuleInfo("libprobe.so.2.4.1")) {
 //     std::vector<unsigned int> pids;
-//     module->GetLoadingPIDs(pids);  // who has it open, in whatever folder it lies
+//     library->GetLoadingPIDs(pids);  // who has it loaded, from whatever folder
 //   }
 #ifndef INFRASTRUCTURE_OXACORE_SYSTEMPROCESSES_H
 #define INFRASTRUCTURE_OXACORE_SYSTEMPROCESSES_H

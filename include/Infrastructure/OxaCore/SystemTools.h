@@ -1,6 +1,8 @@
 // Small services on the operating system, for code that talks to it directly.
 //
-// Thread safety: every function may be called from any thread at any time.
+// Thread safety: every function may be called from any thread at any time. Locks: none. Failures: nothing raises.
+//
+//   std::cerr << MSWindows::GetWindowsErrorMessage(2) << '\n';  // "No such file or directory"
 #ifndef INFRASTRUCTURE_OXACORE_SYSTEMTOOLS_H
 #define INFRASTRUCTURE_OXACORE_SYSTEMTOOLS_H
 

@@ -13,6 +13,9 @@
 // so is what closes the section.
 // Thread safety: the compact formatter has no state, and any number of threads may use one at once. The
 // pretty printer follows line and column: one document, and so one thread, at a time.
+//
+//   XMLWriter writer(XMLFormatter::CreatePrettyPrint());
+//   std::cout << writer.Tag("Name", "left & right");
 #ifndef INFRASTRUCTURE_OXACORE_XMLFORMATTER_H
 #define INFRASTRUCTURE_OXACORE_XMLFORMATTER_H
 

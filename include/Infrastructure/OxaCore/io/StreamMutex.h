@@ -1,4 +1,12 @@
 // The lock of a stream that is called byte by byte.
+//
+// Thread safety: that of Mutex: any thread may use any operation, only the owner may unlock. It stands where the lock
+// of its stream stands in the order of locks (BinaryStreams.h), and takes no other.
+// Failures: those of Mutex (Lock.h).
+//
+//   StreamMutex m_mutex;  // guards m_buffer
+//   ...
+//   const Lock lock(m_mutex);
 #ifndef INFRASTRUCTURE_OXACORE_IO_STREAMMUTEX_H
 #define INFRASTRUCTURE_OXACORE_IO_STREAMMUTEX_H
 
