@@ -11,3 +11,6 @@ configure() {
   fi
   cmake --preset "$preset" "$@"
 }
+
+# build PRESET
+build() { configure "$1" && cmake --build "build/$1" -j "$cores"; }
