@@ -1,4 +1,5 @@
 #include <Infrastructure/OxaCore/Error.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <iostream>
@@ -23,5 +24,6 @@ int main() {
   } catch (const Oxa::Core::Error& error) {
     std::cout << error.what() << ", says " << error.GetData(Oxa::Core::AlertInfo::sLOG_NAME) << '\n';
   }
+  Oxa::Core::LogManager::Instance()->SetBufferingMode(false);  // what waits for the log is written now
   ShutdownOxaCore();
 }
