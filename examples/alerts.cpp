@@ -5,7 +5,6 @@
 
 #include <boost/make_shared.hpp>
 #include <iostream>
-#include <string>
 #include <typeinfo>
 
 using namespace Oxa::Core;
@@ -17,7 +16,7 @@ class SampleLost : public ErrorClass<SampleLost, HardwareError> {
 
 class SampleLate : public Warning {
  public:
-  SampleLate() : Warning(std::string("A sample came late")) {}
+  SampleLate() : Warning(AlertMessage("A sample came late")) {}
 };
 
 // Hears all that is raised, before anything unwinds.

@@ -22,7 +22,8 @@ int main(int count, char** arguments) {
   InitializeOxaCore();
   AlertManager* const manager = AlertManager::Instance();
   if (count > 1) manager->SetFatalErrorBasePath(arguments[1]);  // beside the program otherwise
-  manager->AddFatalErrorInfo("Instrument", "Probe 3");
+  manager->AddFatalErrorInfo("Instrument", "Probe 3");          // one element of the report
+  manager->SetDumpPolicy(eDUMP_NORMAL);                         // the smallest dump
   Farewell farewell;
   manager->AddAlertListener(farewell);
   std::cout << FirstLetter() << '\n';  // nobody catches this

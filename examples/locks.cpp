@@ -55,7 +55,6 @@ int main() {
   std::cout << "taken: " << cell.Take() << '\n';
   other.join();
   Names names;
-  names.NumberOf("Gain");
-  std::cout << "Offset is number " << names.NumberOf("Offset") << '\n';
+  std::cout << "Gain is number " << names.NumberOf("Gain") << '\n';
   ShutdownOxaCore();
 }

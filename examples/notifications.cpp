@@ -5,8 +5,7 @@
 
 using namespace Oxa::Core;
 
-// Whoever wants to hear of doors.
-class DoorGuard : public NotificationListener {
+class DoorGuard : public NotificationListener {  // whoever wants to hear of doors
  public:
   virtual void DoorOpened(int door) = 0;
 };
@@ -21,8 +20,7 @@ class DoorOpened : public NotificationTo<DoorGuard> {
   int m_iDoor;
 };
 
-// Publishes; knows nobody who listens.
-class Instrument {
+class Instrument {  // publishes; knows nobody who listens
  public:
   void AddGuard(DoorGuard& guard) { m_guards.AddListener(guard); }
   void OpenDoor(int door) {

@@ -1,9 +1,8 @@
 #include <Infrastructure/OxaCore/CallbackTask.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Queue.h>
-#include <Infrastructure/OxaCore/ThreadPool.h>
+#include <Infrastructure/OxaCore/Thread.h>
 
-#include <atomic>
 #include <boost/make_shared.hpp>
 #include <iostream>
 
@@ -45,22 +44,9 @@ void KeepError() {
   std::cout << thread->GetName() << ": " << thread->GetLastError()->what() << '\n';
 }
 
-std::atomic<int> s_iSum{0};
-void Add(int sample) { s_iSum += sample; }
-
-// Two threads share the work.
-void Share() {
-  ThreadPool<int> pool("Pool", 2);
-  pool.Start();
-  for (int i = 1; i <= 100; ++i) pool.Enqueue(boost::make_shared<GlobalCallbackArg<int>>(&Add), i);
-  while (s_iSum != 5050) OxaSleep(1, Elapse::MilliSeconds, false);
-  std::cout << "the pool has added 1 to 100\n";
-}
-
 int main() {
   InitializeOxaCore();
   TakeTen();
   KeepError();
-  Share();
   ShutdownOxaCore();
 }

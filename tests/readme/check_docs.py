@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
-"""check_docs.py ROOT: the programs on the pages are the ones that are compiled, all links lead somewhere (to a heading
-where they name one), the table of the seam has all of its headers, and no page holds what a merge left behind."""
+"""check_docs.py ROOT: all C++ on the pages is that of examples, whole or in part, and these are short and all shown;
+all links lead somewhere (to a heading where they name one), the table of the seam has all of its headers, and no page
+holds what a merge left behind."""
 import os
 import re
 import sys
+import textwrap
 
-BLOCK = re.compile(r"^```cpp\n(.*?)^```\n", re.M | re.S)
+MOST_LINES = 60
+BLOCK = re.compile(r"^ *```cpp\n(.*?)^ *```\n", re.M | re.S)
 UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
 FENCE = re.compile(r"^```.*?^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]*)(?:#([^)]*))?\)")
@@ -17,18 +20,26 @@ def read(*path):
         return file.read()
 
 
+def is_part(block, program):
+    """Whether the program holds these lines one behind the other, maybe further to the right."""
+    indented = (textwrap.indent(block, " " * blanks) for blanks in range(0, 12, 2))
+    return block.strip() != "" and any("\n" + lines in "\n" + program for lines in indented)
+
+
 def program_offences(root, pages):
     folder = os.path.join(root, "examples")
     programs = {read(folder, name): name for name in os.listdir(folder) if name.endswith(".cpp")}
     shown = set()
     for page in pages:
         for block in BLOCK.findall(read(root, page)):
-            if block in programs:
-                shown.add(programs[block])
-            elif block.startswith("#include"):
-                yield "%s: a program isn't that of any file in examples" % page
-    for name in sorted(set(programs.values()) - shown):
-        yield "examples/%s: no page shows it" % name
+            shown |= {programs[program] for program in programs if program == block}
+            if not any(is_part(block, program) for program in programs):
+                yield "%s: what begins with \"%s\" stands in no file of examples" % (page, block.split("\n")[0])
+    for program, name in sorted(programs.items(), key=lambda item: item[1]):
+        if name not in shown:
+            yield "examples/%s: no page shows it" % name
+        if program.count("\n") > MOST_LINES:
+            yield "examples/%s: more than %d lines" % (name, MOST_LINES)
 
 
 def anchors(text):
