@@ -76,6 +76,6 @@ def offences(root):
 
 
 if __name__ == "__main__":
-    found = list(offences(sys.argv[1]))
+    found = list(offences(os.path.abspath(sys.argv[1])))
     print("\n".join(found) or "The pages show what is compiled, and all links lead somewhere.")
     sys.exit(1 if found else 0)

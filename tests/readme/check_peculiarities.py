@@ -74,6 +74,6 @@ def offences(root):
 
 
 if __name__ == "__main__":
-    found = list(offences(sys.argv[1]))
+    found = list(offences(os.path.abspath(sys.argv[1])))
     print("\n".join(found) or "Each peculiarity is frozen by a test.")
     sys.exit(1 if found else 0)
