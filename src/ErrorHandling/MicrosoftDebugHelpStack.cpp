@@ -115,7 +115,7 @@ class DebugHelpWalk {
 
  private:
   static PlaceTable Circumstances() {
-    const PlaceTable table = TableOf(CodePlace{sUNKNOWN, -1, "", ""});
+    PlaceTable table = TableOf(CodePlace{sUNKNOWN, -1, "", ""});
     if (!table) throw std::bad_alloc();
     return table;
   }
