@@ -20,6 +20,10 @@ install(FILES "${PROJECT_BINARY_DIR}/OxaCoreConfig.cmake" "${PROJECT_BINARY_DIR}
 
 set(pkgconfig "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH OXACORE_PREFIX_FROM_PC "/prefix/${pkgconfig}" "/prefix")
+if(NOT BUILD_SHARED_LIBS)
+  set(OXACORE_PC_CFLAGS " -DOXACORE_STATIC")
+  set(OXACORE_PC_LIBS " -pthread -ldl")
+endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/OxaCore.pc.in" "${PROJECT_BINARY_DIR}/OxaCore.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/OxaCore.pc" DESTINATION "${pkgconfig}" COMPONENT development)
 

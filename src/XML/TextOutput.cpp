@@ -32,7 +32,7 @@ void TextOutput::Write(const char* text, std::size_t size) {
     return;
   }
   const auto count = static_cast<std::streamsize>(size);
-  if (!IsPlain(*m_pStream)) {
+  if (!IsPlain(*m_pStream)) {  // NOLINT: where there is no text there is a stream
     m_pStream->write(text, count);
     return;
   }
@@ -50,7 +50,7 @@ void TextOutput::EndLine() {
   *this << '\n';
   if (m_pText != nullptr) return;
   Flush();
-  if (!IsPlain(*m_pStream)) {
+  if (!IsPlain(*m_pStream)) {  // NOLINT: where there is no text there is a stream
     m_pStream->flush();
     return;
   }
