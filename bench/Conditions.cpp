@@ -139,7 +139,7 @@ void Trips(benchmark::State& state, std::chrono::nanoseconds thought, unsigned p
 // thinking is the same for all and taken out of the figure.
 template <class Monitor>
 void Asleep(benchmark::State& state) {
-  constexpr std::chrono::nanoseconds thought(20000);
+  constexpr std::chrono::nanoseconds thought(100000);
   OxaBench::PinThisThread(0);
   {
     Monitor monitor;

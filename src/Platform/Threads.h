@@ -122,6 +122,37 @@ class SpinAdvice {
   std::atomic<std::uint32_t> m_uRefusals{0};
 };
 
+/// Tells by what happened lately how long it pays to spin before a sleep, out of which another core would have to
+/// wake the thread. It steers speed and nothing else, as SpinAdvice does.
+class SpinBudget {
+ public:
+  constexpr SpinBudget() noexcept = default;
+
+  /// Nanoseconds for the spin that is due; 0: none. Always 0 in a process that may run on one processor only. With
+  /// nothing left there is the whole budget now and then, ever more seldom: times may have changed.
+  long long Next() noexcept;
+
+  /// A spin paid after `nanoseconds`.
+  void Hit(long long nanoseconds) noexcept;
+
+  /// A spin was in vain.
+  void Missed() noexcept;
+
+ private:
+  static constexpr std::uint32_t uMOST =
+      50000;  // what some systems take for a sleep and a wake on another core
+  static constexpr std::uint32_t uLEAST = 1000;
+  static constexpr std::uint32_t uFIRST = 3000;
+  static constexpr std::uint32_t uMISSES = 4;
+  static constexpr std::uint32_t uFIRST_PROBE = 16;
+  static constexpr std::uint32_t uLAST_PROBE = 4096;
+
+  std::atomic<std::uint32_t> m_uNanoseconds{uFIRST};
+  std::atomic<std::uint32_t> m_uMisses{0};  // in a row
+  std::atomic<std::uint32_t> m_uRefusals{0};
+  std::atomic<std::uint32_t> m_uProbeEvery{uFIRST_PROBE};
+};
+
 /// A lock that its owner may take again. Constant-initialised and trivially destructible as well. In a forked
 /// child nobody owns what was held at the fork, not even the thread that forked: it stays locked, so fork with
 /// none of these held.
@@ -204,7 +235,7 @@ class Event {
   bool m_bSet = false;         // never while somebody is in line
   Waiter* m_pFirst = nullptr;  // longest in line
   Waiter* m_pLast = nullptr;
-  SpinAdvice m_spinAdvice;
+  SpinBudget m_spinBudget;
 };
 
 /// Counts up and down, and lets nobody take it below 0. At most iMAXIMUM.
@@ -245,7 +276,7 @@ class CountingSemaphore {
   /// Lower half: posted for waiters, and not fetched by them yet. Upper half: the waiters that sleep, or are about
   /// to. One word, since a poster may not look at the semaphore again once a waiter can have fetched what it posted.
   std::atomic<std::uint64_t> m_ullHandedOut{0};
-  SpinAdvice m_spinAdvice;
+  SpinBudget m_spinBudget;
 };
 
 }  // namespace Oxa::Core::Platform

@@ -112,9 +112,8 @@ void Event::Remove(Waiter& waiter) noexcept {
 
 WaitResult Event::Sleep(Waiter& waiter, Deadline deadline) noexcept {
   const KillCleanUp cleanUp(&LeaveKilled, &waiter);
-  const bool handed =
-      (!deadline.HasPassed() && SpinIfAdvised(m_spinAdvice, [&] { return waiter.Handed(); })) ||
-      waiter.AwaitHand(deadline) || !GiveUp(waiter);
+  const bool handed = SpinBeforeSleep(m_spinBudget, deadline, [&] { return waiter.Handed(); }) ||
+                      waiter.AwaitHand(deadline) || !GiveUp(waiter);
   return {handed ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
 }
 

@@ -2,9 +2,12 @@
 
 #include <errno.h>
 #include <linux/futex.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "Platform/Linux/KillState.h"
 
@@ -15,6 +18,25 @@ namespace {
 constexpr long long iNANOSECONDS_PER_SECOND = 1000000000;
 
 constexpr std::uint32_t uPRAISE = 4;
+
+// Until the library is loaded nobody spins.
+bool g_severalProcessors = false;
+
+// Where the call fails there are more of them than the mask has room for.
+[[gnu::constructor]] void CountProcessors() {
+  const int saved = errno;
+  cpu_set_t set;
+  g_severalProcessors = sched_getaffinity(getpid(), sizeof(set), &set) != 0 || CPU_COUNT(&set) > 1;
+  errno = saved;
+}
+
+using Counter = std::atomic<std::uint32_t>;
+
+std::uint32_t Read(const Counter& counter) noexcept { return counter.load(std::memory_order_relaxed); }
+
+void Write(Counter& counter, std::uint32_t value) noexcept {
+  counter.store(value, std::memory_order_relaxed);
+}
 
 }  // namespace
 
@@ -35,6 +57,31 @@ bool SpinAdvice::Learn(bool success) noexcept {
     m_uScore.store(score - 1, std::memory_order_relaxed);
   }
   return success;
+}
+
+long long SpinBudget::Next() noexcept {
+  if (!g_severalProcessors) return 0;
+  const std::uint32_t nanoseconds = Read(m_uNanoseconds);
+  if (nanoseconds != 0) return nanoseconds;
+  const std::uint32_t refusals = Read(m_uRefusals) + 1;
+  const bool probe = refusals >= Read(m_uProbeEvery);
+  Write(m_uRefusals, probe ? 0 : refusals);
+  return probe ? uMOST : 0;
+}
+
+void SpinBudget::Hit(long long nanoseconds) noexcept {
+  const auto paid = static_cast<std::uint32_t>(std::clamp<long long>(nanoseconds, uLEAST, uMOST));
+  Write(m_uNanoseconds, std::min(uMOST, 2 * std::max(paid, Read(m_uNanoseconds))));
+  Write(m_uMisses, 0);
+  Write(m_uProbeEvery, uFIRST_PROBE);
+}
+
+void SpinBudget::Missed() noexcept {
+  const std::uint32_t nanoseconds = Read(m_uNanoseconds);
+  const std::uint32_t misses = Read(m_uMisses) + 1;
+  Write(m_uMisses, misses % uMISSES);
+  if (nanoseconds == 0) return Write(m_uProbeEvery, std::min(uLAST_PROBE, 2 * Read(m_uProbeEvery)));
+  if (misses >= uMISSES) Write(m_uNanoseconds, nanoseconds / 2 < uLEAST ? 0 : nanoseconds / 2);
 }
 
 bool FutexWait(const void* word, std::uint32_t expected, Deadline deadline) noexcept {

@@ -2,6 +2,7 @@
 #ifndef OXACORE_PLATFORM_LINUX_FUTEX_H
 #define OXACORE_PLATFORM_LINUX_FUTEX_H
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -28,20 +29,24 @@ inline void Pause() noexcept {
 #endif
 }
 
-/// Spins until `done()` or for some microseconds at most, if `advice` is for it. Gives whether it is done.
+/// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done.
 template <class Done>
-bool SpinIfAdvised(SpinAdvice& advice, const Done& done) noexcept {
+bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) noexcept {
   constexpr int roundsPerLook = 8;
-  constexpr long long nanoseconds = 3000;
-  if (!advice.IsForIt()) return false;
-  const long long end = MonotonicNow() + nanoseconds;
-  do {
+  const long long nanoseconds = budget.Next();
+  if (nanoseconds == 0) return false;
+  const long long start = MonotonicNow();
+  const long long end = std::min(start + nanoseconds, deadline.Moment());
+  for (long long now = start; now < end; now = MonotonicNow())
     for (int round = 0; round < roundsPerLook; ++round) {
-      if (done()) return advice.Learn(true);
+      if (done()) {
+        budget.Hit(now - start);
+        return true;
+      }
       Pause();
     }
-  } while (MonotonicNow() < end);
-  return advice.Learn(done());
+  budget.Missed();
+  return false;
 }
 
 }  // namespace Oxa::Core::Platform

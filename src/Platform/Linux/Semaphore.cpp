@@ -84,9 +84,11 @@ WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
   return TryTake() ? WaitResult{EWaitEnd::eSIGNALLED, 0} : WaitInLine(deadline);
 }
 
-// Kills are held, so that the thread is in line and can be taken out of it, or isn't.
+// Who spins isn't in line yet: a post takes one step then, and not two. In line kills are held, so that the thread is
+// there and can be taken out, or isn't.
 [[gnu::noinline]] WaitResult CountingSemaphore::WaitInLine(Deadline deadline) noexcept {
   if (deadline.HasPassed()) return {EWaitEnd::eTIMEOUT, 0};
+  if (SpinBeforeSleep(m_spinBudget, deadline, [this] { return TryTake(); })) return {EWaitEnd::eSIGNALLED, 0};
   const HoldKill hold;
   if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return {EWaitEnd::eSIGNALLED, 0};
   return {AwaitHandOut(deadline) ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
@@ -95,7 +97,6 @@ WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
 // With kills held but for the sleep.
 bool CountingSemaphore::AwaitHandOut(Deadline deadline) noexcept {
   const KillCleanUp cleanUp(&LeaveKilled, this);
-  if (SpinIfAdvised(m_spinAdvice, [this] { return TryTakeHandedOut(); })) return true;
   while (!TryTakeHandedOut())
     if (!SleepUntilHandOut(deadline)) {
       if (Withdraw()) return false;
