@@ -2,8 +2,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <linux/audit.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
@@ -28,6 +26,7 @@
 #include "Platform/Dump.h"
 #include "Platform/Linux/FaultContext.h"
 #include "Support/FaultSite.h"
+#include "Support/SystemCallFilter.h"
 
 namespace Platform = Oxa::Core::Platform;
 
@@ -166,22 +165,9 @@ int WithoutTracing() {
   return code;
 }
 
-// The system answers `number` as `action` says.
-void Forbid(int number, unsigned action) {
-  sock_filter program[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(number), 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, action),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  const sock_fprog filter = {4, program};
-  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
-    _exit(iCANNOT);
-}
-
 int Sandboxed(int number, unsigned action) {
   const std::string thread = StartThread();
-  Forbid(number, action);
+  if (!TestSupport::AnswerSystemCall(number, action)) _exit(iCANNOT);
   const int code = DumpNow();
   std::printf("%s\n", thread.c_str());
   return code;

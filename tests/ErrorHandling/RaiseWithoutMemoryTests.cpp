@@ -7,26 +7,14 @@
 #include <new>
 
 #include "ErrorHandling/TestAlerts.h"
+#include "Support/AlertCounter.h"
 #include "Support/Allocations.h"
 
 namespace {
 
 using namespace AlertTests;
+using TestSupport::AlertCounter;
 using TestSupport::FailAllocation;
-
-// Counts without allocating.
-class Counter : public AlertListener {
- public:
-  Counter() { AlertManager::Instance()->AddAlertListener(*this); }
-  ~Counter() override { AlertManager::Instance()->RemoveAlertListener(*this); }
-  void ErrorRaised(Error&) override { ++m_iRaised; }
-  void ErrorHandled(Error&) override { ++m_iHandled; }
-  void WarningRaised(Warning&) override { ++m_iWarnings; }
-
-  int m_iRaised = 0;
-  int m_iHandled = 0;
-  int m_iWarnings = 0;
-};
 
 void RaiseThroughTwoLevels() {
   try {
@@ -53,7 +41,7 @@ unsigned long FailEachAllocation(Act act) {
 }
 
 TEST(RaiseWithoutMemory, OnlyErrorsOrBadAllocLeaveAndNothingIsLost) {
-  Counter counter;
+  AlertCounter counter;
   int others = 0;
   const unsigned long runs = FailEachAllocation([&others] {
     try {
@@ -67,18 +55,18 @@ TEST(RaiseWithoutMemory, OnlyErrorsOrBadAllocLeaveAndNothingIsLost) {
   });
   EXPECT_GT(runs, 20U);
   EXPECT_EQ(0, others);
-  EXPECT_EQ(counter.m_iRaised, counter.m_iHandled);
-  EXPECT_LE(counter.m_iRaised, static_cast<int>(runs) * 2);
-  counter.m_iRaised = counter.m_iHandled = counter.m_iWarnings = 0;
+  EXPECT_EQ(counter.m_lRaised, counter.m_lHandled);
+  EXPECT_LE(counter.m_lRaised, static_cast<int>(runs) * 2);
+  counter.m_lRaised = counter.m_lHandled = counter.m_lWarnings = 0;
   EXPECT_THROW(RaiseThroughTwoLevels(), InvalidParameter);
-  EXPECT_EQ(1, counter.m_iRaised);
-  EXPECT_EQ(1, counter.m_iHandled);
-  EXPECT_EQ(0, counter.m_iWarnings);
+  EXPECT_EQ(1, counter.m_lRaised);
+  EXPECT_EQ(1, counter.m_lHandled);
+  EXPECT_EQ(0, counter.m_lWarnings);
 }
 
 TEST(RaiseWithoutMemory, FirstRaiseOfAThreadAndOfAClassIsNoDifferent) {
   struct Tag {};
-  Counter counter;
+  AlertCounter counter;
   int others = 0;
   FailEachAllocation([&others] {
     try {
@@ -91,7 +79,7 @@ TEST(RaiseWithoutMemory, FirstRaiseOfAThreadAndOfAClassIsNoDifferent) {
     }
   });
   EXPECT_EQ(0, others);
-  EXPECT_EQ(counter.m_iRaised, counter.m_iHandled);
+  EXPECT_EQ(counter.m_lRaised, counter.m_lHandled);
 }
 
 TEST(RaiseWithoutMemory, SettledErrorsStaySettledOrLeaveAsAnError) {
@@ -102,7 +90,7 @@ TEST(RaiseWithoutMemory, SettledErrorsStaySettledOrLeaveAsAnError) {
   struct Tag {};
   const boost::shared_ptr<ErrorHandler> handler(new Accepting);
   AlertManager::Instance()->AddErrorHandler(typeid(TagError<Tag>).name(), handler);
-  Counter counter;
+  AlertCounter counter;
   int returned = 0;
   int others = 0;
   FailEachAllocation([&returned, &others] {
@@ -117,14 +105,14 @@ TEST(RaiseWithoutMemory, SettledErrorsStaySettledOrLeaveAsAnError) {
   });
   EXPECT_GT(returned, 0);
   EXPECT_EQ(0, others);
-  EXPECT_EQ(counter.m_iRaised, counter.m_iHandled);
+  EXPECT_EQ(counter.m_lRaised, counter.m_lHandled);
   AlertManager::Instance()->RemoveErrorHandler(typeid(TagError<Tag>).name(), handler);
 }
 
 TEST(RaiseWithoutMemory, WarningsLeaveNothingButBadAlloc) {
   struct Tag {};
   int others = 0;
-  Counter counter;
+  AlertCounter counter;
   FailEachAllocation([&others] {
     try {
       OXA_RAISE_WARNING("Test.Memory", TagWarning<Tag>("a message that is long enough for the heap"));
@@ -134,9 +122,9 @@ TEST(RaiseWithoutMemory, WarningsLeaveNothingButBadAlloc) {
     }
   });
   EXPECT_EQ(0, others);
-  counter.m_iWarnings = 0;
+  counter.m_lWarnings = 0;
   OXA_RAISE_WARNING("Test.Memory", TagWarning<Tag>());
-  EXPECT_EQ(1, counter.m_iWarnings);
+  EXPECT_EQ(1, counter.m_lWarnings);
 }
 
 }  // namespace

@@ -13,25 +13,18 @@
 #include <thread>
 #include <vector>
 
+#include "Support/AlertCounter.h"
+
 namespace {
 
 using namespace Oxa::Core;
+using TestSupport::AlertCounter;
 
 #if defined(OXACORE_SOAK)
 constexpr std::chrono::seconds s_length{60};
 #else
 constexpr std::chrono::seconds s_length{2};
 #endif
-
-class Counter : public AlertListener {
- public:
-  Counter() { AlertManager::Instance()->AddAlertListener(*this); }
-  ~Counter() override { AlertManager::Instance()->RemoveAlertListener(*this); }
-  void ErrorRaised(Error&) override { ++m_iRaised; }
-  void ErrorHandled(Error&) override { ++m_iHandled; }
-  std::atomic<long> m_iRaised{0};
-  std::atomic<long> m_iHandled{0};
-};
 
 class Belt {
  public:
@@ -83,7 +76,7 @@ void Consume(Belt& belt, std::atomic<long>& consumed) {
 }
 
 TEST(TravellingErrors, AreEachRaisedOnceAndHandledOnce) {
-  Counter counter;
+  AlertCounter counter;
   Belt belt;
   std::atomic<bool> stop{false};
   std::atomic<long> consumed{0};
@@ -100,8 +93,8 @@ TEST(TravellingErrors, AreEachRaisedOnceAndHandledOnce) {
   for (std::thread& thread : consumers) thread.join();
   testing::internal::GetCapturedStderr();
   EXPECT_GT(consumed, 100);
-  EXPECT_GT(counter.m_iRaised, 100);
-  EXPECT_EQ(counter.m_iRaised, counter.m_iHandled);
+  EXPECT_GT(counter.m_lRaised, 100);
+  EXPECT_EQ(counter.m_lRaised, counter.m_lHandled);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@
 #include "PlainHosts.h"
 #include "Support/Eventually.h"
 #include "Support/GuardPages.h"
+#include "Support/Sanitized.h"
 
 namespace {
 
@@ -304,12 +305,6 @@ TEST(FaultRoad, TheSignalMaskOutlivesAFault) {
   EXPECT_EQ(0, sigismember(&now, SIGSEGV));
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool bOWN_ALLOCATOR = true;
-#else
-constexpr bool bOWN_ALLOCATOR = false;
-#endif
-
 // The log may have entries to write as yet.
 bool ComesDownTo(std::size_t bytes) {
   return TestSupport::Eventually([bytes] { return ::mallinfo2().uordblks < bytes; });
@@ -328,7 +323,7 @@ TEST(FaultRoad, TenThousandFaultsLeakNothing) {
   const auto before = ::mallinfo2().uordblks;
   const int pages = GuardPages();
   some(10000);
-  if (!bOWN_ALLOCATOR) {
+  if (!TestSupport::bSANITIZED) {
     EXPECT_TRUE(ComesDownTo(before + 100000));  // ten bytes a fault
     EXPECT_LE(GuardPages(), pages + 2);
   }

@@ -9,19 +9,15 @@
 
 #include "Support/ChildProcess.h"
 #include "Support/Eventually.h"
+#include "Support/Sanitized.h"
 #include "Support/TemporaryFolder.h"
 
 namespace {
 
+using TestSupport::bSANITIZED;
 using TestSupport::ChildResult;
 using TestSupport::MillisecondsOf;
 using TestSupport::RunChild;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool bSANITIZED = true;
-#else
-constexpr bool bSANITIZED = false;
-#endif
 
 #if defined(OXACORE_SOAK)
 constexpr int iCYCLES = 1000;

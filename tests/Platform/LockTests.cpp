@@ -8,6 +8,7 @@
 
 #include "Platform/Threads.h"
 #include "Support/Eventually.h"
+#include "Support/OtherThread.h"
 
 namespace Platform = Oxa::Core::Platform;
 using Platform::Deadline;
@@ -15,6 +16,7 @@ using Platform::EWaitEnd;
 using TestSupport::Eventually;
 using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
+using TestSupport::OtherThreadCanLock;
 
 namespace {
 
@@ -24,15 +26,6 @@ static_assert(std::is_trivially_destructible_v<Platform::ReentrantLock>);
 constexpr long long llMILLISECOND = 1000000;
 
 Platform::ShortLock s_shortLock;  // usable without having been built
-
-bool OtherThreadCanLock(Platform::ReentrantLock& lock) {
-  bool locked = false;
-  std::thread([&] {
-    locked = lock.TryLock();
-    if (locked) lock.Unlock();
-  }).join();
-  return locked;
-}
 
 // Leaves the lock behind at `levels` levels.
 void LockAndEnd(Platform::ReentrantLock& lock, int levels = 1) {

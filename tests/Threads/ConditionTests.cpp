@@ -12,11 +12,13 @@
 #include <vector>
 
 #include "Support/Eventually.h"
+#include "Support/OtherThread.h"
 
 using namespace Oxa::Core;
 using TestSupport::Eventually;
 using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
+using TestSupport::OtherThreadCanLock;
 
 namespace {
 
@@ -25,15 +27,6 @@ static_assert(std::is_base_of_v<Warning, ConditionWaitEndedByAPC>);
 
 Holder Hold(Condition& condition) {
   return Holder([&condition] { condition.Lock(); }, [&condition] { condition.Unlock(); });
-}
-
-bool OtherThreadCanLock(Condition& condition) {
-  bool locked = false;
-  std::thread([&] {
-    locked = condition.TryLock();
-    if (locked) condition.Unlock();
-  }).join();
-  return locked;
 }
 
 // A number of threads in one wait each. The constructor returns when all of them wait.

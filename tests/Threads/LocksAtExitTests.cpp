@@ -13,11 +13,13 @@
 
 #include "Core/LibraryState.h"
 #include "Support/Eventually.h"
+#include "Support/OtherThread.h"
 
 using namespace Oxa::Core;
 using TestSupport::Eventually;
 using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
+using TestSupport::OtherThreadCanLock;
 
 namespace {
 
@@ -33,15 +35,6 @@ void ExpectAtExit() {
         ExitAfterFatalError(iSTATUS);
       },
       testing::ExitedWithCode(iSTATUS), "as required");
-}
-
-bool OtherThreadCanLock(IMutex& mutex) {
-  bool locked = false;
-  std::thread([&] {
-    locked = mutex.TryLock();
-    if (locked) mutex.Unlock();
-  }).join();
-  return locked;
 }
 
 // The raise that tells of the abandonment returns. Until then the lock is simply held.

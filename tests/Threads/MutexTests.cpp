@@ -13,25 +13,18 @@
 #include <vector>
 
 #include "Support/Eventually.h"
+#include "Support/OtherThread.h"
 
 using namespace Oxa::Core;
 using TestSupport::Eventually;
 using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
+using TestSupport::OtherThreadCanLock;
 
 namespace {
 
 Holder Hold(IMutex& mutex) {
   return Holder([&mutex] { mutex.Lock(); }, [&mutex] { mutex.Unlock(); });
-}
-
-bool OtherThreadCanLock(Mutex& mutex) {
-  bool locked = false;
-  std::thread([&] {
-    locked = mutex.TryLock();
-    if (locked) mutex.Unlock();
-  }).join();
-  return locked;
 }
 
 double MillisecondsOn(clockid_t clock) {

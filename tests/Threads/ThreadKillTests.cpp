@@ -63,6 +63,18 @@ class Kills : public testing::Test {
     LetItFallAsleep();
   }
 
+  // What waits for `condition`, and does so when this returns.
+  void StartWaiterOf(Condition& condition) {
+    std::atomic<bool> locked{false};
+    Start([&](TaskDirective&) {
+      const Lock lock(condition);
+      locked = true;
+      while (true) condition.Wait();
+    });
+    ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
+    SeeItWait(condition);
+  }
+
   void KillNow() {
     EXPECT_TRUE(m_victim->Kill(Elapse(5)));
     EXPECT_FALSE(m_victim->IsRunning());
@@ -216,14 +228,7 @@ TEST_F(Kills, AConditionOfTheVictimIsAbandoned) {
 
 TEST_F(Kills, AWaiterOfAConditionIsCountedNoMore) {
   Condition condition(true);
-  std::atomic<bool> locked{false};
-  Start([&](TaskDirective&) {
-    const Lock lock(condition);
-    locked = true;
-    while (true) condition.Wait();
-  });
-  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
-  SeeItWait(condition);
+  StartWaiterOf(condition);
   KillNow();
   ASSERT_TRUE(condition.TryLock(Elapse(1)));
   condition.Unlock();
@@ -247,14 +252,7 @@ TEST_F(Kills, AWaiterOfAConditionIsCountedNoMore) {
 
 TEST_F(Kills, ASignalForADeadWaiterGoesToTheNext) {
   Condition condition(false);
-  std::atomic<bool> locked{false};
-  Start([&](TaskDirective&) {
-    const Lock lock(condition);
-    locked = true;
-    while (true) condition.Wait();
-  });
-  ASSERT_TRUE(Eventually([&locked] { return locked.load(); }));
-  SeeItWait(condition);
+  StartWaiterOf(condition);
   bool go = false;
   std::atomic<bool> waiting{false};
   std::thread other([&] {

@@ -6,8 +6,8 @@
 
 #include <functional>
 #include <memory>
-#include <thread>
 
+#include "Support/OtherThread.h"
 #include "io/Streams.h"
 
 namespace {
@@ -17,14 +17,7 @@ using testing::ElementsAre;
 
 const std::string sLISTENER_FAILED = "Listener threw error during notification: ";
 
-bool LockedByAnother(Mutex& mutex) {
-  bool locked = false;
-  std::thread([&] {
-    locked = !mutex.TryLock();
-    if (!locked) mutex.Unlock();
-  }).join();
-  return locked;
-}
+bool LockedByAnother(Mutex& mutex) { return !TestSupport::OtherThreadCanLock(mutex); }
 
 // A filter with a lock, which tells of what happens to it.
 class LockedInput : public BinaryInputStreamFilter {

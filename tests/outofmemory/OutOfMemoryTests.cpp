@@ -16,6 +16,8 @@
 #include <new>
 #include <sstream>
 
+#include "Support/AlertCounter.h"
+
 namespace {
 
 // Of the one thread of these tests; -1 fails nothing. The thread of the log manager has enough.
@@ -67,16 +69,6 @@ class ProbeNoisy : public Warning {
       : Warning(AlertMessage("The probe on channel %1% is noisy and may fail soon", channel)) {}
 };
 
-class CountingListener : public AlertListener {
- public:
-  void ErrorRaised(Error&) override { ++m_iRaised; }
-  void ErrorHandled(Error&) override { ++m_iHandled; }
-  void WarningRaised(Warning&) override { ++m_iWarnings; }
-  int m_iRaised = 0;
-  int m_iHandled = 0;
-  int m_iWarnings = 0;
-};
-
 void ForwardedRaise() {
   try {
     OXA_RAISE_ERROR("Oxa.Test.OutOfMemory", ProbeGone(3));
@@ -122,8 +114,7 @@ Outcome FailEachAllocation(const std::function<void()>& road) {
 
 class OutOfMemory : public testing::Test {
  protected:
-  OutOfMemory() { AlertManager::Instance()->AddAlertListener(m_listener); }
-  CountingListener m_listener;
+  TestSupport::AlertCounter m_listener;
 };
 
 TEST_F(OutOfMemory, RoadOfARaiseSurvivesEveryFailedAllocation) {
@@ -131,13 +122,13 @@ TEST_F(OutOfMemory, RoadOfARaiseSurvivesEveryFailedAllocation) {
   testing::internal::CaptureStderr();
   const Outcome outcome = FailEachAllocation(ForwardedRaise);
   EXPECT_GT(outcome.m_iRuns, 20);
-  EXPECT_EQ(m_listener.m_iRaised, m_listener.m_iHandled);
+  EXPECT_EQ(m_listener.m_lRaised, m_listener.m_lHandled);
   testing::internal::GetCapturedStderr();
 
-  const int raised = m_listener.m_iRaised;
+  const long raised = m_listener.m_lRaised;
   for (int i = 0; i < 2 * g_iMAX_ERROR_RECURSION_DEPTH; ++i) EXPECT_THROW(ForwardedRaise(), ProbeGone);
-  EXPECT_EQ(raised + 2 * g_iMAX_ERROR_RECURSION_DEPTH, m_listener.m_iRaised);
-  EXPECT_EQ(m_listener.m_iRaised, m_listener.m_iHandled);
+  EXPECT_EQ(raised + 2 * g_iMAX_ERROR_RECURSION_DEPTH, m_listener.m_lRaised);
+  EXPECT_EQ(m_listener.m_lRaised, m_listener.m_lHandled);
 }
 
 TEST_F(OutOfMemory, RoadOfAWarningSurvivesEveryFailedAllocation) {
@@ -147,9 +138,9 @@ TEST_F(OutOfMemory, RoadOfAWarningSurvivesEveryFailedAllocation) {
   const Outcome outcome = FailEachAllocation(warn);
   EXPECT_GT(outcome.m_iRuns, 10);
   testing::internal::GetCapturedStderr();
-  const int warnings = m_listener.m_iWarnings;
+  const long warnings = m_listener.m_lWarnings;
   warn();
-  EXPECT_EQ(warnings + 1, m_listener.m_iWarnings);
+  EXPECT_EQ(warnings + 1, m_listener.m_lWarnings);
 }
 
 // What is kept on purpose changes a few times: the thread's last error, and what is learnt of the places on the stack,

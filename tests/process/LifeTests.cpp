@@ -6,10 +6,12 @@
 
 #include "Support/ChildProcess.h"
 #include "Support/DyingChild.h"
+#include "Support/Sanitized.h"
 #include "Support/ThreadSanitizer.h"
 
 namespace {
 
+using TestSupport::bSANITIZED;
 using TestSupport::ChildResult;
 using TestSupport::RunChild;
 
@@ -31,13 +33,7 @@ const char* const sCYCLES = "50";
 const std::chrono::seconds s_toCycle(60);
 #endif
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool bSANITIZED = true;
-constexpr int iENDS = 5;
-#else
-constexpr bool bSANITIZED = false;
-constexpr int iENDS = 30;
-#endif
+constexpr int iENDS = bSANITIZED ? 5 : 30;
 
 // Threads that run to the last moment look like leaks.
 ChildResult RunLife(const char* scenario) {

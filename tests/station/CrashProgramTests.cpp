@@ -10,6 +10,7 @@
 #include "PageReader.h"
 #include "Support/ChildProcess.h"
 #include "Support/DyingChild.h"
+#include "Support/Sanitized.h"
 #include "Support/SecondsNow.h"
 #include "TemporaryFolder.h"
 
@@ -25,14 +26,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
+using TestSupport::bSANITIZED;
 using TestSupport::ChildResult;
 using TestSupport::RunChild;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool bSANITIZED = true;
-#else
-constexpr bool bSANITIZED = false;
-#endif
 
 constexpr int iDIED = 255;
 const std::chrono::seconds LIMIT(120);

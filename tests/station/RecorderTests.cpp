@@ -17,6 +17,7 @@
 #include "StationAlerts.h"
 #include "Support/BackgroundChild.h"
 #include "Support/Eventually.h"
+#include "Support/Sanitized.h"
 #include "TemporaryFolder.h"
 #include "TestLog.h"
 #include "Witness.h"
@@ -243,11 +244,7 @@ TEST(Recorder, KeepsWhatIsMeasuredOnSeveralThreads) {
   }
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr unsigned uMANY = 50000;
-#else
-constexpr unsigned uMANY = 1000000;
-#endif
+constexpr unsigned uMANY = TestSupport::bSANITIZED ? 50000 : 1000000;
 
 TEST(Recorder, KeepsAMillionSamplesByteByByte) {
   const TemporaryFolder folder;

@@ -2,19 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <errno.h>
-#include <linux/filter.h>
 #include <linux/membarrier.h>
-#include <linux/seccomp.h>
-#include <stddef.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <iterator>
 #include <thread>
 
 #include "Platform/LockBias.h"
+#include "Support/SystemCallFilter.h"
 
 namespace {
 
@@ -24,16 +20,8 @@ constexpr int iENOUGH = 64;
 
 // For the rest of the process and all its threads. False where that can't be had.
 bool RefuseFences() {
-  sock_filter program[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  const sock_fprog filter = {static_cast<unsigned short>(std::size(program)), program};
-  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return false;
-  if (syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_TSYNC, &filter) != 0) return false;
-  return syscall(SYS_membarrier, MEMBARRIER_CMD_QUERY, 0, 0) == -1;
+  return TestSupport::AnswerSystemCall(SYS_membarrier, SECCOMP_RET_ERRNO | EPERM) &&
+         syscall(SYS_membarrier, MEMBARRIER_CMD_QUERY, 0, 0) == -1;
 }
 
 bool Passes(LockBias& bias) { return static_cast<bool>(LockBias::Passage(bias)); }

@@ -1,11 +1,7 @@
 // Memory that may not be there, read by the call of the system and, where a sandbox forbids that, in the other way.
 
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +12,7 @@
 #include <vector>
 
 #include "Platform/Linux/SafeMemory.h"
+#include "Support/SystemCallFilter.h"
 
 namespace {
 
@@ -69,15 +66,7 @@ class Pages {
 };
 
 bool ForbidReadingProcesses() {
-  sock_filter program[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_process_vm_readv, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  const sock_fprog filter = {4, program};
-  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+  return TestSupport::AnswerSystemCall(SYS_process_vm_readv, SECCOMP_RET_ERRNO | EPERM);
 }
 
 TEST(SafeMemory, IsReadUpToWhereItCanBe) { EXPECT_EQ(0, Pages().CheckAll()); }
