@@ -8,6 +8,7 @@ namespace {
 
 // `end` has no "*".
 bool EndsIn(const char* name, const char* end) noexcept {
+  if (*end == 0) return true;
   const std::size_t nameLength = std::strlen(name);
   const std::size_t endLength = std::strlen(end);
   if (nameLength < endLength) return false;

@@ -1,6 +1,7 @@
 #include "Platform/SortedNames.h"
 
 #include <algorithm>
+#include <boost/endian/conversion.hpp>
 #include <cstring>
 #include <new>
 
@@ -8,13 +9,22 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-// The next eight bytes, or as many as there are and zeros.
-std::uint64_t KeyOf(const char* text, std::size_t length) {
-  unsigned char bytes[8] = {};
-  std::memcpy(bytes, text, length < sizeof bytes ? length : sizeof bytes);
-  std::uint64_t key = 0;
-  for (const unsigned char byte : bytes) key = key << 8 | byte;
-  return key;
+// The eight bytes behind the first `skipped`, or as many as there are and zeros. Short ends of long names are read in
+// one go with what stands before them.
+std::uint64_t KeyOf(const char* name, std::size_t length, std::size_t skipped) {
+  constexpr std::size_t uKEY = sizeof(std::uint64_t);
+  const std::size_t left = length - skipped;
+  if (left == 0) return 0;
+  unsigned char bytes[uKEY] = {};
+  if (left >= uKEY) {
+    std::memcpy(bytes, name + skipped, uKEY);
+  } else if (length >= uKEY) {
+    std::memcpy(bytes, name + length - uKEY, uKEY);
+    return boost::endian::load_big_u64(bytes) << 8 * (uKEY - left);
+  } else {
+    std::memcpy(bytes, name + skipped, left);
+  }
+  return boost::endian::load_big_u64(bytes);
 }
 
 bool IsDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
@@ -45,7 +55,7 @@ void SortedNames::Sort() {
                                      [](const Entry& entry) { return IsDots(entry.m_pName); });
   const std::size_t common = CommonLength(static_cast<std::size_t>(others - m_entries.begin()));
   for (auto entry = others; entry != m_entries.end(); ++entry)
-    entry->m_ullKey = KeyOf(entry->m_pName + common, entry->m_uLength - common);
+    entry->m_ullKey = KeyOf(entry->m_pName, entry->m_uLength, common);
   std::sort(others, m_entries.end(), [&](const Entry& left, const Entry& right) {
     return left.m_ullKey != right.m_ullKey ? left.m_ullKey < right.m_ullKey : isBefore(left, right);
   });

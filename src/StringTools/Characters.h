@@ -3,13 +3,18 @@
 #define OXACORE_STRINGTOOLS_CHARACTERS_H
 
 #include <cctype>
+#include <cstdint>
 #include <cwctype>
 #include <string_view>
 
 namespace Oxa::Core {
 
-// The characters below 128 are the same in every locale, and nearly all that are ever asked about.
-inline bool IsAsciiSpace(unsigned int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+// The characters below 128 are the same in every locale, and nearly all that are ever asked about. One comparison
+// tells that a printing one is no space.
+inline bool IsAsciiSpace(unsigned int c) {
+  constexpr std::uint64_t ullSPACES = std::uint64_t{0x1F} << '\t' | std::uint64_t{1} << ' ';
+  return c <= ' ' && (ullSPACES >> c & 1) != 0;
+}
 
 inline bool IsSpace(char c) {
   const auto byte = static_cast<unsigned char>(c);

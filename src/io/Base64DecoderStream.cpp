@@ -32,6 +32,11 @@ constexpr std::array<unsigned char, 256> MakeTable() {
 
 constexpr std::array<unsigned char, 256> s_table = MakeTable();
 
+struct Group {
+  unsigned m_uBits;
+  int m_iBytes;  // that it decodes to
+};
+
 void StoreBlock(unsigned bits, unsigned char* bytes) {
   bytes[0] = static_cast<unsigned char>(bits >> 16);
   bytes[1] = static_cast<unsigned char>(bits >> 8);
@@ -39,6 +44,26 @@ void StoreBlock(unsigned bits, unsigned char* bytes) {
 }
 
 unsigned ValueOf(unsigned char character) { return s_table[character]; }
+
+// Up to four values, the first one in the high bits; pads count as values of 0, but not as valid ones. Asks for each
+// character, and for none behind the group.
+Group ReadGroup(BinaryInputStream& source) {
+  unsigned bits = 0;
+  int valid = 0;
+  int missing = iGROUP;
+  while (missing != 0) {
+    const int character = source.Read();
+    if (character < 0) break;
+    const unsigned value = ValueOf(static_cast<unsigned char>(character));
+    if (value == uSKIP) continue;
+    --missing;
+    bits <<= 6;
+    if (value == uPAD) continue;
+    bits |= value;
+    ++valid;
+  }
+  return {bits << 6 * missing, valid < 2 ? valid : valid - 1};
+}
 
 // Decodes whole groups of what `source` has buffered, as many as `to` has room for: up to one that has a pad, a
 // foreign character between its own, or not all of them in the buffer. Gives the number of bytes. Who still has room
@@ -88,7 +113,13 @@ long long Base64DecoderStream::ReadBlock(unsigned char* bytes, long long count, 
     if (m_iNumDecodedBytes == 0) {
       if (buffered != nullptr) stored += DecodeBuffered(*buffered, bytes + stored, count - stored);
       if (stored == count) break;
-      if (DecodeNextBlock() == 0) return stored != 0 ? stored : -1;
+      const Group group = ReadGroup(*m_source);
+      if (group.m_iBytes == iBLOCK && count - stored >= iBLOCK) {
+        StoreBlock(group.m_uBits, bytes + stored);
+        stored += iBLOCK;
+        continue;
+      }
+      if (Keep(group.m_uBits, group.m_iBytes) == 0) return stored != 0 ? stored : -1;
     }
     do bytes[stored++] = NextDecoded();
     while (m_iNumDecodedBytes != 0 && stored < count);
@@ -119,25 +150,16 @@ void Base64DecoderStream::DoBufferedInputInvalidation() {
   m_iDecodeIndex = 0;
 }
 
-// A group of up to four values, the first one in the high bits; pads count as values of 0, but not as valid ones.
 int Base64DecoderStream::DecodeNextBlock() {
   OXA_ASSERT(0 == m_iNumDecodedBytes);
-  m_iDecodeIndex = 0;
-  unsigned bits = 0;
-  int valid = 0;
-  for (int shift = 18; shift >= 0;) {
-    const int character = m_source->Read();
-    if (character < 0) break;
-    const unsigned value = ValueOf(static_cast<unsigned char>(character));
-    if (value == uSKIP) continue;
-    if (value != uPAD) {
-      bits |= value << shift;
-      ++valid;
-    }
-    shift -= 6;
-  }
+  const Group group = ReadGroup(*m_source);
+  return Keep(group.m_uBits, group.m_iBytes);
+}
+
+inline int Base64DecoderStream::Keep(unsigned int bits, int bytes) {
   StoreBlock(bits, m_decoded);
-  m_iNumDecodedBytes = valid < 2 ? valid : valid - 1;
+  m_iDecodeIndex = 0;
+  m_iNumDecodedBytes = bytes;
   OXA_ASSERT(0 <= m_iNumDecodedBytes && 4 > m_iNumDecodedBytes);
   return m_iNumDecodedBytes;
 }

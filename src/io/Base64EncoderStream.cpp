@@ -80,9 +80,10 @@ void Base64EncoderStream::Write(const void* buffer, unsigned long long count) {
       continue;
     }
     if (buffered != nullptr && !m_bInsertNewlines) next = EncodeBuffered(*buffered, next, end - iBLOCK);
+    const std::uint32_t group = WholeGroup(next);
     std::memcpy(m_block, next, iBLOCK);
     next += iBLOCK;
-    PutGroup(WholeGroup(m_block));
+    PutGroup(group);
   }
 }
 

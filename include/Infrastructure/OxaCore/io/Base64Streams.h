@@ -85,6 +85,7 @@ class OXACORE_API Base64DecoderStream : public BinaryInputStreamFilter {
 
  private:
   int DecodeNextBlock();
+  int Keep(unsigned int bits, int bytes);
   unsigned char NextDecoded();
   long long ReadBlock(unsigned char* bytes, long long count, long long& stored);
 
