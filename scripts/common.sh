@@ -2,6 +2,9 @@
 
 cores=$(nproc 2>/dev/null || echo 2)
 
+# What isn't in the cache is compiled at once: its preprocessing ahead of that took a fifth as long again.
+export CCACHE_DEPEND=1
+
 # configure PRESET [ARGUMENT...]: Ninja for new build folders where it is there; old ones keep their generator.
 configure() {
   preset=$1
