@@ -118,12 +118,17 @@ bool AlertManager::SetFatalErrorBasePath(const std::string& path) {
 }
 
 void AlertManager::UseFatalErrorBasePath(const std::string& path) {
-  m_sFatalErrorBasePath = path;
-  if (path.find_last_of(sSEPARATORS) + 1 != path.size()) m_sFatalErrorBasePath += cSEPARATOR;
+  std::string whole = path;
+  if (path.find_last_of(sSEPARATORS) + 1 != path.size()) whole += cSEPARATOR;
+  const Lock lock(m_basePathMutex);
+  m_sFatalErrorBasePath.swap(whole);
   SetFatalErrorBase(m_sFatalErrorBasePath);
 }
 
-std::string AlertManager::GetFatalErrorBasePath() { return m_sFatalErrorBasePath; }
+std::string AlertManager::GetFatalErrorBasePath() {
+  const Lock lock(m_basePathMutex);
+  return m_sFatalErrorBasePath;
+}
 
 void AlertManager::AddFatalErrorInfo(const std::string& key, const std::string& value) {
   m_fatalErrorInfo[key] = value;

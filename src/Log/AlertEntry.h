@@ -6,7 +6,7 @@
 
 namespace Oxa::Core {
 
-/// Parts of an alert's XML; "" for what isn't in it.
+/// Parts of an alert's XML, without the layout of their lines; "" for what isn't in it.
 struct AlertEntry {
   std::string m_sMessage;
   std::string m_sFile;  ///< where it was raised
@@ -14,7 +14,7 @@ struct AlertEntry {
   std::string m_sFunction;
 };
 
-/// Reads what is well-formed of `xml`.
+/// Reads what is well-formed of `xml`. Control characters are no mistake in it: texts have them whole.
 AlertEntry ReadAlertEntry(const std::string& xml);
 
 }  // namespace Oxa::Core

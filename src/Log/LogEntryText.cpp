@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "Log/LogFormatter.h"
+#include "Log/LogForms.h"
 #include "XML/Escape.h"
 
 namespace Oxa::Core {
@@ -20,7 +21,6 @@ const char* const sSEVERITY = "Severity";
 const char* const sTIME = "TimeStamp";
 const char* const sLOG_NAME = "LogName";
 const char* const sMESSAGE = "Message";
-const char* const sXML_FORM = "xml";
 
 constexpr std::size_t uLINE_WIDTH = 80;
 constexpr std::size_t uMARKS = 7;    // on the line of an element: two blanks, and "<>" and "</>"
@@ -31,7 +31,7 @@ const char* const sWORDS[] = {"Alarm", "Error", "Warning", "Debug", "Information
 // --- By the writer, whatever the entry holds
 
 void PutMessage(XMLWriter& writer, std::ostream& out, const OxaLogEntry& entry) {
-  if (entry.m_sForm == sXML_FORM)
+  if (entry.m_sForm == sXML_LOG_FORM)
     out << writer.Markup(entry.m_sMessage);
   else
     out << writer.Tag(sMESSAGE, entry.m_sMessage);
@@ -54,7 +54,7 @@ std::string WrittenElement(const OxaLogEntry& entry) {
 bool IsOneLine(const std::string& text) { return text.find('\n') == std::string::npos; }
 
 bool IsSimple(const OxaLogEntry& entry) {
-  return entry.m_sForm != sXML_FORM && IsOneLine(entry.m_sMessage) && IsOneLine(entry.m_sLoggerPath);
+  return entry.m_sForm != sXML_LOG_FORM && IsOneLine(entry.m_sMessage) && IsOneLine(entry.m_sLoggerPath);
 }
 
 // Writes into memory that was made large enough beforehand. Literals are copied by a few instructions each.

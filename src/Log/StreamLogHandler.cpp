@@ -7,6 +7,7 @@
 #include "Log/LogForms.h"
 
 #include "Platform/Clock.h"
+#include "Platform/Files.h"
 #include "Platform/Terminal.h"
 
 namespace Oxa::Core {
@@ -126,6 +127,7 @@ void StreamLogHandler::HandleLogEntry(const OxaLogEntry& entry) {
   if (!colour.empty()) line = colour + line + sEND_OF_COLOUR;
   line += '\n';
   const Lock lock(m_mutex);
+  const Platform::FileLimitGuard guard;  // a file that can't grow is a stream that fails, and ends no process
   m_out.write(line.data(), static_cast<std::streamsize>(line.size()));
   m_out.flush();
 }

@@ -166,7 +166,9 @@ class FileHandle {
 /// While one stands on a thread, a write beyond the limit for the size of files fails there, where the system
 /// would end the process otherwise. FileHandle::Write asks whether there is a limit, which costs a small call of
 /// the system, and puts one up for itself where there is, which costs three more; a thread that writes all its
-/// life keeps one instead. They may be nested, and die in the reverse order on the thread that made them.
+/// life keeps one instead. They may be nested, and die in the reverse order on the thread that made them. The signal of
+/// such a write is gone with the guard, also where the thread itself keeps that signal back; one that waited there
+/// before stays.
 class FileLimitGuard {
  public:
   /// Whether a write on this thread could end the process: there is a limit at the moment, and no guard.
@@ -180,6 +182,7 @@ class FileLimitGuard {
  private:
   bool m_bOutermost;
   bool m_bBlocked = false;
+  bool m_bWaited = false;
 };
 
 }  // namespace Oxa::Core::Platform

@@ -45,7 +45,8 @@ void Rc4(HCRYPTPROV provider, const void* key, std::size_t keySize, void* data, 
 // The registry: values of bytes under keys below a root. A key's name has parts with "\" between them; all other
 // bytes may stand in names. Case counts, and names that differ in any byte name different things.
 
-/// Makes the key with all above it; one that exists is left alone. EBADF for a root that is none.
+/// Makes the key with all above it; one that exists is left alone. EBADF for a root that is none, ENAMETOOLONG for a
+/// name that the system doesn't take: nothing is made then.
 int CreateRegistryKey(HKEY root, const std::string& key);
 
 /// Writes a value of a key that exists, of 16 MiB at most: EFBIG for one that is larger. Whoever reads it finds the value before or this one, whole, whenever the

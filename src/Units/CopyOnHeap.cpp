@@ -4,7 +4,7 @@
 
 namespace Oxa::Core {
 
-void RaiseNoMemoryForCopy(const char* logName, const char* className) {
+void RaiseNoMemory(const char* logName, const char* className) {
   OXA_RAISE_ERROR(logName, AllocationFailed(className));
 }
 

@@ -33,7 +33,7 @@ class UnitInCounts {
 };
 
 /// Raises AllocationFailed of `className` under `logName`.
-void RaiseNoMemoryForCopy(const char* logName, const char* className);
+void RaiseNoMemory(const char* logName, const char* className);
 
 /// A copy of `original` in one allocation; null where the raise returns.
 template <class Unit>
@@ -45,7 +45,7 @@ boost::shared_ptr<UnitDescriptor> CopyOnHeap(const Unit& original, const char* l
     return boost::shared_ptr<UnitDescriptor>(std::move(counts), unit);
   } catch (const std::bad_alloc&) {
   }
-  RaiseNoMemoryForCopy(logName, className);
+  RaiseNoMemory(logName, className);
   return {};
 }
 

@@ -1,15 +1,10 @@
 #include "Units/UnitRows.h"
 
-#include <Infrastructure/OxaCore/CommonErrors.h>
-
 #include <optional>
 
-#include "Units/UnitDictionaryErrors.h"
 #include "Units/UnitExpression.h"
 
 namespace Oxa::Core {
-
-void RaiseNoMemoryForUnit() { OXA_RAISE_ERROR(sUNIT_DICTIONARY_LOG, AllocationFailed("UnitDescriptor")); }
 
 void AddDerived(UnitDictionary& dictionary, const char* name, const char* abbreviation, double factor,
                 const char* expression, const char* pluralSuffix, AlternateNames alternateNames) {

@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-namespace Oxa::Core {
+#include "Units/CopyOnHeap.h"
+#include "Units/UnitDictionaryErrors.h"
 
-/// Raises AllocationFailed ("UnitDescriptor").
-void RaiseNoMemoryForUnit();
+namespace Oxa::Core {
 
 /// A unit on the heap, made from these arguments. Raises AllocationFailed; null where that returns.
 template <class Unit = UnitDescriptor, class... Arguments>
@@ -23,7 +23,7 @@ boost::shared_ptr<UnitDescriptor> NewUnit(const Arguments&... arguments) {
     return boost::make_shared<Unit>(arguments...);
   } catch (const std::bad_alloc&) {
   }
-  RaiseNoMemoryForUnit();
+  RaiseNoMemory(sUNIT_DICTIONARY_LOG, "UnitDescriptor");
   return {};
 }
 

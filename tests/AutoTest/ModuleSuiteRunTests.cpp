@@ -107,6 +107,14 @@ class FailureListener : public AlertListener {
   std::string m_sLogName;
 };
 
+TEST(ModuleSuiteRun, PassesInAFolderThatIsGone) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.File("gone"));
+  const TestSupport::CurrentFolder current(folder.File("gone"));
+  std::filesystem::remove(folder.File("gone"));
+  ExpectAllPass(*GetModuleTestSuite());
+}
+
 // Without a folder for temporary files, those tests fail that need one, and no others.
 TEST(ModuleSuiteRun, TellsWhatFails) {
   const TemporaryFilesIn temporary("/nowhere/at/all");

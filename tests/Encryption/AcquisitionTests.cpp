@@ -1,8 +1,13 @@
 #include <Infrastructure/OxaCore/Encryption.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -57,9 +62,13 @@ TEST(Acquisition, OtherTypesAreRefused) {
   }
 }
 
+// In a process of its own, in which nothing has failed yet.
 TEST(Acquisition, NothingIsToldBeforeTheFirstFailure) {
-  EXPECT_TRUE(IsAcquired("", Encryptor::eRSA_FULL, ""));
-  EXPECT_EQ("", Encryptor::GetLastAcquisitionError());
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      ::_exit(IsAcquired("", Encryptor::eRSA_FULL, "") && Encryptor::GetLastAcquisitionError().empty() ? 0
+                                                                                                       : 1),
+      testing::ExitedWithCode(0), "");
 }
 
 TEST(Acquisition, AnUnknownProviderIsRefusedAndNamed) {
@@ -99,6 +108,95 @@ TEST(Acquisition, WithoutACryptographicLibraryThereIsNoProvider) {
               Encryptor::GetLastAcquisitionError());
   }
   EXPECT_TRUE(IsAcquired("", Encryptor::eRSA_FULL, ""));
+}
+
+// What the provider is asked.
+std::string s_asked;
+
+void Note(const char* what, unsigned long number) {
+  s_asked += std::string(what) + ' ' + std::to_string(number) + '\n';
+}
+
+std::string AskedFor(Encryptor::EType type, Platform::ProviderTroubles troubles) {
+  troubles.m_pAsked = &Note;
+  const Troubles standing(troubles);
+  s_asked.clear();
+  IsAcquired("", type, "");
+  return s_asked;
+}
+
+TEST(Acquisition, AContainerThatIsMissingIsMade) {
+  Platform::ProviderTroubles troubles;
+  troubles.m_bContainersMissing = true;
+  EXPECT_EQ("open 1\nnew 1\nfind 2\nfind 1\n", AskedFor(Encryptor::eRSA_FULL, troubles));
+  const Troubles standing(troubles);
+  const auto encryptor = Encryptor::Acquire("Acme", Encryptor::eRSA_FULL, "");
+  ASSERT_TRUE(encryptor);
+  std::string text = "s3cret";
+  EXPECT_TRUE(encryptor->Encrypt(text, "key"));
+}
+
+TEST(Acquisition, AContainerThatIsThereIsOpenedAtOnce) {
+  EXPECT_EQ("open 1\nfind 2\nfind 1\n", AskedFor(Encryptor::eRSA_FULL, {}));
+}
+
+TEST(Acquisition, EachTypeHasItsNumber) {
+  EXPECT_EQ("open 1\nfind 2\nfind 1\n", AskedFor(Encryptor::eRSA_FULL, {}));
+  EXPECT_EQ("open 1\nfind 2\nfind 1\n", AskedFor(static_cast<Encryptor::EType>(5), {}));
+  EXPECT_EQ("open 2\nnew 2\n", AskedFor(Encryptor::eRSA_SIG, {}));
+  EXPECT_EQ("open 3\nnew 3\n", AskedFor(Encryptor::eDSS, {}));
+  EXPECT_EQ("open 4\nnew 4\n", AskedFor(Encryptor::eFORTEZZA, {}));
+  EXPECT_EQ("open 5\nnew 5\n", AskedFor(Encryptor::eMS_EXCHANGE, {}));
+}
+
+// A signature key is 2, an exchange key 1.
+TEST(Acquisition, EachKeyHasItsNumber) {
+  Platform::ProviderTroubles troubles;
+  for (int& code : troubles.m_iFind) code = Platform::g_iNO_KEY;
+  EXPECT_EQ("open 1\nfind 2\nmake 2\nfind 1\nmake 1\n", AskedFor(Encryptor::eRSA_FULL, troubles));
+  troubles = KeyTrouble(Platform::EKeyUse::eSIGNATURE, EIO, 0);
+  EXPECT_EQ("open 1\nfind 2\n", AskedFor(Encryptor::eRSA_FULL, troubles));
+  troubles = KeyTrouble(Platform::EKeyUse::eEXCHANGE, EIO, 0);
+  EXPECT_EQ("open 1\nfind 2\nfind 1\n", AskedFor(Encryptor::eRSA_FULL, troubles));
+}
+
+bool IsLibraryLoaded() {
+  std::ifstream maps("/proc/self/maps");
+  const std::string text((std::istreambuf_iterator<char>(maps)), std::istreambuf_iterator<char>());
+  EXPECT_NE("", text);
+  return text.find("libnettle") != std::string::npos;
+}
+
+std::ptrdiff_t CountOpenFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                       std::filesystem::directory_iterator());
+}
+
+// With the last encryptor goes what it was made of; so it does where the keys can't be had.
+TEST(Acquisition, HandlesAreGivenBack) {
+  ASSERT_FALSE(IsLibraryLoaded());
+  {
+    const auto encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
+    EXPECT_TRUE(IsLibraryLoaded());
+  }
+  EXPECT_FALSE(IsLibraryLoaded());
+  const Troubles standing(KeyTrouble(Platform::EKeyUse::eEXCHANGE, EIO, 0));
+  EXPECT_FALSE(IsAcquired("", Encryptor::eRSA_FULL, ""));
+  EXPECT_FALSE(IsLibraryLoaded());
+}
+
+TEST(Acquisition, NeitherFilesNorMemoryAreLost) {
+  const auto use = [] {
+    const auto encryptor = Encryptor::Acquire("", Encryptor::eRSA_FULL, "");
+    std::string text = "s3cret";
+    EXPECT_TRUE(encryptor->Encrypt(text, "key"));
+  };
+  use();
+  const std::ptrdiff_t files = CountOpenFiles();
+  const auto memory = ::mallinfo2().uordblks;
+  for (int round = 0; round < 200; ++round) use();
+  EXPECT_EQ(files, CountOpenFiles());
+  EXPECT_LT(::mallinfo2().uordblks, memory + 200 * sizeof(void*));  // less than a handle each
 }
 
 TEST(Acquisition, MissingKeysAreMade) {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <string>
 
 #include "Platform/Secrets.h"
@@ -136,11 +137,22 @@ TEST_F(Password, AKeyThatCannotBeMadeRaises) {
 
 TEST_F(Password, AKeyThatIsTooLongRaises) {
   EXPECT_EQ(MSWindows::GetWindowsErrorMessage(ENAMETOOLONG), TroubleOfSaving(std::string(256, 'k')));
+  EXPECT_EQ(MSWindows::GetWindowsErrorMessage(ENAMETOOLONG),
+            TroubleOfSaving("Software\\" + std::string(256, 'k') + "\\Probe"));
   EXPECT_EQ("", TroubleOfSaving(std::string(255, 'k')));
   std::string deep = "d";
   for (int i = 0; i < 3000; ++i) deep += "\\d";
   EXPECT_EQ(MSWindows::GetWindowsErrorMessage(ENAMETOOLONG), TroubleOfSaving(deep));
   EXPECT_EQ("(none)", Loaded(deep));
+}
+
+TEST_F(Password, AKeyThatIsTooLongLeavesNothingBehind) {
+  std::string deep = "d";
+  for (int i = 0; i < 3000; ++i) deep += "\\d";
+  for (const std::string& key : {"Software\\" + std::string(256, 'k'), deep}) {
+    EXPECT_EQ(MSWindows::GetWindowsErrorMessage(ENAMETOOLONG), TroubleOfSaving(key));
+    EXPECT_EQ(std::set<std::string>(), m_folder.Names());
+  }
 }
 
 TEST_F(Password, AValueThatCannotBeWrittenIsToldByTheResult) {

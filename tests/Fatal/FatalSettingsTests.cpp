@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 #include <vector>
+
+#include "Support/Together.h"
 
 namespace {
 
@@ -39,6 +42,21 @@ TEST(FatalSettings, BasePathEndsInASeparator) {
   EXPECT_EQ("/var/records/", Manager().GetFatalErrorBasePath());
   EXPECT_TRUE(Manager().SetFatalErrorBasePath("/var/records/"));
   EXPECT_EQ("/var/records/", Manager().GetFatalErrorBasePath());
+}
+
+// Whoever reads it finds one that was set, whole.
+TEST(FatalSettings, BasePathIsSetAndReadByManyThreads) {
+  const std::string paths[] = {"/" + std::string(40, 'a') + '/', "/" + std::string(200, 'b') + '/'};
+  ASSERT_TRUE(Manager().SetFatalErrorBasePath(paths[0]));
+  std::atomic<int> wrong{0};
+  TestSupport::Together(4, [&](int thread) {
+    for (int round = 0; round < 2000; ++round) {
+      if (thread < 2) Manager().SetFatalErrorBasePath(paths[(round + thread) % 2]);
+      const std::string path = Manager().GetFatalErrorBasePath();
+      if (path != paths[0] && path != paths[1]) ++wrong;
+    }
+  });
+  EXPECT_EQ(0, wrong);
 }
 
 TEST(FatalSettings, InvalidBasePathIsRefused) {

@@ -261,13 +261,13 @@ TEST_F(JournalLog, ARaisedErrorArrivesByTheLog) {
   LogManager::Instance()->RegisterHandler(&handler);
   const int line = __LINE__ + 2;
   try {
-    OXA_RAISE_ERROR("Test.Journal", LogicError("on <purpose>"));
+    OXA_RAISE_ERROR("Test.Journal", LogicError("on <purpose>\x1B[0m\nand by chance"));
   } catch (const LogicError&) {
   }
   ASSERT_TRUE(TestSupport::Eventually([&] { return journal.HasRecord(); }));
   LogManager::Instance()->UnregisterHandler(&handler);
   Fields fields = journal.NextFields();
-  EXPECT_EQ("on <purpose>", fields["MESSAGE"]);
+  EXPECT_EQ("on <purpose>\x1B[0m\nand by chance", fields["MESSAGE"]);
   EXPECT_EQ("Test.Journal", fields["OXA_LOGGER"]);
   EXPECT_EQ("3", fields["PRIORITY"]);
   EXPECT_EQ(std::to_string(line), fields["CODE_LINE"]);

@@ -1,6 +1,9 @@
+#include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/StreamLogHandler.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
@@ -14,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "ErrorHandling/AlertXml.h"
+#include "FileLimit.h"
 #include "LogFakes.h"
 #include "Platform/Terminal.h"
 #include "Support/TemporaryFolder.h"
@@ -226,6 +231,71 @@ TEST(StreamLogHandler, AStreamThatFailedGoesOnWhenItIsCleared) {
   out.clear();
   handler.HandleLogEntry(Entry("kept"));
   EXPECT_EQ(Line("Warning", "kept\n"), out.str());
+}
+
+// Of this thread, or of the process.
+bool IsLimitSignalWaiting() {
+  sigset_t waiting;
+  EXPECT_EQ(0, ::sigpending(&waiting));
+  return ::sigismember(&waiting, SIGXFSZ) == 1;
+}
+
+void KeepLimitSignalBack(int how) {
+  sigset_t signal;
+  ::sigemptyset(&signal);
+  ::sigaddset(&signal, SIGXFSZ);
+  EXPECT_EQ(0, ::pthread_sigmask(how, &signal, nullptr));
+}
+
+// Writes a line to a file that has no room for it, and then one to a file that has.
+void WriteAtTheLimit() {
+  const TestSupport::TemporaryFolder folder;
+  std::ofstream file(folder.File("log"));
+  StreamLogHandler handler(file);
+  {
+    const LogTests::FileLimit limit(10);
+    handler.HandleLogEntry(Entry(std::string(10000, 'x')));
+    EXPECT_FALSE(file);
+  }
+  file.clear();
+  handler.HandleLogEntry(Entry("kept"));
+  EXPECT_TRUE(file);
+  const std::string text = folder.Read("log");
+  const std::string kept = Line("Warning", "kept\n");
+  EXPECT_EQ(text.size() - kept.size(), text.rfind(kept));
+}
+
+TEST(StreamLogHandler, AFileThatCannotGrowIsAStreamThatFails) {
+  WriteAtTheLimit();
+  EXPECT_FALSE(IsLimitSignalWaiting());
+}
+
+TEST(StreamLogHandler, AFileThatCannotGrowLeavesNoSignalToAHostThatKeepsItBack) {
+  KeepLimitSignalBack(SIG_BLOCK);
+  WriteAtTheLimit();
+  EXPECT_FALSE(IsLimitSignalWaiting());
+  ::pthread_kill(::pthread_self(), SIGXFSZ);
+  WriteAtTheLimit();
+  EXPECT_TRUE(IsLimitSignalWaiting());  // the host's own
+  ::signal(SIGXFSZ, SIG_IGN);
+  KeepLimitSignalBack(SIG_UNBLOCK);
+  ::signal(SIGXFSZ, SIG_DFL);
+}
+
+// Each sees what was raised, not what the markup has made of it.
+TEST(StreamLogHandler, ShowsTheTextOfAnAlertWithItsControlsAndLines) {
+  for (const std::string& text :
+       {std::string("a\x1B[2Jb"), std::string("\x01\x02\x1F"), std::string("nul \0 within", 12),
+        std::string("one\ntwo <&>\nthree"), std::string("tab\tcr\r"), std::string("\vpage\f"),
+        std::string("&control27; &lt;"), std::string(100, 'l') + '\x07'}) {
+    LogicError error(text);
+    std::ostringstream out;
+    StreamLogHandler handler(out);
+    OxaLogEntry entry = Entry(AlertXml::AsText(error, ""), eLOG_ERROR);
+    entry.m_sForm = "xml";
+    handler.HandleLogEntry(entry);
+    EXPECT_EQ(Line("Error", text + '\n'), out.str());
+  }
 }
 
 TEST(StreamLogHandler, LinesOfSeveralThreadsDontMix) {

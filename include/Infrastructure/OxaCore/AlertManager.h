@@ -360,7 +360,8 @@ class OXACORE_API AlertManager : public AlertListener {
   std::unordered_map<std::string, WarningRecord> m_warningRecords;  // by decorated class name
   std::unordered_map<std::string, ErrorRecord> m_errorRecords;      // by decorated class name
   Mutex m_warningsMutex;                                            // guards m_warningRecords
-  Mutex m_errorsMutex;  // guards m_errorRecords, the handlers included
+  Mutex m_errorsMutex;    // guards m_errorRecords, the handlers included
+  Mutex m_basePathMutex;  // guards m_sFatalErrorBasePath; a dying thread reads a copy that needs no lock
   std::string m_sFatalErrorBasePath;
   std::string m_sFatalErrorPath;  // folder of the report in hand
   std::terminate_handler m_previousTerminateHandler;

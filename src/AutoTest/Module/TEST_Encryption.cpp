@@ -46,6 +46,20 @@ void CheckRefusal(Encryptor& encryptor, const Data& start, const Key& key) {
   OXA_TEST_ASSERT(!encryptor.Decrypt(data, key) && data == start);
 }
 
+template <class Data>
+void CheckWrongKey(Encryptor& encryptor, const Data& start) {
+  Data data = start;
+  OXA_TEST_ASSERT(encryptor.Encrypt(data, sKEY));
+  OXA_TEST_ASSERT(encryptor.Decrypt(data, "another key"));  // which is no failure
+  OXA_TEST_ASSERT(data != start && data.size() == start.size());
+}
+
+Bytes StoredPassword() {
+  Bytes stored;
+  OXA_TEST_ASSERT(Platform::ReadRegistryValue(HKEY_CURRENT_USER, sSUB_KEY, sVALUE_NAME, stored) == 0);
+  return stored;
+}
+
 void CheckPassword(Encryptor& encryptor, const std::string& password) {
   OXA_TEST_ASSERT(encryptor.SavePassword(password, sSUB_KEY, sVALUE_NAME, HKEY_CURRENT_USER));
   std::string loaded = "something else";
@@ -69,11 +83,7 @@ void TEST_Encryption::Strings(std::string&) {
   CheckRoundTrip(*encryptor, std::string("\0\xFF\0", 3), std::string(sKEY));
   CheckRefusal(*encryptor, text, std::string());
   CheckRefusal(*encryptor, std::string(), std::string(sKEY));
-
-  std::string other = text;
-  OXA_TEST_ASSERT(encryptor->Encrypt(other, sKEY));
-  OXA_TEST_ASSERT(encryptor->Decrypt(other, "another key"));  // which is no failure
-  OXA_TEST_ASSERT(other != text && other.size() == text.size());
+  CheckWrongKey(*encryptor, text);
 }
 
 // In a registry of the test's own, which goes with it: the user's isn't touched.
@@ -82,7 +92,10 @@ void TEST_Encryption::Password(std::string&) {
   const Platform::RegistryFolder registry(folder.GetName().c_str());
   const boost::shared_ptr<Encryptor> encryptor = Acquire();
   CheckPassword(*encryptor, "s3cret");
+  Bytes cipher = {'s', '3', 'c', 'r', 'e', 't'};
+  OXA_TEST_ASSERT(encryptor->Encrypt(cipher, sSUB_KEY) && StoredPassword() == cipher);
   CheckPassword(*encryptor, "");
+  OXA_TEST_ASSERT(StoredPassword() == Bytes(1, 0));
   std::string password = "untouched";
   OXA_TEST_ASSERT(!encryptor->LoadPassword(password, "Software\\None", sVALUE_NAME, HKEY_CURRENT_USER));
   OXA_TEST_ASSERT(!encryptor->LoadPassword(password, sSUB_KEY, "None", HKEY_CURRENT_USER));
@@ -98,6 +111,8 @@ void TEST_Encryption::ByteVectors(std::string&) {
   CheckRefusal(*encryptor, AllBytes(), Bytes());
   CheckRefusal(*encryptor, AllBytes(), std::string());
   CheckRefusal(*encryptor, Bytes(), AllBytes());
+  CheckRefusal(*encryptor, Bytes(), std::string(sKEY));
+  CheckWrongKey(*encryptor, AllBytes());
 }
 
 void TEST_Encryption::FundamentalTypes(std::string&) {
@@ -107,6 +122,7 @@ void TEST_Encryption::FundamentalTypes(std::string&) {
   CheckRoundTrip(*encryptor, -1234567890123456789LL, std::string(sKEY));
   CheckRefusal(*encryptor, 17UL, std::string());
   CheckRefusal(*encryptor, 17LL, std::string());
+  CheckRefusal(*encryptor, 4294967296UL, std::string(sKEY));  // it has no four bytes
 }
 
 }  // namespace Oxa::Core

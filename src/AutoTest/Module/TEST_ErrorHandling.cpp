@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/PathName.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "AutoTest/Module/AlertTape.h"
@@ -19,6 +20,8 @@ using namespace ModuleTests;
 
 const char* const sLOG_NAME = "Oxa.Core.Test.ErrorHandling";
 const char* const sERROR = "an error of the self-test";
+const char* const sSLICED = "a SlicedError of the self-test";
+const char* const sSLICED_CLASS = "SlicedError";  // also in the warning
 const char* const sWARNING = "a warning of the self-test";
 const char* const sINVALID_PATH = "C:|||junk|||temp\\test";
 
@@ -41,17 +44,53 @@ void Forward(int levels) {
   OXA_FORWARD_ERRORS
 }
 
-void CheckSlicedError() {
+void CheckClone() {
   const AlertTape tape(sERROR);
-  bool sliced = false;
+  boost::shared_ptr<Error> kept;
   try {
-    OXA_RAISE_ERROR(sLOG_NAME, SlicedError(sERROR));
-  } catch (const SlicedError&) {
-    sliced = false;
-  } catch (const Error&) {
-    sliced = true;
+    OXA_RAISE_ERROR(sLOG_NAME, CriticalError(sERROR));
+  } catch (Error& error) {
+    kept = error.Clone();
+    kept->SetData("TestKey", "TestValue");
+    OXA_TEST_ASSERT(error.GetData("TestKey") == "TestValue");  // they share it
   }
-  OXA_TEST_ASSERT(sliced);
+  OXA_TEST_ASSERT(kept && typeid(*kept) == typeid(CriticalError));
+  OXA_TEST_EQUALS(1, static_cast<long>(tape.GetHeard().size()));
+  kept.reset();  // the last that holds the error
+  OXA_TEST_ASSERT(tape.GetHeard().back() == std::string("handled ") + sERROR);
+}
+
+bool IsSlicedOnThrow() {
+  try {
+    OXA_RAISE_ERROR(sLOG_NAME, SlicedError(sSLICED));
+  } catch (const SlicedError&) {
+    return false;
+  } catch (const Error&) {
+    return true;
+  }
+  return false;
+}
+
+// Whether a warning about slicing was told, or the host hears of no more of them.
+bool IsSlicingTold(int told) {
+  const AlertTape tape(sSLICED_CLASS);
+  OXA_RAISE_WARNING(sLOG_NAME, ErrorSlicedOnThrow(sSLICED_CLASS));
+  return told == (tape.GetHeard().empty() ? 0 : 1);
+}
+
+void CheckSlicedError() {
+  Texts heard;
+  {
+    const AlertTape tape(sSLICED_CLASS);
+    OXA_TEST_ASSERT(IsSlicedOnThrow());
+    heard = tape.GetHeard();
+  }
+  const auto warnings = std::stable_partition(
+      heard.begin(), heard.end(), [](const std::string& text) { return text.rfind("warned ", 0) != 0; });
+  const auto told = static_cast<int>(std::distance(warnings, heard.end()));
+  heard.erase(warnings, heard.end());
+  OXA_TEST_ASSERT(heard == (Texts{std::string("raised ") + sSLICED, std::string("handled ") + sSLICED}));
+  OXA_TEST_ASSERT(IsSlicingTold(told));
 }
 
 unsigned long CountRaised() {
@@ -119,6 +158,22 @@ Mutex& TheProcessMutex() {
   static Immortal<Mutex> s_mutex;
   return s_mutex.Get();
 }
+
+// The path of fatal reports, as it was before.
+class KeptBasePath {
+ public:
+  explicit KeptBasePath(AlertManager& manager)
+      : m_manager(manager), m_sPath(manager.GetFatalErrorBasePath()) {}
+  KeptBasePath(const KeptBasePath&) = delete;
+  KeptBasePath& operator=(const KeptBasePath&) = delete;
+  ~KeptBasePath() {
+    if (m_manager.GetFatalErrorBasePath() != m_sPath) m_manager.SetFatalErrorBasePath(m_sPath);
+  }
+
+ private:
+  AlertManager& m_manager;
+  const std::string m_sPath;
+};
 
 void RaiseInPlace() { OXA_RAISE_ERROR_IN_PLACE(sLOG_NAME, HandledError(sERROR)); }
 
@@ -232,19 +287,7 @@ void TEST_ErrorHandling::InPlaceHandling(std::string&) {
 }
 
 void TEST_ErrorHandling::Cloning(std::string&) {
-  const AlertTape tape(sERROR);
-  boost::shared_ptr<Error> kept;
-  try {
-    OXA_RAISE_ERROR(sLOG_NAME, CriticalError(sERROR));
-  } catch (Error& error) {
-    kept = error.Clone();
-    kept->SetData("TestKey", "TestValue");
-    OXA_TEST_ASSERT(error.GetData("TestKey") == "TestValue");  // they share it
-  }
-  OXA_TEST_ASSERT(kept && typeid(*kept) == typeid(CriticalError));
-  OXA_TEST_EQUALS(1, static_cast<long>(tape.GetHeard().size()));
-  kept.reset();  // the last that holds the error
-  OXA_TEST_ASSERT(tape.GetHeard().back() == std::string("handled ") + sERROR);
+  CheckClone();
   CheckSlicedError();
 }
 
@@ -259,10 +302,11 @@ void TEST_ErrorHandling::ParameterizedBase(std::string&) {
   OXA_TEST_ASSERT(classes.find(links) == classes.size() - links.size());
 }
 
-// The path is the host's: it is set to what it is already.
+// The path is the host's: it is set to what it is already, and to that again if it changes.
 void TEST_ErrorHandling::FatalErrorBasePath(std::string&) {
   const Lock lock(TheProcessMutex());
   AlertManager& manager = *AlertManager::Instance();
+  const KeptBasePath kept(manager);
   const std::string validPath = manager.GetFatalErrorBasePath();
   OXA_TEST_ASSERT(!validPath.empty() && std::string("/\\").find(validPath.back()) != std::string::npos);
   const bool canBeSet = PathName(validPath).IsValid();  // at first it is a folder of any name

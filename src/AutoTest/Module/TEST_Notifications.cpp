@@ -3,7 +3,9 @@
 #include <Infrastructure/OxaCore/Error.h>
 #include <Infrastructure/OxaCore/Notifications.h>
 
+#include <algorithm>
 #include <boost/scoped_ptr.hpp>
+#include <stdexcept>
 
 #include "AutoTest/Module/AlertTape.h"
 #include "AutoTest/Module/TestMethods.h"
@@ -14,6 +16,7 @@ namespace {
 
 const char* const sLOG_NAME = "Oxa.Core.Test.Notifications";
 const char* const sLISTENER_ERROR = "a listener of the self-test throws";
+const char* const sUNKNOWN_ERROR = "Unknown Error";
 const char* const sPROBE = "the self-test asks whether this warning is told";
 
 // Counts what it hears.
@@ -63,13 +66,35 @@ class Leaver : public Counter {
   Source& m_source;
 };
 
-// Throws instead of counting.
+// Sends all away when it hears.
+class Closer : public Counter {
+ public:
+  explicit Closer(Source& source) : m_source(source) {}
+
+  void Heard() override {
+    Counter::Heard();
+    m_source.RemoveAllListeners();
+  }
+
+ private:
+  Source& m_source;
+};
+
+// Throws instead of counting: an error of the library's, any other exception, or what is none.
 class Thrower : public Counter {
  public:
+  enum EWhat { eERROR, eEXCEPTION, eTEXT };
+
+  explicit Thrower(EWhat what) : m_eWhat(what) {}
+
   void Heard() override {
-    OXA_RAISE_ERROR(sLOG_NAME, LogicError(sLISTENER_ERROR));
-    Counter::Heard();
+    if (m_eWhat == eERROR) OXA_RAISE_ERROR(sLOG_NAME, LogicError(sLISTENER_ERROR));
+    if (m_eWhat == eEXCEPTION) throw std::runtime_error(sLISTENER_ERROR);
+    throw sLISTENER_ERROR;
   }
+
+ private:
+  const EWhat m_eWhat;
 };
 
 // A listener of another kind.
@@ -105,12 +130,33 @@ void CheckDyingListener() {
   first.Tell();
 }
 
-int CountWarnings(const AlertTape& tape) {
-  int count = 0;
-  for (const std::string& heard : tape.GetHeard()) {
-    if (heard.rfind("warned Listener threw error during notification: ", 0) == 0) ++count;
+void CheckThreeSources() {
+  Counter counter;
+  for (int count = 1; count <= 3; ++count) {
+    Source source;
+    source.AddListener(counter);
   }
-  return count;
+  OXA_TEST_EQUALS(3, counter.m_iSourcesRemoved);
+}
+
+// Those who are sent away while they are told still hear of that one.
+void CheckRemovalOfOthers() {
+  Source source;
+  Closer closer(source);
+  Counter after;
+  source.AddListener(closer);
+  source.AddListener(after);
+  source.Tell();
+  source.Tell();
+  OXA_TEST_EQUALS(1, closer.m_iHeard);
+  OXA_TEST_EQUALS(1, after.m_iHeard);
+  OXA_TEST_ASSERT(!source.HasListeners());
+}
+
+int CountWarnings(const AlertTape& tape, const std::string& what) {
+  const auto& heard = tape.GetHeard();
+  return static_cast<int>(
+      std::count(heard.begin(), heard.end(), "warned Listener threw error during notification: " + what));
 }
 
 // Whether the host has set a limit to this class of warnings, and it is used up.
@@ -118,6 +164,27 @@ bool AreWarningsSilenced() {
   const AlertTape tape(sPROBE);
   OXA_RAISE_WARNING(sLOG_NAME, ListenerErrorOnNotification(sPROBE));
   return tape.GetHeard().empty();
+}
+
+// The others hear, and the broadcaster gets a warning.
+void CheckThrower(Thrower::EWhat thrown, const char* told) {
+  Source source;
+  Counter before;
+  Thrower thrower(thrown);
+  Counter after;
+  source.AddListener(before);
+  source.AddListener(thrower);
+  source.AddListener(after);
+  int warnings = 0;
+  {
+    const AlertTape tape(told);
+    source.Tell();
+    warnings = CountWarnings(tape, told);
+  }
+  OXA_TEST_EQUALS(1, before.m_iHeard);
+  OXA_TEST_EQUALS(0, thrower.m_iHeard);
+  OXA_TEST_EQUALS(1, after.m_iHeard);
+  OXA_TEST_ASSERT(warnings == 1 || (warnings == 0 && AreWarningsSilenced()));
 }
 
 }  // namespace
@@ -142,6 +209,7 @@ void TEST_Notifications::Basics(std::string&) {
   source.RemoveAllListeners();
   OXA_TEST_EQUALS(1, counter.m_iSourcesRemoved);
   CheckTwoSources();
+  CheckThreeSources();
   CheckDyingListener();
 }
 
@@ -161,26 +229,13 @@ void TEST_Notifications::RemoveOnNotification(std::string&) {
   source.AddListener(leaver);
   source.Tell();
   OXA_TEST_EQUALS(2, leaver.m_iHeard);
+  CheckRemovalOfOthers();
 }
 
 void TEST_Notifications::ErrorOnNotification(std::string&) {
-  Source source;
-  Counter before;
-  Thrower thrower;
-  Counter after;
-  source.AddListener(before);
-  source.AddListener(thrower);
-  source.AddListener(after);
-  int warnings = 0;
-  {
-    const AlertTape tape(sLISTENER_ERROR);
-    source.Tell();
-    warnings = CountWarnings(tape);
-  }
-  OXA_TEST_EQUALS(1, before.m_iHeard);
-  OXA_TEST_EQUALS(0, thrower.m_iHeard);
-  OXA_TEST_EQUALS(1, after.m_iHeard);
-  OXA_TEST_ASSERT(warnings == 1 || (warnings == 0 && AreWarningsSilenced()));
+  CheckThrower(Thrower::eERROR, sLISTENER_ERROR);
+  CheckThrower(Thrower::eEXCEPTION, sLISTENER_ERROR);
+  CheckThrower(Thrower::eTEXT, sUNKNOWN_ERROR);
 }
 
 }  // namespace Oxa::Core

@@ -1,6 +1,8 @@
 #include <Infrastructure/OxaCore/ModuleTestSuite.h>
 #include <Infrastructure/OxaCore/ReadersWriterMutex.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <numeric>
 
@@ -20,6 +22,7 @@ constexpr int iREADERS = 6;
 constexpr int iWRITERS = 2;
 constexpr std::size_t uBUFFER_SIZE = 1 << 20;
 constexpr int iLEVELS = 3;
+constexpr unsigned int uLEAST_ROUNDS = 2;  // of each thread at the buffer
 
 enum EForm { eWAIT, eTIMED, eTRY };
 
@@ -120,6 +123,8 @@ class Announcement : public Test {
 // A buffer that only ever changes as a whole.
 class Buffer {
  public:
+  unsigned int GetChecksum() const { return m_uChecksum; }
+
   void Update(unsigned int seed) {
     const WriterLock lock(m_rwMutex);
     OXA_TEST_ASSERT_MSG(++m_iInside == 1, "somebody else is at the buffer that is being updated");
@@ -145,6 +150,26 @@ class Buffer {
   unsigned int m_uChecksum = Checksum();
   std::atomic<int> m_iInside{0};
 };
+
+// Reads and writes for so long; whoever is at it has to come to the buffer, more than once.
+void CheckBuffer(const Elapse& length) {
+  Buffer buffer;
+  const unsigned int untouched = buffer.GetChecksum();
+  std::array<unsigned int, iREADERS + iWRITERS> rounds{};
+  const Span span(length);
+  TestThreads threads(iREADERS + iWRITERS, [&](int thread) {
+    unsigned int& round = rounds[static_cast<std::size_t>(thread)];
+    for (; !span.IsOver(); ++round) {
+      thread < iWRITERS ? buffer.Update(round * iWRITERS + static_cast<unsigned int>(thread))
+                        : buffer.Verify();
+    }
+  });
+  threads.Join();
+  OXA_TEST_ASSERT_MSG(*std::min_element(rounds.begin(), rounds.end()) >= uLEAST_ROUNDS,
+                      "a thread hardly came to read or write");
+  OXA_TEST_ASSERT_MSG(buffer.GetChecksum() != untouched, "nothing was written");
+  buffer.Verify();
+}
 
 // --- Deadlocks that aren't
 
@@ -223,15 +248,7 @@ void TEST_OxaRWMutex::MultipleThreads(std::string& text) {
   Test::CustomNotification notification(announcement);
   Broadcast(notification);
   text = sANNOUNCEMENT;
-  Buffer buffer;
-  const Time end(Elapse(2, Elapse::Minutes));
-  TestThreads threads(iREADERS + iWRITERS, [&](int thread) {
-    for (unsigned int round = 0; end.TimeLeft() > Elapse(0); ++round) {
-      thread < iWRITERS ? buffer.Update(round * iWRITERS + static_cast<unsigned int>(thread))
-                        : buffer.Verify();
-    }
-  });
-  threads.Join();
+  CheckBuffer(Elapse(2, Elapse::Minutes));
 }
 
 void TEST_OxaRWMutex::Deadlock(std::string&) {

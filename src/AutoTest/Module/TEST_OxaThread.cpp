@@ -3,8 +3,10 @@
 #include <Infrastructure/OxaCore/ThreadPool.h>
 
 #include <functional>
+#include <list>
 #include <set>
 
+#include "AutoTest/Module/EndOfThread.h"
 #include "AutoTest/Module/Patience.h"
 #include "AutoTest/Module/RaisedMessage.h"
 #include "AutoTest/Module/TestMethods.h"
@@ -55,13 +57,10 @@ int Fail(TaskDirective&) {
 class Running {
  public:
   Running(const std::string& name, const Work& work) : Running(Thread::Create(name), work) {}
-  Running(const SharedThread& thread, const Work& work) : m_spThread(thread) {
+  Running(const SharedThread& thread, const Work& work) : m_spThread(thread), m_end(thread) {
     OXA_TEST_ASSERT(m_spThread->Start(MakeTask(work)));
     OXA_TEST_ASSERT(m_spThread->TimedWaitForState(iBEGUN, Patience()));
   }
-  Running(const Running&) = delete;
-  Running& operator=(const Running&) = delete;
-  ~Running() { m_spThread->Stop(Patience()); }
 
   Thread* operator->() const { return m_spThread.get(); }
   const SharedThread& Get() const { return m_spThread; }
@@ -70,13 +69,15 @@ class Running {
   void Await() const { OXA_TEST_ASSERT(m_spThread->TimedWaitForState(iENDED, Patience())); }
 
  private:
-  SharedThread m_spThread;
+  const SharedThread m_spThread;
+  const EndOfThread m_end;
 };
 
 // --- Threads
 
 void CheckStartAndStop() {
   const SharedThread thread = Thread::Create("Start And Stop");
+  const EndOfThread end(thread);
   const SharedTask task = MakeTask(WaitForStop);
   OXA_TEST_ASSERT(thread->IsState(Thread::eTHREAD_IDLE) && !thread->HasBegun());
   for (int round = 0; round < 2; ++round) {
@@ -191,15 +192,27 @@ class Recorder : public Thread::Listener {
   std::string m_sHeard;
 };
 
+// A listener of a thread as long as it lives.
+class Hearing {
+ public:
+  Hearing(const SharedThread& thread, Thread::Listener& listener) : m_spThread(thread), m_listener(listener) {
+    m_spThread->AddListener(m_listener);
+  }
+  Hearing(const Hearing&) = delete;
+  Hearing& operator=(const Hearing&) = delete;
+  ~Hearing() { m_spThread->RemoveListener(m_listener); }
+
+ private:
+  const SharedThread m_spThread;
+  Thread::Listener& m_listener;
+};
+
 std::string HeardOf(const std::string& name, const Work& work) {
   Recorder recorder;
   const SharedThread thread = Thread::Create(name);
-  thread->AddListener(recorder);
-  {
-    const Running running(thread, work);
-    running.Await();
-  }
-  thread->RemoveListener(recorder);
+  const Hearing hearing(thread, recorder);
+  const Running running(thread, work);
+  running.Await();
   return recorder.GetHeard();
 }
 
@@ -282,12 +295,14 @@ void CheckManyBeginnings() {
   constexpr int iCOUNT = 4;
   std::atomic<int> begun{0};
   std::vector<SharedThread> threads;
+  std::list<EndOfThread> ends;
   const SharedTask task = MakeTask([&begun](TaskDirective& directive) {
     ++begun;
     return WaitForStop(directive);
   });
   for (int i = 0; i < iCOUNT; ++i) {
     threads.push_back(Thread::Create("Startup"));
+    ends.emplace_back(threads.back());
     OXA_TEST_ASSERT(threads.back()->Start(task, Patience()));
   }
   OXA_TEST_ASSERT(Becomes([&] { return begun == iCOUNT; }));
@@ -368,10 +383,12 @@ void TEST_OxaThread::LifetimeManagement(std::string&) {
     weak = thread;
     OXA_TEST_ASSERT(thread->Start(MakeTask(WaitForStop), Patience()));
   }
-  SharedThread again = weak.lock();
-  OXA_TEST_ASSERT(again && again->IsRunning());
-  OXA_TEST_ASSERT(again->Stop(Patience()));
-  again.reset();
+  {
+    const SharedThread again = weak.lock();
+    OXA_TEST_ASSERT(again && again->IsRunning());
+    const EndOfThread end(again);
+    OXA_TEST_ASSERT(again->Stop(Patience()));
+  }
   OXA_TEST_ASSERT(Becomes([&weak] { return weak.expired(); }));
 }
 
@@ -401,7 +418,9 @@ void TEST_OxaThread::KillThread(std::string&) {
   const boost::shared_ptr<std::atomic<bool>> begun(new std::atomic<bool>(false));
   const Running victim("Kill Thread", [begun](TaskDirective&) -> int {
     *begun = true;
-    while (true) OxaSleep(1, Elapse::MilliSeconds, false);
+    const Span span(Patience() + Patience());  // if nobody kills it
+    while (!span.IsOver()) OxaSleep(1, Elapse::MilliSeconds, false);
+    return iNOT_STOPPED;
   });
   OXA_TEST_ASSERT(Becomes([&begun] { return begun->load(); }));
   OXA_TEST_ASSERT(!victim->Stop(Moment()));

@@ -3,11 +3,13 @@
 #include <Infrastructure/OxaCore/ProcessMutex.h>
 
 #include <atomic>
+#include <random>
 
 #include "AutoTest/Module/AlertTape.h"
 #include "AutoTest/Module/HelperProcess.h"
 #include "AutoTest/Module/Patience.h"
 #include "AutoTest/Module/RaisedMessage.h"
+#include "Platform/Clock.h"
 #include "Platform/Machine.h"
 #include "Platform/NamedLock.h"
 
@@ -22,6 +24,14 @@ constexpr char sPROBE[] = "TestProcessMutex that a self-test only speaks of";
 constexpr int iFREE = 0;
 constexpr int iTAKEN = 1;
 
+// A text that no other process has, also where containers share their locks, and each has a process of that id.
+const std::string& OwnMark() {
+  static const std::string s_sMark = std::to_string(Platform::ProcessId()) + '/' +
+                                     std::to_string(Platform::NowTicks()) + '/' +
+                                     std::to_string(std::random_device()());
+  return s_sMark;
+}
+
 // A mutex of this run alone: others may test at the same time. Nothing of it stays on the machine.
 class OwnProcessMutex : public ProcessMutex {
  public:
@@ -31,7 +41,7 @@ class OwnProcessMutex : public ProcessMutex {
  private:
   static std::string NextName(const std::string& name) {
     static std::atomic<unsigned> s_uNames{0};
-    return name + '/' + std::to_string(Platform::ProcessId()) + '/' + std::to_string(++s_uNames);
+    return name + '/' + OwnMark() + '/' + std::to_string(++s_uNames);
   }
 };
 

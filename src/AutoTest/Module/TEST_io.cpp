@@ -6,13 +6,16 @@
 #include <Infrastructure/OxaCore/io/DataStreams.h>
 #include <Infrastructure/OxaCore/io/IOErrors.h>
 
+#include <atomic>
 #include <boost/make_shared.hpp>
 
+#include "AutoTest/Module/Patience.h"
 #include "AutoTest/Module/RaisedMessage.h"
 #include "AutoTest/Module/StreamValues.h"
 #include "AutoTest/Module/TEST_XML.h"
 #include "AutoTest/Module/TestFolder.h"
 #include "AutoTest/Module/TestMethods.h"
+#include "AutoTest/Module/TestThreads.h"
 
 namespace Oxa::Core {
 
@@ -233,6 +236,54 @@ void CheckLocksOfAChain(const std::string& name) {
   OXA_TEST_ASSERT(locks.size() == 1);
 }
 
+// Writes its name down when it is to drop what it holds.
+class NamedFilter : public BinaryInputStreamFilter {
+ public:
+  NamedFilter(BinaryInputStream& source, char name, std::string& dropped)
+      : BinaryInputStreamFilter(source), m_cName(name), m_sDropped(dropped) {}
+
+ protected:
+  void DoBufferedInputInvalidation() override { m_sDropped += m_cName; }
+
+ private:
+  const char m_cName;
+  std::string& m_sDropped;
+};
+
+// The furthest from the source is served first.
+void CheckOrderOfAChain(const std::string& name) {
+  File file(name, File::READ_MODE, File::eOPEN_IF_EXISTS);
+  std::string dropped;
+  NamedFilter low(file, 'l', dropped);
+  NamedFilter middle(low, 'm', dropped);
+  const NamedFilter high(middle, 'h', dropped);
+  file.SetInputPos(0, File::eFROM_BEGIN);
+  OXA_TEST_ASSERT(dropped == "hml");
+  LockSet locks;
+  low.InvalidateAllBufferedInput(locks);
+  OXA_TEST_ASSERT(dropped == "hmlhm");
+}
+
+// Nobody else reads through a filter before its lock is given back.
+void CheckLockUntilGivenBack(const std::string& name) {
+  File file(name, File::READ_MODE, File::eOPEN_IF_EXISTS);
+  BufferedBinaryInputStream buffered(file, 10);
+  LockSet locks;
+  file.InvalidateAllBufferedInput(locks);
+  std::atomic<bool> begun{false};
+  std::atomic<int> byte{-1};
+  TestThreads reader(1, [&](int) {
+    begun = true;
+    byte = buffered.Read();
+  });
+  const bool hasBegun = Becomes([&] { return begun.load(); });
+  OxaSleep(20, Elapse::MilliSeconds, false);
+  const int early = byte;
+  locks.clear();  // whatever was seen, so that the thread can end
+  reader.Join();
+  OXA_TEST_ASSERT(hasBegun && early == -1 && byte == static_cast<unsigned char>(sTEXT[0]));
+}
+
 // What can't be flushed any more is a warning, and no reason to stay open.
 void CheckClosingAfterAFailure(const std::string& name) {
   File file(name, File::WRITE_MODE, File::eCREATE_ALWAYS);
@@ -336,6 +387,9 @@ void TEST_io::Chain(std::string&) {
   out.Close();
   OXA_TEST_ASSERT(!file.IsOpen());
   CheckLocksOfAChain(folder.File(sFILE));
+  const std::string name = folder.MakeFile("text", sTEXT);
+  CheckOrderOfAChain(name);
+  CheckLockUntilGivenBack(name);
   CheckClosingAfterAFailure(folder.File("other"));
 }
 

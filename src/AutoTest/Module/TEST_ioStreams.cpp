@@ -35,7 +35,10 @@ void CheckEmptyPipe() {
   pipe.Write('x');
   OXA_TEST_ASSERT(pipe.Read(buffer, 10) == 1 && buffer[0] == 'x');
   pipe.SetReadTimeout(Moment());
+  const Span leastWait(Elapse(10, Elapse::MilliSeconds));
+  const Span patience(Patience());
   OXA_TEST_ASSERT(MessageOf<IOTimeout>([&] { pipe.Read(); }) == Timeout("Read", "1 byte"));
+  OXA_TEST_ASSERT(leastWait.IsOver() && !patience.IsOver());
   OXA_TEST_ASSERT(MessageOf<IOTimeout>([&] { pipe.Read(buffer, 10); }) == Timeout("Read", "10 bytes"));
   OXA_TEST_ASSERT(MessageOf<IOTimeout>([&] { pipe.Skip(3); }) == Timeout("Skip", "3 bytes"));
 }
@@ -110,7 +113,9 @@ void CheckWaitingWriter() {
   BinaryPipe pipe(iPIPE_SIZE, Patience(), Patience());
   WaitingWriter writer(pipe);
   OXA_TEST_ASSERT(Becomes([&] { return pipe.AvailableBytes() == iPIPE_SIZE; }));
+  const Span patience(Elapse(9, Elapse::Seconds));  // less than it gives writers that don't come out
   pipe.Close();
+  OXA_TEST_ASSERT(!patience.IsOver());
   OXA_TEST_ASSERT(writer.Join());
   char buffer[iPIPE_SIZE];
   OXA_TEST_ASSERT(pipe.Read(buffer, iPIPE_SIZE) == iPIPE_SIZE && buffer[iPIPE_SIZE - 1] == 'w');
@@ -184,6 +189,29 @@ void CheckDestroyedEncoder() {
   OXA_TEST_ASSERT(text.str() == "TWFuTW==");
 }
 
+// A sink that counts what reaches it.
+class CountingSink : public BinaryOutputStream {
+ public:
+  using BinaryOutputStream::Write;
+  void Write(unsigned char) override { ++m_iBytes; }
+  void Flush() override { ++m_iFlushes; }
+
+  int m_iBytes = 0;
+  int m_iFlushes = 0;
+};
+
+void CheckIdleFlush() {
+  CountingSink sink;
+  Base64EncoderStream encoder(sink, false, 0, "");
+  encoder.Flush();
+  encoder.Write("Man", 3);
+  encoder.Flush();
+  OXA_TEST_ASSERT(sink.m_iFlushes == 0 && sink.m_iBytes == 4);
+  encoder.Write("M", 1);
+  encoder.Flush();
+  OXA_TEST_ASSERT(sink.m_iFlushes == 1 && sink.m_iBytes == 8);
+}
+
 std::string AllBytes() {
   std::string bytes;
   for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
@@ -243,6 +271,7 @@ void TEST_io::Base64Streams(std::string&) {
   CheckEncoder();
   CheckDecoder();
   CheckDestroyedEncoder();
+  CheckIdleFlush();
   OXA_TEST_ASSERT(Decode(Encode(AllBytes())) == AllBytes());
   OXA_TEST_ASSERT(Decode(Encode(AllBytes(), true, 76)) == AllBytes());
 }

@@ -53,6 +53,10 @@ int Open(Provider& provider) noexcept {
   return ENOSYS;
 }
 
+void Tell(const char* what, unsigned long number) noexcept {
+  if (s_troubles.m_pAsked != nullptr) s_troubles.m_pAsked(what, number);
+}
+
 Provider& Of(HCRYPTPROV provider) noexcept { return *reinterpret_cast<Provider*>(provider); }
 
 }  // namespace
@@ -66,9 +70,10 @@ void SetProviderTroubles(const ProviderTroubles& troubles) noexcept { s_troubles
 // Every container exists: the keys that one would hold are used by nothing here, so that none is kept.
 int AcquireProvider(const char*, const char* name, unsigned long type, bool makeContainer,
                     HCRYPTPROV& provider) noexcept {
+  Tell(makeContainer ? "new" : "open", type);
   if (strcmp(name, g_pDEFAULT_PROVIDER) != 0) return ENOENT;
   if (type != ulPROV_RSA_FULL) return EPROTOTYPE;
-  if (makeContainer) return EEXIST;
+  if (makeContainer != s_troubles.m_bContainersMissing) return makeContainer ? EEXIST : ENOENT;
   const HoldKill alive;
   auto* const opened = new (std::nothrow) Provider;
   if (opened == nullptr) return ENOMEM;
@@ -87,9 +92,15 @@ void ReleaseProvider(HCRYPTPROV provider) noexcept {
   delete &Of(provider);
 }
 
-int FindProviderKey(HCRYPTPROV, EKeyUse use) noexcept { return s_troubles.m_iFind[static_cast<int>(use)]; }
+int FindProviderKey(HCRYPTPROV, EKeyUse use) noexcept {
+  Tell("find", static_cast<unsigned long>(use));
+  return s_troubles.m_iFind[static_cast<int>(use)];
+}
 
-int MakeProviderKey(HCRYPTPROV, EKeyUse use) noexcept { return s_troubles.m_iMake[static_cast<int>(use)]; }
+int MakeProviderKey(HCRYPTPROV, EKeyUse use) noexcept {
+  Tell("make", static_cast<unsigned long>(use));
+  return s_troubles.m_iMake[static_cast<int>(use)];
+}
 
 Md5Digest Md5(HCRYPTPROV provider, const void* data, std::size_t size) noexcept {
   static_assert(std::tuple_size_v<Md5Digest> == MD5_DIGEST_SIZE);

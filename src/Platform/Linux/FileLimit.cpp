@@ -18,10 +18,14 @@ sigset_t LimitSignal() noexcept {
   return set;
 }
 
+bool IsPending() noexcept {
+  sigset_t pending;
+  return sigpending(&pending) == 0 && sigismember(&pending, SIGXFSZ) == 1;
+}
+
 // Takes away what writes beyond the limit have left waiting on this thread.
 void DropPending(const sigset_t& signal) noexcept {
-  sigset_t pending;
-  if (sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 1) return;
+  if (!IsPending()) return;
   const timespec now = {0, 0};
   while (sigtimedwait(&signal, nullptr, &now) < 0 && errno == EINTR) {
   }
@@ -41,16 +45,17 @@ FileLimitGuard::FileLimitGuard() noexcept : m_bOutermost(!HasThreadFlag(EThreadF
   const sigset_t signal = LimitSignal();
   sigset_t before;
   m_bBlocked = pthread_sigmask(SIG_BLOCK, &signal, &before) == 0 && sigismember(&before, SIGXFSZ) == 0;
+  m_bWaited = !m_bBlocked && IsPending();
 }
 
 FileLimitGuard::~FileLimitGuard() {
   if (!m_bOutermost) return;
   SetThreadFlag(EThreadFlag::eGUARDS_FILE_LIMIT, false);
-  if (!m_bBlocked) return;
+  if (m_bWaited) return;
   const int code = errno;
   const sigset_t signal = LimitSignal();
   DropPending(signal);
-  pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
+  if (m_bBlocked) pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
   errno = code;
 }
 

@@ -14,7 +14,6 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Faults.h"
-#include "Platform/Files.h"
 #include "Platform/Kill.h"
 #include "Platform/Linux/JournalSocket.h"
 #include "Platform/Linux/OpenFile.h"
@@ -62,23 +61,11 @@ int Send(int socket, const iovec& data, void* control, std::size_t controlSize, 
   return sent < 0 ? errno : 0;
 }
 
-int WriteAll(int file, const char* data, std::size_t size) noexcept {
-  const FileLimitGuard guard;
-  while (size > 0) {
-    const ssize_t written = write(file, data, size);
-    if (written < 0 && errno != EINTR) return errno;
-    if (written <= 0) continue;
-    data += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return 0;
-}
-
 // What is too large for a message goes in a file in memory that is handed over, and that nobody can change any more.
 int SendFile(int socket, const iovec& data, long long end) noexcept {
   const OpenFile file(memfd_create("oxacore-journal", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!file.IsOpen()) return errno;
-  const int code = WriteAll(file.Get(), static_cast<const char*>(data.iov_base), data.iov_len);
+  const int code = file.WriteAll(data.iov_base, data.iov_len);
   if (code != 0) return code;
   if (fcntl(file.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) != 0)
     return errno;

@@ -1,9 +1,12 @@
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "Platform/Faults.h"
 #include "Platform/Files.h"
@@ -57,9 +60,21 @@ bool IsFolder(const char* name) noexcept {
   return Status(name, status) == 0 && status.m_bDirectory;
 }
 
+// Whether the system takes a name of that length, and of such parts: one that it doesn't take would be noticed only
+// when the folders above are made.
+bool IsTooLong(const std::string& path) noexcept {
+  if (path.size() >= PATH_MAX) return true;
+  for (std::size_t begin = 1, end = 0; end != std::string::npos; begin = end + 1) {
+    end = path.find('/', begin);
+    if (std::min(end, path.size()) - begin > NAME_MAX) return true;
+  }
+  return false;
+}
+
 // Makes a folder that nobody else looks into, and what is missing above it.
 int MakeFolders(std::string& path) {
   if (IsFolder(path.c_str())) return 0;
+  if (IsTooLong(path)) return ENAMETOOLONG;
   for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
     const bool last = end == std::string::npos;
     if (!last) path[end] = 0;
@@ -71,21 +86,13 @@ int MakeFolders(std::string& path) {
   }
 }
 
-int WriteAll(int file, const std::vector<unsigned char>& bytes) noexcept {
-  const FileLimitGuard guard;
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-    if (written < 0 && errno != EINTR) return errno;
-    if (written > 0) done += static_cast<std::size_t>(written);
-  }
-  return fsync(file) == 0 ? 0 : errno;
-}
-
 // `unfinished` is what mkostemp wants, and becomes the name of the file.
 int WriteUnfinished(std::string& unfinished, const std::vector<unsigned char>& bytes) noexcept {
   const OpenFile file(mkostemp(unfinished.data(), O_CLOEXEC));
-  return file.IsOpen() ? WriteAll(file.Get(), bytes) : errno;
+  if (!file.IsOpen()) return errno;
+  const int code = file.WriteAll(bytes.data(), bytes.size());
+  if (code != 0) return code;
+  return fsync(file.Get()) == 0 ? 0 : errno;
 }
 
 // For plain files only: others may have no end.

@@ -23,11 +23,21 @@ namespace {
 
 constexpr rlim_t uLIMIT = 1000;
 
-// For the rest of the process: every test case is one of its own.
-void LimitFiles() {
-  const rlimit limit = {uLIMIT, RLIM_INFINITY};
-  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
-}
+// Files can't grow beyond that for as long as it stands.
+class LimitFiles {
+ public:
+  LimitFiles() {
+    EXPECT_EQ(0, getrlimit(RLIMIT_FSIZE, &m_before));
+    const rlimit limit = {uLIMIT, m_before.rlim_max};
+    EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+  }
+  LimitFiles(const LimitFiles&) = delete;
+  LimitFiles& operator=(const LimitFiles&) = delete;
+  ~LimitFiles() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+ private:
+  rlimit m_before = {};
+};
 
 bool IsBlocked(int signal) {
   sigset_t set;
@@ -164,7 +174,7 @@ TEST(FilesLinux, TheFullPathOfACurrentFolderThatIsGoneFails) {
 
 TEST(FilesLinux, AWriteBeyondTheLimitIsShortAndThenFails) {
   const TemporaryFolder folder;
-  LimitFiles();
+  const LimitFiles limited;
   FileHandle handle = Appending(folder.File("file"));
   const std::string text(uLIMIT - 1, 'x');
   std::size_t written = 0;
@@ -184,7 +194,7 @@ TEST(FilesLinux, AGuardIsNeededWhereThereIsALimitAndNoGuard) {
   rlimit limit;
   ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &limit));
   EXPECT_EQ(limit.rlim_cur != RLIM_INFINITY, Platform::FileLimitGuard::IsNeeded());
-  LimitFiles();
+  const LimitFiles limited;
   EXPECT_TRUE(Platform::FileLimitGuard::IsNeeded());
   const Platform::FileLimitGuard guard;
   EXPECT_FALSE(Platform::FileLimitGuard::IsNeeded());
@@ -196,7 +206,7 @@ TEST(FilesLinux, ALimitThatComesWhileAFileIsOpenCountsAtOnce) {
   std::size_t written = 0;
   const std::string text(uLIMIT, 'x');
   EXPECT_EQ(0, handle.Write(text.data(), text.size(), written));
-  LimitFiles();
+  const LimitFiles limited;
   EXPECT_EQ(EFBIG, handle.Write("1", 1, written));
   EXPECT_EQ(0u, written);
 }
@@ -204,7 +214,7 @@ TEST(FilesLinux, ALimitThatComesWhileAFileIsOpenCountsAtOnce) {
 TEST(FilesLinux, RoomBeyondTheLimitIsRefused) {
   const TemporaryFolder folder;
   FileHandle handle = Appending(folder.File("file"));
-  LimitFiles();
+  const LimitFiles limited;
   EXPECT_EQ(0, handle.Reserve(uLIMIT));
   EXPECT_EQ(EFBIG, handle.Reserve(uLIMIT + 1));
   EXPECT_EQ(0u, std::filesystem::file_size(folder.File("file")));
@@ -214,7 +224,7 @@ TEST(FilesLinux, RoomBeyondTheLimitIsRefused) {
 TEST(FilesLinux, ACopyBeyondTheLimitIsRemoved) {
   const TemporaryFolder folder;
   const std::string from = folder.Write("from", std::string(uLIMIT * 2, 'x'));
-  LimitFiles();
+  const LimitFiles limited;
   EXPECT_EQ(EFBIG, Platform::CopyFile(from.c_str(), folder.File("to").c_str()));
   EXPECT_FALSE(std::filesystem::exists(folder.File("to")));
   EXPECT_FALSE(IsPending(SIGXFSZ));
@@ -234,12 +244,25 @@ TEST(FilesLinux, GuardsAreNestedAndBelongToTheirThread) {
 }
 
 TEST(FilesLinux, AGuardLeavesTheSignalBlockedForAThreadThatHadIt) {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGXFSZ);
-  ASSERT_EQ(0, pthread_sigmask(SIG_BLOCK, &set, nullptr));
-  { const Platform::FileLimitGuard guard; }
-  EXPECT_TRUE(IsBlocked(SIGXFSZ));
+  std::thread([] {  // so that it ends with what it has blocked
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGXFSZ);
+    ASSERT_EQ(0, pthread_sigmask(SIG_BLOCK, &set, nullptr));
+    {
+      const Platform::FileLimitGuard guard;
+      pthread_kill(pthread_self(), SIGXFSZ);
+    }
+    EXPECT_TRUE(IsBlocked(SIGXFSZ));
+    EXPECT_FALSE(IsPending(SIGXFSZ));
+    pthread_kill(pthread_self(), SIGXFSZ);
+    {
+      const Platform::FileLimitGuard guard;
+      pthread_kill(pthread_self(), SIGXFSZ);
+    }
+    EXPECT_TRUE(IsPending(SIGXFSZ));  // as before
+  })
+      .join();
 }
 
 // --- Cancellation
