@@ -1,8 +1,12 @@
 // The three suites that the library's own tree doesn't hold: runs of them.
+#include <Infrastructure/OxaCore/ProcessMutex.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <list>
 #include <string>
 #include <thread>
 #include <vector>
@@ -72,6 +76,48 @@ TEST(FurtherSuites, TheDictionarysPassesAgainAndAgain) {
 TEST(FurtherSuites, TheThreadsPasses) {
   EXPECT_EQ(Texts(), RunNew<TEST_OxaThread>());
   EXPECT_EQ(std::vector<std::string>(), LocksOfThisProcess());
+}
+
+// Locks that a process of the same id in another container may have, as long as this lives.
+class LocksOfANamesake {
+ public:
+  LocksOfANamesake() : m_thread([this] { Hold(); }) {
+    while (!m_bHeld) std::this_thread::yield();
+  }
+  LocksOfANamesake(const LocksOfANamesake&) = delete;
+  LocksOfANamesake& operator=(const LocksOfANamesake&) = delete;
+  ~LocksOfANamesake() {
+    m_bOver = true;
+    m_thread.join();
+    for (const std::string& name : LocksOfThisProcess()) std::filesystem::remove("/dev/shm/" + name);
+  }
+
+ private:
+  void Hold() {
+    std::list<Oxa::Core::ProcessMutex> mutexes;
+    std::list<Oxa::Core::Lock> locks;
+    for (int number = 1; number <= 20; ++number) {
+      mutexes.emplace_back("TestProcessMutex/" + std::to_string(::getpid()) + '/' + std::to_string(number));
+      locks.emplace_back(mutexes.back());
+    }
+    m_bHeld = true;
+    while (!m_bOver) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+
+  std::atomic<bool> m_bHeld{false};
+  std::atomic<bool> m_bOver{false};
+  std::thread m_thread;  // last: it uses the others
+};
+
+TEST(FurtherSuites, LocksOfANamesakeAreNotInTheWay) {
+  const LocksOfANamesake locks;
+  TEST_OxaThread suite;
+  for (const auto& test : ChildrenOf(suite))
+    test->Enable(test->GetName() == "Named Cross Process Mutex Test");
+  std::vector<Result> results;
+  suite.RunTest(results);
+  EXPECT_EQ(1U, results.size());
+  EXPECT_EQ(Texts(), Failures(results));
 }
 
 TEST(FurtherSuites, PassOnTwoThreadsAtOnce) {
