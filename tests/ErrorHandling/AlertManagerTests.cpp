@@ -138,7 +138,10 @@ TEST(AlertManager, ListenerThatRaisesAtEveryErrorIsHalted) {
 TEST(AlertManager, UncaughtFatalErrorsAreToldToEveryAlertListener) {
   class Deaf : public AlertListener {
    public:
-    Deaf() { m_severityMask = 0; }
+    Deaf() {
+      m_severityMask = 0;
+      m_dataFilter["Message"].insert("another");
+    }
     void UncaughtFatalError(Error& error, const std::string& path) override {
       m_sHeard = error.what() + path;
     }

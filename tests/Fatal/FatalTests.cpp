@@ -17,6 +17,7 @@
 
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -275,6 +276,9 @@ TEST(Fatal, EntriesOfTheHostComeAheadOfTheError) {
   Die(folder, {"error", "info=Serial:17", "info=Site:a <b>", "info=Serial:18"});
   const std::string report = ReadFile(RecordsIn(folder) + "ErrorInfo.xml");
   EXPECT_TRUE(IsWellFormed(report)) << report;
+  EXPECT_THAT(report, AnyOf(StartsWith(sPROLOG + std::string("<Serial>")),
+                            StartsWith(sPROLOG + std::string("<Site>"))))
+      << "nothing is around them";
   const auto serial = report.find("<Serial>18</Serial>");
   const auto site = report.find("<Site>a &lt;b&gt;</Site>");
   EXPECT_LT(serial, report.find("<Error>"));

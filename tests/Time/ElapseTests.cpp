@@ -67,6 +67,9 @@ TEST(Elapse, InexactNanosecondsAreCorrectedUpward) {
   EXPECT_EQ(1, Ticks(100, Elapse::NanoSeconds));
   EXPECT_EQ(2, Ticks(101, Elapse::NanoSeconds));
   EXPECT_EQ(0, Ticks(0, Elapse::NanoSeconds));
+  EXPECT_EQ(1, Ticks(-50, Elapse::NanoSeconds));
+  EXPECT_EQ(-1, Ticks(-100, Elapse::NanoSeconds));
+  EXPECT_EQ(0, Ticks(-150, Elapse::NanoSeconds));
 }
 
 TEST(Elapse, AlsoBelowZero) {

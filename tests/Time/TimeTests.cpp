@@ -366,6 +366,7 @@ TEST(TimePlatform, Conversion) {
 TEST(TimePlatform, SecondsAreScaledBeforeTheyAreAssigned) {
   const long long ticks = ConvertTimerTicksToCurrentPlatform(86400, Time::ePlatformTimeSeconds);
   EXPECT_EQ(Time(1, 1, 1970, Elapse(1, Elapse::Days)), Time(ticks, Time::ePlatformTimeSeconds));
+  EXPECT_EQ(Time(86400LL), Time(86400, Time::ePlatformTimeSeconds)) << "ticks, where nobody scaled them";
 }
 
 TEST(SystemText, KnownAndUnknownCodes) {

@@ -230,7 +230,8 @@ TEST(StandardUnits, WhatIsPeculiarAboutDimensions) {
   EXPECT_TRUE(DimensionsOf("Arb") == DimensionsOf("Meter"));
   EXPECT_EQ(1.0, units.FindUnit("Arb")->GetConversionFactor());
   EXPECT_TRUE(DimensionsOf("Newton per Arb") == DimensionsOf("Newton per meter"));
-  EXPECT_TRUE(DimensionsOf("Steradian") == Dimensions(0, 0, 0, 0, 0, 0, 0, 1));
+  EXPECT_TRUE(DimensionsOf("Radian") == Dimensions(0, 0, 0, 0, 0, 0, 0, 1));
+  EXPECT_TRUE(DimensionsOf("Steradian") == DimensionsOf("Radian"));
   EXPECT_TRUE(DimensionsOf("Kilogram per Cubic Meter") == Dimensions(0, 1, -3));
   EXPECT_TRUE(DimensionsOf("Henry") == Dimensions(2, 2, -2, -2));
   EXPECT_TRUE(DimensionsOf("Electronvolt") == DimensionsOf("Joule"));

@@ -46,6 +46,7 @@ TEST(UnitizedValueSum, ConvertsTheRightValueAndKeepsTheLeftUnit) {
 
 TEST(UnitizedValueSum, OfTemperaturesGoesThroughKelvin) {
   ExpectValue(20 + ((50 + 459.67) / 1.8 - 273.15), "Celsius", Value(20, "Celsius") + Value(50, "Fahrenheit"));
+  EXPECT_NEAR(2.8, (Value(20, "Celsius") + Value(1, "Fahrenheit")).GetValue(), 0.03);
   ExpectValue(20 + 300.0, "Celsius", Value(20, "Celsius") + Value(300, "Kelvin"));
   ExpectValue(20 + (30 + 273.15), "Kelvin", Value(20, "Kelvin") + Value(30, "Celsius"));
 }
@@ -104,6 +105,9 @@ TEST(UnitizedValueProduct, ComesInTheUnitNearestFromAbove) {
   ExpectValue(6.000000255605818, "Square Mile", Value(2, "Mile") * Value(3, "Mile"));
   ExpectValue(6.0, "Square Kilometer", Value(2, "Kilometer") * Value(3, "Kilometer"));
   ExpectValue(6.0, "Square Nanometer", Value(2, "Nanometer") * Value(3, "Nanometer"));
+  const Value way = Value(60, "Mile per Hour") * Value(90, "Second");
+  EXPECT_EQ("Foot", way.GetUnits()->GetName());
+  EXPECT_NEAR(7920.0, way.GetValue(), 1e-6);
   // 0.001 a square meter: from above it is the square meter.
   ExpectValue(6000.0, "Square Meter", Value(2, "Kilometer") * Value(3, "Meter"));
 }

@@ -7,7 +7,7 @@ import re
 import sys
 import textwrap
 
-MOST_LINES = 60
+FEWEST_LINES, MOST_LINES = 20, 60
 BLOCK = re.compile(r"^ *```cpp\n(.*?)^ *```\n", re.M | re.S)
 UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
 FENCE = re.compile(r"^```.*?^```$", re.M | re.S)
@@ -38,8 +38,8 @@ def program_offences(root, pages):
     for program, name in sorted(programs.items(), key=lambda item: item[1]):
         if name not in shown:
             yield "examples/%s: no page shows it" % name
-        if program.count("\n") > MOST_LINES:
-            yield "examples/%s: more than %d lines" % (name, MOST_LINES)
+        if not FEWEST_LINES <= program.count("\n") <= MOST_LINES:
+            yield "examples/%s: not of %d to %d lines" % (name, FEWEST_LINES, MOST_LINES)
 
 
 def anchors(text):
