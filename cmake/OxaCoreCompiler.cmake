@@ -42,12 +42,6 @@ if(OXACORE_SANITIZE MATCHES "undefined")
   list(APPEND OXACORE_TEST_OPTIONS -fno-sanitize=null,alignment,object-size,vptr)
 endif()
 
-if(OXACORE_COVERAGE)
-  # Threads count together.
-  add_compile_options(--coverage -fprofile-update=atomic)
-  add_link_options(--coverage)
-endif()
-
 # The warnings of our own build, as errors; a host that adds this project as a folder keeps its own.
 add_library(OxaCoreWarnings INTERFACE)
 if(PROJECT_IS_TOP_LEVEL)
