@@ -263,7 +263,7 @@ class CountingSemaphore {
 
  private:
   explicit CountingSemaphore(std::uint32_t initial) noexcept : m_llBalance(initial) {}
-  int PostToWaiters(std::uint32_t amount) noexcept;
+  int PostSlowly(std::uint32_t amount) noexcept;
   void HandOut(std::uint32_t count) noexcept;
   WaitResult WaitInLine(Deadline deadline) noexcept;
   bool TryTakeHandedOut() noexcept;
@@ -278,6 +278,25 @@ class CountingSemaphore {
   std::atomic<std::uint64_t> m_ullHandedOut{0};
   SpinBudget m_spinBudget;
 };
+
+// Nobody may see a balance that is taken back again: a refused post must leave no trace.
+inline int CountingSemaphore::Post(std::uint32_t amount) noexcept {
+  std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
+  while (before >= 0 && before + amount <= iMAXIMUM)
+    if (m_llBalance.compare_exchange_weak(before, before + amount, std::memory_order_release,
+                                          std::memory_order_relaxed))
+      return 0;
+  return PostSlowly(amount);
+}
+
+inline bool CountingSemaphore::TryTake() noexcept {
+  std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
+  while (balance > 0)
+    if (m_llBalance.compare_exchange_weak(balance, balance - 1, std::memory_order_acquire,
+                                          std::memory_order_relaxed))
+      return true;
+  return false;
+}
 
 }  // namespace Oxa::Core::Platform
 

@@ -21,6 +21,7 @@ void Semaphore::Post(unsigned int amount) {
 }
 
 void Semaphore::Wait() {
+  if (m_hSemaphore != nullptr && m_hSemaphore->TryTake()) return;
   Succeeded(WaitBy(Platform::Deadline::Never()), g_semaphoreWaitTexts, OXA_CODE_SITE);
 }
 

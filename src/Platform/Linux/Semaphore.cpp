@@ -32,20 +32,8 @@ CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) n
 
 void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete semaphore; }
 
-// Nobody may see a balance that is taken back again: a refused post must leave no trace.
-int CountingSemaphore::Post(std::uint32_t amount) noexcept {
-  std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
-  while (before >= 0) {
-    if (before + amount > iMAXIMUM) return EOVERFLOW;
-    if (m_llBalance.compare_exchange_weak(before, before + amount, std::memory_order_release,
-                                          std::memory_order_relaxed))
-      return 0;
-  }
-  return PostToWaiters(amount);
-}
-
 // A kill between the two steps would leave waiters behind that are paid for and never woken.
-[[gnu::noinline]] int CountingSemaphore::PostToWaiters(std::uint32_t amount) noexcept {
+[[gnu::noinline]] int CountingSemaphore::PostSlowly(std::uint32_t amount) noexcept {
   const HoldKill hold;
   std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
   do {
@@ -60,15 +48,6 @@ void CountingSemaphore::HandOut(std::uint32_t count) noexcept {
   const void* const word = LowerHalf(m_ullHandedOut);
   if (m_ullHandedOut.fetch_add(count, std::memory_order_release) >= uSLEEPER)
     FutexWake(word, static_cast<int>(count));
-}
-
-bool CountingSemaphore::TryTake() noexcept {
-  std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
-  while (balance > 0)
-    if (m_llBalance.compare_exchange_weak(balance, balance - 1, std::memory_order_acquire,
-                                          std::memory_order_relaxed))
-      return true;
-  return false;
 }
 
 bool CountingSemaphore::TryTakeHandedOut() noexcept {
