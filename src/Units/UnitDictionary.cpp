@@ -1,10 +1,13 @@
 #include <Infrastructure/OxaCore/UnitDictionary.h>
 
+#include <Infrastructure/OxaCore/Memory.h>
 #include <Infrastructure/OxaCore/StringTools.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
+#include <unordered_map>
 #include <utility>
 
 #include "Units/UnitDictionaryErrors.h"
@@ -76,19 +79,79 @@ class Registration {
   std::vector<std::vector<std::string>*> m_places;  // what was added to, and is taken back unless it is kept
 };
 
+/// Units of the same dimensions by ascending factor, each factor once.
+using Scale = std::vector<std::pair<double, boost::shared_ptr<UnitDescriptor>>>;
+
+void RemoveFrom(Scale& scale, double factor) {
+  const auto place = FirstFrom(scale, factor);
+  if (place != scale.end() && IsSame(factor, place->first)) scale.erase(place);
+}
+
+/// What one text stands for.
+struct Name {
+  boost::shared_ptr<UnitDescriptor> m_spUnit;  ///< the unit with this main name, or null
+  std::vector<std::string>
+      m_mains;  ///< as an alternate: the main names it leads to, in order of registration
+};
+
+struct DimensionsHash {
+  std::size_t operator()(const Dimensions& dimensions) const noexcept {
+    // Exponents are small: a byte of each tells nearly all dimensions apart.
+    std::size_t hash = 0;
+    for (int i = 0; i < Dimensions::sCOUNT; ++i) {
+      hash = hash << 8 | (static_cast<std::size_t>(dimensions[static_cast<EDimension>(i)]) & 0xFF);
+    }
+    return hash;
+  }
+};
+
 }  // namespace
 
 UnitDictionary::XAlternateNameCollision::XAlternateNameCollision(const std::string& name)
     : ErrorClass(AlertMessage(sCOLLISION, name)) {}
 UnitDictionary::XAlternateNameCollision::~XAlternateNameCollision() = default;
 
-UnitDictionary::UnitDictionary(bool aRegisterDefaults) {
+struct UnitDictionary::Units {
+  const UnitDescriptor* FindMain(const std::string& name) const {
+    const auto found = m_names.find(name);
+    return found != m_names.end() ? found->second.m_spUnit.get() : nullptr;
+  }
+
+  Scale& ScaleWithRoom(const Dimensions& dimensions) {
+    Scale& scale = m_byDimensions[dimensions];
+    if (scale.size() == scale.capacity()) scale.reserve(2 * scale.size() + 1);
+    return scale;
+  }
+
+  void RemoveFromScale(const Dimensions& dimensions, double factor) {
+    const auto found = m_byDimensions.find(dimensions);
+    if (found != m_byDimensions.end()) RemoveFrom(found->second, factor);
+  }
+
+  void RemoveName(const std::string& main) {
+    for (auto entry = m_names.begin(); entry != m_names.end();) {
+      Name& name = entry->second;
+      if (entry->first == main) name.m_spUnit.reset();
+      name.m_mains.erase(std::remove(name.m_mains.begin(), name.m_mains.end(), main), name.m_mains.end());
+      entry = name.m_spUnit || !name.m_mains.empty() ? std::next(entry) : m_names.erase(entry);
+    }
+  }
+
+  std::unordered_map<std::string, Name> m_names;
+  std::unordered_map<Dimensions, Scale, DimensionsHash> m_byDimensions;
+};
+
+UnitDictionary::UnitDictionary(Late) noexcept : m_pUnits(nullptr) {}
+
+// The destructor frees the units if a registration raises: the object is whole by then.
+UnitDictionary::UnitDictionary(bool aRegisterDefaults) : UnitDictionary(Late()) {
+  m_pUnits.store(new Units, std::memory_order_relaxed);
   registerBaseUnits();
   if (aRegisterDefaults) RegisterDefaultUnits();
 }
 
-UnitDictionary::UnitDictionary(const UnitDictionary&) = default;
-UnitDictionary::~UnitDictionary() = default;
+UnitDictionary::UnitDictionary(const UnitDictionary& other) : m_pUnits(new Units(other.units())) {}
+UnitDictionary::~UnitDictionary() { delete m_pUnits.load(std::memory_order_relaxed); }
 
 UnitDictionary& UnitDictionary::operator=(const UnitDictionary& other) {
   takeUnits(UnitDictionary(other));
@@ -100,8 +163,8 @@ bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::strin
   if (!aUnit) return false;
   AppendOwnNames(*aUnit, aPluralSuffix, aAlternateNames);
   // What needs memory comes first, so that a unit is added whole or not at all.
-  boost::shared_ptr<UnitDescriptor>& unit = m_names[aUnit->GetName()].m_spUnit;
-  Scale& scale = scaleWithRoom(aUnit->GetDimensions());
+  boost::shared_ptr<UnitDescriptor>& unit = units().m_names[aUnit->GetName()].m_spUnit;
+  Scale& scale = units().ScaleWithRoom(aUnit->GetDimensions());
   RegisterAlternateNames(aUnit->GetName(), std::move(aAlternateNames));
   AddTo(scale, aUnit);
   if (unit) return false;
@@ -112,8 +175,9 @@ bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::strin
 void UnitDictionary::RegisterAlternateNames(const std::string& aName,
                                             std::vector<std::string> aAlternateNames) {
   if (aName.empty()) return;
+  auto& names = units().m_names;
   Registration registration(aAlternateNames.size());
-  for (const std::string& name : aAlternateNames) registration.Add(m_names[name].m_mains, aName);
+  for (const std::string& name : aAlternateNames) registration.Add(names[name].m_mains, aName);
   registration.Keep();
 }
 
@@ -124,8 +188,9 @@ boost::shared_ptr<UnitDescriptor> UnitDictionary::LookupUnit(
 
 const UnitDescriptor* UnitDictionary::FindUnit(const std::string& aName,
                                                const UnitDescriptor* aExample) const {
-  const auto found = m_names.find(aName);
-  if (found == m_names.end()) return nullptr;
+  const Units& all = units();
+  const auto found = all.m_names.find(aName);
+  if (found == all.m_names.end()) return nullptr;
   const Name& name = found->second;
   if (name.m_spUnit) return IfItAgrees(name.m_spUnit.get(), aExample);
   if (name.m_mains.size() > 1 && aExample == nullptr) {
@@ -133,7 +198,7 @@ const UnitDescriptor* UnitDictionary::FindUnit(const std::string& aName,
     return nullptr;
   }
   for (const std::string& main : name.m_mains) {
-    if (const UnitDescriptor* const unit = IfItAgrees(findMain(main), aExample)) return unit;
+    if (const UnitDescriptor* const unit = IfItAgrees(all.FindMain(main), aExample)) return unit;
   }
   return nullptr;
 }
@@ -145,19 +210,21 @@ boost::shared_ptr<UnitDescriptor> UnitDictionary::LookupDimensionallyEquivalentU
 
 const UnitDescriptor* UnitDictionary::FindDimensionallyEquivalentUnit(const Dimensions& aDimensions,
                                                                       double aFactor) const {
-  const auto found = m_byDimensions.find(aDimensions);
-  if (found == m_byDimensions.end() || found->second.empty()) return nullptr;
+  const auto& scales = units().m_byDimensions;
+  const auto found = scales.find(aDimensions);
+  if (found == scales.end() || found->second.empty()) return nullptr;
   const Scale& scale = found->second;
   const auto from = FirstFrom(scale, aFactor);
   return (from != scale.end() ? *from : scale.back()).second.get();
 }
 
 bool UnitDictionary::IsUnitDefined(const std::string& aName) const {
-  const auto found = m_names.find(aName);
-  if (found == m_names.end()) return false;
+  const Units& all = units();
+  const auto found = all.m_names.find(aName);
+  if (found == all.m_names.end()) return false;
   const Name& name = found->second;
   return name.m_spUnit || std::any_of(name.m_mains.begin(), name.m_mains.end(),
-                                      [this](const std::string& main) { return findMain(main) != nullptr; });
+                                      [&all](const auto& main) { return all.FindMain(main) != nullptr; });
 }
 
 bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {
@@ -166,54 +233,36 @@ bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {
 
 void UnitDictionary::RemoveUnit(const UnitDescriptor& aUnit) {
   const std::string name = aUnit.GetName();  // NOLINT: `aUnit` may be the very unit that goes here
-  removeFromScale(aUnit.GetDimensions(), aUnit.GetConversionFactor());
-  removeName(name);
+  units().RemoveFromScale(aUnit.GetDimensions(), aUnit.GetConversionFactor());
+  units().RemoveName(name);
 }
 
 void UnitDictionary::RemoveUnit(const std::string& aName) { RemoveUnit(UnitDescriptor(aName)); }
 
 void UnitDictionary::RemoveAllUnits() { takeUnits(UnitDictionary(false)); }
 
-std::size_t UnitDictionary::DimensionsHash::operator()(const Dimensions& dimensions) const noexcept {
-  // Exponents are small: a byte of each tells nearly all dimensions apart.
-  std::size_t hash = 0;
-  for (int i = 0; i < Dimensions::sCOUNT; ++i) {
-    hash = hash << 8 | (static_cast<std::size_t>(dimensions[static_cast<EDimension>(i)]) & 0xFF);
-  }
-  return hash;
+const UnitDictionary::Units& UnitDictionary::units() const {
+  const Units* const all = m_pUnits.load(std::memory_order_acquire);
+  return all != nullptr ? *all : registerLateUnits();
 }
 
-const UnitDescriptor* UnitDictionary::findMain(const std::string& name) const {
-  const auto found = m_names.find(name);
-  return found != m_names.end() ? found->second.m_spUnit.get() : nullptr;
+UnitDictionary::Units& UnitDictionary::units() {
+  Units* const all = m_pUnits.load(std::memory_order_acquire);
+  return all != nullptr ? *all : registerLateUnits();
+}
+
+// Without a lock, so that a thread may be killed here: of several that come at once, one gives its units to all.
+UnitDictionary::Units& UnitDictionary::registerLateUnits() const {
+  const Memory::MemoryLeakDetection unmarked(1);
+  UnitDictionary made;
+  Units* current = nullptr;
+  if (!m_pUnits.compare_exchange_strong(current, &made.units(), std::memory_order_acq_rel)) return *current;
+  return *made.m_pUnits.exchange(nullptr, std::memory_order_relaxed);
 }
 
 void UnitDictionary::takeUnits(UnitDictionary&& other) noexcept {
-  m_names.swap(other.m_names);
-  m_byDimensions.swap(other.m_byDimensions);
-}
-
-UnitDictionary::Scale& UnitDictionary::scaleWithRoom(const Dimensions& dimensions) {
-  Scale& scale = m_byDimensions[dimensions];
-  if (scale.size() == scale.capacity()) scale.reserve(2 * scale.size() + 1);
-  return scale;
-}
-
-void UnitDictionary::removeFromScale(const Dimensions& dimensions, double factor) {
-  const auto found = m_byDimensions.find(dimensions);
-  if (found == m_byDimensions.end()) return;
-  Scale& scale = found->second;
-  const auto place = FirstFrom(scale, factor);
-  if (place != scale.end() && IsSame(factor, place->first)) scale.erase(place);
-}
-
-void UnitDictionary::removeName(const std::string& main) {
-  for (auto entry = m_names.begin(); entry != m_names.end();) {
-    Name& name = entry->second;
-    if (entry->first == main) name.m_spUnit.reset();
-    name.m_mains.erase(std::remove(name.m_mains.begin(), name.m_mains.end(), main), name.m_mains.end());
-    entry = name.m_spUnit || !name.m_mains.empty() ? std::next(entry) : m_names.erase(entry);
-  }
+  other.m_pUnits.store(m_pUnits.exchange(other.m_pUnits.load(std::memory_order_relaxed)),
+                       std::memory_order_relaxed);
 }
 
 }  // namespace Oxa::Core

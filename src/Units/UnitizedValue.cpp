@@ -75,8 +75,10 @@ bool ConvertUnits(double& number, const UnitDescriptor& from, const UnitDescript
   return true;
 }
 
+// A process that never looks at a unit isn't to pay for all of them.
 UnitizedValueBase::Initializer::Initializer() {
-  sm_spGlobalDictionary = Memory::GlobalAllocator<UnitDictionary>().GetPtr();
+  const Memory::MemoryLeakDetection unmarked(1);
+  sm_spGlobalDictionary.reset(new UnitDictionary(UnitDictionary::Late()));
 }
 
 Value::XNoUnitConversion::XNoUnitConversion(const std::string& from, const std::string& to)

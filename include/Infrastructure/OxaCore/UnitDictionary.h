@@ -17,11 +17,9 @@
 #include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/UnitDescriptor.h>
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
-#include <cstddef>
 #include <string>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace Oxa::Core {
@@ -145,30 +143,21 @@ class OXACORE_API UnitDictionary {
   void registerTheRestOfUnits(bool aAllKnown);
 
  private:
-  /// What one text stands for.
-  struct Name {
-    boost::shared_ptr<UnitDescriptor> m_spUnit;  ///< the unit with this main name, or null
-    std::vector<std::string>
-        m_mains;  ///< as an alternate: the main names it leads to, in order of registration
-  };
+  struct Units;
+  struct Late {};
 
-  struct DimensionsHash {
-    std::size_t operator()(const Dimensions& dimensions) const noexcept;
-  };
+  /// The default units, which are registered when somebody first looks.
+  explicit UnitDictionary(Late) noexcept;
 
-  /// Units of the same dimensions by ascending factor, each factor once.
-  using Scale = std::vector<std::pair<double, boost::shared_ptr<UnitDescriptor>>>;
-
-  const UnitDescriptor* findMain(const std::string& name) const;
+  const Units& units() const;
+  Units& units();
+  Units& registerLateUnits() const;
   void takeUnits(UnitDictionary&& other) noexcept;
-  Scale& scaleWithRoom(const Dimensions& dimensions);
-  void removeFromScale(const Dimensions& dimensions, double factor);
-  void removeName(const std::string& main);
   void registerUnits(bool aAllKnown);
 
-  std::unordered_map<std::string, Name> m_names;
-  std::unordered_map<Dimensions, Scale, DimensionsHash> m_byDimensions;
+  mutable std::atomic<Units*> m_pUnits;  ///< owned; null until the default units are registered late
 
+  friend class UnitizedValueBase;
   friend void ReleaseStandardUnits();
 
   static boost::shared_ptr<UnitDictionary>& sm_spStandardUnits;

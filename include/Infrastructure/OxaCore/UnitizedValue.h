@@ -48,8 +48,10 @@ class OXACORE_API UnitizedValueBase {
     Initializer();
   };
 
-  /// The global dictionary, with the default units. A host that changes it does so before other threads use
-  /// quantities; without one every name is unknown.
+  /// The global dictionary, with the default units. It exists from the load on and registers its units when it is
+  /// first used, by whichever thread; without the memory for them that use raises what the constructor of
+  /// UnitDictionary raises, and the next one tries again. A host that puts another dictionary here does so before
+  /// other threads use quantities; without one every name is unknown.
   static boost::shared_ptr<UnitDictionary>& sm_spGlobalDictionary;
 
  private:
