@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <new>
 
+#include "Log/QuickPrint.h"
+
 namespace Oxa::Core {
 
 FormatOnce::FormatOnce(const char* format, std::va_list args) : m_pFormat(format) { va_copy(m_args, args); }
@@ -34,8 +36,11 @@ const char* FormatOnce::ExpandBeyond(std::size_t length) noexcept {
   return Print(m_longBuffer.get(), size) < 0 ? nullptr : m_longBuffer.get();
 }
 
-// A list of arguments can be walked once only: each trial walks a copy.
+// A list of arguments can be walked once only: each trial walks a copy. Most of what a plain message cost its caller
+// was the C library's work on its numbers.
 int FormatOnce::Print(char* buffer, std::size_t size) noexcept {
+  const int quick = QuickPrint(buffer, size, m_pFormat, m_args);
+  if (quick != iNOT_QUICK) return quick;
   std::va_list args;
   va_copy(args, m_args);  // NOLINT(clang-analyzer-valist.Uninitialized): copied by the constructor
   const int length = std::vsnprintf(buffer, size, m_pFormat, args);

@@ -31,6 +31,9 @@ int OperatingSystemName(std::string& name) noexcept;
 /// Processors that the system can use now; at least 1.
 unsigned long NumberOfProcessors() noexcept;
 
+/// Whether printf writes numbers on the calling thread as it does in the "C" locale, and rounds to the nearest.
+bool NumbersArePlain() noexcept;
+
 /// The system's text for one of its error codes, without a line end. False for a code that the system doesn't
 /// know, and `text` is then untouched.
 bool SystemErrorText(int code, std::string& text) noexcept;

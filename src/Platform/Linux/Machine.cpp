@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <langinfo.h>
 #include <limits.h>
 #include <pthread.h>
 #include <string.h>
@@ -9,6 +10,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cfenv>
 
 #include "Platform/Linux/Distribution.h"
 #include "Platform/Linux/ProcFile.h"
@@ -86,6 +88,11 @@ int OperatingSystemName(std::string& name) noexcept {
 unsigned long NumberOfProcessors() noexcept {
   const long online = sysconf(_SC_NPROCESSORS_ONLN);
   return online > 0 ? static_cast<unsigned long>(online) : 1;
+}
+
+bool NumbersArePlain() noexcept {
+  const char* const point = nl_langinfo(RADIXCHAR);
+  return point[0] == '.' && point[1] == 0 && std::fegetround() == FE_TONEAREST;
 }
 
 bool SystemErrorText(int code, std::string& text) noexcept {
