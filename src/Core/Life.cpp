@@ -12,6 +12,7 @@
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
+#include "ErrorHandling/ContextTexts.h"
 #include "ErrorHandling/FatalErrorEnd.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
@@ -125,6 +126,7 @@ void UnloadRoutine() {
   if (!GoesByFatalError()) TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   ForgetPlaceTables();
+  ForgetContextTexts();
   MSWindows::DebugHelpLife::End();
   if (ManagedGlobals* const globals = LibraryGlobals()) globals->DestroyAll();
   if (Platform::IsBeingUnmapped()) DestroyParkedThread();

@@ -4,6 +4,7 @@
 
 #include <ostream>
 
+#include "ErrorHandling/ContextTexts.h"
 #include "XML/PrettyPrintFormatter.h"
 #include "XML/TextOutput.h"
 
@@ -46,13 +47,25 @@ class WriterTarget {
 // A text in the layout of the pretty printer. No tag takes attributes late here, so that none is held back.
 class TextTarget {
  public:
-  explicit TextTarget(std::string& text) : m_out(text) {}
+  explicit TextTarget(std::string& text) : m_rText(text), m_out(text) {}
 
   void Begin(const std::string& name) { m_layout.PutStartTag(m_out, name, XMLWriter::sEMPTY_MAP, false); }
   void Tag(const std::string& name, const std::string& content) { Put(name, XMLWriter::sEMPTY_MAP, content); }
   void Variable(const std::string& name, const std::string& value) { Put(sVARIABLE, NameOf(name), value); }
   void End(const std::string& name) { m_layout.PutEndTag(m_out, name); }
   void Flush() { m_out.Flush(); }
+
+  /// Whole lines that WrittenFrom gave at a place like this one.
+  void PutLines(const std::string& lines) { m_layout.PutLines(m_out, lines); }
+  /// How much is written.
+  std::size_t Written() {
+    m_out.Flush();
+    return m_rText.size();
+  }
+  std::string WrittenFrom(std::size_t begin) {
+    m_out.Flush();
+    return m_rText.substr(begin);
+  }
 
  private:
   void Put(const std::string& name, const XMLAttributeMap<std::string>& attributes,
@@ -63,6 +76,7 @@ class TextTarget {
     m_layout.PutEndTag(m_out, name);
   }
 
+  std::string& m_rText;
   PrettyPrintFormatter m_layout;
   TextOutput m_out;
 };
@@ -70,6 +84,22 @@ class TextTarget {
 template <class Target>
 void PutTable(Target& target, const AlertData& table) {
   for (const auto& [key, value] : table) target.Tag(key, value);
+}
+
+// Tables of contexts come again and again. One with variables behind it is written anew: what is kept isn't to keep
+// those.
+template <class Target>
+void PutContextTable(Target& target, const CodeContext& context) {
+  PutTable(target, context.GetContextInfo());
+}
+
+void PutContextTable(TextTarget& target, const CodeContext& context) {
+  const AlertData& table = context.GetContextInfo();
+  if (table.empty() || context.HasVariableInfo()) return PutTable(target, table);
+  if (const auto known = FindContextText(context)) return target.PutLines(known->m_sTags);
+  const std::size_t begin = target.Written();
+  PutTable(target, table);
+  KeepContextText(context, target.WrittenFrom(begin));
 }
 
 template <class Target>
@@ -85,7 +115,7 @@ void PutStack(Target& target, const char* name, const boost::shared_ptr<std::vec
   target.Begin(name);
   for (const CodeContext& context : *stack) {
     target.Begin(sCONTEXT);
-    PutTable(target, context.GetContextInfo());
+    PutContextTable(target, context);
     if (context.HasVariableInfo()) PutVariables(target, context.GetVariables());
     target.End(sCONTEXT);
   }

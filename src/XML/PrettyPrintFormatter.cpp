@@ -1,5 +1,7 @@
 #include "XML/PrettyPrintFormatter.h"
 
+#include <algorithm>
+
 #include "StringTools/Characters.h"
 #include "XML/Escape.h"
 #include "XML/FormatterParts.h"
@@ -186,6 +188,12 @@ void PrettyPrintFormatter::PutEndTag(TextOutput& out, const String& name) {
   }
   Core::PutEndTag(out, name);
   EndLine(out);
+  m_uColumn = 0;
+}
+
+void PrettyPrintFormatter::PutLines(TextOutput& out, const String& lines) {
+  out << lines;
+  m_uLine += static_cast<std::uint64_t>(std::count(lines.begin(), lines.end(), '\n'));
   m_uColumn = 0;
 }
 

@@ -98,6 +98,25 @@ TEST(AlertXmlText, IsWhatTheWriterWritesOfAnyAlert) {
   }
 }
 
+// The tables of contexts are kept from one text to the next: the same ones, others in their slots, and again.
+TEST(AlertXmlText, IsTheSameHoweverOftenItsPlacesHaveBeenTold) {
+  Texts texts(8);
+  std::vector<CodeContext> places;
+  while (places.size() < 200) {
+    for (const CodeContext& place : texts.Places()) places.push_back(place);
+  }
+  for (int alerts = 0; alerts < 2000; ++alerts) {
+    Stack calls;
+    Stack unwinds;
+    for (int i = 0; i < 6; ++i) {
+      calls.push_back(places[static_cast<std::size_t>(texts.Below(alerts < 1000 ? 20 : 200))]);
+      unwinds.push_back(places[static_cast<std::size_t>(texts.Below(20))]);
+    }
+    NamedAlert alert(texts.Name(), texts.Table(3), calls, unwinds);
+    ASSERT_EQ(ByWriter(alert, "Told"), AlertXml::AsText(alert, "Told")) << alerts;
+  }
+}
+
 TEST(AlertXmlText, IsWhatTheWriterWritesOfAnErrorThatWasForwarded) {
   try {
     Descend(3);
