@@ -56,7 +56,7 @@ class TextTarget {
   void Flush() { m_out.Flush(); }
 
   /// Whole lines that WrittenFrom gave at a place like this one.
-  void PutLines(const std::string& lines) { m_layout.PutLines(m_out, lines); }
+  void PutLines(const ContextText& known) { m_layout.PutLines(m_out, known.m_sTags, known.m_uLines); }
   /// How much is written.
   std::size_t Written() {
     m_out.Flush();
@@ -96,7 +96,7 @@ void PutContextTable(Target& target, const CodeContext& context) {
 void PutContextTable(TextTarget& target, const CodeContext& context) {
   const AlertData& table = context.GetContextInfo();
   if (table.empty() || context.HasVariableInfo()) return PutTable(target, table);
-  if (const auto known = FindContextText(context)) return target.PutLines(known->m_sTags);
+  if (const auto known = FindContextText(context)) return target.PutLines(*known);
   const std::size_t begin = target.Written();
   PutTable(target, table);
   KeepContextText(context, target.WrittenFrom(begin));

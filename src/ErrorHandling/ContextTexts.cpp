@@ -1,8 +1,9 @@
 #include "ErrorHandling/ContextTexts.h"
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
-#include <cstdint>
 #include <new>
+#include <utility>
 
 #include "Platform/Threads.h"
 
@@ -49,6 +50,11 @@ Slot& SlotOf(const AlertData& table) {
 }
 
 }  // namespace
+
+ContextText::ContextText(const CodeContext& context, std::string tags)
+    : m_context(context),
+      m_sTags(std::move(tags)),
+      m_uLines(static_cast<std::uint64_t>(std::count(m_sTags.begin(), m_sTags.end(), '\n'))) {}
 
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) noexcept {
   const AlertData& table = context.GetContextInfo();

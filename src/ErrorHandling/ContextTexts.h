@@ -7,17 +7,18 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 
 #include <boost/shared_ptr.hpp>
+#include <cstdint>
 #include <string>
-#include <utility>
 
 namespace Oxa::Core {
 
 /// The tags of the table of `context`, which has to have one, and no variables.
 struct ContextText {
-  ContextText(const CodeContext& context, std::string tags) : m_context(context), m_sTags(std::move(tags)) {}
+  ContextText(const CodeContext& context, std::string tags);
 
   const CodeContext m_context;  // which keeps the table, so that no other one comes to its address
   const std::string m_sTags;
+  const std::uint64_t m_uLines;  // the line ends in them
 };
 
 /// What was kept for the table that `context` shares, or null. Any thread, also in a forked child; waits for nobody.

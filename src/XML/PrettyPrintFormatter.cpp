@@ -1,7 +1,5 @@
 #include "XML/PrettyPrintFormatter.h"
 
-#include <algorithm>
-
 #include "StringTools/Characters.h"
 #include "XML/Escape.h"
 #include "XML/FormatterParts.h"
@@ -191,9 +189,9 @@ void PrettyPrintFormatter::PutEndTag(TextOutput& out, const String& name) {
   m_uColumn = 0;
 }
 
-void PrettyPrintFormatter::PutLines(TextOutput& out, const String& lines) {
+void PrettyPrintFormatter::PutLines(TextOutput& out, const String& lines, std::uint64_t count) {
   out << lines;
-  m_uLine += static_cast<std::uint64_t>(std::count(lines.begin(), lines.end(), '\n'));
+  m_uLine += count;
   m_uColumn = 0;
 }
 

@@ -47,8 +47,9 @@ class PrettyPrintFormatter : public XMLFormatter {
   void PutStartTag(TextOutput& out, const String& name, const Attributes& attributes, bool emptyTag);
   void PutText(TextOutput& out, const String& text);
   void PutEndTag(TextOutput& out, const String& name);
-  /// Elements that were laid out behind a start tag of this level, from the end of its line to that of their last one.
-  void PutLines(TextOutput& out, const String& lines);
+  /// Elements that were laid out behind a start tag of this level, from the end of its line to that of their last one,
+  /// with `count` line ends.
+  void PutLines(TextOutput& out, const String& lines, std::uint64_t count);
 
   /// The blanks of one step of indentation.
   virtual String GetIndent() const;
