@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "Platform/Threads.h"
+#include "ErrorHandling/KeptSlot.h"
 
 namespace Oxa::Core {
 
@@ -15,33 +15,8 @@ using KeptText = boost::shared_ptr<const ContextText>;
 
 constexpr int iSLOT_BITS = 7;
 
-// The lock is only tried: who held it may be gone, killed or not forked.
-class Slot {
- public:
-  constexpr Slot() noexcept = default;
+using Slot = KeptSlot<KeptText>;
 
-  KeptText Find(const AlertData& table) noexcept {
-    KeptText found;
-    if (!m_lock.TryLock()) return found;
-    if (m_pKept != nullptr && &(*m_pKept)->m_context.GetContextInfo() == &table) found = *m_pKept;
-    m_lock.Unlock();
-    return found;
-  }
-
-  void Keep(KeptText* text) noexcept {
-    if (m_lock.TryLock()) {
-      std::swap(text, m_pKept);
-      m_lock.Unlock();
-    }
-    delete text;
-  }
-
- private:
-  Platform::ShortLock m_lock;   // guards the other
-  KeptText* m_pKept = nullptr;  // owned
-};
-
-// Constant-initialised and trivially destructible: errors are raised before and after every static object.
 Slot s_slots[1 << iSLOT_BITS];
 
 Slot& SlotOf(const AlertData& table) {
@@ -58,7 +33,8 @@ ContextText::ContextText(const CodeContext& context, std::string tags)
 
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) noexcept {
   const AlertData& table = context.GetContextInfo();
-  return SlotOf(table).Find(table);
+  return SlotOf(table).Find<KeptText>(
+      [&](const KeptText& kept) { return &kept->m_context.GetContextInfo() == &table ? kept : KeptText(); });
 }
 
 void KeepContextText(const CodeContext& context, std::string tags) noexcept {

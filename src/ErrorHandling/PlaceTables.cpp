@@ -9,8 +9,8 @@
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/Hooks.h"
+#include "ErrorHandling/KeptSlot.h"
 #include "Platform/Faults.h"
-#include "Platform/Threads.h"
 
 namespace Oxa::Core {
 
@@ -69,33 +69,8 @@ class KeptTable {
   const std::string& m_rSignature;
 };
 
-// The lock is only tried: who held it may be gone, killed or not forked.
-class Slot {
- public:
-  constexpr Slot() noexcept = default;
+using Slot = KeptSlot<KeptTable>;
 
-  PlaceTable Find(const CodePlace& place, const CircumstancesMark& mark) {
-    if (!m_lock.TryLock()) return PlaceTable();
-    PlaceTable found;
-    if (m_pKept != nullptr && m_pKept->Serves(place, mark)) found = m_pKept->Get();
-    m_lock.Unlock();
-    return found;
-  }
-
-  void Keep(KeptTable* table) noexcept {
-    if (m_lock.TryLock()) {
-      std::swap(table, m_pKept);
-      m_lock.Unlock();
-    }
-    delete table;
-  }
-
- private:
-  Platform::ShortLock m_lock;    // guards the other
-  KeptTable* m_pKept = nullptr;  // owned
-};
-
-// Constant-initialised and trivially destructible: errors are raised before and after every static object.
 Slot s_slots[uSLOTS];
 
 Slot& SlotOf(const CodePlace& place, const CircumstancesMark& mark) {
@@ -134,7 +109,8 @@ PlaceTable TableOf(const CodePlace& place) {
   const CircumstancesMark mark = flight.MayProceed() ? TheHooks().markCircumstances() : CircumstancesMark();
   if (!mark.IsThere()) return Describe(place, whole);
   Slot& slot = SlotOf(place, mark);
-  PlaceTable table = slot.Find(place, mark);
+  PlaceTable table = slot.Find<PlaceTable>(
+      [&](const KeptTable& kept) { return kept.Serves(place, mark) ? kept.Get() : PlaceTable(); });
   if (table) return table;
   table = Describe(place, whole);
   if (whole) slot.Keep(new (std::nothrow) KeptTable(place, mark, table));
