@@ -31,13 +31,13 @@ ContextText::ContextText(const CodeContext& context, std::string tags)
       m_sTags(std::move(tags)),
       m_uLines(static_cast<std::uint64_t>(std::count(m_sTags.begin(), m_sTags.end(), '\n'))) {}
 
-boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) noexcept {
+boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) {
   const AlertData& table = context.GetContextInfo();
   return SlotOf(table).Find<KeptText>(
       [&](const KeptText& kept) { return &kept->m_context.GetContextInfo() == &table ? kept : KeptText(); });
 }
 
-void KeepContextText(const CodeContext& context, std::string tags) noexcept {
+void KeepContextText(const CodeContext& context, std::string tags) {
   try {
     KeptText text = boost::make_shared<const ContextText>(context, std::move(tags));
     SlotOf(context.GetContextInfo()).Keep(new KeptText(std::move(text)));

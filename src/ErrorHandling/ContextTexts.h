@@ -22,10 +22,10 @@ struct ContextText {
 };
 
 /// What was kept for the table that `context` shares, or null. Any thread, also in a forked child; waits for nobody.
-boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) noexcept;
+boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context);
 
 /// Keeps it in the place of another one. Without the memory, or where somebody else is just there, nothing is kept.
-void KeepContextText(const CodeContext& context, std::string tags) noexcept;
+void KeepContextText(const CodeContext& context, std::string tags);
 
 /// Gives up what is kept, once the library unloads and nothing is kept any more.
 void ForgetContextTexts() noexcept;

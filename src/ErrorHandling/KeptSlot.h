@@ -18,7 +18,7 @@ class KeptSlot {
   /// What `take` gives for what is kept; a Result() where that is nothing, or somebody else is just there. `take` must
   /// not throw.
   template <class Result, class Take>
-  Result Find(const Take& take) noexcept {
+  Result Find(const Take& take) {
     if (!m_lock.TryLock()) return Result();
     Result found = m_pKept != nullptr ? take(*m_pKept) : Result();
     m_lock.Unlock();
