@@ -5,12 +5,14 @@
 #include <type_traits>
 
 #include "AutoTest/Fakes.h"
+#include "Support/VirtualSlots.h"
 
 namespace {
 
 using namespace AutoTestTests;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using TestSupport::SlotOf;
 
 const auto Fail = [](const char* text) { OXA_RAISE_ERROR("Test.Probe", SelfTest::Failure(text)); };
 const auto Raise = [](const char* variable) { OXA_RAISE_ERROR("Test.Probe", NullPointer(variable)); };
@@ -86,6 +88,37 @@ TEST(Failure, IsALogicErrorWithItsText) {
   EXPECT_EQ("Logic", failure.GetData(AlertInfo::sCATEGORY));
   EXPECT_EQ(2, failure.GetSeverity());
   EXPECT_EQ(typeid(SelfTest::Failure), typeid(*failure.Clone()));
+}
+
+// What is protected can be named only by those who derive.
+class SlotsOfTest : public SelfTest {
+ public:
+  static std::vector<std::size_t> All() {
+    return {SlotOf(&SlotsOfTest::ReadConfig),  SlotOf(&SlotsOfTest::WriteConfig),
+            SlotOf(&SlotsOfTest::HasSetupGUI), SlotOf(&SlotsOfTest::LaunchSetupGUI),
+            SlotOf(&SlotsOfTest::Setup),       SlotOf(&SlotsOfTest::Execute),
+            SlotOf(&SlotsOfTest::TearDown)};
+  }
+};
+
+class SlotsOfRangeTest : public RangeTest {
+ public:
+  static std::size_t OfTheValue() { return SlotOf(&SlotsOfRangeTest::GetTestValue); }
+};
+
+class SlotsOfListener : public SelfTest::Listener {
+ public:
+  static std::vector<std::size_t> All() {
+    return {SlotOf(&SlotsOfListener::CustomNotification), SlotOf(&SlotsOfListener::SettingUpTest),
+            SlotOf(&SlotsOfListener::ExecutingTest), SlotOf(&SlotsOfListener::TestCompleted),
+            SlotOf(&SlotsOfListener::TearingDownTest)};
+  }
+};
+
+TEST(Run, VirtualOperationsStandInTheirOrder) {
+  EXPECT_THAT(SlotsOfTest::All(), ElementsAre(2, 3, 4, 5, 6, 7, 8));
+  EXPECT_EQ(9U, SlotsOfRangeTest::OfTheValue()) << "behind those of its base";
+  EXPECT_THAT(SlotsOfListener::All(), ElementsAre(5, 6, 7, 8, 9)) << "behind those of its base";
 }
 
 TEST(Run, BaseHasNoSettingsAndNoDialog) {

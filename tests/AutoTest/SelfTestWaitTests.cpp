@@ -6,6 +6,7 @@
 #include <chrono>
 #include <thread>
 
+#include "AutoTest/Fakes.h"
 #include "AutoTest/Module/EndOfThread.h"
 #include "AutoTest/Module/Patience.h"
 #include "AutoTest/ModuleSuite.h"
@@ -80,6 +81,8 @@ TEST(LongSelfTest, ReadsAndWritesAsLongAsItsTimeLasts) {
   TEST_OxaRWMutex suite;
   for (const auto& test : ChildrenOf(suite))
     test->Enable(test->GetName() == "Test OxaRWMutex - multiple threads");
+  AutoTestTests::Tape tape;
+  suite.AddListener(tape);
   std::thread clock([] {
     std::this_thread::sleep_for(std::chrono::seconds(2));
     Platform::SetClockOffset(0, llHOUR);
@@ -89,4 +92,16 @@ TEST(LongSelfTest, ReadsAndWritesAsLongAsItsTimeLasts) {
   clock.join();
   Platform::SetClockOffset(0, 0);
   EXPECT_EQ(Texts(), Failures(results));
+  const std::string announcement =
+      "In this test multiple threads are trying to either update a 1 MB buffer (writing) or\n"
+      "verify its checksum (reading). The test will take about 2 minutes.";
+  ASSERT_EQ(1U, results.size());
+  EXPECT_EQ(announcement, results.front().GetText());
+  const std::string name = results.front().GetTestName();
+  const Texts expected{"setup " + name, "execute " + name, "custom " + announcement, "completed " + name,
+                       "teardown " + name};
+  Texts ofTheTest;
+  for (const std::string& step : tape.m_heard)
+    if (step.find(suite.GetName()) == std::string::npos) ofTheTest.push_back(step);
+  EXPECT_EQ(expected, ofTheTest);
 }

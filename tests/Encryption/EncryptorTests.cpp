@@ -1,13 +1,15 @@
 #include <Infrastructure/OxaCore/Encryption.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "Support/VirtualSlots.h"
+
 using namespace Oxa::Core;
+using TestSupport::SlotOf;
 
 namespace {
 
@@ -173,28 +175,16 @@ TEST(Encryptor, NobodyMakesOrCopiesOne) {
   EXPECT_TRUE(boost::dynamic_pointer_cast<CryptoAPI>(Acquired()));
 }
 
-// Tells by which slot it was called; the overloads on other types must come down to these.
-class Slots {
- public:
-  template <class Function>
-  static std::size_t Of(Function function) {
-    std::size_t parts[2];  // how a pointer to a virtual member is laid out here
-    static_assert(sizeof parts == sizeof function);
-    std::memcpy(parts, &function, sizeof parts);
-    return (parts[0] - 1) / sizeof(void*);
-  }
-};
-
 TEST(Encryptor, TheVirtualOperationsStandInTheirOrder) {
   using OnBytes = bool (Encryptor::*)(Bytes&, const Bytes&);
   using OnText = bool (Encryptor::*)(std::string&, const std::string&);
   // A destructor takes the first two slots.
-  EXPECT_EQ(2U, Slots::Of<OnBytes>(&Encryptor::Encrypt));
-  EXPECT_EQ(3U, Slots::Of<OnText>(&Encryptor::Encrypt));
-  EXPECT_EQ(4U, Slots::Of<OnBytes>(&Encryptor::Decrypt));
-  EXPECT_EQ(5U, Slots::Of<OnText>(&Encryptor::Decrypt));
-  EXPECT_EQ(6U, Slots::Of(&Encryptor::SavePassword));
-  EXPECT_EQ(7U, Slots::Of(&Encryptor::LoadPassword));
+  EXPECT_EQ(2U, SlotOf<OnBytes>(&Encryptor::Encrypt));
+  EXPECT_EQ(3U, SlotOf<OnText>(&Encryptor::Encrypt));
+  EXPECT_EQ(4U, SlotOf<OnBytes>(&Encryptor::Decrypt));
+  EXPECT_EQ(5U, SlotOf<OnText>(&Encryptor::Decrypt));
+  EXPECT_EQ(6U, SlotOf(&Encryptor::SavePassword));
+  EXPECT_EQ(7U, SlotOf(&Encryptor::LoadPassword));
 }
 
 }  // namespace

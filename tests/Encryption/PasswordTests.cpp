@@ -55,6 +55,13 @@ class Password : public testing::Test {
     return "";
   }
 
+  // What stands in the folder of the key, values and all else.
+  std::ptrdiff_t CountInKey() const {
+    const std::filesystem::path value(m_folder.File(sFILE));
+    return std::distance(std::filesystem::directory_iterator(value.parent_path()),
+                         std::filesystem::directory_iterator());
+  }
+
   TestSupport::TemporaryFolder m_folder;
   const boost::shared_ptr<Encryptor> m_spEncryptor;
   const std::string m_sRegistry;
@@ -159,8 +166,10 @@ TEST_F(Password, AValueThatCannotBeWrittenIsToldByTheResult) {
   EXPECT_FALSE(Save("s3cret", sKEY, std::string(255, 'v')));
   EXPECT_TRUE(Save("s3cret", sKEY, std::string(254, 'v')));
   std::filesystem::create_directories(m_folder.File(sFILE));
+  const auto before = CountInKey();
   EXPECT_FALSE(Save("s3cret"));
   EXPECT_EQ("(none)", Loaded());
+  EXPECT_EQ(before, CountInKey());  // no half of it
 }
 
 TEST_F(Password, NoRoomLeavesTheOldOne) {
@@ -172,9 +181,7 @@ TEST_F(Password, NoRoomLeavesTheOldOne) {
   ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
   EXPECT_FALSE(saved);
   EXPECT_EQ("s3cret", Loaded());
-  EXPECT_EQ(1U, std::distance(std::filesystem::directory_iterator(
-                                  m_folder.File("registry/HKEY_CURRENT_USER/Software/Acme/Probe")),
-                              std::filesystem::directory_iterator()));
+  EXPECT_EQ(1, CountInKey());
 }
 
 TEST_F(Password, AnEmptyFileIsNone) {

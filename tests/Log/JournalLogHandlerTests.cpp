@@ -392,4 +392,21 @@ TEST_F(JournalLog, ABusyJournalHoldsTheLogUpOnce) {
   EXPECT_EQ("201 log entries didn't reach the journal", journal.NextFields()["MESSAGE"]);
 }
 
+// There is room for the entry that finds the journal again, and none for what it is to be told.
+TEST_F(JournalLog, WhatIsMissingIsToldLaterWhereItCouldNotBe) {
+  Journal journal(m_sPath);
+  JournalLogHandler handler;
+  FillQueue(handler);
+  ASSERT_EQ(1U, handler.GetLostEntries());
+  journal.Next();
+  handler.HandleLogEntry(MakeEntry("back"));
+  EXPECT_TRUE(handler.IsReachable());
+  while (journal.HasRecord()) journal.Next();
+  handler.HandleLogEntry(MakeEntry("later"));
+  EXPECT_EQ("later", journal.NextFields()["MESSAGE"]);
+  EXPECT_EQ("1 log entries didn't reach the journal", journal.NextFields()["MESSAGE"]);
+  EXPECT_FALSE(journal.HasRecord());
+  EXPECT_EQ(1U, handler.GetLostEntries());
+}
+
 }  // namespace

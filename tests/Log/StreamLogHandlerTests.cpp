@@ -214,6 +214,17 @@ TEST(StreamLogHandler, KnowsATerminalFromAFile) {
   std::cout.rdbuf(before);
 }
 
+TEST(StreamLogHandler, KnowsATerminalThatWasOpenedAsAFile) {
+  const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(0, ::grantpt(master));
+  ASSERT_EQ(0, ::unlockpt(master));
+  std::ofstream terminal(::ptsname(master));
+  EXPECT_TRUE(Platform::IsTerminal(terminal));
+  terminal.close();
+  EXPECT_FALSE(Platform::IsTerminal(terminal));
+  ::close(master);
+}
+
 TEST(StreamLogHandler, KnowsTheStandardStreams) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
   ASSERT_EQ(0, ::grantpt(master));

@@ -91,6 +91,8 @@ TEST(Chrono, WhatIsTooLongIsTheLongest) {
   EXPECT_EQ(llMOST, TicksOf(duration<std::uint64_t, std::ratio<1, 10000000>>(1ULL << 63U)));
   EXPECT_EQ(llLEAST, TicksOf(TickDuration(llLEAST)));
   EXPECT_EQ(llMOST, TicksOf(TickDuration(llMOST)));
+  // Three of these are ten ticks: what its rest adds is too much for the largest number of all.
+  EXPECT_EQ(llMOST, TicksOf(duration<long long, std::ratio<1, 3000000>>(5534023222112865485)));
   EXPECT_EQ(llMOST, TicksOf(duration<double>(1e30)));
   EXPECT_EQ(llLEAST, TicksOf(duration<double>(-std::numeric_limits<double>::infinity())));
   EXPECT_EQ(0, TicksOf(duration<double>(std::numeric_limits<double>::quiet_NaN())));

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +17,20 @@
 namespace Platform = Oxa::Core::Platform;
 using Platform::FileOfValue;
 using Platform::FolderOfKey;
+
+namespace {
+
+// What a disk does with a file that is to be brought there: 0 or the system's error code.
+std::function<int(int file)> s_onSync;
+
+}  // namespace
+
+// In place of the system's.
+extern "C" int fsync(int file) {
+  if (!s_onSync) return static_cast<int>(::syscall(SYS_fsync, file));
+  errno = s_onSync(file);
+  return errno == 0 ? 0 : -1;
+}
 
 namespace {
 
@@ -49,6 +66,27 @@ TEST(Registry, BelongsToItsUserAlone) {
   EXPECT_EQ(0600U, ModeOf(key + "/V="));
   for (std::string name = key; name.size() >= config.size(); name.erase(name.rfind('/')))
     EXPECT_EQ(0700U, ModeOf(name)) << name;
+}
+
+TEST(Registry, BringsAValueToTheDiskBeforeItTakesThePlaceOfAnother) {
+  const TestSupport::TemporaryFolder folder;
+  const Platform::RegistryFolder there(folder.Path().c_str());
+  ASSERT_EQ(0, Platform::CreateRegistryKey(HKEY_CURRENT_USER, "K"));
+  ASSERT_EQ(0, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {'o', 'l', 'd'}));
+  std::vector<std::string> seen;
+  s_onSync = [&](int file) {
+    char bytes[10];
+    const ssize_t size = ::pread(file, bytes, sizeof bytes, 0);
+    seen.emplace_back(bytes, size > 0 ? static_cast<std::size_t>(size) : 0);
+    seen.push_back(folder.Read("HKEY_CURRENT_USER/K/V="));
+    return 0;
+  };
+  EXPECT_EQ(0, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {'n', 'e', 'w'}));
+  EXPECT_EQ((std::vector<std::string>{"new", "old"}), seen);
+  s_onSync = [](int) { return EIO; };
+  EXPECT_EQ(EIO, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {'b', 'a', 'd'}));
+  s_onSync = nullptr;
+  EXPECT_EQ("new", folder.Read("HKEY_CURRENT_USER/K/V="));
 }
 
 TEST(Registry, WaitsForNoPipeAndReadsNoFlood) {
