@@ -98,12 +98,15 @@ inline bool ReadJUnit(const std::string& file, Element& root) {
   return std::system(("xmllint --noout --nonet " + file).c_str()) == 0 && parsed;
 }
 
-/// Runs it with a JUnit file, and a folder of its own for what is temporary, which has to be empty behind it.
-inline RunResult RunOxatest(std::vector<std::string> arguments, std::vector<std::string> environment = {}) {
+/// Runs it with a JUnit file, and a folder of its own for what is temporary, which has to be empty behind it. `before`
+/// is a program that becomes oxatest, with its arguments.
+inline RunResult RunOxatest(std::vector<std::string> arguments, std::vector<std::string> environment = {},
+                            const std::vector<std::string>& before = {}) {
   TestSupport::ExpectDeaths();
   const TestSupport::TemporaryFolder folder;
   const TestSupport::TemporaryFolder temporary;
   arguments.insert(arguments.begin(), OXATEST);
+  arguments.insert(arguments.begin(), before.begin(), before.end());
   arguments.push_back("--junit=" + folder.File("junit.xml"));
   environment.push_back("TMPDIR=" + temporary.Path());
   const TestSupport::ChildResult result = TestSupport::RunChild(arguments, environment);
@@ -113,6 +116,11 @@ inline RunResult RunOxatest(std::vector<std::string> arguments, std::vector<std:
   run.m_sError = result.m_sError;
   if (folder.Has("junit.xml")) run.m_bParsed = ReadJUnit(folder.File("junit.xml"), run.m_junit);
   return run;
+}
+
+/// The same by a shell with redirections, such as ">&-".
+inline RunResult RunRedirected(const std::vector<std::string>& arguments, const std::string& redirections) {
+  return RunOxatest(arguments, {}, {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + redirections});
 }
 
 }  // namespace OxatestTests

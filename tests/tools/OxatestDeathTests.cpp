@@ -186,7 +186,7 @@ void ExpectInterrupted(const RunResult& run, const std::string& name) {
 }
 
 TEST(OxatestInterrupted, TellsWhatIsKnown) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
     pid_t module = 0;
     const RunResult run = Interrupt("Hangs", signal, module);
     EXPECT_EQ(128 + signal, run.m_iStatus);
@@ -215,8 +215,10 @@ TEST(OxatestInterrupted, TakesTheModuleAlongWhenItIsKilled) {
   TestSupport::ExpectDeaths();
   AdoptOrphans();
   const TestSupport::TemporaryFolder folder;
+  folder.Write("junit.xml", "of the run before");
   Hanging hanging(folder, "Hangs");
   hanging.m_oxatest.Kill();
+  EXPECT_EQ("of the run before", folder.Read("junit.xml"));
   EXPECT_TRUE(TestSupport::Eventually([&hanging] { return IsGone(hanging.m_module); }));
 }
 

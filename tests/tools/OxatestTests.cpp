@@ -134,7 +134,15 @@ TEST(Oxatest, ComparesPatternsWithWholePaths) {
               {"Good/Pass", ""},
               {"good/passes", ""},
               {"Passes", ""},
-              {"", ""}};
+              {"Strange*/\\[a\\*b\\?] *", ""},
+              {"Strange*/[a\\*b\\?] *", "Strange <names> & \"texts\"/[a*b?] 'q'/x\n"},
+              {"Strange*/[a\\?b\\?] *", ""},
+              {"Good/Pass\\?\\?", ""},
+              {"Good/Pass?\\*", ""},
+              {"Back\\slash \\\\*", "Back\\slash \\*\n"},
+              {"Back\\\\slash \\\\\\*", "Back\\slash \\*\n"},
+              {"Back\\slash \\*", ""},
+              {"Back*\\", ""}};
   std::string deep;
   for (int i = 0; i <= 30; ++i) deep += "Deep/";
   for (const auto& row : rows) {
@@ -199,8 +207,17 @@ TEST(Oxatest, AnswersBadArguments) {
       {{}, "oxatest: no module is given\n"},
       {{BAD_MODULE, "--colour"}, "unrecognized option '--colour'\n"},
       {{BAD_MODULE, "--list=7"}, "doesn't allow an argument\n"},
-      {{BAD_MODULE, "--repeat", "0"}, "oxatest: --repeat wants a whole number from 1 on, not 0\n"},
-      {{BAD_MODULE, "--repeat", "2x"}, "oxatest: --repeat wants a whole number from 1 on, not 2x\n"},
+      {{BAD_MODULE, "--repeat", "0"}, "oxatest: --repeat wants a whole number from 1 to 1000000000, not 0\n"},
+      {{BAD_MODULE, "--repeat", "1000000001"},
+       "oxatest: --repeat wants a whole number from 1 to 1000000000, not 1000000001\n"},
+      {{BAD_MODULE, "--only", ""}, "oxatest: --only wants a text that isn't empty\n"},
+      {{BAD_MODULE, "--disable="}, "oxatest: --disable wants a text that isn't empty\n"},
+      {{BAD_MODULE, "--junit", ""}, "oxatest: --junit wants a text that isn't empty\n"},
+      {{BAD_MODULE, "--reports="}, "oxatest: --reports wants a text that isn't empty\n"},
+      {{BAD_MODULE, ""}, "oxatest: a module without a name is given\n"},
+
+      {{BAD_MODULE, "--repeat", "2x"},
+       "oxatest: --repeat wants a whole number from 1 to 1000000000, not 2x\n"},
       {{BAD_MODULE, "--timeout", "0"}, "oxatest: --timeout wants a number of seconds above 0, not 0\n"},
       {{BAD_MODULE, "--timeout="}, "oxatest: --timeout wants a number of seconds above 0, not \n"},
       {{BAD_MODULE, "--timeout", "inf"}, "oxatest: --timeout wants a number of seconds above 0, not inf\n"},
@@ -223,18 +240,19 @@ TEST(Oxatest, AnswersWhereItCannotWrite) {
   const TestSupport::ChildResult early =
       TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit", "/no/such/folder/junit.xml"});
   EXPECT_EQ(2, early.m_iStatus);
-  EXPECT_EQ("oxatest: /no/such/folder/junit.xml: can't be written\n", early.m_sError);
+  EXPECT_EQ("oxatest: /no/such/folder/junit.xml: can't be written: No such file or directory\n",
+            early.m_sError);
   EXPECT_EQ("", early.m_sOutput);
   const TestSupport::ChildResult late = TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit", "/dev/full"});
   EXPECT_EQ(2, late.m_iStatus);
-  EXPECT_EQ("oxatest: /dev/full: can't be written\n", late.m_sError);
+  EXPECT_EQ("oxatest: /dev/full: can't be written: No space left on device\n", late.m_sError);
 }
 
 TEST(Oxatest, TellsAboutItself) {
   const TestSupport::ChildResult help = TestSupport::RunChild({OXATEST, "--help"});
   EXPECT_EQ(0, help.m_iStatus);
   EXPECT_EQ(0U, help.m_sOutput.find("usage: oxatest MODULE... [options]\n"));
-  EXPECT_NE(std::string::npos, help.m_sOutput.find("  130  interrupted by SIGINT\n"));
+  EXPECT_NE(std::string::npos, help.m_sOutput.find("  129, 130, 131, 143\n"));
   const TestSupport::ChildResult version = TestSupport::RunChild({OXATEST, "--version"});
   EXPECT_EQ(0, version.m_iStatus);
   EXPECT_EQ("oxatest " OXACORE_VERSION "\n", version.m_sOutput);

@@ -21,11 +21,14 @@ std::string Seconds(double seconds) {
 }
 
 // "passed          0.001 s  PATH".
-std::string LineOf(const TestRecord& test) {
+std::string Line(const char* what, const std::string& time, const std::string& path) {
   char text[64];
-  std::snprintf(text, sizeof text, "  %-11s %9s  ", NameOf(test.m_eOutcome),
-                Seconds(test.m_dSeconds).c_str());
-  return text + OneLine(PathOf(test.m_sSuites, test.m_sName)) + '\n';
+  std::snprintf(text, sizeof text, "  %-11s %9s  ", what, time.c_str());
+  return text + OneLine(path) + '\n';
+}
+
+std::string LineOf(const TestRecord& test) {
+  return Line(NameOf(test.m_eOutcome), Seconds(test.m_dSeconds), PathOf(test.m_sSuites, test.m_sName));
 }
 
 void ListBadOnes(const ModuleRecord& module) {
@@ -55,6 +58,10 @@ void Display::Show(const TestRecord& test) {
   std::cout.flush();
 }
 
+void Display::ShowAnnouncement(const std::string& path, const std::string& text) {
+  std::cout << Line("announces", "", path) << Indented(Printable(text), sINDENTATION) << std::flush;
+}
+
 void Display::TreeBegins(const ModuleRecord& module, const TreeRecord& tree, int repetition) {
   std::cout << OneLine(module.m_sModule) << ": " << OneLine(tree.m_sRoot) << ", " << tree.m_tests.size()
             << (tree.m_tests.size() == 1 ? " test" : " tests");
@@ -63,6 +70,8 @@ void Display::TreeBegins(const ModuleRecord& module, const TreeRecord& tree, int
 }
 
 void Display::TestBegins(const std::string&) {}
+
+void Display::Announces(const std::string& path, const std::string& text) { ShowAnnouncement(path, text); }
 
 void Display::TestEnds(const TestRecord& test) { Show(test); }
 

@@ -25,6 +25,8 @@ class Display {
   /// The tests of `tree` are known and begin. `repetition` counts from 1; 0 if there is only one.
   virtual void TreeBegins(const ModuleRecord& module, const TreeRecord& tree, int repetition);
   virtual void TestBegins(const std::string& path);
+  /// What the test says while it runs.
+  virtual void Announces(const std::string& path, const std::string& text);
   /// May come a second time for a test: when its tear-down ended the process.
   virtual void TestEnds(const TestRecord& test);
   /// With module.m_sTrouble, if it has any.
@@ -35,6 +37,7 @@ class Display {
 
  protected:
   static void Show(const TestRecord& test);
+  static void ShowAnnouncement(const std::string& path, const std::string& text);
 };
 
 /// "oxatest: " and the text, on standard error.

@@ -6,6 +6,7 @@
 #include <Infrastructure/OxaCore/XMLWriter.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <ostream>
@@ -63,7 +64,7 @@ class Document {
   }
 
  private:
-  static int Errors(const Totals& totals) {
+  static std::int64_t Errors(const Totals& totals) {
     return totals.Bad() - totals.m_counts[eFAILED] + totals.m_counts[eINTERRUPTED];
   }
 

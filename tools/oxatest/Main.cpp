@@ -1,23 +1,29 @@
 #include "Child.h"
 #include "Display.h"
-#include "JUnit.h"
 #include "Options.h"
+#include "Orphans.h"
+#include "ResultsFile.h"
 #include "Runner.h"
 #include "Selection.h"
 #include "Signals.h"
+#include "StandardHandles.h"
 #include "Text.h"
+#include "Workplace.h"
 
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include <unistd.h>
 
 using namespace OxaTest;
 
@@ -26,7 +32,9 @@ namespace {
 const char* const sVERSION = "oxatest " OXATEST_VERSION "\n";
 const char* const sSEE_HELP = "oxatest --help tells what can be asked for";
 const char* const sNO_SIGNALS = "the system refuses what it takes to follow a process";
-const char* const sCANNOT_WRITE = "can't be written";
+const char* const sNO_HANDLES = "a standard handle is closed, and the null device can't be opened for it\n";
+const char* const sNO_OUTPUT = "standard output can't be written";
+const char* const sNO_FOLDER = "no temporary folder can be made in ";
 const char* const sMATCHES_NOTHING = " matches no test";
 const char* const sNOTHING_RAN = "no test ran";
 
@@ -35,20 +43,21 @@ enum EStatus : int { eALL_PASSED = 0, eNOT_ALL_PASSED = 1, eIN_VAIN = 2, eBY_SIG
 using Modules = std::vector<ModuleRecord>;
 
 // Told before anything runs, not behind an hour of tests.
-bool PrepareFiles(Options& options, std::ofstream& junit) {
+bool PrepareFolders(Options& options) {
   std::error_code error;
   if (!options.m_sReports.empty()) {
     const std::filesystem::path folder = std::filesystem::absolute(options.m_sReports);
     std::filesystem::create_directories(folder, error);
+    if (!error && ::access(folder.c_str(), W_OK | X_OK) != 0) error.assign(errno, std::generic_category());
     if (error) {
       Complain(options.m_sReports + ": " + error.message());
       return false;
     }
     options.m_sReports = folder.string();
   }
-  if (!options.m_sJUnit.empty()) junit.open(options.m_sJUnit, std::ios::binary);
-  if (junit.fail()) Complain(options.m_sJUnit + ": " + sCANNOT_WRITE);
-  return !junit.fail();
+  const Workplace attempt;
+  if (!attempt.Complaint().empty()) Complain(sNO_FOLDER + attempt.Complaint());
+  return attempt.Complaint().empty();
 }
 
 void List(const ModuleRecord& module, bool many) {
@@ -103,26 +112,40 @@ EStatus Judge(const Options& options, const Modules& modules) {
   return ran && totals.Bad() == 0 ? eALL_PASSED : eNOT_ALL_PASSED;
 }
 
-int RunAsRunner(Options& options) {
-  std::ofstream junit;
-  if (!PrepareFiles(options, junit)) return eIN_VAIN;
-  if (!CatchSignals()) {
-    Complain(sNO_SIGNALS);
-    return eIN_VAIN;
-  }
+int RunWithSignals(Options& options) {
+  ResultsFile junit(options.m_sJUnit);
+  if (!junit.Complaint().empty()) Complain(junit.Complaint());
+  if (!junit.Complaint().empty() || !PrepareFolders(options)) return eIN_VAIN;
   const Modules modules = RunAll(options);
-  if (!options.m_sJUnit.empty()) WriteJUnit(junit, modules);
-  junit.close();
-  const bool written = options.m_sJUnit.empty() || !junit.fail();
-  if (!written) Complain(options.m_sJUnit + ": " + sCANNOT_WRITE);
-  if (InterruptingSignal() != 0) return eBY_SIGNAL + InterruptingSignal();
+  junit.Write(modules);
+  if (!junit.Complaint().empty()) Complain(junit.Complaint());
+  if (InterruptingSignal() != 0) return eNOT_ALL_PASSED;
   const EStatus status = Judge(options, modules);
-  return written ? status : eIN_VAIN;
+  return junit.Complaint().empty() ? status : eIN_VAIN;
+}
+
+int RunAsRunner(Options& options) {
+  if (CatchSignals() && AdoptOrphans()) return RunWithSignals(options);
+  Complain(sNO_SIGNALS);
+  return eIN_VAIN;
+}
+
+// A signal weighs most, and then what was shown to nobody.
+int StatusOfAll(int status) {
+  const bool shown = FlushOutput();
+  if (InterruptingSignal() != 0) return eBY_SIGNAL + InterruptingSignal();
+  if (shown) return status;
+  Complain(sNO_OUTPUT);
+  return eIN_VAIN;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!OpenStandardHandles()) {
+    ::dprintf(STDERR_FILENO, "oxatest: %s", sNO_HANDLES);
+    return eIN_VAIN;
+  }
   Options options;
   std::string complaint;
   int status = eIN_VAIN;
@@ -130,10 +153,10 @@ int main(int argc, char** argv) {
     if (!complaint.empty()) Complain(complaint);
     Complain(sSEE_HELP);
   } else if (options.m_bHelp || options.m_bVersion) {
-    std::cout << (options.m_bHelp ? UsageText() : sVERSION) << std::flush;
-    status = eALL_PASSED;
+    std::cout << (options.m_bHelp ? UsageText() : sVERSION);
+    status = StatusOfAll(eALL_PASSED);
   } else {
-    status = options.m_iPipe >= 0 ? RunChild(options) : RunAsRunner(options);
+    status = options.m_iPipe >= 0 ? RunChild(options) : StatusOfAll(RunAsRunner(options));
   }
   ShutdownOxaCore();
   return status;

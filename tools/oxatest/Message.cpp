@@ -6,8 +6,10 @@ namespace OxaTest {
 
 namespace {
 
-const std::string::size_type uHEADER = 2 * sizeof(std::uint32_t) + sizeof(std::uint64_t);
-const std::uint32_t uLARGEST = 1U << 28;
+const std::uint32_t uMARK = 0x6F786154U;  // what a test writes here by mistake doesn't begin so
+const std::string::size_type uHEADER = 3 * sizeof(std::uint32_t) + sizeof(std::uint64_t);
+const std::uint32_t uLARGEST = 1U << 20;  // some limited texts
+const std::string::size_type uLONGEST_TEXT = 65536;
 
 template <class Number>
 void Put(std::string& bytes, Number number) {
@@ -24,12 +26,14 @@ bool Get(const std::string& bytes, std::string::size_type& at, Number& number) {
   return true;
 }
 
-bool GetTexts(const std::string& body, std::string::size_type at, std::vector<std::string>& texts) {
+// Those between `at` and `end`, which is within the bytes.
+bool GetTexts(const std::string& bytes, std::string::size_type at, std::string::size_type end,
+              std::vector<std::string>& texts) {
   texts.clear();
-  while (at < body.size()) {
+  while (at < end) {
     std::uint32_t size = 0;
-    if (!Get(body, at, size) || size > body.size() - at) return false;
-    texts.push_back(body.substr(at, size));
+    if (end - at < sizeof size || !Get(bytes, at, size) || size > end - at) return false;
+    texts.push_back(bytes.substr(at, size));
     at += size;
   }
   return true;
@@ -49,29 +53,39 @@ std::string Encode(const Message& message) {
     texts += text;
   }
   std::string bytes;
+  Put(bytes, uMARK);
   Put(bytes, static_cast<std::uint32_t>(texts.size()));
   Put(bytes, static_cast<std::uint32_t>(message.m_eKind));
   Put(bytes, message.m_uOutput);
   return bytes += texts;
 }
 
-bool Decode(std::string& bytes, Message& message) {
-  if (bytes.size() < uHEADER) return false;
-  std::string::size_type at = 0;
+EDecoded Decode(const std::string& bytes, std::string::size_type& at, Message& message) {
+  if (bytes.size() - at < uHEADER) return eNOT_WHOLE;
+  std::string::size_type begin = at;
+  std::uint32_t mark = 0;
   std::uint32_t size = 0;
   std::uint32_t kind = 0;
-  Get(bytes, at, size);
-  Get(bytes, at, kind);
-  Get(bytes, at, message.m_uOutput);
-  const bool possible = size <= uLARGEST && kind >= Message::eSTARTED && kind <= Message::eDONE;
-  if (possible && bytes.size() - at < size) return false;
-  if (!possible || !GetTexts(bytes.substr(at, size), 0, message.m_texts)) {
-    bytes.clear();
-    return false;
-  }
+  Get(bytes, begin, mark);
+  Get(bytes, begin, size);
+  Get(bytes, begin, kind);
+  Get(bytes, begin, message.m_uOutput);
+  if (mark != uMARK || size > uLARGEST || kind < Message::eSTARTED || kind > Message::eDONE) return eDAMAGED;
+  if (bytes.size() - begin < size) return eNOT_WHOLE;
+  if (!GetTexts(bytes, begin, begin + size, message.m_texts)) return eDAMAGED;
   message.m_eKind = static_cast<Message::EKind>(kind);
-  bytes.erase(0, at + size);
-  return true;
+  at = begin + size;
+  return eMESSAGE;
+}
+
+// Not within a character of UTF-8.
+std::string Limited(std::string text) {
+  if (text.size() <= uLONGEST_TEXT) return text;
+  std::string::size_type end = uLONGEST_TEXT;
+  while (end > uLONGEST_TEXT - 3 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  const std::string note = "\n[" + std::to_string(text.size() - end) + " bytes left out]";
+  text.resize(end);
+  return text += note;
 }
 
 }  // namespace OxaTest

@@ -25,6 +25,7 @@ struct Message {
     eSUITE_BEGIN,    ///< suites, name: a suite
     eSUITE_RESULT,   ///< as eRESULT, of a suite that failed by itself, not by its tests
     eSUITE_TEAR_DOWN,
+    eANNOUNCED,  ///< text: a test has something to tell while it runs
     eTREE_DONE,  ///< none: the run of the tree is over
     eDONE        ///< none: all is over, but the library is still loaded
   };
@@ -40,9 +41,14 @@ struct Message {
 /// The message as it goes through the pipe.
 std::string Encode(const Message& message);
 
-/// Takes the first message off `bytes`; false if there is no whole one. Bytes that can't be one are dropped, all of
-/// them.
-bool Decode(std::string& bytes, Message& message);
+enum EDecoded { eMESSAGE, eNOT_WHOLE, eDAMAGED };
+
+/// Reads the message that begins at `at`, and moves `at` behind it. `at` stays if there is no whole one, or if the bytes
+/// there can't be one.
+EDecoded Decode(const std::string& bytes, std::string::size_type& at, Message& message);
+
+/// `text`; of one that is longer than 64 KiB only the beginning, with a line that says so.
+std::string Limited(std::string text);
 
 }  // namespace OxaTest
 

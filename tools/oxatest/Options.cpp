@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -24,18 +25,22 @@ const char* const sUSAGE =
     "  --help, --version  tell about the program\n"
     "\n"
     "A pattern is compared with the whole path of a test, as --list tells it, or of a\n"
-    "suite, for all that is in it. * stands for any characters, ? for one. --only and\n"
-    "--disable may be given more than once.\n"
+    "suite, for all that is in it. * stands for any characters, ? for one; \\*, \\? and\n"
+    "\\\\ for *, ? and \\. --only and --disable may be given more than once.\n"
+    "\n"
+    "Logs and outputs are kept in the folder TMPDIR, or /tmp, while a module runs.\n"
     "\n"
     "Exit status:\n"
     "  0    all tests that ran passed, and some ran\n"
     "  1    a test failed or crashed, or none ran\n"
     "  2    the arguments are wrong, a pattern matches nothing, a module can't be run,\n"
-    "       or the JUnit file can't be written\n"
-    "  130  interrupted by SIGINT\n"
-    "  143  ended by SIGTERM\n";
+    "       or the JUnit file, the output or a temporary folder can't be written\n"
+    "  129, 130, 131, 143\n"
+    "       ended by SIGHUP, SIGINT, SIGQUIT, SIGTERM\n";
 const char* const sNO_MODULE = "no module is given";
-const char* const sBAD_REPEAT = "--repeat wants a whole number from 1 on, not ";
+const char* const sEMPTY_MODULE = "a module without a name is given";
+const char* const sEMPTY = " wants a text that isn't empty";
+const char* const sBAD_REPEAT = "--repeat wants a whole number from 1 to 1000000000, not ";
 const char* const sBAD_TIMEOUT = "--timeout wants a number of seconds above 0, not ";
 
 enum ESwitch : int {
@@ -77,6 +82,10 @@ bool ReadTimeout(const char* text, double& seconds) {
   char* end = nullptr;
   seconds = std::strtod(text, &end);
   return end != text && *end == '\0' && std::isfinite(seconds) && seconds > 0;
+}
+
+bool WantsText(int option) {
+  return option == eONLY || option == eDISABLE || option == eJUNIT || option == eREPORTS;
 }
 
 bool Take(int option, const char* argument, Options& options, std::string& complaint) {
@@ -125,12 +134,15 @@ bool Take(int option, const char* argument, Options& options, std::string& compl
 bool ParseOptions(int argc, char** argv, Options& options, std::string& complaint) {
   int index = 0;
   for (int found = 0; (found = ::getopt_long(argc, argv, "", s_SWITCHES, &index)) != -1;) {
+    if (WantsText(found) && *::optarg == '\0')
+      complaint = std::string("--") + s_SWITCHES[index].name + sEMPTY;
     if (!Take(found, ::optarg, options, complaint)) return false;
     options.m_switches.push_back(std::string("--") + s_SWITCHES[index].name);
     if (::optarg != nullptr) options.m_switches.back().append("=").append(::optarg);
   }
   options.m_modules.assign(argv + ::optind, argv + argc);
   if (options.m_modules.empty() && !options.m_bHelp && !options.m_bVersion) complaint = sNO_MODULE;
+  if (std::count(options.m_modules.begin(), options.m_modules.end(), "") > 0) complaint = sEMPTY_MODULE;
   return complaint.empty();
 }
 

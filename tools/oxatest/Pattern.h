@@ -6,8 +6,8 @@
 
 namespace OxaTest {
 
-/// Whether `pattern` stands for all of `text`: "*" for any characters, a "/" too, and "?" for one. All else stands
-/// for itself.
+/// Whether `pattern` stands for all of `text`: "*" for any characters, a "/" too, and "?" for one; "\*", "\?" and
+/// "\\" for the second of them. All else stands for itself.
 bool Matches(const std::string& pattern, const std::string& text);
 
 }  // namespace OxaTest

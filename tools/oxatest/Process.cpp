@@ -1,5 +1,8 @@
 #include "Process.h"
 
+#include "Orphans.h"
+#include "Signals.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -28,13 +31,13 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   ::setpgid(0, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != runner) ::_exit(127);  // gone in the meantime
-  std::signal(SIGPIPE, SIG_DFL);
   const int input = ::open(sNULL_DEVICE, O_RDONLY);
   ::dup2(input, STDIN_FILENO);
   if (input > STDERR_FILENO) ::close(input);
   ::dup2(output, STDOUT_FILENO);
   ::dup2(output, STDERR_FILENO);
   ::fcntl(pipe, F_SETFD, 0);
+  GiveBackSignals();
   ::execv(sPROGRAM, arguments);
   ::_exit(127);
 }
@@ -58,6 +61,7 @@ Process::Process(std::vector<std::string> arguments, int output) {
 void Process::Start(const std::vector<std::string>& arguments, int output, int pipe) {
   const std::vector<char*> pointers = Pointers(arguments);
   const pid_t runner = ::getpid();
+  const HeldSignals held;  // none is noted by the copy of this program
   m_id = ::fork();
   if (m_id == 0) Become(pointers.data(), output, pipe, runner);
   if (m_id < 0)
@@ -74,7 +78,7 @@ Process::~Process() {
   if (m_iPipe >= 0) ::close(m_iPipe);
 }
 
-void Process::Read(std::string& bytes) {
+bool Process::Read(std::string& bytes) {
   char block[65536];
   for (int blocks = 0; blocks < 16 && m_iPipe >= 0; ++blocks) {
     const ssize_t count = ::read(m_iPipe, block, sizeof block);
@@ -83,21 +87,30 @@ void Process::Read(std::string& bytes) {
     } else if (count < 0 && errno == EINTR) {
       continue;
     } else {
-      if (count < 0 && errno == EAGAIN) return;
+      if (count < 0 && errno == EAGAIN) return true;
       ::close(m_iPipe);
       m_iPipe = -1;
     }
   }
+  return m_iPipe < 0;
 }
 
+// Orphans that ended are waited for on the way: they would take up numbers.
 bool Process::HasEnded() const {
-  siginfo_t info{};
-  return ::waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
-         info.si_pid == m_id;
+  for (;;) {
+    siginfo_t info{};
+    if (::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid == m_id) return true;
+    if (info.si_pid == 0) return false;
+    ::waitpid(info.si_pid, nullptr, WNOHANG);
+  }
 }
 
 void Process::Ask() const { ::kill(-m_id, SIGTERM); }
-void Process::Kill() const { ::kill(-m_id, SIGKILL); }
+
+void Process::Kill() const {
+  ::kill(-m_id, SIGKILL);
+  ::kill(m_id, SIGKILL);  // it may have left its group
+}
 
 // The number stays the group's as long as its first member hasn't been waited for.
 int Process::Collect() {
@@ -107,6 +120,7 @@ int Process::Collect() {
   int status = 0;
   while (::waitpid(m_id, &status, 0) < 0 && errno == EINTR) continue;
   m_id = -1;
+  EndOrphans();
   return status;
 }
 

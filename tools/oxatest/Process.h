@@ -9,8 +9,8 @@
 
 namespace OxaTest {
 
-/// Another process of this program, with what it starts: they form a group, and no member outlives this object. They
-/// end with the runner, too, if that is killed.
+/// Another process of this program, with what it starts: none of that outlives this object, whether it has stayed in
+/// the group or not. The process ends with the runner, too, if that is killed. CatchSignals and AdoptOrphans come first.
 class Process {
  public:
   /// Starts it with the number of its end of the pipe behind "--child-pipe=", and `arguments`. `output` becomes its
@@ -26,8 +26,8 @@ class Process {
   /// The end of the pipe to read from; it doesn't block. -1 when that has been read to its end.
   int Pipe() const { return m_iPipe; }
 
-  /// Appends what is in the pipe now, or a megabyte of it.
-  void Read(std::string& bytes);
+  /// Appends what is in the pipe now, or a megabyte of it. Whether the pipe was emptied.
+  bool Read(std::string& bytes);
 
   /// Whether it has ended. It isn't waited for.
   bool HasEnded() const;
@@ -37,7 +37,7 @@ class Process {
   /// Ends the whole group.
   void Kill() const;
 
-  /// Ends what is left of the group, waits and gives the status that waitpid tells. Only once.
+  /// Ends what is left of the group and of what has left it, waits and gives the status that waitpid tells. Only once.
   int Collect();
 
  private:

@@ -42,9 +42,17 @@ void Progress::TreeBegins(const ModuleRecord& module, const TreeRecord& tree, in
 
 void Progress::TestBegins(const std::string& path) {
   ++m_uBegun;
-  const std::string line = '[' + std::to_string(m_uBegun) + '/' +
-                           std::to_string(std::max(m_uBegun, m_uTests)) + "] " + OneLine(path);
-  std::cout << sCLEAR_LINE << Shortened(line, Width()) << std::flush;
+  m_sLine = '[' + std::to_string(m_uBegun) + '/' + std::to_string(std::max(m_uBegun, m_uTests)) + "] " +
+            OneLine(path);
+  ShowLine();
+}
+
+void Progress::ShowLine() const { std::cout << sCLEAR_LINE << Shortened(m_sLine, Width()) << std::flush; }
+
+void Progress::Announces(const std::string& path, const std::string& text) {
+  Clear();
+  ShowAnnouncement(path, text);
+  ShowLine();
 }
 
 void Progress::TestEnds(const TestRecord& test) {

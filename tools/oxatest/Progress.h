@@ -17,14 +17,17 @@ class Progress : public Display {
 
   void TreeBegins(const ModuleRecord& module, const TreeRecord& tree, int repetition) override;
   void TestBegins(const std::string& path) override;
+  void Announces(const std::string& path, const std::string& text) override;
   void TestEnds(const TestRecord& test) override;
   void ModuleEnds(const ModuleRecord& module) override;
 
  private:
   static void Clear();
+  void ShowLine() const;
 
   std::size_t m_uTests = 0;
   std::size_t m_uBegun = 0;
+  std::string m_sLine;
 };
 
 }  // namespace OxaTest

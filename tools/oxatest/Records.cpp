@@ -14,12 +14,20 @@ void Totals::Add(const TreeRecord& tree) {
 
 void Totals::Add(const ModuleRecord& module) {
   for (const TreeRecord& tree : module.m_trees) Add(tree);
+  Add(module.m_dropped);
 }
 
-int Totals::All() const { return std::accumulate(m_counts.begin(), m_counts.end(), 0); }
+void Totals::Add(const Totals& others) {
+  for (std::size_t i = 0; i < m_counts.size(); ++i) m_counts[i] += others.m_counts[i];
+  m_dSeconds += others.m_dSeconds;
+}
 
-int Totals::Bad() const {
-  int bad = 0;
+std::int64_t Totals::All() const {
+  return std::accumulate(m_counts.begin(), m_counts.end(), std::int64_t{0});
+}
+
+std::int64_t Totals::Bad() const {
+  std::int64_t bad = 0;
   for (std::size_t i = 0; i < m_counts.size(); ++i)
     if (IsBad(static_cast<EOutcome>(i))) bad += m_counts[i];
   return bad;

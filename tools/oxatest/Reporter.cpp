@@ -61,6 +61,9 @@ std::string Reporter::SuitesWithin() const {
   return PathOf(m_levels.back().m_sSuites, m_levels.back().m_pTest->GetName());
 }
 
+// What is to be told is the name of the test, which needn't be part of the tree.
+void Reporter::CustomNotification(const Test& test) { m_channel.Tell(Message::eANNOUNCED, {test.GetName()}); }
+
 void Reporter::SettingUpTest(const Test& test) {
   m_levels.push_back({&test, SuitesWithin(), std::chrono::steady_clock::now()});
   m_channel.Tell(test.IsTestSuite() ? Message::eSUITE_BEGIN : Message::eBEGIN,

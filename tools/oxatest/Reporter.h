@@ -17,6 +17,9 @@ class Reporter : public Oxa::Core::Test::Listener {
  public:
   explicit Reporter(Channel& channel) : m_channel(channel) {}
 
+  /// On any thread.
+  void CustomNotification(const Oxa::Core::Test& test) override;
+
  protected:
   void SettingUpTest(const Oxa::Core::Test& test) override;
   void TestCompleted(const Oxa::Core::Test& test) override;

@@ -6,6 +6,7 @@
 #include "Signals.h"
 #include "Workplace.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -19,10 +20,12 @@ namespace {
 const char* const sNO_WORKPLACE = "no folder can be made for its log and output: ";
 const char* const sNO_PROCESS = "no process can be started for it: ";
 const char* const sINTERRUPTED = "interrupted";
+const char* const sNONSENSE = "ended since a test wrote into what tells the runner how it goes";
 
 using Clock = std::chrono::steady_clock;
 
 const std::chrono::seconds GRACE(2);  // between asking and killing
+const int iTICK = 100;                // milliseconds between looks at the size of the output
 
 std::string TookTooLong(double seconds) {
   char text[64];
@@ -38,8 +41,8 @@ int MillisecondsUntil(Clock::time_point moment) {
 // One child from its first message to its end.
 class Watch {
  public:
-  Watch(Process& process, Session& session, double timeout)
-      : m_process(process), m_session(session), m_dTimeout(timeout) {
+  Watch(Process& process, Session& session, Workplace& workplace, double timeout)
+      : m_process(process), m_session(session), m_workplace(workplace), m_dTimeout(timeout) {
     Extend();
   }
 
@@ -48,16 +51,17 @@ class Watch {
     while (!m_process.HasEnded()) {
       if (InterruptingSignal() != 0) return Stop(Session::eWAS_INTERRUPTED);
       if (m_dTimeout > 0 && Clock::now() >= m_limit) return Stop(Session::eTOOK_TOO_LONG);
-      Wait(m_dTimeout > 0 ? MillisecondsUntil(m_limit) : -1);
-      if (TakeMessages()) Extend();
+      if (m_bDamaged) return Stop(Session::eTOLD_NONSENSE);
+      Wait(m_dTimeout > 0 ? MillisecondsUntil(m_limit) : iTICK);
+      TakeMessages();
     }
     return Session::eBY_ITSELF;
   }
 
-  // What it told before its end.
-  void TakeRest() {
-    m_process.Kill();
-    while (TakeMessages()) continue;
+  // What it told before its end. False if that can't be understood.
+  bool TakeRest() {
+    while (m_process.Pipe() >= 0 && TakeMessages()) continue;
+    return !m_bDamaged;
   }
 
  private:
@@ -70,32 +74,53 @@ class Watch {
 
   void Wait(int milliseconds) {
     pollfd handles[] = {{WakeHandle(), POLLIN, 0}, {m_process.Pipe(), POLLIN, 0}};
-    ::poll(handles, 2, milliseconds);
+    ::poll(handles, 2, std::min(milliseconds, iTICK));
     ClearWake();
   }
 
-  // Whether anything came.
+  // Whether anything came. What is given back of the output belongs to no message that is still to be taken: the size
+  // is older than the look that found no more of them.
   bool TakeMessages() {
+    const std::uint64_t size = m_workplace.OutputSize();
     const std::string::size_type before = m_sBytes.size();
-    m_process.Read(m_sBytes);
+    const bool emptied = m_process.Read(m_sBytes);
     const bool any = m_sBytes.size() > before;
-    for (Message message; Decode(m_sBytes, message);) m_session.Take(message);
+    DecodeAll();
+    if (emptied) m_workplace.GiveBack(size);
     return any;
+  }
+
+  // An announcement is no step: a test could make one for ever.
+  void DecodeAll() {
+    std::string::size_type at = 0;
+    Message message;
+    EDecoded decoded = eNOT_WHOLE;
+    while (!m_bDamaged && (decoded = Decode(m_sBytes, at, message)) == eMESSAGE) {
+      m_session.Take(message);
+      if (message.m_eKind != Message::eANNOUNCED) Extend();
+    }
+    m_bDamaged = m_bDamaged || decoded == eDAMAGED;
+    m_sBytes.erase(0, m_bDamaged ? m_sBytes.size() : at);
   }
 
   Session::EEnding Stop(Session::EEnding ending) {
     m_process.Ask();
     const Clock::time_point end = Clock::now() + GRACE;
-    while (!m_process.HasEnded() && Clock::now() < end) Wait(MillisecondsUntil(end));
+    while (!m_process.HasEnded() && Clock::now() < end) {
+      Wait(MillisecondsUntil(end));
+      TakeMessages();
+    }
     m_process.Kill();
     return ending;
   }
 
   Process& m_process;
   Session& m_session;
+  Workplace& m_workplace;
   const double m_dTimeout;
   Clock::time_point m_limit;
   std::string m_sBytes;  // of the message that hasn't come whole
+  bool m_bDamaged = false;
 };
 
 std::vector<std::string> ArgumentsFor(const std::string& module, const Options& options,
@@ -108,12 +133,13 @@ std::vector<std::string> ArgumentsFor(const std::string& module, const Options& 
 }
 
 // The message that tells of the last test may come when a process has been asked to end: it counts.
-void RunProcess(Process& process, Session& session, double timeout) {
-  Watch watch(process, session, timeout);
-  const Session::EEnding ending = watch.Follow();
-  watch.TakeRest();
+void RunProcess(Process& process, Session& session, Workplace& workplace, double timeout) {
+  Watch watch(process, session, workplace, timeout);
+  Session::EEnding ending = watch.Follow();
   const int status = process.Collect();
+  if (!watch.TakeRest() && ending == Session::eBY_ITSELF) ending = Session::eTOLD_NONSENSE;
   const std::string how = ending == Session::eTOOK_TOO_LONG     ? TookTooLong(timeout)
+                          : ending == Session::eTOLD_NONSENSE   ? sNONSENSE
                           : ending == Session::eWAS_INTERRUPTED ? sINTERRUPTED
                                                                 : TextOfStatus(status);
   session.End(ending, status == 0, how);
@@ -137,8 +163,8 @@ ModuleRecord RunModule(const std::string& module, const Options& options, Displa
     display.ModuleEnds(record);
     return record;
   }
-  Session session(record, workplace, display, options.m_iRepeat > 1, options.m_bList);
-  RunProcess(process, session, options.m_dTimeout);
+  Session session(record, workplace, display, options);
+  RunProcess(process, session, workplace, options.m_dTimeout);
   return record;
 }
 

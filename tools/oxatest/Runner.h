@@ -10,7 +10,8 @@
 
 namespace OxaTest {
 
-/// Never fails: what goes wrong stands in the record. CatchSignals comes first.
+/// Never fails: what goes wrong stands in the record. CatchSignals and AdoptOrphans come
+/// first.
 ModuleRecord RunModule(const std::string& module, const Options& options, Display& display);
 
 }  // namespace OxaTest

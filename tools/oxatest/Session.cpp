@@ -3,7 +3,10 @@
 #include "Selection.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 
 namespace OxaTest {
 
@@ -17,6 +20,9 @@ const char* const sWHILE_LOADING = " while it was loaded";
 const char* const sWHILE_BUILDING = " in GetModuleTestSuite";
 const char* const sAFTER_LIST = ", behind the list of its tests";
 const char* const sBEHIND = "(behind all tests)";
+const char* const sTOO_MUCH = "[left out: the tests of this module have said too much]\n";
+const std::size_t uMOST_KEPT = 16U << 20;
+const std::size_t uMOST_OF_MODULE = 65536;
 
 EOutcome ReadOutcome(const std::string& text) {
   const int outcome = std::atoi(text.c_str());
@@ -25,8 +31,8 @@ EOutcome ReadOutcome(const std::string& text) {
 
 }  // namespace
 
-Session::Session(ModuleRecord& module, Workplace& workplace, Display& display, bool repeated, bool list)
-    : m_module(module), m_workplace(workplace), m_display(display), m_bRepeated(repeated), m_bList(list) {}
+Session::Session(ModuleRecord& module, Workplace& workplace, Display& display, const Options& options)
+    : m_module(module), m_workplace(workplace), m_display(display), m_options(options) {}
 
 void Session::Take(const Message& message) {
   // Only a damaged message can speak of tests without a tree.
@@ -47,7 +53,7 @@ void Session::Take(const Message& message) {
       m_module.m_sMatched = message.Text(0);
       break;
     case Message::eTREE:
-      m_module.m_trees.push_back({message.Text(0), {}});
+      NewTree(message.Text(0));
       break;
     case Message::eTEST:
       Plan(message, eNOT_RUN);
@@ -76,11 +82,46 @@ void Session::Take(const Message& message) {
     case Message::eSUITE_TEAR_DOWN:
       EnterSuite(message, eBEHIND_SUITE);
       break;
+    case Message::eANNOUNCED:
+      Announce(message.Text(0));
+      break;
     case Message::eTREE_DONE:
     case Message::eDONE:
       m_ePlace = eUNLOADING;
       break;
   }
+}
+
+void Session::NewTree(const std::string& root) {
+  if (!m_module.m_trees.empty()) DropTree();
+  m_module.m_trees.push_back({root, {}});
+  m_uTest = m_uNext = 0;
+}
+
+// Of a repetition in which nothing went wrong nobody wants to know more than that, but in a JUnit file: days of
+// repetitions need no more memory than one.
+void Session::DropTree() {
+  Totals totals;
+  totals.Add(m_module.m_trees.back());
+  if (totals.Bad() > 0 || !m_options.m_sJUnit.empty()) return;
+  for (const TestRecord& test : Tests()) m_uKept -= test.m_sText.size() + test.m_sOutput.size();
+  m_module.m_dropped.Add(totals);
+  ++m_module.m_uDropped;
+  m_module.m_trees.pop_back();
+}
+
+// So that a module with very many tests that say much doesn't take all memory.
+std::string Session::Kept(std::string text) {
+  if (m_uKept > uMOST_KEPT && text.size() > std::strlen(sTOO_MUCH)) text = sTOO_MUCH;
+  m_uKept += text.size();
+  return text;
+}
+
+void Session::TakeOutputOfModule(std::uint64_t end) {
+  std::string& output = m_module.m_sOutput;
+  output += m_workplace.TakeOutput(end);
+  if (output.size() > uMOST_OF_MODULE)
+    output = "[the beginning is left out]\n" + output.substr(output.size() - uMOST_OF_MODULE);
 }
 
 void Session::Plan(const Message& message, EOutcome outcome) {
@@ -96,20 +137,34 @@ TestRecord& Session::Append(const std::string& suites, const std::string& name) 
 
 void Session::BeginTree() {
   const TreeRecord& tree = m_module.m_trees.back();
-  m_display.TreeBegins(m_module, tree, m_bRepeated ? static_cast<int>(m_module.m_trees.size()) : 0);
+  const std::size_t repetition = m_module.m_uDropped + m_module.m_trees.size();
+  m_display.TreeBegins(m_module, tree, m_options.m_iRepeat > 1 ? static_cast<int>(repetition) : 0);
   for (const TestRecord& test : tree.m_tests)
     if (test.m_eOutcome == eDISABLED) m_display.TestEnds(test);
 }
 
+// Tests begin in the order in which they were planned: as a rule it is the next one.
+std::size_t Session::Planned(const std::string& suites, const std::string& name) {
+  const auto isMeant = [&suites, &name](const TestRecord& test) {
+    return test.m_eOutcome == eNOT_RUN && test.m_sText.empty() && test.m_sSuites == suites &&
+           test.m_sName == name;
+  };
+  const auto begin = Tests().begin();
+  const auto next = begin + static_cast<std::ptrdiff_t>(std::min(m_uNext, Tests().size()));
+  auto found = std::find_if(next, Tests().end(), isMeant);
+  if (found == Tests().end()) {
+    found = std::find_if(begin, next, isMeant);
+    if (found == next) return Tests().size();
+  }
+  m_uNext = static_cast<std::size_t>(found - begin) + 1;
+  return m_uNext - 1;
+}
+
 // One that wasn't planned was added to the tree while it ran.
 void Session::BeginTest(const Message& message) {
-  m_module.m_sOutput += m_workplace.TakeOutput(message.m_uOutput);
-  const auto found = std::find_if(Tests().begin(), Tests().end(), [&message](const TestRecord& test) {
-    return test.m_eOutcome == eNOT_RUN && test.m_sText.empty() && test.m_sSuites == message.Text(0) &&
-           test.m_sName == message.Text(1);
-  });
-  m_uTest = static_cast<std::size_t>(found - Tests().begin());
-  if (found == Tests().end()) Append(message.Text(0), message.Text(1));
+  TakeOutputOfModule(message.m_uOutput);
+  m_uTest = Planned(message.Text(0), message.Text(1));
+  if (m_uTest == Tests().size()) Append(message.Text(0), message.Text(1));
   m_ePlace = eIN_TEST;
   m_begin = std::chrono::steady_clock::now();
   m_display.TestBegins(PathOf(message.Text(0), message.Text(1)));
@@ -119,17 +174,25 @@ void Session::EndTest(const Message& message) {
   if (m_uTest >= Tests().size()) return;
   TestRecord& test = Tests()[m_uTest];
   test.m_eOutcome = ReadOutcome(message.Text(2));
-  test.m_sText = message.Text(3);
+  test.m_sText = Kept(message.Text(3));
   test.m_dSeconds = std::atof(message.Text(4).c_str());
-  test.m_sOutput = m_workplace.TakeOutput(message.m_uOutput);
+  test.m_sOutput = Kept(m_workplace.TakeOutput(message.m_uOutput));
   m_display.TestEnds(test);
 }
 
+// Before the first test, and between suites, it is the module that speaks.
+void Session::Announce(const std::string& text) {
+  const bool ofTest = (m_ePlace == eIN_TEST || m_ePlace == eBEHIND_TEST) && m_uTest < Tests().size();
+  m_display.Announces(
+      ofTest ? PathOf(Tests()[m_uTest].m_sSuites, Tests()[m_uTest].m_sName) : PathOf(m_sSuites, m_sSuite),
+      text);
+}
+
 void Session::EndSuite(const Message& message) {
-  m_module.m_sOutput += m_workplace.TakeOutput(message.m_uOutput);
+  TakeOutputOfModule(message.m_uOutput);
   TestRecord& test = Append(message.Text(0), message.Text(1));
   test.m_eOutcome = ReadOutcome(message.Text(2));
-  test.m_sText = message.Text(3);
+  test.m_sText = Kept(message.Text(3));
   m_display.TestEnds(test);
 }
 
@@ -147,12 +210,12 @@ void Session::End(EEnding ending, bool clean, const std::string& how) {
       m_module.m_sTrouble = how + sWHILE_LOADING;
     else if (m_ePlace == eBUILDING)
       m_module.m_sTrouble = how + sWHILE_BUILDING;
-    else if (m_bList)
+    else if (m_options.m_bList)
       m_module.m_sTrouble = how + sAFTER_LIST;
     else
-      Blame(ending == eBY_ITSELF ? eCRASHED : ending == eTOOK_TOO_LONG ? eHUNG : eINTERRUPTED, how);
+      Blame(ending == eTOOK_TOO_LONG ? eHUNG : ending == eWAS_INTERRUPTED ? eINTERRUPTED : eCRASHED, how);
   }
-  m_module.m_sOutput += m_workplace.TakeOutput();
+  TakeOutputOfModule(m_workplace.OutputSize());
   m_display.ModuleEnds(m_module);
 }
 
@@ -173,7 +236,7 @@ void Session::Blame(EOutcome outcome, const std::string& how) {
                                                       : sBEHIND_TREE);
     if (!before.empty()) test.m_sText += '\n' + before;
   }
-  if (ofTest) test.m_sOutput += m_workplace.TakeOutput();
+  if (ofTest) test.m_sOutput += Kept(m_workplace.TakeOutput());
   m_display.TestEnds(test);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -21,21 +22,25 @@ const std::uint64_t uKEPT = 65536;
 
 std::string LeftOut(std::uint64_t count) { return "[" + std::to_string(count) + " bytes left out]\n"; }
 
-std::uint64_t SizeOf(int file) {
-  struct stat status {};
-  return ::fstat(file, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+// The system would be asked too often for less.
+const std::uint64_t uWORTH_IT = 1U << 20;
+
+std::filesystem::path TemporaryFolder() {
+  const char* const folder = std::getenv("TMPDIR");
+  std::error_code ignored;
+  return std::filesystem::absolute(folder == nullptr || *folder == '\0' ? "/tmp" : folder, ignored);
 }
 
 }  // namespace
 
 Workplace::Workplace() {
-  std::error_code error;
-  std::string folder = (std::filesystem::temp_directory_path(error) / sTEMPLATE).string();
+  std::string folder = (TemporaryFolder() / sTEMPLATE).string();
   if (::mkdtemp(folder.data()) != nullptr) {
     m_sFolder = folder;
+    ::chmod(folder.c_str(), 0700);  // a umask may have taken rights from it
     m_iOutput = ::open((folder + sOUTPUT).c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
   }
-  if (m_iOutput < 0) m_sComplaint = folder + ": " + std::strerror(errno);
+  if (m_iOutput < 0) m_sComplaint = TemporaryFolder().string() + ": " + std::strerror(errno);
 }
 
 Workplace::~Workplace() {
@@ -45,7 +50,9 @@ Workplace::~Workplace() {
 }
 
 std::string Workplace::TakeOutput(std::uint64_t end) {
-  end = std::min(end, SizeOf(m_iOutput));
+  const std::uint64_t size = OutputSize();
+  m_uTaken = std::min(m_uTaken, size);  // a test may have emptied the file
+  end = std::min(end, size);
   if (end <= m_uTaken) return "";
   const std::uint64_t begin = std::max(m_uTaken, end - std::min(end, uKEPT));
   std::string text(static_cast<std::size_t>(end - begin), '\0');
@@ -56,6 +63,19 @@ std::string Workplace::TakeOutput(std::uint64_t end) {
   return text;
 }
 
-std::string Workplace::TakeOutput() { return TakeOutput(SizeOf(m_iOutput)); }
+std::string Workplace::TakeOutput() { return TakeOutput(OutputSize()); }
+
+std::uint64_t Workplace::OutputSize() const {
+  struct stat status {};
+  return ::fstat(m_iOutput, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+void Workplace::GiveBack(std::uint64_t size) {
+  const std::uint64_t end = std::max(m_uTaken, size - std::min(size, uKEPT));
+  if (end < m_uGivenBack + uWORTH_IT) return;
+  ::fallocate(m_iOutput, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(m_uGivenBack),
+              static_cast<off_t>(end - m_uGivenBack));
+  m_uGivenBack = end;
+}
 
 }  // namespace OxaTest

@@ -7,7 +7,8 @@
 
 namespace OxaTest {
 
-/// A folder among the system's temporary ones, with the file that takes the output. Gone with this object.
+/// A folder in that of TMPDIR, or in /tmp without such a variable, which others can't look into, with the file that
+/// takes the output. Gone with this object.
 class Workplace {
  public:
   Workplace();
@@ -29,11 +30,19 @@ class Workplace {
   /// The same up to the end of the file.
   std::string TakeOutput();
 
+  /// The size of the file.
+  std::uint64_t OutputSize() const;
+
+  /// Gives the space of what TakeOutput has given, or won't give if it is called for an end from `size` on, back to the
+  /// system, if that can be.
+  void GiveBack(std::uint64_t size);
+
  private:
   std::string m_sFolder;
   std::string m_sComplaint;
   int m_iOutput = -1;
   std::uint64_t m_uTaken = 0;
+  std::uint64_t m_uGivenBack = 0;
 };
 
 }  // namespace OxaTest
