@@ -106,7 +106,7 @@ TEST(OxatestOnWildModules, WritesIntoNoFileOfATest) {
   EXPECT_EQ(1, run.m_iStatus) << run.m_sOutput;
   const Element test = run.Case("Replaces pipes");
   EXPECT_EQ("ended with exit status 1", test.Child("error").Attribute("message"));
-  EXPECT_EQ("oxatest: a test has closed a handle that it hadn't opened: the process can't go on\n",
+  EXPECT_EQ("oxatest: a test has closed a handle that it hadn&apos;t opened: the process can&apos;t go on\n",
             test.Child("system-out").m_sText);
   EXPECT_TRUE(folder.Has("own"));
   EXPECT_EQ("", folder.Read("own"));

@@ -60,6 +60,7 @@ std::string StartDaemon() {
   if (between == 0) {
     ::setsid();
     if (::fork() != 0) ::_exit(0);
+    ::alarm(120);  // it isn't to stay for ever if nobody ends it
     std::ofstream(File()) << ::getpid() << '\n';
     for (;;) ::pause();
   }
@@ -78,13 +79,18 @@ std::string ComeOutTwice() {
   return "of the test";
 }
 
-// Those to and from pipes.
+// Whether it is the end of a pipe to write to, and wasn't inherited from those that started the runner.
+bool IsOwnPipe(int handle) {
+  struct stat status {};
+  return ::fstat(handle, &status) == 0 && S_ISFIFO(status.st_mode) &&
+         ::fcntl(handle, F_GETFD) == FD_CLOEXEC && (::fcntl(handle, F_GETFL) & O_ACCMODE) == O_WRONLY;
+}
+
 std::vector<int> Pipes() {
   std::vector<int> pipes;
-  for (int handle = 3; handle < 1024; ++handle) {
-    struct stat status {};
-    if (::fstat(handle, &status) == 0 && S_ISFIFO(status.st_mode)) pipes.push_back(handle);
-  }
+  for (int handle = 3; handle < 1024; ++handle)
+    if (IsOwnPipe(handle)) pipes.push_back(handle);
+  OXA_TEST_ASSERT(!pipes.empty());
   return pipes;
 }
 
