@@ -206,14 +206,16 @@ TEST_F(RaiseHooksDeathTest, WhileExitingAfterAFatalErrorRaisesReturnAndWarningsA
    public:
     Told() : Warning(std::string("told")) {}
   };
-  static bool s_bWarned = false;
   EXPECT_EXIT(
       {
-        TheHooks().warningRaised = [](Warning&) { s_bWarned = true; };
+        TheHooks().errorRaised = [](Error&) { s_calls.push_back("raised"); };
+        TheHooks().errorHandled = [](Error&) { s_calls.push_back("handled"); };
+        TheHooks().warningRaised = [](Warning&) { s_calls.push_back("warned"); };
         std::atexit([] {
           const bool returned = Returns();
           OXA_RAISE_WARNING("Test", Told());
-          std::fputs(returned && s_bWarned ? "as required" : "otherwise", stderr);
+          const bool required = returned && s_calls == std::vector<std::string>{"warned"};
+          std::fputs(required ? "as required" : "otherwise", stderr);
         });
         ExitAfterFatalError(3);
       },
