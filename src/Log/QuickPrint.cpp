@@ -233,15 +233,30 @@ bool Printer::ConvertUnsigned(const Conversion& conversion, int base) {
   return PutNumber(digits, end.ptr, conversion);
 }
 
+constexpr int iFRACTION_BITS = 52;
+
+std::uint64_t BitsOf(double value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+int ExponentOf(std::uint64_t bits) { return static_cast<int>(bits >> iFRACTION_BITS & 0x7FF); }
+
+// Zero, or a number in the usual form. Comparisons might tell it wrongly, or trap: hosts have the processor take what is
+// below the usual form for zero, and std::to_chars then does so, too.
+bool IsUsual(double value) {
+  const std::uint64_t bits = BitsOf(value);
+  const int exponent = ExponentOf(bits);
+  return exponent != 0x7FF && (exponent != 0 || bits << 1 == 0);
+}
+
 // The value times `power`, which is 1000 or less, rounded to the nearest whole number, and to an even one in the middle.
 // Whole numbers do for that, as long as the product has room in 64 bits: a host may have floating-point operations trap.
 bool Scale(double value, std::uint64_t power, std::uint64_t& scaled) {
-  constexpr int iFRACTION_BITS = 52;
   constexpr int iUNIT_EXPONENT = 1023 + iFRACTION_BITS;  // of a value whose fraction counts ones
-  std::uint64_t bits = 0;
-  std::memcpy(&bits, &value, sizeof bits);
-  const int exponent = static_cast<int>(bits >> iFRACTION_BITS & 0x7FF);
-  const int shift = iUNIT_EXPONENT - exponent;
+  const std::uint64_t bits = BitsOf(value);
+  const int shift = iUNIT_EXPONENT - ExponentOf(bits);
   if (shift <= 0) return false;
   const std::uint64_t one = std::uint64_t{1} << iFRACTION_BITS;
   const std::uint64_t product = (one | (bits & (one - 1))) * power;
@@ -284,7 +299,7 @@ bool Printer::ConvertDouble(const Conversion& conversion, std::chars_format form
   if (conversion.m_eLength != eINT && conversion.m_eLength != eLONG) return false;
   if (!Platform::NumbersArePlain()) return false;
   const double value = va_arg(m_args, double);
-  if (!std::isfinite(value)) return false;
+  if (!IsUsual(value)) return false;
   char digits[uNUMBER];
   const int precision = conversion.m_iPrecision < 0 ? iUSUAL_PRECISION : conversion.m_iPrecision;
   char* const end = WriteDouble(digits, digits + sizeof digits, value, format, precision);
