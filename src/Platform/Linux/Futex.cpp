@@ -19,14 +19,15 @@ constexpr long long iNANOSECONDS_PER_SECOND = 1000000000;
 
 constexpr std::uint32_t uPRAISE = 4;
 
-// Until the library is loaded nobody spins.
-bool g_severalProcessors = false;
+// Until the library is loaded nobody spins. The library's own threads wait by then already.
+std::atomic<bool> g_severalProcessors{false};
 
 // Where the call fails there are more of them than the mask has room for.
 [[gnu::constructor]] void CountProcessors() {
   const int saved = errno;
   cpu_set_t set;
-  g_severalProcessors = sched_getaffinity(getpid(), sizeof(set), &set) != 0 || CPU_COUNT(&set) > 1;
+  const bool several = sched_getaffinity(getpid(), sizeof(set), &set) != 0 || CPU_COUNT(&set) > 1;
+  g_severalProcessors.store(several, std::memory_order_relaxed);
   errno = saved;
 }
 
@@ -60,7 +61,7 @@ bool SpinAdvice::Learn(bool success) noexcept {
 }
 
 long long SpinBudget::Next() noexcept {
-  if (!g_severalProcessors) return 0;
+  if (!g_severalProcessors.load(std::memory_order_relaxed)) return 0;
   const std::uint32_t nanoseconds = Read(m_uNanoseconds);
   if (nanoseconds != 0) return nanoseconds;
   const std::uint32_t refusals = Read(m_uRefusals) + 1;

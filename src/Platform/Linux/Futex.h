@@ -29,10 +29,12 @@ inline void Pause() noexcept {
 #endif
 }
 
-/// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done.
+/// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done. Where the
+/// deadline has passed already nothing is done, and nothing learned: a poll doesn't tell what a wait would have met.
 template <class Done>
 bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) noexcept {
   constexpr int roundsPerLook = 8;
+  if (deadline.HasPassed()) return false;
   const long long nanoseconds = budget.Next();
   if (nanoseconds == 0) return false;
   const long long start = MonotonicNow();

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include "Platform/Linux/Futex.h"
 #include "Platform/Threads.h"
 
 namespace {
@@ -83,6 +84,15 @@ TEST(SpinBudget, ProbesEverMoreSeldomUntilAHit) {
   budget.Hit(10);
   WearOut(budget);
   EXPECT_LE(RefusalsUntilProbe(budget), first);
+}
+
+TEST(SpinBudget, AWaitWhoseTimeIsOverTeachesNothing) {
+  if (!SeveralProcessors()) GTEST_SKIP() << "There is one processor.";
+  SpinBudget budget;
+  const long long first = budget.Next();
+  for (int poll = 0; poll < 100; ++poll)
+    EXPECT_FALSE(SpinBeforeSleep(budget, Deadline::In(0), [] { return true; }));
+  EXPECT_EQ(budget.Next(), first);
 }
 
 // Run by the next one.
