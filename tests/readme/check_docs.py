@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""check_docs.py ROOT: all C++ on the pages is that of examples, whole or in part, and these are short and all shown;
-all links lead somewhere (to a heading where they name one), the table of the seam has all of its headers, and no page
-holds what a merge left behind."""
+"""check_docs.py ROOT: all C++ on the pages is that of examples, whole (and with a link) or in part, and these are short
+and all shown; all links lead somewhere (to a heading where they name one), the table of the seam has all of its
+headers, and no page holds what a merge left behind."""
 import os
 import re
 import sys
@@ -31,8 +31,12 @@ def program_offences(root, pages):
     programs = {read(folder, name): name for name in os.listdir(folder) if name.endswith(".cpp")}
     shown = set()
     for page in pages:
-        for block in BLOCK.findall(read(root, page)):
-            shown |= {programs[program] for program in programs if program == block}
+        text = read(root, page)
+        for block in BLOCK.findall(text):
+            if block in programs:
+                shown.add(programs[block])
+                if "examples/%s)" % programs[block] not in text:
+                    yield "%s: shows examples/%s and doesn't lead there" % (page, programs[block])
             if not any(is_part(block, program) for program in programs):
                 yield "%s: what begins with \"%s\" stands in no file of examples" % (page, block.split("\n")[0])
     for program, name in sorted(programs.items(), key=lambda item: item[1]):
