@@ -15,18 +15,22 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <map>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "LogFakes.h"
 #include "Platform/Journal.h"
 #include "Platform/Linux/JournalSocket.h"
+#include "Support/EndedByForce.h"
 #include "Support/Eventually.h"
 #include "Support/TemporaryFolder.h"
 
@@ -407,6 +411,38 @@ TEST_F(JournalLog, WhatIsMissingIsToldLaterWhereItCouldNotBe) {
   EXPECT_EQ("1 log entries didn't reach the journal", journal.NextFields()["MESSAGE"]);
   EXPECT_FALSE(journal.HasRecord());
   EXPECT_EQ(1U, handler.GetLostEntries());
+}
+
+std::ptrdiff_t CountSockets() {
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return std::count_if(begin(files), end(files), [](const auto& file) {
+    std::error_code gone;
+    return std::filesystem::read_symlink(file, gone).string().rfind("socket:", 0) == 0;
+  });
+}
+
+// While it waits for a journal that is busy, which is long enough for it to arrive.
+TEST_F(JournalLog, AKillWaitsUntilNothingIsOpen) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer holds the signals of kills back";
+#endif
+  const Journal journal(m_sPath);
+  JournalLogHandler handler;
+  FillQueue(handler);
+  const std::ptrdiff_t sockets = CountSockets();
+  TestSupport::KilledThread::Run([](std::atomic<bool>& now) {
+    now = true;
+    Platform::SendToJournal("MESSAGE=m\n", 10, true);
+  });
+  EXPECT_EQ(sockets, CountSockets());
+}
+
+TEST_F(JournalLog, ACancellationWaitsUntilTheEntryIsSent) {
+  Journal journal(m_sPath);
+  JournalLogHandler handler;
+  EXPECT_TRUE(TestSupport::CancelledThread::Finishes(
+      [&] { handler.HandleLogEntry(MakeEntry("sent all the same")); }));
+  EXPECT_EQ("sent all the same", journal.NextFields()["MESSAGE"]);
 }
 
 }  // namespace

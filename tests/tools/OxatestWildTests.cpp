@@ -112,6 +112,19 @@ TEST(OxatestOnWildModules, WritesIntoNoFileOfATest) {
   EXPECT_EQ("", folder.Read("own"));
 }
 
+TEST(OxatestOnWildModules, TellsATestFromOneThatItRuns) {
+  const RunResult run = RunOxatest({WILD_MODULE, "--only=Nested"});
+  EXPECT_EQ(1, run.m_iStatus) << run.m_sError;
+  EXPECT_EQ("after another one", run.Case("Outer").Child("failure").Attribute("message")) << run.m_sOutput;
+  EXPECT_EQ("at rest", run.Case("Inner").Child("system-out").m_sText);
+  ASSERT_EQ(1U, run.m_junit.m_children.size());
+  const Element within = run.m_junit.m_children[0].m_children.back();
+  EXPECT_EQ("Wild Tests.Nested/Outer", within.Attribute("classname"));
+  EXPECT_EQ("Inner", within.Attribute("name"));
+  EXPECT_EQ("at rest", within.Child("system-out").m_sText);
+  EXPECT_TRUE(run.Says("2 passed, 1 failed in ")) << run.m_sOutput;
+}
+
 TEST(OxatestOnWildModules, CountsRepetitionsThatItForgets) {
   const TestSupport::ChildResult run = TestSupport::RunChild({OXATEST, BAD_MODULE, "--repeat=500"});
   EXPECT_EQ(0, run.m_iStatus) << run.m_sError;

@@ -137,6 +137,29 @@ class Announcing : public Test {
   const bool m_bForEver;
 };
 
+// Runs another test of the tree, and fails when that is done.
+class Running : public Test {
+ public:
+  Running(const std::string& name, const boost::shared_ptr<Test>& other) : Test(name), m_spOther(other) {}
+
+ protected:
+  Result Execute() override {
+    m_spOther->RunTest();
+    return Result(GetName(), Result::eFAILED, "after another one");
+  }
+
+ private:
+  const boost::shared_ptr<Test> m_spOther;
+};
+
+SuitePtr Nested() {
+  const auto inner = boost::make_shared<Doing>("Inner", [] { return "at rest"; });
+  SuitePtr suite = boost::make_shared<Suite>("Nested");
+  suite->AddTest(boost::make_shared<Running>("Outer", inner));
+  suite->AddTest(inner);
+  return suite;
+}
+
 SuitePtr Handles() {
   SuitePtr suite = boost::make_shared<Suite>("Handles");
   suite->With("Starts a daemon", &StartDaemon).With("Comes out twice", &ComeOutTwice);
@@ -177,6 +200,7 @@ boost::shared_ptr<TestSuite> GetModuleTestSuite() {
   root->AddTest(boost::make_shared<Announcing>("Announces", false));
   root->AddTest(boost::make_shared<Announcing>("Announces for ever", true));
   root->AddTest(Handles());
+  root->AddTest(Nested());
   root->AddTest(Talkative());
   for (int i = 0; i < 3; ++i) root->AddTest(Loud(i));
   return root;

@@ -95,6 +95,7 @@ void Session::Take(const Message& message) {
 void Session::NewTree(const std::string& root) {
   if (!m_module.m_trees.empty()) DropTree();
   m_module.m_trees.push_back({root, {}});
+  m_running.clear();
   m_uTest = m_uNext = 0;
 }
 
@@ -165,13 +166,17 @@ void Session::BeginTest(const Message& message) {
   TakeOutputOfModule(message.m_uOutput);
   m_uTest = Planned(message.Text(0), message.Text(1));
   if (m_uTest == Tests().size()) Append(message.Text(0), message.Text(1));
+  m_running.push_back(m_uTest);
   m_ePlace = eIN_TEST;
   m_begin = std::chrono::steady_clock::now();
   m_display.TestBegins(PathOf(message.Text(0), message.Text(1)));
 }
 
+// Of the innermost one.
 void Session::EndTest(const Message& message) {
-  if (m_uTest >= Tests().size()) return;
+  if (m_running.empty()) return;
+  m_uTest = m_running.back();
+  m_running.pop_back();
   TestRecord& test = Tests()[m_uTest];
   test.m_eOutcome = ReadOutcome(message.Text(2));
   test.m_sText = Kept(message.Text(3));

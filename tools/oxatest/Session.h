@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace OxaTest {
 
@@ -51,10 +52,11 @@ class Session {
   Display& m_display;
   const Options& m_options;
   EPlace m_ePlace = eLOADING;
-  std::size_t m_uTest = 0;  // the one that runs, or ran last
-  std::size_t m_uNext = 0;  // behind the last one that was planned and began
-  std::size_t m_uKept = 0;  // bytes of what tests said
-  std::string m_sSuites;    // of the suite in which things are
+  std::vector<std::size_t> m_running;  // each runs the next one
+  std::size_t m_uTest = 0;             // the one that runs, or ran last
+  std::size_t m_uNext = 0;             // behind the last one that was planned and began
+  std::size_t m_uKept = 0;             // bytes of what tests said
+  std::string m_sSuites;               // of the suite in which things are
   std::string m_sSuite;
   std::chrono::steady_clock::time_point m_begin;
 };

@@ -3,15 +3,18 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Platform/Linux/RegistryName.h"
 #include "Platform/Secrets.h"
+#include "Support/EndedByForce.h"
 #include "Support/TemporaryFolder.h"
 
 namespace Platform = Oxa::Core::Platform;
@@ -87,6 +90,48 @@ TEST(Registry, BringsAValueToTheDiskBeforeItTakesThePlaceOfAnother) {
   EXPECT_EQ(EIO, Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {'b', 'a', 'd'}));
   s_onSync = nullptr;
   EXPECT_EQ("new", folder.Read("HKEY_CURRENT_USER/K/V="));
+}
+
+std::ptrdiff_t CountIn(const std::string& folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
+TEST(Registry, AKillWaitsUntilAValueStands) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer holds the signals of kills back";
+#endif
+  const TestSupport::TemporaryFolder folder;
+  const std::string path = folder.Path();
+  const std::string key = "K";
+  const std::string name = "V";
+  const std::vector<unsigned char> bytes = {'n', 'e', 'w'};
+  const std::ptrdiff_t files = CountIn("/proc/self/fd");
+  TestSupport::KilledThread::Run([&](std::atomic<bool>& now) {
+    const Platform::RegistryFolder there(path.c_str());
+    s_onSync = [&](int) {
+      now = true;
+      TestSupport::KilledThread::GiveAKillTime();
+      return 0;
+    };
+    Platform::CreateRegistryKey(HKEY_CURRENT_USER, key);
+    Platform::WriteRegistryValue(HKEY_CURRENT_USER, key, name, bytes);
+  });
+  s_onSync = nullptr;
+  EXPECT_EQ("new", folder.Read("HKEY_CURRENT_USER/K/V="));
+  EXPECT_EQ(1, CountIn(folder.File("HKEY_CURRENT_USER/K")));
+  EXPECT_EQ(files, CountIn("/proc/self/fd"));
+}
+
+TEST(Registry, ACancellationWaits) {
+  const TestSupport::TemporaryFolder folder;
+  std::vector<unsigned char> bytes;
+  EXPECT_TRUE(TestSupport::CancelledThread::Finishes([&] {
+    const Platform::RegistryFolder there(folder.Path().c_str());
+    Platform::CreateRegistryKey(HKEY_CURRENT_USER, "K");
+    Platform::WriteRegistryValue(HKEY_CURRENT_USER, "K", "V", {1});
+    Platform::ReadRegistryValue(HKEY_CURRENT_USER, "K", "V", bytes);
+  }));
+  EXPECT_EQ(std::vector<unsigned char>{1}, bytes);
 }
 
 TEST(Registry, WaitsForNoPipeAndReadsNoFlood) {
