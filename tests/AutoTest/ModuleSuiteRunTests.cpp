@@ -6,6 +6,9 @@
 #include <stdlib.h>
 
 #include <boost/make_shared.hpp>
+#include <clocale>
+#include <cstdlib>
+#include <locale>
 #include <set>
 #include <stdexcept>
 
@@ -106,6 +109,36 @@ class FailureListener : public AlertListener {
   Texts m_messages;
   std::string m_sLogName;
 };
+
+// As people write numbers in many countries.
+class CommasAndPoints : public std::numpunct<char> {
+ protected:
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(ModuleSuiteRun, PassesInAHostWithALocaleOfItsOwn) {
+  const std::locale before = std::locale::global(std::locale(std::locale(), new CommasAndPoints));
+  ExpectAllPass(*GetModuleTestSuite());
+  std::locale::global(before);
+}
+
+// Numbers with commas, and letters whose cases are others.
+TEST(ModuleSuiteRun, PassesInOtherLanguages) {
+  const TemporaryFolder folder;
+  for (const char* const language : {"de_DE", "tr_TR"}) {
+    const std::string make = std::string("localedef -f UTF-8 -i ") + language + ' ' + folder.File(language);
+    if (std::system(make.c_str()) != 0) GTEST_SKIP() << "no localedef, or nothing to make a locale of";
+  }
+  ::setenv("LOCPATH", folder.Path().c_str(), 1);
+  for (const char* const language : {"de_DE", "tr_TR"}) {
+    ASSERT_NE(nullptr, std::setlocale(LC_ALL, language)) << language;
+    ExpectAllPass(*GetModuleTestSuite());
+  }
+  std::setlocale(LC_ALL, "C");
+  ::unsetenv("LOCPATH");
+}
 
 TEST(ModuleSuiteRun, PassesInAFolderThatIsGone) {
   const TemporaryFolder folder;

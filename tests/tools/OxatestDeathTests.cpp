@@ -181,6 +181,7 @@ void ExpectInterrupted(const RunResult& run, const std::string& name) {
   EXPECT_EQ("testcase", run.Case("Before").m_sName);
   EXPECT_EQ("", run.Case("Before").Child("error").m_sName);
   EXPECT_EQ("interrupted", run.Case(name).Child("error").Attribute("type"));
+  EXPECT_EQ("1", run.m_junit.Attribute("errors"));
   EXPECT_EQ("not run", run.Case("After").Child("skipped").Attribute("message"));
   EXPECT_EQ("", run.Case("Passes").m_sName) << "another module was begun";
 }

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "AutoTest/Module/AlertTape.h"
+#include "AutoTest/Module/Streamed.h"
 #include "AutoTest/Module/TestAlerts.h"
 #include "AutoTest/Module/TestMethods.h"
 #include "Core/Immortal.h"
@@ -237,8 +238,9 @@ void TEST_ErrorHandling::Construction(std::string&) {
   OXA_TEST_ASSERT(HasCategory<HardwareError>() && HasCategory<UnknownError>());
   OXA_TEST_EQUALS(AlertInfo::eCRITICAL, CriticalError(sERROR).GetSeverity());
   OXA_TEST_EQUALS(AlertInfo::eWARNING, BasicWarning(sWARNING).GetSeverity());
-  OXA_TEST_ASSERT(AlertMessage("%1%,%2%,%3$x,%4%,%5$x,%6%,%7%,%8%", 'a', -15, 15, -31, 31, 1.5, 2.5,
-                               "Basic Message") == "a,-15,f,-31,1f,1.5,2.5,Basic Message");
+  OXA_TEST_ASSERT(
+      AlertMessage("%1%,%2%,%3$x,%4%,%5$x,%6%,%7%,%8%", 'a', -15, 15, -31, 31, 1.5, 2.5, "Basic Message") ==
+      "a,-15,f,-31,1f," + Streamed(1.5) + ',' + Streamed(2.5) + ",Basic Message");
 }
 
 void TEST_ErrorHandling::Errors(std::string&) {

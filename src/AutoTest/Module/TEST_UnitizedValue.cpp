@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "AutoTest/Module/RaisedMessage.h"
+#include "AutoTest/Module/Streamed.h"
 #include "AutoTest/Module/TestMethods.h"
 
 namespace Oxa::Core {
@@ -112,13 +113,6 @@ void CheckSums() {
   OXA_TEST_ASSERT((sum - length).IsEqual(Value(50, "Centimeter"), dTOLERANCE));
 }
 
-// As the host's locale has it.
-std::string Text(double value) {
-  std::ostringstream text;
-  text << value;
-  return text.str();
-}
-
 std::string Printed(const Value& value, int width) {
   std::ostringstream text;
   text << std::setw(width) << value << '|';
@@ -168,15 +162,15 @@ void TEST_UnitizedValue::Math(std::string&) {
 
 void TEST_UnitizedValue::Output(std::string&) {
   OXA_TEST_ASSERT(Value(1, "Meter").ToString() == "1 m");
-  OXA_TEST_ASSERT(Value(52.3, "Celsius").ToString() == Text(52.3) + " C");
-  OXA_TEST_ASSERT(Value(1.25).ToString() == Text(1.25));
+  OXA_TEST_ASSERT(Value(52.3, "Celsius").ToString() == Streamed(52.3) + " C");
+  OXA_TEST_ASSERT(Value(1.25).ToString() == Streamed(1.25));
   OXA_TEST_ASSERT(Printed(Value(1, "Meter"), 6) == "   1 m|");
   OXA_TEST_ASSERT(Printed(Value(1, "Meter"), 0) == "1 m|");
   const UnitDictionary units = SlownessUnits();
   const Value slowness(5, "Hour per Mile", units);
   OXA_TEST_ASSERT(slowness.ToString() == "5 hpm");
-  OXA_TEST_ASSERT(slowness.ToString("Second per Meter") == Text(11.1847) + " spm");
-  OXA_TEST_ASSERT(slowness.ToString("Second per Meter", units) == Text(11.1847) + " spm");
+  OXA_TEST_ASSERT(slowness.ToString("Second per Meter") == Streamed(11.1847) + " spm");
+  OXA_TEST_ASSERT(slowness.ToString("Second per Meter", units) == Streamed(11.1847) + " spm");
 }
 
 }  // namespace Oxa::Core
