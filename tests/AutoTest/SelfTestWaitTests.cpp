@@ -76,21 +76,32 @@ TEST(SelfTestThreads, ThatNeverStartedAreNotWaitedFor) {
   EXPECT_FALSE(thread->HasBegun());
 }
 
-// The two minutes of the long test, in two seconds.
-TEST(LongSelfTest, ReadsAndWritesAsLongAsItsTimeLasts) {
-  TEST_OxaRWMutex suite;
-  for (const auto& test : ChildrenOf(suite))
-    test->Enable(test->GetName() == "Test OxaRWMutex - multiple threads");
-  AutoTestTests::Tape tape;
-  suite.AddListener(tape);
-  std::thread clock([] {
-    std::this_thread::sleep_for(std::chrono::seconds(2));
+// The two minutes of the long test, in so many seconds.
+std::vector<Result> RunTheLongTest(TEST_OxaRWMutex& suite, int seconds) {
+  std::thread clock([seconds] {
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
     Platform::SetClockOffset(0, llHOUR);
   });
   std::vector<Result> results;
   suite.RunTest(results);
   clock.join();
   Platform::SetClockOffset(0, 0);
+  return results;
+}
+
+// Two seconds do, unless the machine has other things to do.
+TEST(LongSelfTest, ReadsAndWritesAsLongAsItsTimeLasts) {
+  TEST_OxaRWMutex suite;
+  for (const auto& test : ChildrenOf(suite))
+    test->Enable(test->GetName() == "Test OxaRWMutex - multiple threads");
+  AutoTestTests::Tape tape;
+  suite.AddListener(tape);
+  std::vector<Result> results;
+  for (const int seconds : {2, 10, 50}) {
+    tape.m_heard.clear();
+    results = RunTheLongTest(suite, seconds);
+    if (Failures(results).empty()) break;
+  }
   EXPECT_EQ(Texts(), Failures(results));
   const std::string announcement =
       "In this test multiple threads are trying to either update a 1 MB buffer (writing) or\n"
