@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "Core/LibraryState.h"
 #include "ErrorHandling/KeptSlot.h"
 
 namespace Oxa::Core {
@@ -38,6 +39,7 @@ boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context)
 }
 
 void KeepContextText(const CodeContext& context, std::string tags) {
+  if (IsLibraryUnloading()) return;  // nobody would give it up
   try {
     KeptText text = boost::make_shared<const ContextText>(context, std::move(tags));
     SlotOf(context.GetContextInfo()).Keep(new KeptText(std::move(text)));

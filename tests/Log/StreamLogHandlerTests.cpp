@@ -2,6 +2,7 @@
 #include <Infrastructure/OxaCore/StreamLogHandler.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -62,8 +63,10 @@ class Terminal {
 
   std::ostream& Stream() { return *m_pStream; }
 
-  // What has come out of it; there must be something.
+  // What has come out of it; there must be something, soon.
   std::string Read() const {
+    pollfd master = {m_iMaster, POLLIN, 0};
+    if (::poll(&master, 1, 10000) != 1) return {};
     char bytes[1000];
     const ssize_t size = ::read(m_iMaster, bytes, sizeof bytes);
     return std::string(bytes, size > 0 ? static_cast<std::size_t>(size) : 0);
