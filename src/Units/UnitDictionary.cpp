@@ -59,26 +59,6 @@ void AddTo(Scale& scale, const boost::shared_ptr<UnitDescriptor>& unit) {
 /// What isn't a number is the same as what isn't either.
 bool IsSame(double left, double right) { return left == right || (std::isnan(left) && std::isnan(right)); }
 
-/// Makes names lead to a unit, all or none of them.
-class Registration {
- public:
-  explicit Registration(std::size_t names) { m_places.reserve(names); }
-  Registration(const Registration&) = delete;
-  Registration& operator=(const Registration&) = delete;
-  ~Registration() {
-    for (std::vector<std::string>* const mains : m_places) mains->pop_back();
-  }
-
-  void Add(std::vector<std::string>& mains, const std::string& main) {
-    mains.push_back(main);
-    m_places.push_back(&mains);
-  }
-  void Keep() noexcept { m_places.clear(); }
-
- private:
-  std::vector<std::vector<std::string>*> m_places;  // what was added to, and is taken back unless it is kept
-};
-
 /// Units of the same dimensions by ascending factor, each factor once.
 using Scale = std::vector<std::pair<double, boost::shared_ptr<UnitDescriptor>>>;
 
@@ -87,11 +67,43 @@ void RemoveFrom(Scale& scale, double factor) {
   if (place != scale.end() && IsSame(factor, place->first)) scale.erase(place);
 }
 
+struct Name;
+
+/// A text and what it stands for. It keeps its place in memory.
+using Entry = std::pair<const std::string, Name>;
+
 /// What one text stands for.
 struct Name {
+  bool IsNeeded() const { return m_spUnit || !m_mains.empty() || m_uAlternates > 0; }
+
   boost::shared_ptr<UnitDescriptor> m_spUnit;  ///< the unit with this main name, or null
-  std::vector<std::string>
-      m_mains;  ///< as an alternate: the main names it leads to, in order of registration
+  std::vector<Entry*> m_mains;                 ///< as an alternate: where it leads, in order of registration
+  std::size_t m_uAlternates = 0;               ///< as a main name: how often others lead here
+};
+
+using Names = std::unordered_map<std::string, Name>;
+
+/// Makes names lead to a unit, all or none of them.
+class Registration {
+ public:
+  Registration(Entry& main, std::size_t names) : m_main(main) { m_alternates.reserve(names); }
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
+  ~Registration() {
+    for (Name* const alternate : m_alternates) alternate->m_mains.pop_back();
+    m_main.second.m_uAlternates -= m_alternates.size();
+  }
+
+  void Add(Name& alternate) {
+    alternate.m_mains.push_back(&m_main);
+    m_alternates.push_back(&alternate);
+    ++m_main.second.m_uAlternates;
+  }
+  void Keep() noexcept { m_alternates.clear(); }
+
+ private:
+  Entry& m_main;
+  std::vector<Name*> m_alternates;  // what was added to, and is taken back unless it is kept
 };
 
 struct DimensionsHash {
@@ -99,7 +111,7 @@ struct DimensionsHash {
     // Exponents are small: a byte of each tells nearly all dimensions apart.
     std::size_t hash = 0;
     for (int i = 0; i < Dimensions::sCOUNT; ++i) {
-      hash = hash << 8 | (static_cast<std::size_t>(dimensions[static_cast<EDimension>(i)]) & 0xFF);
+      hash |= (static_cast<std::size_t>(dimensions[static_cast<EDimension>(i)]) & 0xFF) << 8 * i;
     }
     return hash;
   }
@@ -112,10 +124,16 @@ UnitDictionary::XAlternateNameCollision::XAlternateNameCollision(const std::stri
 UnitDictionary::XAlternateNameCollision::~XAlternateNameCollision() = default;
 
 struct UnitDictionary::Units {
-  const UnitDescriptor* FindMain(const std::string& name) const {
-    const auto found = m_names.find(name);
-    return found != m_names.end() ? found->second.m_spUnit.get() : nullptr;
+  Units() = default;
+
+  // The names lead to names of their own dictionary.
+  Units(const Units& other) : m_names(other.m_names), m_byDimensions(other.m_byDimensions) {
+    for (auto& [text, name] : m_names) {
+      for (Entry*& main : name.m_mains) main = &*m_names.find(main->first);
+    }
   }
+  Units& operator=(const Units&) = delete;
+  ~Units() = default;
 
   Scale& ScaleWithRoom(const Dimensions& dimensions) {
     Scale& scale = m_byDimensions[dimensions];
@@ -128,16 +146,20 @@ struct UnitDictionary::Units {
     if (found != m_byDimensions.end()) RemoveFrom(found->second, factor);
   }
 
-  void RemoveName(const std::string& main) {
-    for (auto entry = m_names.begin(); entry != m_names.end();) {
-      Name& name = entry->second;
-      if (entry->first == main) name.m_spUnit.reset();
-      name.m_mains.erase(std::remove(name.m_mains.begin(), name.m_mains.end(), main), name.m_mains.end());
-      entry = name.m_spUnit || !name.m_mains.empty() ? std::next(entry) : m_names.erase(entry);
+  void RemoveName(const std::string& text) {
+    const auto main = m_names.find(text);
+    if (main == m_names.end()) return;
+    main->second.m_spUnit.reset();
+    main->second.m_uAlternates = 0;
+    for (auto& entry : m_names) {
+      auto& mains = entry.second.m_mains;
+      mains.erase(std::remove(mains.begin(), mains.end(), &*main), mains.end());
     }
+    for (auto entry = m_names.begin(); entry != m_names.end();)
+      entry = entry->second.IsNeeded() ? std::next(entry) : m_names.erase(entry);
   }
 
-  std::unordered_map<std::string, Name> m_names;
+  Names m_names;
   std::unordered_map<Dimensions, Scale, DimensionsHash> m_byDimensions;
 };
 
@@ -175,9 +197,9 @@ bool UnitDictionary::AddUnit(boost::shared_ptr<UnitDescriptor> aUnit, std::strin
 void UnitDictionary::RegisterAlternateNames(const std::string& aName,
                                             std::vector<std::string> aAlternateNames) {
   if (aName.empty()) return;
-  auto& names = units().m_names;
-  Registration registration(aAlternateNames.size());
-  for (const std::string& name : aAlternateNames) registration.Add(names[name].m_mains, aName);
+  Names& names = units().m_names;
+  Registration registration(*names.try_emplace(aName).first, aAlternateNames.size());
+  for (const std::string& name : aAlternateNames) registration.Add(names[name]);
   registration.Keep();
 }
 
@@ -197,8 +219,8 @@ const UnitDescriptor* UnitDictionary::FindUnit(const std::string& aName,
     OXA_RAISE_ERROR(sUNIT_DICTIONARY_LOG, XAlternateNameCollision(aName));
     return nullptr;
   }
-  for (const std::string& main : name.m_mains) {
-    if (const UnitDescriptor* const unit = IfItAgrees(all.FindMain(main), aExample)) return unit;
+  for (const Entry* const main : name.m_mains) {
+    if (const UnitDescriptor* const unit = IfItAgrees(main->second.m_spUnit.get(), aExample)) return unit;
   }
   return nullptr;
 }
@@ -224,7 +246,7 @@ bool UnitDictionary::IsUnitDefined(const std::string& aName) const {
   if (found == all.m_names.end()) return false;
   const Name& name = found->second;
   return name.m_spUnit || std::any_of(name.m_mains.begin(), name.m_mains.end(),
-                                      [&all](const auto& main) { return all.FindMain(main) != nullptr; });
+                                      [](const auto* main) { return main->second.m_spUnit != nullptr; });
 }
 
 bool UnitDictionary::IsUnitDefined(const UnitDescriptor& aUnit) const {

@@ -19,7 +19,7 @@ struct Multiplication {
   static UnitDescriptor Combined(const UnitDescriptor& left, const UnitDescriptor& right) {
     return left * right;
   }
-  static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left *= right; }
+  static void Apply(Dimensions& left, const Dimensions& right) { left *= right; }
   static void Apply(Value& left, const Value& right) { left *= right; }
   static double Of(double left, double right) { return right * left; }
 };
@@ -28,7 +28,7 @@ struct Division {
   static UnitDescriptor Combined(const UnitDescriptor& left, const UnitDescriptor& right) {
     return left / right;
   }
-  static void Apply(UnitDescriptor& left, const UnitDescriptor& right) { left /= right; }
+  static void Apply(Dimensions& left, const Dimensions& right) { left /= right; }
   static void Apply(Value& left, const Value& right) { left /= right; }
   static double Of(double left, double right) { return left / right; }
 };
@@ -39,36 +39,57 @@ bool RefusesArithmetic(const UnitDescriptor& unit) {
   return !IsPlain(unit) && dynamic_cast<const UnitDescriptor_Temperature*>(&unit) != nullptr;
 }
 
-// Dimensions and factor of the combined unit. The left one goes in without its name where that is of no account:
-// few combined units are unregistered, and only they need a joined name.
+// What a combined unit is looked up by. Few are unregistered, and only those need their texts.
+struct Compound {
+  Dimensions m_dimensions;
+  double m_dFactor;
+};
+
 template <class Operation>
-UnitDescriptor Compound(const UnitDescriptor& left, const UnitDescriptor& right) {
-  if (!IsPlain(left)) return Operation::Combined(left, right);
-  UnitDescriptor nameless(g_sNO_TEXT, g_sNO_TEXT, 1.0, left);
-  Operation::Apply(nameless, right);
-  return nameless;
+Compound CompoundOf(const UnitDescriptor& left, const UnitDescriptor& right) {
+  if (!IsPlain(left)) {
+    const UnitDescriptor unit = Operation::Combined(left, right);
+    return {unit.GetDimensions(), unit.GetConversionFactor()};
+  }
+  Compound compound{left.GetDimensions(),
+                    Operation::Of(left.GetConversionFactor(), right.GetConversionFactor())};
+  Operation::Apply(compound.m_dimensions, right.GetDimensions());
+  return compound;
 }
 
-const UnitDescriptor* FindEquivalentIn(const UnitDictionary* dictionary, const UnitDescriptor& unit) {
+const UnitDescriptor* FindEquivalentIn(const UnitDictionary* dictionary, const Compound& compound) {
   if (dictionary == nullptr) return nullptr;
-  return dictionary->FindDimensionallyEquivalentUnit(unit.GetDimensions(), unit.GetConversionFactor());
+  return dictionary->FindDimensionallyEquivalentUnit(compound.m_dimensions, compound.m_dFactor);
 }
 
-const UnitDescriptor* FindEquivalent(const UnitDescriptor& unit, const UnitDictionary* own) {
-  const UnitDescriptor* const found = FindEquivalentIn(UnitizedValueBase::sm_spGlobalDictionary.get(), unit);
-  return found != nullptr ? found : FindEquivalentIn(own, unit);
+const UnitDescriptor* FindEquivalent(const Compound& compound, const UnitDictionary* own) {
+  const UnitDescriptor* const found =
+      FindEquivalentIn(UnitizedValueBase::sm_spGlobalDictionary.get(), compound);
+  return found != nullptr ? found : FindEquivalentIn(own, compound);
+}
+
+// As between any two units; false where the raise returns. A unit of other dimensions is met only where somebody has
+// changed one that a dictionary shares.
+bool ConvertFrom(const Compound& compound, double& number, const UnitDescriptor& to) {
+  if (to.GetDimensions() != compound.m_dimensions) {
+    OXA_RAISE_ERROR(sUNITIZED_VALUE_LOG, Value::XNoUnitConversion(g_sNO_TEXT, to.GetName()));
+    return false;
+  }
+  if (to.GetConversionFactor() != compound.m_dFactor)
+    number = to.ConvertFromBaseUnits(number / compound.m_dFactor);
+  return true;
 }
 
 // The result's unit, to which `number` is converted; null where a raise returns.
 template <class Operation>
 SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDescriptor& right,
                       const UnitDictionary* own) {
-  const UnitDescriptor compound = Compound<Operation>(left, right);
+  const Compound compound = CompoundOf<Operation>(left, right);
   SharedUnit result;
   if (RefusesArithmetic(left)) return result;
   const UnitDescriptor* const found = FindEquivalent(compound, own);
   result = found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
-  if (result && !ConvertUnits(number, compound, *result)) result.reset();
+  if (result && !ConvertFrom(compound, number, *result)) result.reset();
   return result;
 }
 

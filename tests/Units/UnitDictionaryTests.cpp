@@ -276,6 +276,20 @@ TEST(UnitDictionary, OtherNamesDontLeadOn) {
   EXPECT_EQ("nothing", Found(units, "Elle")) << "\"meter\" is itself no main name";
 }
 
+TEST(UnitDictionary, NamesLeadOnToANameThatStoodForNothingMeanwhile) {
+  UnitDictionary units(false);
+  units.RegisterAlternateNames("b", {"x"});
+  units.AddUnit(NewUnit("Bar", "b", sFAR));
+  units.RemoveUnit("Bar");
+  EXPECT_FALSE(units.IsUnitDefined("b"));
+  EXPECT_EQ("nothing", Found(units, "x"));
+  units.AddUnit(NewUnit("b", "", sFAR));
+  EXPECT_EQ("b", Found(units, "x"));
+  EXPECT_EQ("b", Found(UnitDictionary(units), "x"));
+  units.RemoveUnit("b");
+  EXPECT_FALSE(units.IsUnitDefined("x"));
+}
+
 TEST(UnitDictionary, WhatIsFoundIsACopyOfTheSameClass) {
   const UnitDictionary units;
   const Unit meter = units.LookupUnit("Meter");

@@ -195,6 +195,17 @@ TEST(UnitizedValueProduct, WithoutARegisteredUnitHasAJoinedName) {
   ExpectValue(2.0, "", Value(6, "Kelvin") / Value(3, "Kelvin"));
 }
 
+TEST(UnitizedValueProduct, IsntGivenInAUnitThatWasChangedToOtherDimensions) {
+  const SharedUnit warmWay = Derived("Warm Way", "ww", 1, *Unit("Meter") * *Unit("Kelvin"));
+  UnitDictionary units(false);
+  units.AddUnit(warmWay);
+  const Value way(2, "Meter", units);
+  ExpectValue(6.0, "Warm Way", way * Value(3, "Kelvin"));
+  warmWay->SetDimensions(Dimensions(1));
+  EXPECT_EQ("Oxa.Core.UnitizedValue: Illegal unit conversion from \"\" to \"Warm Way\"",
+            Raised<XNoUnitConversion>([&] { way* Value(3, "Kelvin"); }));
+}
+
 TEST(UnitizedValueProduct, ComesInAUnitOfItsOwnDictionaryIfTheGlobalOneHasNone) {
   UnitDictionary units(false);
   units.AddUnit(Derived("Warm Way", "ww", 0.5, *Unit("Meter") * *Unit("Kelvin")));
