@@ -28,6 +28,7 @@ class CharacterClasses {
   bool AreComponents(std::string_view text) const {
     unsigned int before = 0;
     unsigned int wrong = 0;
+#pragma GCC unroll 8
     for (const char character : text) {  // without a branch that could be guessed wrong
       const unsigned int flags = Of(character);
       wrong |= flags & (before | uILLEGAL);

@@ -21,7 +21,7 @@ bool PathName::IsAbsolute() const {
 
 bool PathName::HasBase() const { return IsUNC() || m_sText.find(baseSeparator[0]) != uNONE; }
 
-bool PathName::HasBranch() const { return m_sText.find_first_of(pathSeparators) != uNONE; }
+bool PathName::HasBranch() const { return FindFirstSeparator(0) != m_sText.size(); }
 
 bool PathName::HasExt() const { return !GetExt().empty(); }
 
@@ -59,7 +59,7 @@ std::string PathName::GetLeaf() const {
 
 std::string PathName::GetExt() const {
   const auto dot = m_sText.rfind(extensionSeparator[0]);
-  if (dot == uNONE || m_sText.find_first_of(pathSeparators, dot) != uNONE) return {};
+  if (dot == uNONE || FindFirstSeparator(dot) != m_sText.size()) return {};
   return m_sText.substr(dot + 1);
 }
 

@@ -1,5 +1,8 @@
 #include <Infrastructure/OxaCore/PathName.h>
 
+#include <algorithm>
+#include <cstddef>
+
 #include "PathName/CharacterClasses.h"
 
 namespace Oxa::Core {
@@ -10,19 +13,19 @@ constexpr char sDRIVE_END[] = ":";
 constexpr char sSERVER_END[] = "\\";
 constexpr char sEXTENSION[] = ".";
 
+using Position = std::string::size_type;
+
 // Where the first character from `start` on stands that `is` tells of; the end of the text if there is none.
 template <class Is>
-std::string::size_type FindFirst(const std::string& text, std::string::size_type start, const Is& is) {
-  while (start < text.size() && !is(text[start])) ++start;
-  return start;
+Position FindFirst(const std::string& text, Position start, const Is& is) {
+  const auto from = text.begin() + static_cast<std::ptrdiff_t>(std::min(start, text.size()));
+  return static_cast<Position>(std::find_if(from, text.end(), is) - text.begin());
 }
 
 // Where the last one stands; npos if there is none.
 template <class Is>
-std::string::size_type FindLast(const std::string& text, const Is& is) {
-  auto behind = text.size();
-  while (behind > 0 && !is(text[behind - 1])) --behind;
-  return behind - 1;
+Position FindLast(const std::string& text, const Is& is) {
+  return static_cast<Position>(text.rend() - std::find_if(text.rbegin(), text.rend(), is)) - 1;
 }
 
 bool IsSeparatorOfNT(char character) { return g_classesOfNT.IsSeparator(character); }
