@@ -4,6 +4,9 @@
 // reader becomes the writer without giving up its read lock, and two readers that upgrade at once don't
 // deadlock; waiting writers go before new readers, while nested reads always pass.
 //
+// Nobody is served in turn. In particular two writers or more of whom one always waits while another writes keep new
+// readers out for as long as they go on: writers that come over and over are to pause between their turns.
+//
 // Locks are owned by threads: each is given back by the thread that took it, as many times as it took it.
 //
 // An upgrade by a timed wait that times out leaves the thread's read lock in place but no longer in the way
