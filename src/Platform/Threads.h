@@ -6,6 +6,7 @@
 #ifndef OXACORE_PLATFORM_THREADS_H
 #define OXACORE_PLATFORM_THREADS_H
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -103,27 +104,9 @@ class ShortGuard {
 /// Tells the processor that the calling thread spins, and takes it some dozen nanoseconds.
 void PauseInSpin() noexcept;
 
-/// Tells by what happened lately whether it pays to spin before a sleep. It steers speed and nothing else, so
-/// that it doesn't matter when threads that meet here lose one another's lessons.
-class SpinAdvice {
- public:
-  constexpr SpinAdvice() noexcept = default;
-
-  /// Against its conviction it is for one spin in `probeEvery`: times may have changed.
-  bool IsForIt(std::uint32_t probeEvery = 64) noexcept;
-
-  /// How a spin ended; gives it back.
-  bool Learn(bool success) noexcept;
-
- private:
-  static constexpr std::uint32_t uBEST = 16;
-
-  std::atomic<std::uint32_t> m_uScore{uBEST};
-  std::atomic<std::uint32_t> m_uRefusals{0};
-};
-
 /// Tells by what happened lately how long it pays to spin before a sleep, out of which another core would have to
-/// wake the thread. It steers speed and nothing else, as SpinAdvice does.
+/// wake the thread. It steers speed and nothing else, so that it doesn't matter when threads that meet here lose one
+/// another's lessons.
 class SpinBudget {
  public:
   constexpr SpinBudget() noexcept = default;
@@ -152,6 +135,28 @@ class SpinBudget {
   std::atomic<std::uint32_t> m_uRefusals{0};
   std::atomic<std::uint32_t> m_uProbeEvery{uFIRST_PROBE};
 };
+
+/// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done. Where the
+/// deadline has passed already nothing is done, and nothing learned: a poll doesn't tell what a wait would have met.
+template <class Done>
+bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) noexcept {
+  constexpr int roundsPerLook = 8;
+  if (deadline.HasPassed()) return false;
+  const long long nanoseconds = budget.Next();
+  if (nanoseconds == 0) return false;
+  const long long start = MonotonicNow();
+  const long long end = std::min(start + nanoseconds, deadline.Moment());
+  for (long long now = start; now < end; now = MonotonicNow())
+    for (int round = 0; round < roundsPerLook; ++round) {
+      if (done()) {
+        budget.Hit(now - start);
+        return true;
+      }
+      PauseInSpin();
+    }
+  budget.Missed();
+  return false;
+}
 
 /// A lock that its owner may take again. Constant-initialised and trivially destructible as well. In a forked
 /// child nobody owns what was held at the fork, not even the thread that forked: it stays locked, so fork with
@@ -194,7 +199,28 @@ class ReentrantLock {
 
   std::atomic<std::uint32_t> m_uWord{0};   // owner's id, and a bit that tells of sleepers; 0: free
   std::atomic<std::uint32_t> m_uDepth{0};  // levels beyond the first; the owner's alone
-  SpinAdvice m_spinAdvice;
+  SpinBudget m_spinBudget;
+};
+
+/// A thread that waits. It stands on that thread's stack.
+struct Waiter;
+
+/// Threads that wait, in the order of their coming. For the classes below, each under a lock of its own.
+class WaitLine {
+ public:
+  bool IsEmpty() const noexcept { return m_pFirst == nullptr; }
+
+  void Append(Waiter& waiter) noexcept;
+
+  /// Takes one out that is in line, wherever it stands.
+  void Remove(Waiter& waiter) noexcept;
+
+  /// Takes out the first `count`, which are in line. Gives the first of them, which leads to the others.
+  Waiter* TakeFirst(std::uint32_t count) noexcept;
+
+ private:
+  Waiter* m_pFirst = nullptr;  // longest in line
+  Waiter* m_pLast = nullptr;
 };
 
 /// An event that resets itself: setting it lets one waiter through, now or later; setting it twice before
@@ -222,23 +248,22 @@ class Event {
   WaitResult SetAndWait(Event& other, Deadline deadline) noexcept;
 
  private:
-  struct Waiter;
+  struct Place;
 
   Event() = default;
-  bool TakeOrEnqueue(Waiter& waiter) noexcept;
-  bool GiveUp(Waiter& waiter) noexcept;
-  WaitResult Sleep(Waiter& waiter, Deadline deadline) noexcept;
-  void Remove(Waiter& waiter) noexcept;
-  static void LeaveKilled(void* waiter);
+  bool TakeOrEnqueue(Place& place) noexcept;
+  bool GiveUp(Place& place) noexcept;
+  WaitResult Sleep(Place& place, Deadline deadline) noexcept;
+  static void LeaveKilled(void* place);
 
-  ShortLock m_lock;            // guards the next three, and the links and marks of the waiters
-  bool m_bSet = false;         // never while somebody is in line
-  Waiter* m_pFirst = nullptr;  // longest in line
-  Waiter* m_pLast = nullptr;
+  ShortLock m_lock;     // guards the next two, and the links and marks of the waiters
+  bool m_bSet = false;  // never while somebody is in line
+  WaitLine m_line;
   SpinBudget m_spinBudget;
 };
 
-/// Counts up and down, and lets nobody take it below 0. At most iMAXIMUM.
+/// Counts up and down, and lets nobody take it below 0. At most iMAXIMUM. What is posted for threads in line is handed
+/// to those that have waited longest, before anybody who comes later can take it.
 class CountingSemaphore {
  public:
   static constexpr std::uint32_t iMAXIMUM = 0x7FFFFFFF;
@@ -259,23 +284,28 @@ class CountingSemaphore {
   /// Takes one by `deadline`; at least one attempt is made. eSIGNALLED or eTIMEOUT.
   WaitResult Wait(Deadline deadline) noexcept;
 
+  /// The same, but in line from the first moment on. As soon as one is taken, or the place in line is sure,
+  /// `inLine(subject)` is called, which may neither raise nor wait.
+  WaitResult WaitInTurn(Deadline deadline, void (*inLine)(void* subject), void* subject) noexcept;
+
   std::uint32_t Value() const noexcept;
 
  private:
   explicit CountingSemaphore(std::uint32_t initial) noexcept : m_llBalance(initial) {}
+  struct Place;
+
   int PostSlowly(std::uint32_t amount) noexcept;
   void HandOut(std::uint32_t count) noexcept;
-  WaitResult WaitInLine(Deadline deadline) noexcept;
-  bool TryTakeHandedOut() noexcept;
-  bool AwaitHandOut(Deadline deadline) noexcept;
-  bool SleepUntilHandOut(Deadline deadline) noexcept;
+  WaitResult WaitSlowly(Deadline deadline) noexcept;
+  bool TakeOrEnqueue(Place& place) noexcept;
+  bool Sleep(Place& place, Deadline deadline) noexcept;
+  bool GiveUp(Place& place) noexcept;
   bool Withdraw() noexcept;
-  static void LeaveKilled(void* semaphore);
+  static void LeaveKilled(void* place);
 
   std::atomic<std::int64_t> m_llBalance;  // the value, or minus the waiters that nobody has posted for
-  /// Lower half: posted for waiters, and not fetched by them yet. Upper half: the waiters that sleep, or are about
-  /// to. One word, since a poster may not look at the semaphore again once a waiter can have fetched what it posted.
-  std::atomic<std::uint64_t> m_ullHandedOut{0};
+  ShortLock m_lock;                       // guards the line, and the links and marks of the waiters
+  WaitLine m_line;                        // nobody is missing in it who is counted in the balance
   SpinBudget m_spinBudget;
 };
 

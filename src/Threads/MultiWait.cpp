@@ -45,13 +45,15 @@ MultiWait::~MultiWait() {
   }
 }
 
-// Who leaves because the time is over isn't taken back out of the count: the gate's deliberate behaviour.
+// To be counted and to get in line is one step: between the two, what a release posts for one thread could go to
+// another, which it has let through before. Who leaves because the time is over isn't taken back out of the count: the
+// gate's deliberate behaviour.
 bool MultiWait::wait(Elapse* timeout) {
   const Presence presence(m_uInside);
+  Lock lock(m_mutex);
   addWaiter();
-  if (timeout != nullptr) return TimedWait(*timeout);
-  Wait();
-  return true;
+  return WaitInTurn(
+      timeout, [](void* held) { static_cast<Lock*>(held)->Release(); }, &lock);
 }
 
 void MultiWait::addWaiter() {

@@ -34,6 +34,18 @@ Platform::WaitResult Semaphore::WaitBy(Platform::Deadline deadline) {
   return m_hSemaphore != nullptr ? m_hSemaphore->Wait(deadline) : Platform::NothingToWaitFor();
 }
 
+// A wait in a fixed place of the line; null waits without limit.
+bool Semaphore::WaitInTurn(const Elapse* timeout, void (*inLine)(void* subject), void* subject) {
+  const Platform::Deadline deadline =
+      timeout != nullptr ? WholeMilliseconds(*timeout) : Platform::Deadline::Never();
+  if (m_hSemaphore == nullptr) inLine(subject);
+  const Platform::WaitResult result = m_hSemaphore != nullptr
+                                          ? m_hSemaphore->WaitInTurn(deadline, inLine, subject)
+                                          : Platform::NothingToWaitFor();
+  if (timeout == nullptr) return Succeeded(result, g_semaphoreWaitTexts, OXA_CODE_SITE);
+  return Succeeded(result, g_semaphoreTimedWaitTexts, OXA_CODE_SITE);
+}
+
 bool Semaphore::TryWait() { return TimedWait(Elapse(0, Elapse::Seconds)); }
 
 unsigned int Semaphore::GetCount() const {

@@ -52,7 +52,7 @@ BinaryPipe::BinaryPipe(unsigned long long bufferSize, const Elapse& readTimeout,
       m_readersGate(0),
       m_writeTimeout(writeTimeout),
       m_readTimeout(readTimeout),
-      m_spins(new SpinAdvices) {
+      m_spins(new SpinBudgets) {
   m_buffer.reset(new unsigned char[m_bufferSize]);
 }
 

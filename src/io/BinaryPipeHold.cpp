@@ -1,7 +1,8 @@
 #include "io/BinaryPipeHold.h"
 
 #include <algorithm>
-#include <cstdint>
+
+#include "Threads/WholeMilliseconds.h"
 
 #include "Platform/Threads.h"
 
@@ -9,29 +10,14 @@ namespace Oxa::Core {
 
 namespace {
 
-// As long as it takes some systems to put a thread to sleep and to wake it on another core.
-constexpr long long llSPIN_NS = 50000;
 constexpr long long llLINGER_NS = 1000;
-constexpr std::uint32_t uSPIN_ANYHOW_EVERY = 512;
-constexpr int iPAUSES_PER_LOOK = 8;
+constexpr int iPAUSES_PER_LOOK = 8;  // each look takes a cache line away from who works with it
 constexpr int iFEWEST_LINGERING_PAUSES = 4;
 constexpr int iMOST_LINGERING_PAUSES = 64;
 constexpr long long llSHORTEST_WATCHED_WAIT = 10000;  // in ticks: a millisecond
 
 void Pause(int times) {
   for (int time = 0; time < times; ++time) Platform::PauseInSpin();
-}
-
-// Gives whether it is done.
-template <class Done>
-bool Spin(Platform::SpinAdvice& advice, const Done& done) {
-  if (!advice.IsForIt(uSPIN_ANYHOW_EVERY)) return false;
-  const long long end = Platform::MonotonicNow() + llSPIN_NS;
-  do {
-    Pause(iPAUSES_PER_LOOK);
-    if (done()) return advice.Learn(true);
-  } while (Platform::MonotonicNow() < end);
-  return advice.Learn(false);
 }
 
 }  // namespace
@@ -65,7 +51,10 @@ class BinaryPipe::Hold::Pending {
 
 // The lock is held for moments, and a wake takes many of them.
 void BinaryPipe::Hold::LockSlowly() {
-  if (!Spin(m_pipe.m_spins->m_lock, [this] { return m_pipe.m_mutex.TryLock(); }))
+  if (!Platform::SpinBeforeSleep(m_pipe.m_spins->m_lock, Platform::Deadline::Never(), [this] {
+        Pause(iPAUSES_PER_LOOK);
+        return m_pipe.m_mutex.TryLock();
+      }))
     m_pipe.m_mutex.Lock(IMutex::sINFINITE);
 }
 
@@ -110,7 +99,11 @@ bool BinaryPipe::Hold::Watch(unsigned long long unchanged, const Elapse& timeout
   if (timeout.GetRawTimerTicks() < llSHORTEST_WATCHED_WAIT) return false;
   {
     const Away away(*this);
-    if (Spin(m_pipe.m_spins->m_ring, [&] { return enough(m_pipe.Count()) || m_pipe.IsClosed(); })) Linger();
+    const auto done = [&] {
+      Pause(iPAUSES_PER_LOOK);
+      return enough(m_pipe.Count()) || m_pipe.IsClosed();
+    };
+    if (Platform::SpinBeforeSleep(m_pipe.m_spins->m_ring, ExactDeadline(timeout), done)) Linger();
   }
   return m_pipe.Count() != unchanged || m_pipe.IsClosed();
 }
@@ -119,13 +112,15 @@ bool BinaryPipe::Hold::Watch(unsigned long long unchanged, const Elapse& timeout
 // the ring's memory from one another for each block. Not for ever: among several sharers the ring may never become
 // full or empty.
 void BinaryPipe::Hold::Linger() const {
-  Platform::SpinAdvice& advice = m_pipe.m_spins->m_linger;
+  Platform::SpinBudget& budget = m_pipe.m_spins->m_linger;
   const unsigned long long first = m_pipe.Count();
   unsigned long long seen = first;
   const auto through = [&] { return seen == 0 || seen == m_pipe.m_bufferSize || m_pipe.IsClosed(); };
-  if (through() || !advice.IsForIt()) return;
-  long long changed = Platform::MonotonicNow();
-  const long long end = changed + llSPIN_NS;
+  const long long nanoseconds = through() ? 0 : budget.Next();
+  if (nanoseconds == 0) return;
+  const long long start = Platform::MonotonicNow();
+  const long long end = start + nanoseconds;
+  long long changed = start;
   for (int pauses = iFEWEST_LINGERING_PAUSES; !through();) {
     Pause(pauses);
     const unsigned long long count = m_pipe.Count();
@@ -136,7 +131,7 @@ void BinaryPipe::Hold::Linger() const {
     changed = now;
     pauses = std::min(2 * pauses, iMOST_LINGERING_PAUSES);
   }
-  advice.Learn(seen != first);
+  seen != first ? budget.Hit(changed - start) : budget.Missed();
 }
 
 }  // namespace Oxa::Core

@@ -10,11 +10,11 @@
 
 namespace Oxa::Core {
 
-/// Whether it pays to spin. Steers speed and nothing else.
-struct BinaryPipe::SpinAdvices {
-  Platform::SpinAdvice m_lock;
-  Platform::SpinAdvice m_ring;
-  Platform::SpinAdvice m_linger;
+/// How long it pays to spin. Steers speed and nothing else.
+struct BinaryPipe::SpinBudgets {
+  Platform::SpinBudget m_lock;
+  Platform::SpinBudget m_ring;
+  Platform::SpinBudget m_linger;
 };
 
 /// Holds the pipe for the length of a scope, and wakes whom it owes a wake once it lets go: nobody is woken into a

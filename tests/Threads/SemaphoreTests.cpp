@@ -54,6 +54,17 @@ struct Look {
 };
 template struct Look<&MultiWait::m_uInside>;
 
+unsigned int CountedNow(MultiWait& gate);
+
+template <unsigned int MultiWait::*Waiters, Mutex MultiWait::*Guard>
+struct LookAtCount {
+  friend unsigned int CountedNow(MultiWait& gate) {
+    const Lock lock(gate.*Guard);
+    return gate.*Waiters;
+  }
+};
+template struct LookAtCount<&MultiWait::m_uWaiters, &MultiWait::m_mutex>;
+
 // Threads in the gate.
 class Crowd {
  public:
@@ -215,6 +226,31 @@ TEST(MultiWait, TenThatTimedOutAreTenThatPassLater) {
   for (int waiter = 0; waiter < 10; ++waiter) EXPECT_TRUE(gate.wait(nullptr));
   EXPECT_EQ(0u, gate.GetCount());
   EXPECT_FALSE(gate.wait(&limit));
+}
+
+// However soon one of the released waits again: it isn't let through by what was posted for the other.
+TEST(MultiWait, EachReleaseIsForThoseThatItHasCounted) {
+  constexpr int iRELEASES = 5000;
+  MultiWait gate;
+  std::atomic<bool> over{false};
+  std::atomic<int> passed[2] = {{0}, {0}};
+  std::vector<std::thread> waiters;
+  for (std::atomic<int>& own : passed)
+    waiters.emplace_back([&] {
+      for (; gate.wait(nullptr) && !over; ++own) {
+      }
+    });
+  int releases = 0;
+  const auto twiceByOne = [&] { return passed[0] > releases || passed[1] > releases; };
+  for (; releases < iRELEASES && !twiceByOne(); gate.releaseWaiters()) {
+    if (!Eventually([&] { return CountedNow(gate) == 2 || twiceByOne(); })) break;
+    ++releases;
+  }
+  EXPECT_FALSE(twiceByOne());
+  EXPECT_EQ(iRELEASES, releases);
+  over = true;
+  gate.Post(2);
+  for (std::thread& waiter : waiters) waiter.join();
 }
 
 // Those inside may be counted as waiters already, or not yet.

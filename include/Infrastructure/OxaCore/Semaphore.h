@@ -53,7 +53,10 @@ class OXACORE_API Semaphore {
   unsigned int GetCount() const;
 
  private:
+  friend class MultiWait;
+
   Platform::WaitResult WaitBy(Platform::Deadline deadline);
+  bool WaitInTurn(const Elapse* timeout, void (*inLine)(void* subject), void* subject);
 
   Platform::CountingSemaphore* m_hSemaphore;
   std::atomic<unsigned int> m_uRefused;  ///< what was posted or asked for but exceeded the maximum
@@ -61,7 +64,8 @@ class OXACORE_API Semaphore {
 
 /// A gate: holds any number of threads until one call releases them all.
 ///
-/// A waiter that left because its time was over stays counted: the next release lets one more through.
+/// A waiter that left because its time was over stays counted: the next release lets one more through. Otherwise each
+/// waiter that a release has counted gets through by it, however soon another one of them waits again.
 class OXACORE_API MultiWait : public Semaphore {
  public:
   MultiWait();

@@ -17,8 +17,6 @@ namespace {
 
 constexpr long long iNANOSECONDS_PER_SECOND = 1000000000;
 
-constexpr std::uint32_t uPRAISE = 4;
-
 // Until the library is loaded nobody spins. The library's own threads wait by then already.
 std::atomic<bool> g_severalProcessors{false};
 
@@ -42,23 +40,6 @@ void Write(Counter& counter, std::uint32_t value) noexcept {
 }  // namespace
 
 void PauseInSpin() noexcept { Pause(); }
-
-bool SpinAdvice::IsForIt(std::uint32_t probeEvery) noexcept {
-  if (m_uScore.load(std::memory_order_relaxed) > 0) return true;
-  const std::uint32_t refusals = m_uRefusals.load(std::memory_order_relaxed) + 1;
-  m_uRefusals.store(refusals, std::memory_order_relaxed);
-  return refusals % probeEvery == 0;
-}
-
-bool SpinAdvice::Learn(bool success) noexcept {
-  const std::uint32_t score = m_uScore.load(std::memory_order_relaxed);
-  if (success) {
-    m_uScore.store(score + uPRAISE > uBEST ? uBEST : score + uPRAISE, std::memory_order_relaxed);
-  } else if (score > 0) {
-    m_uScore.store(score - 1, std::memory_order_relaxed);
-  }
-  return success;
-}
 
 long long SpinBudget::Next() noexcept {
   if (!g_severalProcessors.load(std::memory_order_relaxed)) return 0;

@@ -1,8 +1,7 @@
-// The system's wait on a word, and what every spin before it shares.
+// The system's wait on a word.
 #ifndef OXACORE_PLATFORM_LINUX_FUTEX_H
 #define OXACORE_PLATFORM_LINUX_FUTEX_H
 
-#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -27,28 +26,6 @@ inline void Pause() noexcept {
 #elif defined(__aarch64__)
   asm volatile("yield");
 #endif
-}
-
-/// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done. Where the
-/// deadline has passed already nothing is done, and nothing learned: a poll doesn't tell what a wait would have met.
-template <class Done>
-bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) noexcept {
-  constexpr int roundsPerLook = 8;
-  if (deadline.HasPassed()) return false;
-  const long long nanoseconds = budget.Next();
-  if (nanoseconds == 0) return false;
-  const long long start = MonotonicNow();
-  const long long end = std::min(start + nanoseconds, deadline.Moment());
-  for (long long now = start; now < end; now = MonotonicNow())
-    for (int round = 0; round < roundsPerLook; ++round) {
-      if (done()) {
-        budget.Hit(now - start);
-        return true;
-      }
-      Pause();
-    }
-  budget.Missed();
-  return false;
 }
 
 }  // namespace Oxa::Core::Platform

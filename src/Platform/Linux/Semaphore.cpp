@@ -4,23 +4,15 @@
 #include <new>
 
 #include "Platform/Kill.h"
-#include "Platform/Linux/Futex.h"
+#include "Platform/Linux/WaitLine.h"
 
 namespace Oxa::Core::Platform {
 
-namespace {
+struct CountingSemaphore::Place : Waiter {
+  explicit Place(CountingSemaphore& semaphore) noexcept : m_semaphore(semaphore) {}
 
-constexpr std::uint64_t uSLEEPER = std::uint64_t{1} << 32;
-
-std::uint32_t HandedOutOf(std::uint64_t word) noexcept { return static_cast<std::uint32_t>(word); }
-
-// What the system watches.
-const void* LowerHalf(const std::atomic<std::uint64_t>& word) noexcept {
-  constexpr bool lowestFirst = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
-  return reinterpret_cast<const unsigned char*>(&word) + (lowestFirst ? 0 : sizeof(std::uint32_t));
-}
-
-}  // namespace
+  CountingSemaphore& m_semaphore;
+};
 
 CountingSemaphore* CountingSemaphore::Create(std::uint32_t initial, int& code) noexcept {
   code = EINVAL;
@@ -44,54 +36,72 @@ void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete 
   return 0;
 }
 
+// Those that were paid for are in line, and stay until they get it: whoever would leave finds that out. Once they
+// have got it the semaphore may be gone.
 void CountingSemaphore::HandOut(std::uint32_t count) noexcept {
-  const void* const word = LowerHalf(m_ullHandedOut);
-  if (m_ullHandedOut.fetch_add(count, std::memory_order_release) >= uSLEEPER)
-    FutexWake(word, static_cast<int>(count));
-}
-
-bool CountingSemaphore::TryTakeHandedOut() noexcept {
-  std::uint64_t word = m_ullHandedOut.load(std::memory_order_relaxed);
-  while (HandedOutOf(word) > 0)
-    if (m_ullHandedOut.compare_exchange_weak(word, word - 1, std::memory_order_acquire,
-                                             std::memory_order_relaxed))
-      return true;
-  return false;
+  Waiter* waiter;
+  {
+    const ShortGuard guard(m_lock);
+    waiter = m_line.TakeFirst(count);
+  }
+  for (; count > 0; --count) {
+    Waiter* const next = waiter->m_pNext;
+    waiter->Hand();
+    waiter = next;
+  }
 }
 
 WaitResult CountingSemaphore::Wait(Deadline deadline) noexcept {
-  return TryTake() ? WaitResult{EWaitEnd::eSIGNALLED, 0} : WaitInLine(deadline);
+  return TryTake() ? WaitResult{EWaitEnd::eSIGNALLED, 0} : WaitSlowly(deadline);
 }
 
-// Who spins isn't in line yet: a post takes one step then, and not two. In line kills are held, so that the thread is
-// there and can be taken out, or isn't.
-[[gnu::noinline]] WaitResult CountingSemaphore::WaitInLine(Deadline deadline) noexcept {
+// Who spins isn't in line yet: a post takes one step then, and not two.
+[[gnu::noinline]] WaitResult CountingSemaphore::WaitSlowly(Deadline deadline) noexcept {
   if (deadline.HasPassed()) return {EWaitEnd::eTIMEOUT, 0};
   if (SpinBeforeSleep(m_spinBudget, deadline, [this] { return TryTake(); })) return {EWaitEnd::eSIGNALLED, 0};
   const HoldKill hold;
-  if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return {EWaitEnd::eSIGNALLED, 0};
-  return {AwaitHandOut(deadline) ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
+  Place place(*this);
+  const bool taken = TakeOrEnqueue(place) || Sleep(place, deadline);
+  return {taken ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
 }
 
-// With kills held but for the sleep.
-bool CountingSemaphore::AwaitHandOut(Deadline deadline) noexcept {
-  const KillCleanUp cleanUp(&LeaveKilled, this);
-  while (!TryTakeHandedOut())
-    if (!SleepUntilHandOut(deadline)) {
-      if (Withdraw()) return false;
-      deadline = Deadline::Never();  // a poster has counted on this thread already
+WaitResult CountingSemaphore::WaitInTurn(Deadline deadline, void (*inLine)(void* subject),
+                                         void* subject) noexcept {
+  const HoldKill hold;
+  Place place(*this);
+  bool taken = TakeOrEnqueue(place);
+  inLine(subject);
+  taken = taken || SpinBeforeSleep(m_spinBudget, deadline, [&] { return place.Handed(); }) ||
+          Sleep(place, deadline);
+  return {taken ? EWaitEnd::eSIGNALLED : EWaitEnd::eTIMEOUT, 0};
+}
+
+bool CountingSemaphore::TakeOrEnqueue(Place& place) noexcept {
+  const ShortGuard guard(m_lock);
+  if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return true;
+  m_line.Append(place);
+  return false;
+}
+
+bool CountingSemaphore::Sleep(Place& place, Deadline deadline) noexcept {
+  const KillCleanUp cleanUp(&LeaveKilled, &place);
+  return place.AwaitHand(deadline) || !GiveUp(place);
+}
+
+// Leaves the line. False if a post has paid for the place in the meantime: then it has arrived on return.
+bool CountingSemaphore::GiveUp(Place& place) noexcept {
+  {
+    const ShortGuard guard(m_lock);
+    if (place.m_bInLine && Withdraw()) {
+      m_line.Remove(place);
+      return true;
     }
-  return true;
+  }
+  place.AwaitHand(Deadline::Never());
+  return false;
 }
 
-bool CountingSemaphore::SleepUntilHandOut(Deadline deadline) noexcept {
-  m_ullHandedOut.fetch_add(uSLEEPER, std::memory_order_relaxed);
-  const bool inTime = FutexWaitUnheld(LowerHalf(m_ullHandedOut), 0, deadline);
-  m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
-  return inTime;
-}
-
-// Takes back what the wait took from the balance, unless a post has paid for it.
+// Takes back what the wait took from the balance, unless posts have paid for all that are in line.
 bool CountingSemaphore::Withdraw() noexcept {
   std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
   while (balance < 0)
@@ -99,18 +109,10 @@ bool CountingSemaphore::Withdraw() noexcept {
   return false;
 }
 
-// One that was posted for the dead thread is for the next one, and so is a wake that it got. It dies in its sleep,
-// and nowhere else.
-void CountingSemaphore::LeaveKilled(void* semaphore) {
-  CountingSemaphore& self = *static_cast<CountingSemaphore*>(semaphore);
-  const void* const word = LowerHalf(self.m_ullHandedOut);
-  if (self.Withdraw()) {
-    self.m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
-    return FutexWake(word, 1);
-  }
-  while (!self.TryTakeHandedOut()) FutexWait(word, 0, Deadline::Never());
-  self.m_ullHandedOut.fetch_sub(uSLEEPER, std::memory_order_relaxed);
-  self.Post(1);
+// One that was posted for a dead thread is for the next one.
+void CountingSemaphore::LeaveKilled(void* place) {
+  Place& killed = *static_cast<Place*>(place);
+  if (!killed.m_semaphore.GiveUp(killed)) killed.m_semaphore.Post(1);
 }
 
 std::uint32_t CountingSemaphore::Value() const noexcept {

@@ -56,6 +56,14 @@ bool SpinForFree(Word& word, std::uint32_t value) noexcept {
   return false;
 }
 
+// The same, as long as that pays.
+bool SpinForFree(Word& word, std::uint32_t value, SpinBudget& budget) noexcept {
+  if (budget.Next() == 0) return false;
+  const bool taken = SpinForFree(word, value);
+  taken ? budget.Hit(0) : budget.Missed();
+  return taken;
+}
+
 // One round of a sleeper: takes the word if it is free, and otherwise leaves the mark that makes the owner
 // wake somebody. Gives whether the word was taken; `seen` is what it holds if not. Who has slept takes the
 // word with the mark on, since others may still sleep.
@@ -108,9 +116,9 @@ EWaitEnd TakeAtOnceFromDead(Word& word, std::uint32_t self) noexcept {
 }
 
 // As TakeAsleep, but looks from time to time whether the owner is still alive.
-EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline, SpinAdvice& advice) noexcept {
+EWaitEnd TakeBy(Word& word, std::uint32_t self, Deadline deadline, SpinBudget& budget) noexcept {
   if (deadline.HasPassed()) return TakeAtOnceFromDead(word, self);
-  if (advice.IsForIt() && advice.Learn(SpinForFree(word, self))) return EWaitEnd::eSIGNALLED;
+  if (SpinForFree(word, self, budget)) return EWaitEnd::eSIGNALLED;
   const KillCleanUp cleanUp(&WakeAnother, &word);
   while (true) {
     std::uint32_t seen;
@@ -186,7 +194,7 @@ void ReentrantLock::Lock() noexcept {
 
 void ReentrantLock::LockSlowly(std::uint32_t self) noexcept {
   if (Reenter(self)) return;
-  if (m_spinAdvice.IsForIt() && m_spinAdvice.Learn(SpinForFree(m_uWord, self))) return;
+  if (SpinForFree(m_uWord, self, m_spinBudget)) return;
   TakeAsleep(m_uWord, self);
 }
 
@@ -204,7 +212,7 @@ bool ReentrantLock::TryLock() noexcept {
 WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
   const std::uint32_t self = Self();
   if (TakeFree(m_uWord, self) || Reenter(self)) return {EWaitEnd::eSIGNALLED, 0};
-  const EWaitEnd end = TakeBy(m_uWord, self, deadline, m_spinAdvice);
+  const EWaitEnd end = TakeBy(m_uWord, self, deadline, m_spinBudget);
   if (end == EWaitEnd::eABANDONED) m_uDepth.store(0, std::memory_order_relaxed);
   return {end, 0};
 }

@@ -6,7 +6,6 @@
 #include <string>
 #include <thread>
 
-#include "Platform/Linux/Futex.h"
 #include "Platform/Threads.h"
 
 namespace {

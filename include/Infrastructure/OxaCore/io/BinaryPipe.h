@@ -97,7 +97,7 @@ class OXACORE_API BinaryPipe : public BinaryOutputStream, public BinaryInputStre
  private:
   enum class EEnd { eALL, eWOULD_BLOCK, eTIMEOUT, eCLOSED, eABORTED };
   class Hold;
-  struct SpinAdvices;
+  struct SpinBudgets;
 
   EEnd Take(unsigned char* target, unsigned long long count, unsigned long long& taken);
   EEnd AwaitBytes(Hold& hold, unsigned long long wanted);
@@ -123,7 +123,7 @@ class OXACORE_API BinaryPipe : public BinaryOutputStream, public BinaryInputStre
   Semaphore m_readersGate;  // where readers wait for bytes
   std::atomic<Elapse> m_writeTimeout;
   std::atomic<Elapse> m_readTimeout;
-  const std::unique_ptr<SpinAdvices> m_spins;
+  const std::unique_ptr<SpinBudgets> m_spins;
 };
 
 }  // namespace Oxa::Core
