@@ -104,6 +104,10 @@ void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noe
 /// The same on the current stack if that is known to have `size` bytes left.
 void CallWithRoom(std::size_t size, void (*action)(void*), void* argument) noexcept;
 
+/// The upper end of the stack that the caller runs on: all from the caller's frame up to there can be read. 0 where it
+/// isn't known.
+std::uintptr_t EndOfStack() noexcept;
+
 }  // namespace Oxa::Core::Platform
 
 #endif

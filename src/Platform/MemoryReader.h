@@ -15,6 +15,12 @@ class MemoryReader {
   MemoryReader(const MemoryReader&) = delete;
   MemoryReader& operator=(const MemoryReader&) = delete;
 
+  /// From `begin` to `end` there is memory, as on the stack that the thread runs on: words in it are read where they are.
+  void Trust(std::uint64_t begin, std::uint64_t end) noexcept {
+    m_uTrustedBegin = begin;
+    m_uTrustedEnd = end;
+  }
+
   /// Copies `size` bytes from `address`; false if not all of them can be read, `to` is then undefined. Never faults,
   /// allocates nothing.
   bool Read(std::uint64_t address, void* to, std::size_t size) noexcept;
@@ -25,7 +31,10 @@ class MemoryReader {
   static constexpr std::uint64_t uNONE = 1;     // no window begins there
 
   const unsigned char* Open(std::uint64_t window) noexcept;
+  bool IsTrustedWord(std::uint64_t address, std::size_t size) const noexcept;
 
+  std::uint64_t m_uTrustedBegin = 0;
+  std::uint64_t m_uTrustedEnd = 0;
   std::uint64_t m_begins[iWINDOWS] = {uNONE, uNONE, uNONE, uNONE};
   int m_iOldest = 0;
   unsigned char m_windows[iWINDOWS][uWINDOW];

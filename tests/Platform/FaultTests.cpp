@@ -179,6 +179,23 @@ TEST_F(FaultTests, ACallWithRoomStaysOnAStackThatIsKnownToHaveIt) {
   EXPECT_FALSE(stayed);
 }
 
+TEST_F(FaultTests, TheStackOfAKnownThreadEndsAboveAndNowhereElse) {
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  const std::uintptr_t end = EndOfStack();
+  EXPECT_GT(end, here);
+  std::uintptr_t unknown = 1;
+  std::uintptr_t known = 0;
+  std::thread([&] {
+    unknown = EndOfStack();
+    SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS*) {});
+    known = EndOfStack();
+    SetFaultTranslator(nullptr);
+  }).join();
+  EXPECT_EQ(0u, unknown);
+  EXPECT_NE(0u, known);
+  EXPECT_NE(end, known);
+}
+
 // In a process of its own: the last chance ends it.
 template <class Site>
 void DieBy(const Site& site) {

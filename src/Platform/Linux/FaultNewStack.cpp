@@ -128,6 +128,11 @@ void CallWithRoom(std::size_t size, void (*action)(void*), void* argument) noexc
   }
 }
 
+std::uintptr_t EndOfStack() noexcept {
+  const StackRange& stack = t_faults.m_stack;
+  return stack.Holds(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0))) ? stack.m_uHigh : 0;
+}
+
 void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noexcept {
 #if defined(__SANITIZE_THREAD__)
   return action(argument);  // the thread sanitizer keeps a stack of its own beside each that it knows of

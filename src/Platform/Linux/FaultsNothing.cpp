@@ -40,6 +40,8 @@ void CallOnNewStack(std::size_t, void (*action)(void*), void* argument) noexcept
 
 void CallWithRoom(std::size_t, void (*action)(void*), void* argument) noexcept { action(argument); }
 
+std::uintptr_t EndOfStack() noexcept { return 0; }
+
 }  // namespace Oxa::Core::Platform
 
 #endif

@@ -2,9 +2,9 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <memory>
 #include <new>
-#include <utility>
 
 #include "Platform/Faults.h"
 #include "Platform/Kill.h"
@@ -92,13 +92,12 @@ class Walk {
     process.Refresh();
     StackWalkSteps steps(process, m_context);
     // One frame ahead, since values on entry are found in the caller.
-    NativeFrame frame;
-    NativeFrame caller;
-    bool there = steps.Next(frame);
+    NativeFrame frames[2];
+    bool there = steps.Next(frames[0]);
     for (int count = 0; there && count < iMAX_FRAMES; ++count) {
+      NativeFrame& caller = frames[(count + 1) % 2];
       there = steps.Next(caller);
-      if (!Give(frame, there ? &caller : nullptr)) return;
-      std::swap(frame, caller);
+      if (!Give(frames[count % 2], there ? &caller : nullptr)) return;
     }
   }
 
@@ -128,12 +127,18 @@ class Walk {
   bool Give(const NativeFrame& frame, const NativeFrame* caller) {
     const SymbolizedPlace& place = frame.m_pFacts->m_place;
     if (place.m_pModule == nullptr) return Give(frame, PlacedFunction(), nullptr);
+    if (place.m_bVariables) return GiveWithViews(frame, caller);
+    return std::all_of(place.m_functions.begin(), place.m_functions.end(),
+                       [&](const PlacedFunction& function) { return Give(frame, function, nullptr); });
+  }
+
+  bool GiveWithViews(const NativeFrame& frame, const NativeFrame* caller) {
     FrameView callersView;
     const bool callerKnown = caller != nullptr && HasEntries(*caller);
     if (callerKnown) Fill(callersView, *caller, caller->m_pFacts->m_place.m_functions.front());
     FrameView view;
     view.m_pCaller = callerKnown ? &callersView : nullptr;
-    for (const PlacedFunction& function : place.m_functions) {
+    for (const PlacedFunction& function : frame.m_pFacts->m_place.m_functions) {
       if (function.m_bEntry) Fill(view, frame, function);
       if (!Give(frame, function, function.m_bEntry ? &view : nullptr)) return false;
     }

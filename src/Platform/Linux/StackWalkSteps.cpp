@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "Platform/Faults.h"
+
 namespace Oxa::Core::Platform {
 
 namespace {
@@ -15,6 +17,7 @@ constexpr std::uint64_t uMAX_FRAME = 1024 * 1024;  // bytes of a frame that is o
 StackWalkSteps::StackWalkSteps(SymbolizedProcess& process, const CONTEXT& context) : m_process(process) {
   m_next.m_context = context;
   std::fill(std::begin(m_next.m_bKnown), std::end(m_next.m_bKnown), true);
+  m_memory.Trust(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)), EndOfStack());
 }
 
 bool StackWalkSteps::Next(NativeFrame& frame) {
@@ -24,11 +27,10 @@ bool StackWalkSteps::Next(NativeFrame& frame) {
   frame.m_uCfa = 0;
   const std::uint64_t place = m_next.Place();
   frame.m_pFacts = &m_process.GetFacts(m_bExact || place == 0 ? place : place - 1);
-  FrameRegisters caller;
-  m_bThere = frame.m_pFacts->m_bHasRules ? StepByRules(frame, caller) : StepByGuess(frame, caller);
+  m_next = FrameRegisters();
+  m_bThere = frame.m_pFacts->m_bHasRules ? StepByRules(frame, m_next) : StepByGuess(frame, m_next);
   m_bExact = frame.m_pFacts->m_bHasRules && frame.m_pFacts->m_rules.IsSignal();
-  m_bThere = m_bThere && caller.Place() != 0;
-  m_next = caller;
+  m_bThere = m_bThere && m_next.Place() != 0;
   return true;
 }
 

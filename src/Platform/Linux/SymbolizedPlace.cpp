@@ -50,6 +50,16 @@ class Finder {
     return scopes;
   }
 
+  // Short debug data has none, and nobody needs to look for them in each walk.
+  bool MayHaveVariables(Dwarf_Die& scope) {
+    Dwarf_Attribute attribute;
+    Dwarf_Die origin;
+    if (HasVariables(scope) || m_dw.dwarf_attr == nullptr) return true;
+    if (m_dw.dwarf_attr(&scope, DW_AT_abstract_origin, &attribute) == nullptr) return false;
+    return m_dw.dwarf_formref_die == nullptr || m_dw.dwarf_formref_die(&attribute, &origin) == nullptr ||
+           HasVariables(origin);
+  }
+
   void FindName(Dwarf_Die& entry, PlacedFunction& function) {
     for (const unsigned kind : {DW_AT_linkage_name, DW_AT_MIPS_linkage_name})
       if (Demangle(TextOf(entry, kind), function)) return;
@@ -116,6 +126,17 @@ class Finder {
     return false;
   }
 
+  bool HasVariables(Dwarf_Die& parent) {
+    Dwarf_Die child;
+    if (m_dw.dwarf_child(&parent, &child) != 0) return false;
+    int left = iMAX_CHILDREN;
+    do {
+      const int tag = m_dw.dwarf_tag(&child);
+      if (tag == DW_TAG_variable || tag == DW_TAG_formal_parameter) return true;
+    } while (--left > 0 && m_dw.dwarf_siblingof(&child, &child) == 0);
+    return false;
+  }
+
   bool ReadNumber(Dwarf_Die& entry, unsigned kind, Dwarf_Word& number) {
     Dwarf_Attribute attribute;
     return m_dw.dwarf_attr != nullptr && m_dw.dwarf_formudata != nullptr &&
@@ -155,6 +176,8 @@ bool CanFindFunctions(const Dw& dw) {
 void AddFunctions(const Dw& dw, Finder& finder, SymbolizedPlace& place, std::vector<Dwarf_Die> scopes) {
   const PlacedFunction innermost = place.m_functions.front();
   place.m_functions.clear();
+  place.m_bVariables = std::any_of(scopes.begin(), scopes.end(),
+                                   [&](Dwarf_Die& scope) { return finder.MayHaveVariables(scope); });
   PlacedFunction function;
   function.m_pFile = innermost.m_pFile;
   function.m_iLine = innermost.m_iLine;

@@ -31,6 +31,7 @@ struct SymbolizedPlace {
   Dwarf_Addr m_address = 0;  ///< in terms of the debug data
   Dwarf_Die m_unit{};
   std::vector<PlacedFunction> m_functions;
+  bool m_bVariables = false;  ///< whether any of the scopes may have some
 };
 
 /// Looks `address` up, which is one of memory. Signatures are shown by `form`. May throw std::bad_alloc.

@@ -38,6 +38,7 @@ TEST(NoFaults, CallsAreMade) {
   CallOnNewStack(1 << 20, &Count, &count);
   CallWithRoom(1 << 20, &Count, &count);
   EXPECT_EQ(3, count);
+  EXPECT_EQ(0u, EndOfStack());
 }
 
 TEST(NoFaults, EverythingIsForgotten) {
