@@ -99,11 +99,13 @@ bool StillInForce(const ZoneKey& key, const char* tz) {
   return !key.m_bNamed && CoarseMilliseconds() < s_iNextCheck.load(std::memory_order_relaxed);
 }
 
+// Places are filled from the first on. Those behind a free one aren't looked at: each would be a page of memory that
+// nobody has needed yet.
 Place* FindPlace(const ZoneKey& key) {
   for (Place& place : s_places) {
-    if (place.m_eState.load(std::memory_order_acquire) == Place::eREADY && SameKey(place.m_key, key)) {
-      return &place;
-    }
+    const int state = place.m_eState.load(std::memory_order_acquire);
+    if (state == Place::eFREE) return nullptr;
+    if (state == Place::eREADY && SameKey(place.m_key, key)) return &place;
   }
   return nullptr;
 }
