@@ -254,8 +254,8 @@ OXA_XML_PRODUCTION(ETag,
                    Lit("</") >> Name[EndTagAction()] >> !S >> Lit('>') >> Step<&LeaveElement>());  // [42]
 OXA_XML_PRODUCTION(contentBesideTags, Reference[ContentReferenceAction()] | CDSect | Comment | PI);
 OXA_XML_PRODUCTION(contentItem, CharData[TextAction()] | ETag | tag | contentBesideTags);
-OXA_XML_PRODUCTION(
-    element, tag >> while_p(Step<&IsInElement>())[checkpoint >> Attempted<contentItemProduction>()]);  // [39]
+constexpr Rounds<&IsInElement, contentItemProduction> contentRounds{};
+OXA_XML_PRODUCTION(element, tag >> contentRounds);  // [39]
 // [43], where no element is around it.
 OXA_XML_PRODUCTION(content, *(CharData[TextAction()] | element | contentBesideTags));
 

@@ -228,40 +228,48 @@ struct Checkpoint : Part<Checkpoint> {
   }
 };
 
-/// Matches `subject`. In a stream what the window holds is tried first, at the speed of a text. Only what
-/// reaches beyond is done again step by step, without the actions that have taken place.
-template <class Subject>
-struct Attempted : Part<Attempted<Subject>> {
+/// Matches `Subject` over and over as long as `goesOn` says so; each round begins with a checkpoint. In a stream
+/// what the window holds is matched first, at the speed of a text. Only the round that reaches beyond is done again
+/// step by step, without the actions that have taken place. A round changes the state only with its last character.
+template <bool (*goesOn)(State&), class Subject>
+struct Rounds : Part<Rounds<goesOn, Subject>> {
   template <class Scanner>
   Match parse(const Scanner& scan) const {
-    if constexpr (std::is_same_v<typename Scanner::FormType, StreamForm>)
-      return ParseStream(scan);
-    else
-      return Subject().parse(scan);
+    State& state = scan.GetState();
+    while (goesOn(state)) {
+      if constexpr (std::is_same_v<typename Scanner::FormType, StreamForm>) {
+        if (!ParseWindow(scan)) return Match();
+        if (!state.ranOut) break;
+      }
+      SetCheckpoint(scan.first);
+      if (!Subject().parse(scan)) return Match();
+    }
+    return Match(0);
   }
 
  private:
+  // The rounds that the window holds as a whole. False if one of them doesn't match.
   template <class Scanner>
-  static Match ParseStream(const Scanner& scan) {
+  static bool ParseWindow(const Scanner& scan) {
     State& state = scan.GetState();
-    const std::size_t elements = state.elements;
-    state.ranOut = false;
-    state.delivered = 0;
-    const Match attempt = ParseWindow(scan);
-    if (!state.ranOut) return attempt;
-    state.elements = elements;
-    state.repeated = state.delivered;
-    return Subject().parse(scan);
-  }
-
-  template <class Scanner>
-  static Match ParseWindow(const Scanner& scan) {
     const char* const begin = scan.first.Begin();
     const char* at = begin;
     const char* const end = begin + scan.first.GetSize();
-    const Match match = Subject().parse(MakeScanner<AttemptForm>(scan.GetRun(), at, end));
-    if (!scan.GetState().ranOut) scan.first += static_cast<std::size_t>(at - begin);
-    return match;
+    const auto window = MakeScanner<AttemptForm>(scan.GetRun(), at, end);
+    bool matches = true;
+    state.ranOut = false;
+    while (matches && goesOn(state)) {
+      const char* const round = at;
+      state.delivered = 0;
+      matches = static_cast<bool>(Subject().parse(window));
+      if (!state.ranOut) continue;
+      at = round;
+      state.repeated = state.delivered;
+      matches = true;
+      break;
+    }
+    scan.first += static_cast<std::size_t>(at - begin);
+    return matches;
   }
 };
 
