@@ -4,6 +4,8 @@
 #include <Infrastructure/OxaCore/io/IOErrors.h>
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <typeinfo>
 
 #include "io/BufferWindows.h"
@@ -32,6 +34,25 @@ constexpr std::array<unsigned char, 256> MakeTable() {
 
 constexpr std::array<unsigned char, 256> s_table = MakeTable();
 
+constexpr unsigned uNOT_WHOLE = 1u << 31;
+
+using Places = std::array<std::uint32_t, 256>;
+
+// The values where they stand in the bits of a group; whatever has none makes the bits uNOT_WHOLE or more.
+constexpr Places MakePlaces(int shift) {
+  Places places{};
+  for (std::size_t character = 0; character != places.size(); ++character) {
+    const std::uint32_t value = s_table[character];
+    places[character] = value < uPAD ? value << shift : uNOT_WHOLE;
+  }
+  return places;
+}
+
+constexpr Places s_first = MakePlaces(18);
+constexpr Places s_second = MakePlaces(12);
+constexpr Places s_third = MakePlaces(6);
+constexpr Places s_fourth = MakePlaces(0);
+
 struct Group {
   unsigned m_uBits;
   int m_iBytes;  // that it decodes to
@@ -45,14 +66,20 @@ void StoreBlock(unsigned bits, unsigned char* bytes) {
 
 unsigned ValueOf(unsigned char character) { return s_table[character]; }
 
-// Up to four values, the first one in the high bits; pads count as values of 0, but not as valid ones. Asks for each
+// uNOT_WHOLE or more unless all four have a value.
+unsigned BitsOf(unsigned char first, unsigned char second, unsigned char third, unsigned char fourth) {
+  return s_first[first] | s_second[second] | s_third[third] | s_fourth[fourth];
+}
+
+// Up to four values, the first one in the high bits; pads count as values of 0, but not as valid ones. `begun` are
+// the first answers of the source, of which those behind a negative one don't count. Asks for each further
 // character, and for none behind the group.
-Group ReadGroup(BinaryInputStream& source) {
+[[gnu::noinline]] Group FinishGroup(BinaryInputStream& source, const std::array<int, iGROUP> begun) {
   unsigned bits = 0;
   int valid = 0;
   int missing = iGROUP;
-  while (missing != 0) {
-    const int character = source.Read();
+  for (std::size_t asked = 0; missing != 0; ++asked) {
+    const int character = asked < begun.size() ? begun[asked] : source.Read();
     if (character < 0) break;
     const unsigned value = ValueOf(static_cast<unsigned char>(character));
     if (value == uSKIP) continue;
@@ -63,6 +90,20 @@ Group ReadGroup(BinaryInputStream& source) {
     ++valid;
   }
   return {bits << 6 * missing, valid < 2 ? valid : valid - 1};
+}
+
+// A group takes four characters at least, so they are asked for without a look at what they are.
+inline Group ReadGroup(BinaryInputStream& source) {
+  const int first = source.Read();
+  const int second = first < 0 ? first : source.Read();
+  const int third = second < 0 ? second : source.Read();
+  const int fourth = third < 0 ? third : source.Read();
+  if (fourth >= 0) {
+    const unsigned bits = BitsOf(static_cast<unsigned char>(first), static_cast<unsigned char>(second),
+                                 static_cast<unsigned char>(third), static_cast<unsigned char>(fourth));
+    if (bits < uNOT_WHOLE) return {bits, iBLOCK};
+  }
+  return FinishGroup(source, {first, second, third, fourth});
 }
 
 // Decodes whole groups of what `source` has buffered, as many as `to` has room for: up to one that has a pad, a
@@ -76,12 +117,9 @@ long long DecodeBuffered(BufferedBinaryInputStream& source, unsigned char* to, l
   for (; room - stored >= iBLOCK; stored += iBLOCK) {
     while (next != end && ValueOf(*next) == uSKIP) ++next;
     if (end - next < iGROUP) break;
-    const unsigned first = ValueOf(next[0]);
-    const unsigned second = ValueOf(next[1]);
-    const unsigned third = ValueOf(next[2]);
-    const unsigned fourth = ValueOf(next[3]);
-    if ((first | second | third | fourth) >= uPAD) break;
-    StoreBlock(first << 18 | second << 12 | third << 6 | fourth, to + stored);
+    const unsigned bits = BitsOf(next[0], next[1], next[2], next[3]);
+    if (bits >= uNOT_WHOLE) break;
+    StoreBlock(bits, to + stored);
     next += iGROUP;
   }
   window.ReadUpTo(next);

@@ -1,5 +1,6 @@
 #include <Infrastructure/OxaCore/io/Base64Streams.h>
 
+#include <array>
 #include <boost/endian/conversion.hpp>
 #include <cstdint>
 #include <cstring>
@@ -19,12 +20,25 @@ constexpr int iBLOCK = 3;  // bytes of a group, and the characters that they bec
 constexpr int iGROUP = 4;
 constexpr unsigned long long ullWORTH_ASKING = 16;  // bytes from which on it pays to look what the sink is
 
-std::uint32_t Encoded(unsigned bits) { return static_cast<unsigned char>(sALPHABET[bits & 0x3F]); }
+using Pairs = std::array<std::uint16_t, 4096>;
+
+// The characters of twelve bits, the first one in the low bits.
+constexpr Pairs MakePairs() {
+  Pairs pairs{};
+  for (unsigned bits = 0; bits != pairs.size(); ++bits) {
+    const unsigned first = static_cast<unsigned char>(sALPHABET[bits >> 6]);
+    const unsigned second = static_cast<unsigned char>(sALPHABET[bits & 0x3F]);
+    pairs[bits] = static_cast<std::uint16_t>(first | second << 8);
+  }
+  return pairs;
+}
+
+constexpr Pairs s_pairs = MakePairs();
 
 // The characters of three bytes, the first one in the low bits.
 std::uint32_t WholeGroup(const unsigned char* bytes) {
   const unsigned bits = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
-  return Encoded(bits >> 18) | Encoded(bits >> 12) << 8 | Encoded(bits >> 6) << 16 | Encoded(bits) << 24;
+  return s_pairs[bits >> 12] | std::uint32_t{s_pairs[bits & 0xFFF]} << 16;
 }
 
 // Encodes to the buffer of `sink` as far as that goes without it being written out, but stops at the group that

@@ -92,6 +92,47 @@ std::string SeenByReader(BinaryInputStream& below, Dice dice) {
   return seen;
 }
 
+// Decodes by the letter of the rule, one character after the other.
+class PlainDecoder : public BinaryInputStream {
+ public:
+  using BinaryInputStream::Read;
+
+  explicit PlainDecoder(BinaryInputStream& source) : m_source(source) {}
+
+  int Read() override {
+    if (m_decoded.empty()) DecodeGroup();
+    if (m_decoded.empty()) return -1;
+    const int byte = m_decoded.front();
+    m_decoded.pop_front();
+    return byte;
+  }
+  unsigned long long AvailableBytes() override {
+    return m_source.AvailableBytes() * 3 / 4 + m_decoded.size();
+  }
+
+ private:
+  void DecodeGroup() {
+    static const std::string s_alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
+    std::vector<std::size_t> group;
+    int valid = 0;
+    while (group.size() != 4) {
+      const int character = m_source.Read();
+      if (character < 0) break;
+      const std::size_t value = character == 255 ? 0 : s_alphabet.find(static_cast<char>(character));
+      if (value == std::string::npos) continue;
+      if (value != 64) ++valid;
+      group.push_back(value % 64);
+    }
+    group.resize(4);
+    if (valid > 0) m_decoded.push_back(static_cast<unsigned char>(group[0] << 2 | group[1] >> 4));
+    if (valid > 2) m_decoded.push_back(static_cast<unsigned char>(group[1] << 4 | group[2] >> 2));
+    if (valid > 3) m_decoded.push_back(static_cast<unsigned char>(group[2] << 6 | group[3]));
+  }
+
+  BinaryInputStream& m_source;
+  std::deque<unsigned char> m_decoded;
+};
+
 // All that comes of a reading, as texts.
 template <class Decoder, class Buffered>
 Calls Read(unsigned round) {
@@ -110,6 +151,11 @@ Calls Read(unsigned round) {
   for (const Calls& calls : {source.m_calls, warnings.m_messages, warnings.m_logNames})
     outcome.insert(outcome.end(), calls.begin(), calls.end());
   return outcome;
+}
+
+TEST(Base64Blocks, BlocksAndBytesAreDecodedByTheRule) {
+  for (unsigned round = 1; round <= uROUNDS; ++round)
+    ASSERT_EQ((Read<PlainDecoder, void>(round)), (Read<Base64DecoderStream, void>(round))) << round;
 }
 
 TEST(Base64Blocks, DecodedAreLikeSingleBytes) {
