@@ -39,6 +39,17 @@ class LockBias {
     Slot* const m_pSlot;
   };
 
+  /// Does `step` if this thread passes, and gives whether it did and `step` says so. As in a Passage, but `step` may
+  /// not fault: nothing clears up behind it.
+  template <class Step>
+  bool Pass(const Step& step) {
+    Slot* const slot = Enter();
+    if (slot == nullptr) return false;
+    const bool done = step();
+    slot->m_bInside.store(false, std::memory_order_release);
+    return done;
+  }
+
   /// To be called whenever the lock was taken, with the lock held and before anything is done under it. Ends the
   /// favour of another thread; the calling one is favoured once it has come often enough without another between.
   void Taken() noexcept;

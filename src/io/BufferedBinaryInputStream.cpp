@@ -14,11 +14,13 @@ BufferedBinaryInputStream::BufferedBinaryInputStream(BinaryInputStream& source, 
 BufferedBinaryInputStream::~BufferedBinaryInputStream() = default;
 
 int BufferedBinaryInputStream::Read() {
-  {
-    const StreamPassage passage(m_mutex);
-    if (passage && m_readIndex < m_dataSize) return m_buffer.get()[m_readIndex++];
-  }
-  return ReadLocked();
+  int byte = 0;
+  const bool read = StreamPassage::Pass(m_mutex, [this, &byte] {
+    if (m_readIndex >= m_dataSize) return false;
+    byte = m_buffer.get()[m_readIndex++];
+    return true;
+  });
+  return read ? byte : ReadLocked();
 }
 
 // A source may give 0 for "no byte", too, and nobody may see what the buffer held before.

@@ -15,11 +15,12 @@ BufferedBinaryOutputStream::BufferedBinaryOutputStream(BinaryOutputStream& sink,
 BufferedBinaryOutputStream::~BufferedBinaryOutputStream() = default;
 
 void BufferedBinaryOutputStream::Write(unsigned char byte) {
-  {
-    const StreamPassage passage(m_mutex);
-    if (passage && m_fill < m_bufferSize) return Put(byte);
-  }
-  WriteLocked(byte);
+  const bool written = StreamPassage::Pass(m_mutex, [this, byte] {
+    if (m_fill >= m_bufferSize) return false;
+    Put(byte);
+    return true;
+  });
+  if (!written) WriteLocked(byte);
 }
 
 void BufferedBinaryOutputStream::WriteLocked(unsigned char byte) {
@@ -50,8 +51,9 @@ void BufferedBinaryOutputStream::WriteLocked(const void* buffer, unsigned long l
 }
 
 inline void BufferedBinaryOutputStream::Put(unsigned char byte) {
-  m_buffer.get()[m_fill] = byte;
-  ++m_fill;
+  const unsigned long long at = m_fill;
+  m_buffer.get()[at] = byte;
+  m_fill = at + 1;
 }
 
 inline void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {

@@ -22,6 +22,13 @@ class StreamPassage {
 
   explicit operator bool() const { return static_cast<bool>(m_passage); }
 
+  /// Does `step` on the way through, if the thread gets through; false if not, or if `step` says so. `step` touches
+  /// nothing but what belongs to the stream, so that it can't fault.
+  template <class Step>
+  static bool Pass(StreamMutex& mutex, const Step& step) {
+    return mutex.Bias().Pass(step);
+  }
+
  private:
   const Platform::LockBias::Passage m_passage;
 };

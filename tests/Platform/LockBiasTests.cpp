@@ -27,19 +27,28 @@ constexpr std::chrono::milliseconds tSTRESS(300);
 // A lock with its bias, and plain numbers that they guard.
 class Guarded {
  public:
-  // Whether it passed.
+  // Whether it passed, in either way.
   bool Add() {
-    {
-      const LockBias::Passage passage(m_bias);
-      if (passage) {
-        Count();
-        return true;
-      }
-    }
+    thread_local bool t_bAsStep = false;
+    t_bAsStep = !t_bAsStep;
+    if (t_bAsStep ? AddAsStep() : AddInScope()) return true;
     Take();
     Count();
     m_lock.Unlock();
     return false;
+  }
+
+  bool AddAsStep() {
+    return m_bias.Pass([this] {
+      Count();
+      return true;
+    });
+  }
+
+  bool AddInScope() {
+    const LockBias::Passage passage(m_bias);
+    if (passage) Count();
+    return static_cast<bool>(passage);
   }
 
   // Takes its time, so that others can meet it half done.

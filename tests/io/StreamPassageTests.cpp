@@ -33,6 +33,23 @@ TEST(StreamPassage, IsForWhoLocksOverAndOver) {
   std::thread([&] { EXPECT_FALSE(Passes(mutex)); }).join();
 }
 
+TEST(StreamPassage, AStepIsDoneOnTheWayThroughOrNotAtAll) {
+  StreamMutex mutex;
+  int steps = 0;
+  const auto step = [&steps] { return ++steps == 1; };
+  EXPECT_FALSE(StreamPassage::Pass(mutex, step));
+  EXPECT_EQ(0, steps);
+  Take(mutex, iENOUGH);
+  EXPECT_TRUE(StreamPassage::Pass(mutex, step));
+  EXPECT_FALSE(StreamPassage::Pass(mutex, step)) << "though it has passed";
+  EXPECT_EQ(2, steps);
+  std::thread([&] {
+    EXPECT_FALSE(StreamPassage::Pass(mutex, step));
+    Take(mutex, 1);  // or it would wait for ever for a thread that is still inside
+  }).join();
+  EXPECT_EQ(2, steps);
+}
+
 TEST(StreamPassage, ALockWithALimitCountsOnceAsWell) {
   StreamMutex mutex;
   const Elapse limit(60, Elapse::Seconds);
