@@ -19,7 +19,8 @@ const char* const sCONTEXT = "Context";
 const char* const sVARIABLES = "Variables";
 const char* const sVARIABLE = "Var";
 const char* const sVARIABLE_NAME = "name";
-constexpr std::size_t uUSUAL_SIZE = 4096;
+constexpr std::size_t uUSUAL_SIZE = 2048;  // without the call stack
+constexpr std::size_t uUSUAL_CONTEXT = 512;
 
 XMLAttributeMap<std::string> NameOf(const std::string& variable) {
   XMLAttributeMap<std::string> attributes;
@@ -55,8 +56,10 @@ class TextTarget {
   void End(const std::string& name) { m_layout.PutEndTag(m_out, name); }
   void Flush() { m_out.Flush(); }
 
+  /// Ends the line of a start tag: what follows are whole lines.
+  void BreakLine() { m_layout.BreakLine(m_out); }
   /// Whole lines that WrittenFrom gave at a place like this one.
-  void PutLines(const ContextText& known) { m_layout.PutLines(m_out, known.m_sTags, known.m_uLines); }
+  void PutLines(const ContextText& known) { m_layout.PutLines(m_out, known.m_sElement, known.m_uLines); }
   /// How much is written.
   std::size_t Written() {
     m_out.Flush();
@@ -86,22 +89,6 @@ void PutTable(Target& target, const AlertData& table) {
   for (const auto& [key, value] : table) target.Tag(key, value);
 }
 
-// Tables of contexts come again and again. One with variables behind it is written anew: what is kept isn't to keep
-// those.
-template <class Target>
-void PutContextTable(Target& target, const CodeContext& context) {
-  PutTable(target, context.GetContextInfo());
-}
-
-void PutContextTable(TextTarget& target, const CodeContext& context) {
-  const AlertData& table = context.GetContextInfo();
-  if (table.empty() || context.HasVariableInfo()) return PutTable(target, table);
-  if (const auto known = FindContextText(context)) return target.PutLines(*known);
-  const std::size_t begin = target.Written();
-  PutTable(target, table);
-  KeepContextText(context, target.WrittenFrom(begin));
-}
-
 template <class Target>
 void PutVariables(Target& target, const AlertData& variables) {
   target.Begin(sVARIABLES);
@@ -110,15 +97,34 @@ void PutVariables(Target& target, const AlertData& variables) {
 }
 
 template <class Target>
+void PutContextAnew(Target& target, const CodeContext& context) {
+  target.Begin(sCONTEXT);
+  PutTable(target, context.GetContextInfo());
+  if (context.HasVariableInfo()) PutVariables(target, context.GetVariables());
+  target.End(sCONTEXT);
+}
+
+template <class Target>
+void PutContext(Target& target, const CodeContext& context) {
+  PutContextAnew(target, context);
+}
+
+// Tables of contexts come again and again. One with variables behind it is written anew: what is kept isn't to keep
+// those.
+void PutContext(TextTarget& target, const CodeContext& context) {
+  if (context.GetContextInfo().empty() || context.HasVariableInfo()) return PutContextAnew(target, context);
+  target.BreakLine();
+  if (const auto known = FindContextText(context)) return target.PutLines(*known);
+  const std::size_t begin = target.Written();
+  PutContextAnew(target, context);
+  KeepContextText(context, target.WrittenFrom(begin));
+}
+
+template <class Target>
 void PutStack(Target& target, const char* name, const boost::shared_ptr<std::vector<CodeContext>>& stack) {
   if (!stack || stack->empty()) return;
   target.Begin(name);
-  for (const CodeContext& context : *stack) {
-    target.Begin(sCONTEXT);
-    PutContextTable(target, context);
-    if (context.HasVariableInfo()) PutVariables(target, context.GetVariables());
-    target.End(sCONTEXT);
-  }
+  for (const CodeContext& context : *stack) PutContext(target, context);
   target.End(name);
 }
 
@@ -143,7 +149,7 @@ void AlertXml::Put(Target& target, AlertInfo& alert, const std::string& circumst
 
 std::string AlertXml::AsText(AlertInfo& alert, const char* circumstance) {
   std::string text;
-  text.reserve(uUSUAL_SIZE);
+  text.reserve(uUSUAL_SIZE + uUSUAL_CONTEXT * (alert.m_spCallStack ? alert.m_spCallStack->size() : 0));
   TextTarget target(text);
   Put(target, alert, circumstance);
   target.Flush();

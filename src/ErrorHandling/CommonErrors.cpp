@@ -6,6 +6,15 @@ namespace {
 
 const char* const sNOT_PROVIDED = "{Not Provided}";
 
+// Without a template, which costs a parse each time.
+std::string MessageOf(const std::string& name, const std::string& value) {
+  try {
+    return "Invalid Parameter: " + name + " = " + value;
+  } catch (...) {
+    return AlertMessageFailed();
+  }
+}
+
 }  // namespace
 
 AssertionFailure::AssertionFailure(const std::string& message) : ErrorClass(AlertMessage("%1%", message)) {}
@@ -50,7 +59,7 @@ InvalidParameter::InvalidParameter(const AlertData& data) : ErrorClass(std::stri
 InvalidParameter::~InvalidParameter() = default;
 
 void InvalidParameter::Construct(const std::string& name, const std::string& value) {
-  const std::string message = AlertMessage("Invalid Parameter: %1% = %2%", name, value);
+  const std::string message = MessageOf(name, value);
   StoreText(sPARAM_NAME, name);
   StoreText(sPARAM_VALUE, value);
   if (!message.empty()) StoreText(sMESSAGE, message);

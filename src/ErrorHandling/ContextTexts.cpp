@@ -27,10 +27,10 @@ Slot& SlotOf(const AlertData& table) {
 
 }  // namespace
 
-ContextText::ContextText(const CodeContext& context, std::string tags)
+ContextText::ContextText(const CodeContext& context, std::string element)
     : m_context(context),
-      m_sTags(std::move(tags)),
-      m_uLines(static_cast<std::uint64_t>(std::count(m_sTags.begin(), m_sTags.end(), '\n'))) {}
+      m_sElement(std::move(element)),
+      m_uLines(static_cast<std::uint64_t>(std::count(m_sElement.begin(), m_sElement.end(), '\n'))) {}
 
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) {
   const AlertData& table = context.GetContextInfo();
@@ -38,10 +38,10 @@ boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context)
       [&](const KeptText& kept) { return &kept->m_context.GetContextInfo() == &table ? kept : KeptText(); });
 }
 
-void KeepContextText(const CodeContext& context, std::string tags) {
+void KeepContextText(const CodeContext& context, std::string element) {
   if (IsLibraryUnloading()) return;  // nobody would give it up
   try {
-    KeptText text = boost::make_shared<const ContextText>(context, std::move(tags));
+    KeptText text = boost::make_shared<const ContextText>(context, std::move(element));
     SlotOf(context.GetContextInfo()).Keep(new KeptText(std::move(text)));
   } catch (const std::bad_alloc&) {
     return;  // the next alert writes it anew

@@ -12,20 +12,20 @@
 
 namespace Oxa::Core {
 
-/// The tags of the table of `context`, which has to have one, and no variables.
+/// The element of `context`, which has to have a table, and no variables.
 struct ContextText {
-  ContextText(const CodeContext& context, std::string tags);
+  ContextText(const CodeContext& context, std::string element);
 
   const CodeContext m_context;  // which keeps the table, so that no other one comes to its address
-  const std::string m_sTags;
-  const std::uint64_t m_uLines;  // the line ends in them
+  const std::string m_sElement;
+  const std::uint64_t m_uLines;  // the line ends in it
 };
 
 /// What was kept for the table that `context` shares, or null. Any thread, also in a forked child; waits for nobody.
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context);
 
 /// Keeps it in the place of another one. Without the memory, or where somebody else is just there, nothing is kept.
-void KeepContextText(const CodeContext& context, std::string tags);
+void KeepContextText(const CodeContext& context, std::string element);
 
 /// Gives up what is kept, once the library unloads and nothing is kept any more.
 void ForgetContextTexts() noexcept;

@@ -47,8 +47,10 @@ class PrettyPrintFormatter : public XMLFormatter {
   void PutStartTag(TextOutput& out, const String& name, const Attributes& attributes, bool emptyTag);
   void PutText(TextOutput& out, const String& text);
   void PutEndTag(TextOutput& out, const String& name);
-  /// Elements that were laid out behind a start tag of this level, from the end of its line to that of their last one,
-  /// with `count` line ends.
+  /// Ends the line of a start tag, if it's that line.
+  void BreakLine(TextOutput& out);
+  /// Elements that were laid out at this level, each on lines of its own, with `count` line ends. The line before has been
+  /// ended.
   void PutLines(TextOutput& out, const String& lines, std::uint64_t count);
 
   /// The blanks of one step of indentation.
@@ -72,7 +74,6 @@ class PrettyPrintFormatter : public XMLFormatter {
 
   void EndLine(TextOutput& out);
   void EndLines(TextOutput& out, int count);
-  void BreakLine(TextOutput& out);
   void Put(TextOutput& out, std::string_view text);
   void PutOnNewLine(TextOutput& out, std::string_view margin, std::string_view text);
   void AlignToIndent(TextOutput& out);
