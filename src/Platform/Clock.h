@@ -38,8 +38,8 @@ int MonotonicFrequency(long long& ticksPerSecond) noexcept;
 int TicksToUtc(long long ticks, DateTime& utc) noexcept;
 
 /// The local date of a moment, by the zone in force now: the environment variable TZ at this moment, or the
-/// machine's zone as it was less than a second ago. Leaves errno alone. Refuses what TicksToUtc refuses, and moments whose local
-/// year isn't within 1601 to 30827.
+/// machine's zone as it was less than a second ago. Leaves errno alone. Refuses what TicksToUtc refuses, and moments
+/// whose local year isn't within 1601 to 30827.
 int TicksToLocal(long long ticks, DateTime& local) noexcept;
 
 /// The moment of a UTC date. Refuses fields that are no date or time of day. Takes one day more at either end
@@ -54,6 +54,9 @@ int LoadZone() noexcept;
 /// later of its two moments; one that is skipped is read by the offset that was in force before the change,
 /// and so names a moment behind it. Refuses fields that are no date or time of day.
 int LocalToUtc(const DateTime& local, DateTime& utc) noexcept;
+
+/// How many seconds the zone in force now (see TicksToLocal) is ahead, at a moment, of the one that LocalToUtc goes by.
+long long ZoneChange(long long ticks) noexcept;
 
 /// Fields as text, as in "1998/08/23 02:33:17.123". Refuses fields that are no date or time of day. Throws
 /// nothing but std::bad_alloc.

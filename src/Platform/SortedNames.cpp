@@ -4,6 +4,7 @@
 #include <boost/endian/conversion.hpp>
 #include <cstring>
 #include <new>
+#include <numeric>
 
 namespace Oxa::Core::Platform {
 
@@ -27,7 +28,9 @@ std::uint64_t KeyOf(const char* name, std::size_t length, std::size_t skipped) {
   return boost::endian::load_big_u64(bytes);
 }
 
-bool IsDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
+bool IsDots(const char* name) { return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)); }
+
+constexpr std::size_t uBUCKETS = 4096;
 
 }  // namespace
 
@@ -45,30 +48,61 @@ std::size_t SortedNames::CommonLength(std::size_t first) const {
   return common;
 }
 
+// A sort of names in no order guesses wrong at every other comparison. So they are dealt out first, by the highest bits
+// in which their keys differ.
+SortedNames::Order SortedNames::OrderByKeys(Index first) const {
+  const auto size = static_cast<Index>(m_entries.size());
+  std::uint64_t differing = 0;
+  for (Index i = first; i < size; ++i) differing |= m_entries[i].m_ullKey ^ m_entries[first].m_ullKey;
+  int shift = 0;
+  while (differing >> shift >= uBUCKETS) ++shift;
+  const auto bucketOf = [&](Index i) { return m_entries[i].m_ullKey >> shift & (uBUCKETS - 1); };
+
+  std::vector<Index> places(uBUCKETS + 1);
+  for (Index i = first; i < size; ++i) ++places[bucketOf(i)];
+  std::partial_sum(places.begin(), places.end(), places.begin());
+  Order order(size - first);
+  for (Index i = first; i < size; ++i) order[--places[bucketOf(i)]] = i;
+
+  for (Index at = 0; at < order.size();) {
+    const Index next = places[bucketOf(order[at]) + 1];
+    std::sort(order.begin() + at, order.begin() + next, [this](Index left, Index right) {
+      const std::uint64_t leftKey = m_entries[left].m_ullKey;
+      const std::uint64_t rightKey = m_entries[right].m_ullKey;
+      return leftKey != rightKey ? leftKey < rightKey : IsBefore(left, right);
+    });
+    at = next;
+  }
+  return order;
+}
+
+bool SortedNames::IsBefore(Index left, Index right) const {
+  return std::strcmp(m_entries[left].m_pName, m_entries[right].m_pName) < 0;
+}
+
 // Every folder has its two dots, which begin as no other name does: they find their places among the others
 // when these are in order.
-void SortedNames::Sort() {
-  const auto isBefore = [](const Entry& left, const Entry& right) {
-    return std::strcmp(left.m_pName, right.m_pName) < 0;
-  };
+SortedNames::Order SortedNames::Sort() {
   const auto others = std::partition(m_entries.begin(), m_entries.end(),
                                      [](const Entry& entry) { return IsDots(entry.m_pName); });
-  const std::size_t common = CommonLength(static_cast<std::size_t>(others - m_entries.begin()));
+  const auto dots = static_cast<Index>(others - m_entries.begin());
+  const std::size_t common = CommonLength(dots);
   for (auto entry = others; entry != m_entries.end(); ++entry)
     entry->m_ullKey = KeyOf(entry->m_pName, entry->m_uLength, common);
-  std::sort(others, m_entries.end(), [&](const Entry& left, const Entry& right) {
-    return left.m_ullKey != right.m_ullKey ? left.m_ullKey < right.m_ullKey : isBefore(left, right);
-  });
-  std::sort(m_entries.begin(), others, isBefore);
-  std::inplace_merge(m_entries.begin(), others, m_entries.end(), isBefore);
+  Order order = OrderByKeys(dots);
+  for (Index dot = 0; dot < dots; ++dot) {
+    const auto isBefore = [this](Index left, Index right) { return IsBefore(left, right); };
+    order.insert(std::lower_bound(order.begin(), order.end(), dot, isBefore), dot);
+  }
+  return order;
 }
 
 void SortedNames::AppendTo(std::vector<std::string>& names) {
-  Sort();
+  const Order order = Sort();
   const std::size_t before = names.size();
-  names.reserve(before + m_entries.size());
+  names.reserve(before + order.size());
   try {
-    for (const Entry& entry : m_entries) names.emplace_back(entry.m_pName, entry.m_uLength);
+    for (const Index at : order) names.emplace_back(m_entries[at].m_pName, m_entries[at].m_uLength);
   } catch (const std::bad_alloc&) {
     names.resize(before);
     throw;

@@ -26,8 +26,13 @@ class SortedNames {
     std::size_t m_uLength;
   };
 
+  using Index = std::uint32_t;
+  using Order = std::vector<Index>;
+
   std::size_t CommonLength(std::size_t first) const;
-  void Sort();
+  bool IsBefore(Index left, Index right) const;
+  Order OrderByKeys(Index first) const;
+  Order Sort();
 
   std::vector<Entry> m_entries;
 };

@@ -58,7 +58,7 @@ class PieceWriter {
 
   void Add(View<Char> piece) {
     if (m_uGathered == uROOM) Flush();
-    m_gathered[m_uGathered++] = piece;
+    m_gathered[m_uGathered++] = {piece.data(), piece.size()};
   }
 
   int Finish() {
@@ -70,24 +70,30 @@ class PieceWriter {
  private:
   static constexpr std::size_t uROOM = 16;
 
+  // A view would begin empty, which costs as much as half a piece.
+  struct Piece {
+    const Char* m_pBegin;
+    std::size_t m_uSize;
+  };
+
   void Flush() {
     if (m_uCount + m_uGathered > m_out.capacity()) m_out.reserve(2 * m_uCount + m_uGathered);
     for (std::size_t i = 0; i < m_uGathered; ++i) Write(m_gathered[i]);
     m_uGathered = 0;
   }
 
-  void Write(View<Char> piece) {
+  void Write(const Piece& piece) {
     if (m_uCount < m_out.size()) {
-      m_out[m_uCount].assign(piece.data(), piece.size());
+      m_out[m_uCount].assign(piece.m_pBegin, piece.m_uSize);
     } else {
-      m_out.emplace_back(piece);
+      m_out.emplace_back(piece.m_pBegin, piece.m_uSize);
     }
     ++m_uCount;
   }
 
   std::vector<Text<Char>>& m_out;
   std::size_t m_uCount = 0;
-  View<Char> m_gathered[uROOM];
+  Piece m_gathered[uROOM];
   std::size_t m_uGathered = 0;
 };
 

@@ -6,6 +6,7 @@
 #include <stdlib.h>
 
 #include <boost/make_shared.hpp>
+#include <cfenv>
 #include <clocale>
 #include <cstdlib>
 #include <locale>
@@ -23,6 +24,7 @@ using namespace ModuleSuiteTests;
 using TestSupport::TemporaryFolder;
 
 const char* const sTEMPORARY = "TMPDIR";
+const char* const sZONE = "TZ";
 
 // The system's folder for temporary files, as long as this lives.
 class TemporaryFilesIn {
@@ -138,6 +140,29 @@ TEST(ModuleSuiteRun, PassesInOtherLanguages) {
   }
   std::setlocale(LC_ALL, "C");
   ::unsetenv("LOCPATH");
+}
+
+// Dates are read by the zone of the load, and told by the one in force.
+TEST(ModuleSuiteRun, PassesInAHostThatHasGoneToAnotherTimeZone) {
+  const char* const before = std::getenv(sZONE);
+  const std::string kept = before != nullptr ? before : "";
+  for (const char* const zone : {"<+14>-14", "<-1130>11:30", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
+    ::setenv(sZONE, zone, 1);
+    ExpectAllPass(*GetModuleTestSuite());
+  }
+  if (before != nullptr)
+    ::setenv(sZONE, kept.c_str(), 1);
+  else
+    ::unsetenv(sZONE);
+}
+
+TEST(ModuleSuiteRun, PassesHoweverTheHostRounds) {
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    ASSERT_EQ(0, std::fesetround(mode));
+    ExpectAllPass(*GetModuleTestSuite());
+    EXPECT_EQ(mode, std::fegetround());
+  }
+  std::fesetround(FE_TONEAREST);
 }
 
 TEST(ModuleSuiteRun, PassesInAFolderThatIsGone) {

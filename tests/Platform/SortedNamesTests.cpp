@@ -62,4 +62,16 @@ TEST(SortedNames, AnyNamesAreSortedAsTextsAre) {
   }
 }
 
+// One name that differs early from all others leaves these together at first.
+TEST(SortedNames, ManyNamesAreSortedWhereverTheyDiffer) {
+  for (const char* const other : {"", "a", "series_", "series_0x", "\xff"}) {
+    Names names;
+    for (int i = 0; i < 3000; ++i) names.push_back("series_0" + std::to_string(i * 7919 % 3000) + ".xml");
+    names.insert(names.begin() + 1000, other);
+    Names expected = names;
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(expected, Sorted(names)) << other;
+  }
+}
+
 }  // namespace

@@ -187,6 +187,11 @@ int LocalToUtc(const DateTime& local, DateTime& utc) noexcept {
   return 0;
 }
 
+long long ZoneChange(long long ticks) noexcept {
+  const long long seconds = SecondsSince1970(ticks);
+  return CurrentOffset(seconds) - SegmentAt(s_loadedZone, seconds).m_iOffset;
+}
+
 int DateTimeText(const DateTime& fields, std::string& text) {
   if (!IsDate(fields, 0) || !IsTimeOfDay(fields)) return EINVAL;
   char buffer[iMAX_TEXT];

@@ -17,11 +17,11 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr std::size_t uBLOCK = 64 * 1024;
+constexpr std::size_t uBLOCK = 16 * 1024;
 constexpr std::size_t uLEAST = 4 * 1024;  // many times what the longest entry takes
 
-// A folder's entries as the system packs them, block by block: nearly all of the time of a list is the system's,
-// and large blocks save a part of it. The blocks stay, so that names needn't be copied out of them.
+// A folder's entries as the system packs them, block by block. The blocks stay, so that names needn't be copied out of
+// them; larger ones are no faster, and their memory goes back to the system each time.
 class FolderBlocks {
  public:
   explicit FolderBlocks(const char* name) noexcept
