@@ -1,8 +1,7 @@
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
 #include "io/StreamPassage.h"
-
-#include "Platform/Faults.h"
+#include "io/ValueCopy.h"
 
 namespace Oxa::Core {
 
@@ -13,7 +12,8 @@ BufferedBinaryInputStream::BufferedBinaryInputStream(BinaryInputStream& source, 
 
 BufferedBinaryInputStream::~BufferedBinaryInputStream() = default;
 
-int BufferedBinaryInputStream::Read() {
+// Begins with a line of the cache: over three of them instead of two it is slower by a tenth.
+[[gnu::aligned(64)]] int BufferedBinaryInputStream::Read() {
   int byte = 0;
   const bool read = StreamPassage::Pass(m_mutex, [this, &byte] {
     if (m_readIndex >= m_dataSize) return false;
@@ -110,7 +110,7 @@ inline bool BufferedBinaryInputStream::TakeAll(void* to, long long count) {
 }
 
 inline void BufferedBinaryInputStream::Take(void* to, unsigned long long count) {
-  Platform::CopyBytes(to, m_buffer.get() + m_readIndex, count);
+  CopyValues(to, m_buffer.get() + m_readIndex, count);
   m_readIndex += count;
 }
 

@@ -1,8 +1,7 @@
 #include <Infrastructure/OxaCore/io/BufferedStreams.h>
 
 #include "io/StreamPassage.h"
-
-#include "Platform/Faults.h"
+#include "io/ValueCopy.h"
 
 namespace Oxa::Core {
 
@@ -14,7 +13,8 @@ BufferedBinaryOutputStream::BufferedBinaryOutputStream(BinaryOutputStream& sink,
 
 BufferedBinaryOutputStream::~BufferedBinaryOutputStream() = default;
 
-void BufferedBinaryOutputStream::Write(unsigned char byte) {
+// Begins with a line of the cache, as single reads do.
+[[gnu::aligned(64)]] void BufferedBinaryOutputStream::Write(unsigned char byte) {
   const bool written = StreamPassage::Pass(m_mutex, [this, byte] {
     if (m_fill >= m_bufferSize) return false;
     Put(byte);
@@ -57,7 +57,7 @@ inline void BufferedBinaryOutputStream::Put(unsigned char byte) {
 }
 
 inline void BufferedBinaryOutputStream::Put(const void* from, unsigned long long count) {
-  Platform::CopyBytes(m_buffer.get() + m_fill, from, count);
+  CopyValues(m_buffer.get() + m_fill, from, count);
   m_fill += count;
 }
 

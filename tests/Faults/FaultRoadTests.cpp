@@ -420,6 +420,31 @@ TEST(FaultRoad, ABadPointerGivenToAStreamLeavesNoLockHeld) {
   EXPECT_THROW(input.Read(const_cast<void*>(nowhere), 10), AccessViolation);
 }
 
+// A stream that lets its thread pass the lock is as good, and copies numbers in a way of its own.
+TEST(FaultRoad, ABadPointerGivenToAStreamLeavesNobodyPassing) {
+  BinaryPipe pipe(8192, Elapse(0), Elapse(0));
+  BufferedBinaryOutputStream output(pipe, 4096);
+  for (int i = 0; i < 1000; ++i) output.Write('x');
+  output.Flush();
+  BufferedBinaryInputStream input(pipe, 1000);
+  for (int i = 0; i < 500; ++i) ASSERT_EQ('x', input.Read());
+  void* const nowhere = reinterpret_cast<void*>(64);
+  for (const int count : {2, 3, 4, 8, 100}) {
+    EXPECT_THROW(output.Write(nowhere, static_cast<unsigned long long>(count)), AccessViolation) << count;
+    EXPECT_THROW(input.Read(nowhere, count), AccessViolation) << count;
+  }
+  std::atomic<bool> done{false};
+  std::thread other([&] {
+    output.Write('y');
+    done = input.Read() == 'x' && input.AvailableBytes() == 499;
+  });
+  if (!TestSupport::Eventually([&done] { return done.load(); })) {
+    std::fputs("the first thread is still inside, or bytes are gone\n", stderr);
+    ::_exit(1);
+  }
+  other.join();
+}
+
 TEST(FaultRoad, AHostWithoutTheFlagCatchesAroundCalls) {
   EXPECT_TRUE(UnpreparedCatchesAroundACall());
   EXPECT_TRUE(UnpreparedCatchesBehindAFunctionThatIsNotPrepared());
