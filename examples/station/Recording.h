@@ -1,7 +1,8 @@
 // What a recording is made of: the samples of one run, as typed values in a file.
 //
 //   "OxaStation"           a string, so that other files are told from recordings
-//   version                unsigned int, 2; in recordings of version 1 series have no unit, and are shown in microseconds
+//   version                unsigned int, 2; in recordings of version 1 series have no unit, and are shown in
+//                          microseconds
 //   number of series       unsigned int, as many as a plan may hold; then of each
 //     name                   string, as plans allow it
 //     interval, tolerance    long long, in steps of 100 ns

@@ -11,8 +11,8 @@ void SetLibraryUnloading() noexcept;
 /// True once a fatal error has led into exit().
 bool IsExitingAfterFatalError() noexcept;
 
-/// True if the library goes because the process ends by a fatal error. Other threads run to the very end, and may die as
-/// well: whoever is called then stays in the system's hands.
+/// True if the library goes because the process ends by a fatal error. Other threads run to the very end, and may die
+/// as well: whoever is called then stays in the system's hands.
 bool GoesByFatalError() noexcept;
 
 /// Marks the process as exiting and calls exit(status). Never returns.

@@ -121,8 +121,8 @@ void UnloadRoutine() {
     Platform::WriteToDebugger(sMISSED_SHUTDOWN);
     Shutdown();
   }
-  // Where an error ends the process, other threads run on and may fault until it is gone: those leave their record, too,
-  // or at least end by the filter. Only code that is about to be unmapped has to let go of the signals even then.
+  // Where an error ends the process, other threads run on and may fault until it is gone: those leave their record,
+  // too, or at least end by the filter. Only code that is about to be unmapped has to let go of the signals even then.
   if (!GoesByFatalError()) TheHooks().releaseFaultAdapter();
   AwaitAlertsInFlight();
   ForgetPlaceTables();

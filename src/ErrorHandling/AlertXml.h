@@ -13,7 +13,8 @@ class AlertXml {
   /// What ToXML writes through a new XMLWriter with its own formatter, by a shorter road. May throw std::bad_alloc.
   static std::string AsText(AlertInfo& alert, const char* circumstance);
 
-  /// The element of the alert, tag by tag. `Target` has Begin(name), Tag(name, content), Variable(name, value) and End(name).
+  /// The element of the alert, tag by tag. `Target` has Begin(name), Tag(name, content), Variable(name, value) and
+  /// End(name).
   template <class Target>
   static void Put(Target& target, AlertInfo& alert, const std::string& circumstance);
 };

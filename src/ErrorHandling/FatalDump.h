@@ -15,9 +15,9 @@ class FatalDump {
  public:
   FatalDump() = default;
 
-  /// Counts this entry, finds the folder, puts the first words of the report there and writes the dump, unless there can
-  /// be none. Ends within the time that a dump may take, but for one that another thread is writing, which is waited for
-  /// as long again.
+  /// Counts this entry, finds the folder, puts the first words of the report there and writes the dump, unless there
+  /// can be none. Ends within the time that a dump may take, but for one that another thread is writing, which is
+  /// waited for as long again.
   void Write(const _EXCEPTION_POINTERS& pointers) noexcept;
 
   /// Raises what is owed. Whatever goes wrong with one warning, the others are raised.

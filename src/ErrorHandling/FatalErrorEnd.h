@@ -8,12 +8,12 @@
 
 namespace Oxa::Core {
 
-/// The calling thread begins to die. From now on the process has ten seconds. Once more on the same thread is all right:
-/// a fault on the way.
+/// The calling thread begins to die. From now on the process has ten seconds. Once more on the same thread is all
+/// right: a fault on the way.
 void BeginDying() noexcept;
 
-/// For a child that was forked off: those who were dying are in the parent only, and nobody is to wait for them. Its own
-/// death has an end, and a watch over that; but as the count of records isn't begun anew, it leaves none beyond the
+/// For a child that was forked off: those who were dying are in the parent only, and nobody is to wait for them. Its
+/// own death has an end, and a watch over that; but as the count of records isn't begun anew, it leaves none beyond the
 /// limit that its parent's death has used up.
 void ForgetDeathsOfParent() noexcept;
 

@@ -18,8 +18,8 @@ void WriteFirstWords(const char* folder, const AlertData* info, const FatalError
 
 /// Writes the report into `folder`, whose name ends in a separator: ErrorInfo.xml, then ErrorInfo3.xml, ErrorInfo4.xml.
 /// `info` comes ahead of the error. Raises the warning OpenXMLErrorReportFailed where there is no file to be had.
-/// Throws what writing XML and warnings throw; what has been composed by then is in the file. Where there is no room for
-/// that, first words that stand in the file stay, and an empty one gets what has room.
+/// Throws what writing XML and warnings throw; what has been composed by then is in the file. Where there is no room
+/// for that, first words that stand in the file stay, and an empty one gets what has room.
 void WriteFatalErrorReport(const std::string& folder, const AlertData& info, Error& error);
 
 }  // namespace Oxa::Core

@@ -16,8 +16,8 @@
 
 namespace Oxa::Core {
 
-/// Two marks that are there and equal: a context made now tells the same of process, thread, host and system as one made
-/// then.
+/// Two marks that are there and equal: a context made now tells the same of process, thread, host and system as one
+/// made then.
 struct CircumstancesMark {
   unsigned long m_ulThread = 0;   ///< id of the calling thread; 0: the mark isn't there
   unsigned long m_ulProcess = 0;  ///< id of the process

@@ -9,7 +9,8 @@
 namespace Oxa::Core {
 
 /// Constant-initialised and trivially destructible: errors are raised before and after every static object. Any thread,
-/// also in a forked child; waits for nobody: the lock is only tried, since who held it may be gone, killed or not forked.
+/// also in a forked child; waits for nobody: the lock is only tried, since who held it may be gone, killed or not
+/// forked.
 template <class Kept>
 class KeptSlot {
  public:
@@ -25,7 +26,8 @@ class KeptSlot {
     return found;
   }
 
-  /// Takes over `kept`, null included, and deletes what was there; or deletes `kept`, where somebody else is just there.
+  /// Takes over `kept`, null included, and deletes what was there; or deletes `kept`, where somebody else is just
+  /// there.
   void Keep(Kept* kept) noexcept {
     if (m_lock.TryLock()) {
       std::swap(kept, m_pKept);

@@ -75,8 +75,8 @@ class QuietThread {
   Platform::FaultTranslator m_before;
 };
 
-// What is found out once for all frames of a function at a place: whether they are wanted, and the table of the last one
-// as long as the next would get the same. Whether they are wanted is what the first walk at the place found.
+// What is found out once for all frames of a function at a place: whether they are wanted, and the table of the last
+// one as long as the next would get the same. Whether they are wanted is what the first walk at the place found.
 struct FrameNote : Platform::PlaceNote {
   explicit FrameNote(bool wanted) : m_bWanted(wanted) {}
 

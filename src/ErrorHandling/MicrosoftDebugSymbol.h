@@ -24,7 +24,8 @@ class DebugSymbol {
  public:
   using Children = std::vector<boost::shared_ptr<DebugSymbol>>;
 
-  /// Objects in objects are followed that far; an object that lies deeper is shown as "{...}". Base classes don't count.
+  /// Objects in objects are followed that far; an object that lies deeper is shown as "{...}". Base classes don't
+  /// count.
   static constexpr int iDEPTH = 3;
 
   /// A variable. What `facts` leads to has to stand as long as the symbol is being read. `pContext` isn't owned; it may

@@ -243,16 +243,17 @@ std::uint64_t BitsOf(double value) {
 
 int ExponentOf(std::uint64_t bits) { return static_cast<int>(bits >> iFRACTION_BITS & 0x7FF); }
 
-// Zero, or a number in the usual form. Comparisons might tell it wrongly, or trap: hosts have the processor take what is
-// below the usual form for zero, and std::to_chars then does so, too.
+// Zero, or a number in the usual form. Comparisons might tell it wrongly, or trap: hosts have the processor take what
+// is below the usual form for zero, and std::to_chars then does so, too.
 bool IsUsual(double value) {
   const std::uint64_t bits = BitsOf(value);
   const int exponent = ExponentOf(bits);
   return exponent != 0x7FF && (exponent != 0 || bits << 1 == 0);
 }
 
-// The value times `power`, which is 1000 or less, rounded to the nearest whole number, and to an even one in the middle.
-// Whole numbers do for that, as long as the product has room in 64 bits: a host may have floating-point operations trap.
+// The value times `power`, which is 1000 or less, rounded to the nearest whole number, and to an even one in the
+// middle. Whole numbers do for that, as long as the product has room in 64 bits: a host may have floating-point
+// operations trap.
 bool Scale(double value, std::uint64_t power, std::uint64_t& scaled) {
   constexpr int iUNIT_EXPONENT = 1023 + iFRACTION_BITS;  // of a value whose fraction counts ones
   const std::uint64_t bits = BitsOf(value);

@@ -74,8 +74,8 @@ void CloseSymbolReader(SymbolReader* reader) noexcept;
 /// Kills and cancellations of this thread wait.
 bool WalkStack(SymbolReader& reader, const CONTEXT* context, FrameSink sink, void* argument) noexcept;
 
-/// For a sink: hands the variables of `frame` to another one, those of inner blocks first; of several with one name only
-/// the innermost. May throw std::bad_alloc and what `sink` throws, which must not leave the sink of the frames.
+/// For a sink: hands the variables of `frame` to another one, those of inner blocks first; of several with one name
+/// only the innermost. May throw std::bad_alloc and what `sink` throws, which must not leave the sink of the frames.
 void ReadFrameVariables(SymbolReader& reader, const StackFrame& frame, const VariableSink& sink);
 
 }  // namespace Oxa::Core::Platform

@@ -15,7 +15,8 @@ class MemoryReader {
   MemoryReader(const MemoryReader&) = delete;
   MemoryReader& operator=(const MemoryReader&) = delete;
 
-  /// From `begin` to `end` there is memory, as on the stack that the thread runs on: words in it are read where they are.
+  /// From `begin` to `end` there is memory, as on the stack that the thread runs on: words in it are read where they
+  /// are.
   void Trust(std::uint64_t begin, std::uint64_t end) noexcept {
     m_uTrustedBegin = begin;
     m_uTrustedEnd = end;

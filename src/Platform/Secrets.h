@@ -1,8 +1,8 @@
 // What hides secrets: a digest and a cipher of a provider, and the registry.
 //
 // Functions that give an int give 0 or the system's error code; results are untouched when they fail. No function
-// raises, takes a lock of ours or logs; those of the registry throw nothing but std::bad_alloc. A kill or a cancellation
-// of the calling thread waits until what it has opened is closed. Any thread may call anything.
+// raises, takes a lock of ours or logs; those of the registry throw nothing but std::bad_alloc. A kill or a
+// cancellation of the calling thread waits until what it has opened is closed. Any thread may call anything.
 #ifndef OXACORE_PLATFORM_SECRETS_H
 #define OXACORE_PLATFORM_SECRETS_H
 
@@ -49,12 +49,13 @@ void Rc4(HCRYPTPROV provider, const void* key, std::size_t keySize, void* data, 
 /// name that the system doesn't take: nothing is made then.
 int CreateRegistryKey(HKEY root, const std::string& key);
 
-/// Writes a value of a key that exists, of 16 MiB at most: EFBIG for one that is larger. Whoever reads it finds the value before or this one, whole, whenever the
-/// process or the machine ends.
+/// Writes a value of a key that exists, of 16 MiB at most: EFBIG for one that is larger. Whoever reads it finds the
+/// value before or this one, whole, whenever the process or the machine ends.
 int WriteRegistryValue(HKEY root, const std::string& key, const std::string& name,
                        const std::vector<unsigned char>& bytes);
 
-/// ENOENT for a value that doesn't exist, EINVAL for what is no plain file, EFBIG for what is larger than a value may be.
+/// ENOENT for a value that doesn't exist, EINVAL for what is no plain file, EFBIG for what is larger than a value may
+/// be.
 int ReadRegistryValue(HKEY root, const std::string& key, const std::string& name,
                       std::vector<unsigned char>& bytes);
 

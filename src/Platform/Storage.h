@@ -34,8 +34,8 @@ bool IsBeingUnmapped() noexcept;
 /// routine; null takes it back.
 void CallAtVeryEnd(void (*routine)()) noexcept;
 
-/// Calls `routine` in each process that is forked off from now on, before anything else goes on in it. False if it can't
-/// be registered.
+/// Calls `routine` in each process that is forked off from now on, before anything else goes on in it. False if it
+/// can't be registered.
 bool CallInForkedChild(void (*routine)()) noexcept;
 
 using DebuggerSink = void (*)(const char* text);

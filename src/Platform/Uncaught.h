@@ -19,8 +19,8 @@ const void* CodeOf(Member member) noexcept {
 }
 
 /// Calls `action` with the registers of the code that raised the exception in hand, as far as its stack still stands,
-/// and a record that tells of no fault. For the terminate handler. Passed over on the way to that code are the runtime's
-/// functions and those that begin at one of `carriers`: all they do is to raise. Allocates nothing.
+/// and a record that tells of no fault. For the terminate handler. Passed over on the way to that code are the
+/// runtime's functions and those that begin at one of `carriers`: all they do is to raise. Allocates nothing.
 void WithUncaughtPlace(const void* const* carriers, std::size_t count,
                        void (*action)(_EXCEPTION_POINTERS& pointers, void* argument),
                        void* argument) noexcept;

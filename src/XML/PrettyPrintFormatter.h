@@ -49,8 +49,8 @@ class PrettyPrintFormatter : public XMLFormatter {
   void PutEndTag(TextOutput& out, const String& name);
   /// Ends the line of a start tag, if it's that line.
   void BreakLine(TextOutput& out);
-  /// Elements that were laid out at this level, each on lines of its own, with `count` line ends. The line before has been
-  /// ended.
+  /// Elements that were laid out at this level, each on lines of its own, with `count` line ends. The line before has
+  /// been ended.
   void PutLines(TextOutput& out, const String& lines, std::uint64_t count);
 
   /// The blanks of one step of indentation.

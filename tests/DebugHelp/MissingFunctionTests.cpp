@@ -27,7 +27,8 @@ class Library : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_FALSE(RealLibrary().empty()) << "the library for symbols isn't installed"; }
 
-  // A library that has every function but one (or several, with "; " between them), each of which goes on to the real one.
+  // A library that has every function but one (or several, with "; " between them), each of which goes on to the real
+  // one.
   void MakeWithout(const std::string& functions, const std::string& flag = "") {
     m_folder.Write("names", "{ global: *; local: " + functions + "; };");
     const std::string command = std::string(CXX_COMPILER) + " -shared -nostartfiles -o " +

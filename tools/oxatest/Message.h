@@ -43,8 +43,8 @@ std::string Encode(const Message& message);
 
 enum EDecoded { eMESSAGE, eNOT_WHOLE, eDAMAGED };
 
-/// Reads the message that begins at `at`, and moves `at` behind it. `at` stays if there is no whole one, or if the bytes
-/// there can't be one.
+/// Reads the message that begins at `at`, and moves `at` behind it. `at` stays if there is no whole one, or if the
+/// bytes there can't be one.
 EDecoded Decode(const std::string& bytes, std::string::size_type& at, Message& message);
 
 /// `text`; of one that is longer than 64 KiB only the beginning, with a line that says so.

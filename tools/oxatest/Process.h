@@ -10,7 +10,8 @@
 namespace OxaTest {
 
 /// Another process of this program, with what it starts: none of that outlives this object, whether it has stayed in
-/// the group or not. The process ends with the runner, too, if that is killed. CatchSignals and AdoptOrphans come first.
+/// the group or not. The process ends with the runner, too, if that is killed. CatchSignals and AdoptOrphans come
+/// first.
 class Process {
  public:
   /// Starts it with the number of its end of the pipe behind "--child-pipe=", and `arguments`. `output` becomes its

@@ -5,8 +5,8 @@
 // Thread safety: any thread may call anything, except AddFatalErrorInfo, which a host calls before others may die.
 // Locks that a caller can meet: one for the records of errors and their handlers, held around handler calls, then the
 // handler's own; one for the records of warnings; one for the base path of fatal reports, which a dying thread doesn't
-// take; one in CurrentErrors. None is held during a broadcast, unless a handler raises: listeners then hear that with the first
-// two held. All are reentrant.
+// take; one in CurrentErrors. None is held during a broadcast, unless a handler raises: listeners then hear that with
+// the first two held. All are reentrant.
 // Failures: nothing that a listener throws reaches the code that raised.
 //
 //   class Retry : public ErrorHandler {

@@ -375,9 +375,9 @@ template <class Expected, class Actual,
           class = std::enable_if_t<std::is_floating_point_v<Expected> || std::is_floating_point_v<Actual>>>
 void TestEquals(Expected expected, Actual actual, const CodeContext& context) = delete;
 
-/// Raises a Test::Failure, under "Oxa.Core.Test.Failure", if the values differ by more than `delta`: "expected: 1 within
-/// a delta of: 0.5 but was: 1.6". A difference that isn't a number is not more than anything, so a NaN passes, and so do
-/// two infinities of one sign. The form for float rounds the difference to a float.
+/// Raises a Test::Failure, under "Oxa.Core.Test.Failure", if the values differ by more than `delta`: "expected: 1
+/// within a delta of: 0.5 but was: 1.6". A difference that isn't a number is not more than anything, so a NaN passes,
+/// and so do two infinities of one sign. The form for float rounds the difference to a float.
 OXACORE_API void TestEquals(float expected, float actual, float delta, const CodeContext& context);
 OXACORE_API void TestEquals(double expected, double actual, double delta, const CodeContext& context);
 

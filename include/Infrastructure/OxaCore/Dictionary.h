@@ -7,9 +7,9 @@
 // Thread safety: all operations may be called from any thread. A look-up of a known word takes no lock and waits for
 // nobody. Locks: the singleton's while the dictionary is made, the dictionary's own for a new word; no other is taken
 // while that is held.
-// Ownership: an atom belongs to the dictionary. It is valid until Oxa::Core::Shutdown, which destroys the dictionary and
-// must not be called while another thread uses it. Whoever asks after that gets a new one, with other pointers; also
-// static objects of hosts that die after the library's.
+// Ownership: an atom belongs to the dictionary. It is valid until Oxa::Core::Shutdown, which destroys the dictionary
+// and must not be called while another thread uses it. Whoever asks after that gets a new one, with other pointers;
+// also static objects of hosts that die after the library's.
 // Failures: that one error, those of locks, and std::bad_alloc, which leaves the dictionary as it was.
 //
 //   static const char* const s_pVoltage = GetOxaAtom("Voltage");
@@ -62,7 +62,8 @@ class OXACORE_API Dictionary : public Singleton<Dictionary> {
     Convert(atoms, path.c_str(), sep);
   }
 
-  /// The path of the atoms: `sep` ahead of each one's text. A null pointer counts as the empty word. `path` is replaced.
+  /// The path of the atoms: `sep` ahead of each one's text. A null pointer counts as the empty word. `path` is
+  /// replaced.
   void Convert(std::string& path, const std::vector<const char*>& atoms, char sep);
 
  private:

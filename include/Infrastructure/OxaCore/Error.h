@@ -121,8 +121,8 @@ class OXACORE_API Error : public AlertInfo, public std::exception {
   friend class CodeSite;
   friend class LiveRaises;
 
-  // What a raise does between taking its place and throwing; false if it doesn't throw. Apart from the throw, which each
-  // frame with objects to destroy makes slower.
+  // What a raise does between taking its place and throwing; false if it doesn't throw. Apart from the throw, which
+  // each frame with objects to destroy makes slower.
   bool Announce(const std::string& logName, bool inPlace);
 
   void TakeRaisedMark(const Error& other) noexcept;

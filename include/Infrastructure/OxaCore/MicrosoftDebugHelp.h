@@ -112,8 +112,8 @@ class OXACORE_API DebugHelp {
                                                                          int maxFrames);
 
   /// Writes a dump of the process to `path`, over an old one, with the fault of `pointers` for its cause and as much
-  /// memory as `policy` says. All threads stand still meanwhile, for 5 seconds at most: what hasn't been written by then,
-  /// can't be read or has no room is left out. Warns of FunctionNotFound where dumps can't be had, and of
+  /// memory as `policy` says. All threads stand still meanwhile, for 5 seconds at most: what hasn't been written by
+  /// then, can't be read or has no room is left out. Warns of FunctionNotFound where dumps can't be had, and of
   /// CreateMiniDumpFileFailed where the file can't be made, or with the text of EBUSY where another dump is being
   /// written at that moment, as by a thread that dies. In all these cases nothing is written.
   void CreateMiniDump(Oxa::Core::PathName& path, _EXCEPTION_POINTERS& pointers,

@@ -12,7 +12,8 @@
 // Thread safety: any thread may call; lines don't mix. The stream has to outlive the handler, and what others write to
 // it stands between the lines.
 // Failures: a stream that fails swallows entries, and goes on when its owner clears it. One that throws, because its
-// owner asked for that, makes the log drop this handler. A file at the limit for the size of files is a stream that fails.
+// owner asked for that, makes the log drop this handler. A file at the limit for the size of files is a stream that
+// fails.
 //
 //   StreamLogHandler screen(std::clog);
 //   LogManager::Instance()->RegisterHandler(&screen);

@@ -7,8 +7,8 @@
 namespace Oxa::Core {
 
 /// Whatever becomes of the test, what the thread was started for has ended when this object is gone, however long that
-/// takes: it may use what is on the test's stack. It is asked to stop again and again. A thread that is started a second
-/// time may not have begun anew by then, and must not use the stack.
+/// takes: it may use what is on the test's stack. It is asked to stop again and again. A thread that is started a
+/// second time may not have begun anew by then, and must not use the stack.
 class EndOfThread {
  public:
   explicit EndOfThread(const boost::shared_ptr<Thread>& thread) : m_spThread(thread) {}

@@ -31,10 +31,10 @@ struct DumpMapping {
   std::uint64_t Size() const noexcept { return m_uEnd - m_uStart; }
 };
 
-/// The table of mappings, by address; for static storage, where it begins empty. Cut where there are more than it holds,
-/// which is 16384 of them; those whose names don't fit into 256 KiB stay, without a name. Allocates nothing, takes no
-/// lock, works in a signal handler. One thread at a time, and one table: the text is read by way of a buffer that all
-/// share.
+/// The table of mappings, by address; for static storage, where it begins empty. Cut where there are more than it
+/// holds, which is 16384 of them; those whose names don't fit into 256 KiB stay, without a name. Allocates nothing,
+/// takes no lock, works in a signal handler. One thread at a time, and one table: the text is read by way of a buffer
+/// that all share.
 class DumpMaps {
  public:
   /// Empties the table and fills it by the system's text in an open file, to its end or up to an error: what was

@@ -62,8 +62,8 @@ bool IsStackOverflow(std::uintptr_t address, std::uintptr_t stackPointer, const 
   if (own.Holds(stackPointer)) return close && address < own.m_uHigh;
   if (BelongsTo(stackPointer, own) && !IsReadable(stackPointer))
     return address < own.m_uLow && address + uNEAR >= stackPointer;
-  // A stack that a program has made for itself. It lies above its end: what a stack pointer has above that leads nowhere
-  // is nothing.
+  // A stack that a program has made for itself. It lies above its end: what a stack pointer has above that leads
+  // nowhere is nothing.
   return close && ProbeRoomBelow(stackPointer) == 0 && FirstMemoryFrom(stackPointer) != 0;
 }
 

@@ -199,7 +199,8 @@ void DealWith(const siginfo_t& signal, ucontext_t& context) noexcept {
   RestoreDefaultAction(signal.si_signo);
 }
 
-// The kernel leaves the processor's check of alignment on for the handler, and the C library's own code doesn't pass it.
+// The kernel leaves the processor's check of alignment on for the handler, and the C library's own code doesn't pass
+// it.
 void StopCheckingAlignment() noexcept {
   const auto flags = __builtin_ia32_readeflags_u64();
   constexpr auto uCHECK = static_cast<decltype(__builtin_ia32_readeflags_u64())>(iALIGNMENT_CHECK);

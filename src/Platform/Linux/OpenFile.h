@@ -23,8 +23,8 @@ class OpenFile {
   bool IsOpen() const noexcept { return m_iFile >= 0; }
   int Get() const noexcept { return m_iFile; }
 
-  /// Writes all of it at the place where the file is. Gives 0 or the system's error code, also at the limit for the size
-  /// of files.
+  /// Writes all of it at the place where the file is. Gives 0 or the system's error code, also at the limit for the
+  /// size of files.
   int WriteAll(const void* data, std::size_t size) const noexcept {
     const FileLimitGuard guard;
     const char* const bytes = static_cast<const char*>(data);

@@ -34,8 +34,8 @@ class StackWalkRules {
   /// behind a call.
   bool IsSignal() const { return m_bSignal; }
 
-  /// The registers of the caller, and the canonical address of the frame `from`. False if they can't be found, and where
-  /// the rules say that there is no caller; `cfa` is 0 then if not even that is known.
+  /// The registers of the caller, and the canonical address of the frame `from`. False if they can't be found, and
+  /// where the rules say that there is no caller; `cfa` is 0 then if not even that is known.
   bool Apply(const FrameRegisters& from, MemoryReader& memory, FrameRegisters& caller,
              std::uint64_t& cfa) const;
 

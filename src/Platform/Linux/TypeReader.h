@@ -12,8 +12,8 @@
 
 namespace Oxa::Core::Platform {
 
-/// Knows types by their entries' addresses, so it goes no later than the debug data that they were read from. One thread
-/// at a time. Everything may throw std::bad_alloc; a type that was begun with then stays one that can't be told.
+/// Knows types by their entries' addresses, so it goes no later than the debug data that they were read from. One
+/// thread at a time. Everything may throw std::bad_alloc; a type that was begun with then stays one that can't be told.
 class TypeReader {
  public:
   /// The functions have to stand as long as the reader; of those for entries and attributes all are there.

@@ -9,8 +9,8 @@
 
 namespace Oxa::Core::Platform {
 
-/// The content of a register by its number in debug data; of the wide ones the lower 8 bytes, which are known only where
-/// a fault told all registers. False if it isn't known.
+/// The content of a register by its number in debug data; of the wide ones the lower 8 bytes, which are known only
+/// where a fault told all registers. False if it isn't known.
 bool ReadRegisterOf(const FrameView& frame, std::uint64_t number, std::uint64_t& value) noexcept;
 
 /// What the function's variables are counted from.
