@@ -16,6 +16,9 @@ const char* const sENTRIES = "DefaultLog.entries";
 const char* const sARCHIVE = "DefaultLog.archive";
 constexpr std::uint32_t uFULL_LENGTH = 1400000;
 
+// Lengths are numbers of 32 bits here, as ever.
+bool IsAboveLimit(std::uint64_t length) { return static_cast<std::uint32_t>(length) > uFULL_LENGTH; }
+
 }  // namespace
 
 DefaultLogEntriesFile::DefaultLogEntriesFile() = default;
@@ -58,14 +61,28 @@ boost::shared_ptr<LogFileMutex> DefaultLogEntriesFile::MutexOfOpenFile() {
 // --- Writing
 
 bool DefaultLogEntriesFile::Write(std::string_view text) {
+  const std::size_t end = text.size();
+  std::size_t done = 0;
+  Write(LogRun(text, &end, 1), done);
+  return done == 1;
+}
+
+// Behind a failure, and where others may write at the same time, it goes on entry by entry: what becomes of each is
+// its own affair.
+void DefaultLogEntriesFile::Write(const LogRun& entries, std::size_t& done) {
   boost::shared_ptr<LogFileMutex> spFileMutex = MutexOfOpenFile();
-  if (!spFileMutex) return false;
+  if (!spFileMutex) return;
   const LogFileLock processLock(std::move(spFileMutex));
   const Lock lock(m_mutex);
-  if (!Prepare(processLock)) return false;
-  Append(text, processLock);
-  if (IsFull()) Rollover();
-  return true;
+  bool together = processLock.IsOwner();
+  while (done < entries.Count() && Prepare(processLock)) {
+    const std::size_t end = together ? EndOfPiece(entries, done) : done + 1;
+    const std::size_t reached = Append(entries, done, end, processLock);
+    together = together && reached == end;
+    if (reached > done) done = reached - 1;
+    if (IsFull()) Rollover();
+    done = reached;
+  }
 }
 
 // Another thread may have closed the file while this one waited, another process may have given its name to a
@@ -80,24 +97,42 @@ bool DefaultLogEntriesFile::Prepare(const LogFileLock& processLock) {
 
 bool DefaultLogEntriesFile::HasNameMoved() const { return m_spFileMutex->GetGeneration() != m_ullGeneration; }
 
-void DefaultLogEntriesFile::Append(std::string_view text, const LogFileLock& processLock) {
+// Behind the entry that will fill the file, or behind the last one.
+std::size_t DefaultLogEntriesFile::EndOfPiece(const LogRun& entries, std::size_t first) {
+  if (first + 1 == entries.Count()) return first + 1;
+  std::uint64_t length = 0;
+  if (m_file.SeekToEnd(length) != 0) return first + 1;
+  std::size_t end = first + 1;
+  while (end < entries.Count() && !IsAboveLimit(length + entries.Between(first, end).size())) ++end;
+  return end;
+}
+
+// Gives up to which entry that is done. One by itself is, also where it is lost.
+std::size_t DefaultLogEntriesFile::Append(const LogRun& entries, std::size_t first, std::size_t end,
+                                          const LogFileLock& processLock) {
+  const std::string_view text = entries.Between(first, end);
+  const bool only = end == first + 1;
   std::size_t written = 0;
   m_file.Write(text.data(), text.size(), written);
-  if (written != 0 && written != text.size()) CutBack(written, processLock);
+  if (written == text.size()) return end;
+  while (entries.Between(first, end).size() > written) --end;
+  const std::size_t torn = written - entries.Between(first, end).size();
+  if (torn != 0) CutBack(torn, processLock);
+  return only ? first + 1 : end;
 }
 
 // Without the lock, somebody else may have written behind it already.
-void DefaultLogEntriesFile::CutBack(std::size_t written, const LogFileLock& processLock) {
+void DefaultLogEntriesFile::CutBack(std::size_t torn, const LogFileLock& processLock) {
   if (!processLock.IsOwner()) return CutUnfinishedEntry(m_PathName);
   std::uint64_t length = 0;
-  if (m_file.SeekToEnd(length) == 0 && length >= written) m_file.Truncate(length - written);
+  if (m_file.SeekToEnd(length) == 0 && length >= torn) m_file.Truncate(length - torn);
 }
 
 // --- Turning over
 
 bool DefaultLogEntriesFile::IsFull() {
   std::uint64_t length = 0;
-  return m_file.SeekToEnd(length) == 0 && static_cast<std::uint32_t>(length) > uFULL_LENGTH;
+  return m_file.SeekToEnd(length) == 0 && IsAboveLimit(length);
 }
 
 // If somebody who didn't get the lock has turned over in the meantime, or the file was removed by hand, what the

@@ -1,9 +1,9 @@
 // The entries of the default log: "DefaultLog.entries" beside the executable, to which every process that runs
 // from there appends, and "DefaultLog.archive", the entries before those.
 //
-// Each entry goes to the system in one piece, under a lock between processes that is waited for 10 seconds at
-// most, and is safe from the end of its writer from then on. An entry that doesn't fit on the disk is lost as a
-// whole: what was written of it is cut off again, so that the file stays readable. A process that is killed
+// Entries go to the system whole, by themselves or with others, under a lock between processes that is waited for 10
+// seconds at most, and are safe from the end of their writer from then on. An entry that doesn't fit on the disk is
+// lost as a whole: what was written of it is cut off again, so that the file stays readable. A process that is killed
 // within a write can leave a piece of an entry; the next one that gets the lock cuts that off.
 //
 // After the entry that takes the file above 1400000 bytes it becomes the archive, in place of an older one, and
@@ -21,8 +21,11 @@
 
 #include <atomic>
 #include <boost/shared_ptr.hpp>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
+
+#include "Log/LogTexts.h"
 
 #include "Platform/Files.h"
 
@@ -46,6 +49,11 @@ class DefaultLogEntriesFile {
   /// can't be opened. What else goes wrong isn't told: without room on the disk the text is lost.
   bool Write(std::string_view text);
 
+  /// The same for the entries from number `done` on, as if one were written after the other, but in fewer pieces.
+  /// `done` becomes the number of the one for which the file can't be opened, or Count(). Also where something is
+  /// thrown: an entry after which the file can't be turned over isn't counted.
+  void Write(const LogRun& entries, std::size_t& done);
+
   void Close();
 
   /// At that moment: somebody else may close it in the next.
@@ -56,8 +64,10 @@ class DefaultLogEntriesFile {
   boost::shared_ptr<LogFileMutex> MutexOfOpenFile();
   bool Prepare(const LogFileLock& processLock);
   bool HasNameMoved() const;
-  void Append(std::string_view text, const LogFileLock& processLock);
-  void CutBack(std::size_t written, const LogFileLock& processLock);
+  std::size_t EndOfPiece(const LogRun& entries, std::size_t first);
+  std::size_t Append(const LogRun& entries, std::size_t first, std::size_t end,
+                     const LogFileLock& processLock);
+  void CutBack(std::size_t torn, const LogFileLock& processLock);
   bool IsFull();
   void Rollover();
   PathName ArchiveName() const;

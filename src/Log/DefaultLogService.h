@@ -34,6 +34,8 @@
 
 namespace Oxa::Core {
 
+class LogBatch;
+
 class DefaultLogService : public LogManager::IDefaultLogService {
  public:
   DefaultLogService();
@@ -44,6 +46,10 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   /// Hands the entry to every handler. If none took it, retains it and appends it to the default log; what can't
   /// be written there goes to standard error. Does nothing while the library unloads.
   void WriteLogEntry(const OxaLogEntry& entry) override;
+
+  /// Does with the oldest of these entries what WriteLogEntry does with each where there is no handler, and gives how
+  /// many it has dealt with. None if there is a handler: call WriteLogEntry then. For one thread at a time.
+  std::size_t WriteTogether(LogBatch& entries);
 
   /// Adds a handler, which isn't owned and must be unregistered before it dies. Null is ignored.
   void RegisterHandler(IOxaLogHandler* handler) override;
@@ -112,12 +118,13 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   void TransferHandlers(IOxaLogService& service, Handlers& failed);
   void Drop(const Handlers& handlers);
 
+  bool RetainWithoutHandlers(const OxaLogEntry* entries, std::size_t count);
   void Retain(const OxaLogEntry& entry);
   void ReplaceOldest(const OxaLogEntry& entry);
   void CountRetained();
 
-  void WriteToFile(std::string_view text);
-  bool TryWriteToFile(std::string_view text);
+  void WriteToFile(const LogRun& entries);
+  void TryWriteToFile(const LogRun& entries, std::size_t& done);
   bool OpenLogFilesIfClosed();
   bool OpenLogFiles();
   void CloseLogFiles();

@@ -2,8 +2,11 @@
 #include "Log/DefaultLogService.h"
 
 #include <iostream>
+#include <new>
 
+#include "Core/LibraryState.h"
 #include "Log/DefaultLogDocument.h"
+#include "Log/LogBatch.h"
 
 #include "Platform/Faults.h"
 #include "Platform/Files.h"
@@ -14,6 +17,7 @@ namespace {
 
 constexpr std::size_t uMAX_RETAINED = 1000;
 constexpr std::size_t uUSUAL_MESSAGE = 512;  // bytes
+constexpr std::size_t uLONG_PIECE = 32768;   // bytes: other processes wait for their turn
 
 }  // namespace
 
@@ -51,8 +55,38 @@ bool DefaultLogService::HasRetained() const { return m_uRetained.load(std::memor
 
 void DefaultLogService::FlushRetained(IOxaLogService& service) { RetainedInHand(*this).HandTo(service); }
 
-void DefaultLogService::Retain(const OxaLogEntry& entry) {
+std::size_t DefaultLogService::WriteTogether(LogBatch& entries) {
+  if (IsLibraryUnloading() || !GetHandlers().empty()) return 0;
+  LogTexts& texts = entries.Texts();
+  texts.Clear();
+  std::size_t count = 0;
+  for (const OxaLogEntry& entry : entries) {
+    if (texts.Size() > uLONG_PIECE) break;
+    texts.Add(entry);
+    ++count;
+  }
+  if (!RetainWithoutHandlers(entries.begin(), count)) return 0;
+  WriteToFile(texts.Run());
+  return count;
+}
+
+/// False, and nothing is retained, if there are handlers. One that there is no memory for is in the file alone.
+bool DefaultLogService::RetainWithoutHandlers(const OxaLogEntry* entries, std::size_t count) {
+  const ReaderLock reading(m_handlerMutex);
+  if (!m_handlers.empty()) return false;
   const Lock lock(m_retainedMutex);
+  for (const OxaLogEntry* entry = entries; entry != entries + count; ++entry) {
+    try {
+      Retain(*entry);
+    } catch (const std::bad_alloc&) {
+      continue;
+    }
+  }
+  return true;
+}
+
+/// With the lock of the retained entries held.
+void DefaultLogService::Retain(const OxaLogEntry& entry) {
   const bool isFull = m_retained.size() == uMAX_RETAINED;
   if (isFull && m_retained.front().m_sMessage.capacity() <= uUSUAL_MESSAGE) {
     ReplaceOldest(entry);
@@ -78,18 +112,19 @@ void DefaultLogService::CountRetained() {
   m_uRetained.store(m_retained.size(), std::memory_order_relaxed);
 }
 
-void DefaultLogService::WriteToFile(std::string_view text) {
-  if (TryWriteToFile(text)) return;
-  const Platform::FileLimitGuard guard;  // standard error can be a file, too
-  std::cerr << text << std::flush;
+void DefaultLogService::WriteToFile(const LogRun& entries) {
+  for (std::size_t done = 0; TryWriteToFile(entries, done), done < entries.Count(); ++done) {
+    const Platform::FileLimitGuard guard;  // standard error can be a file, too
+    std::cerr << entries.Between(done, done + 1) << std::flush;
+  }
 }
 
-bool DefaultLogService::TryWriteToFile(std::string_view text) {
+/// From number `done` on, which becomes that of the one that failed, or how many there are.
+void DefaultLogService::TryWriteToFile(const LogRun& entries, std::size_t& done) {
   try {
-    return OpenLogFilesIfClosed() && m_entriesFile.Write(text);
+    if (OpenLogFilesIfClosed()) m_entriesFile.Write(entries, done);
   } catch (...) {
     Platform::LetCancellationPass();
-    return false;
   }
 }
 

@@ -81,7 +81,9 @@ void DefaultLogService::WriteLogEntry(const OxaLogEntry& entry) {
     if (CallHandlers(next, [&entry](IOxaLogHandler& handler) { handler.HandleLogEntry(entry); }) > 0) return;
     told.insert(told.end(), next.begin(), next.end());
   }
-  WriteToFile(BriefLogEntryText(entry).Get());
+  const BriefLogEntryText text(entry);
+  const std::size_t end = text.Get().size();
+  WriteToFile(LogRun(text.Get(), &end, 1));
 }
 
 /// The handlers that haven't been told yet. Where there is none the entry is retained, under the same lock:
@@ -92,7 +94,10 @@ DefaultLogService::Handlers DefaultLogService::NewHandlers(const Handlers& told,
   std::copy_if(
       m_handlers.begin(), m_handlers.end(), std::back_inserter(handlers),
       [&](IOxaLogHandler* handler) { return std::find(told.begin(), told.end(), handler) == told.end(); });
-  if (handlers.empty()) Retain(entry);
+  if (handlers.empty()) {
+    const Lock lock(m_retainedMutex);
+    Retain(entry);
+  }
   return handlers;
 }
 

@@ -5,6 +5,7 @@
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "Log/DefaultLogService.h"
+#include "Log/LogBatch.h"
 #include "Log/LogTraffic.h"
 #include "Platform/Faults.h"
 #include "Platform/Machine.h"
@@ -31,7 +32,9 @@ LogManager::LogManager()
       m_queue(sQUEUE, nullptr, uFIRST_REPORT_LEVEL, uREPORT_STEP, uHARD_LIMIT),
       m_bHasHandlers(true),
       m_bBuffering(true),
-      m_bInHand(false),
+      m_pTaken(new LogBatch),
+      m_uTaken(0),
+      m_bTogether(false),
       m_ulThread(0),
       m_ulProcess(Platform::ProcessId()),
       m_bShutDown(false) {

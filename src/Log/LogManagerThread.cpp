@@ -3,7 +3,9 @@
 
 #include "Core/LibraryState.h"
 #include "Log/DefaultLogService.h"
+#include "Log/LogBatch.h"
 #include "Log/ParkedThread.h"
+#include "Platform/Faults.h"
 #include "Platform/Files.h"
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
@@ -34,17 +36,18 @@ bool Await(long long milliseconds, const Condition& condition) {
   return condition();
 }
 
-class FlagUp {
+// A number that is 0 again at the end of a scope.
+class Shown {
  public:
-  explicit FlagUp(std::atomic<bool>& flag) noexcept : m_flag(flag) {
-    m_flag.store(true, std::memory_order_release);
+  Shown(std::atomic<std::size_t>& place, std::size_t number) noexcept : m_place(place) {
+    m_place.store(number, std::memory_order_release);
   }
-  FlagUp(const FlagUp&) = delete;
-  FlagUp& operator=(const FlagUp&) = delete;
-  ~FlagUp() { m_flag.store(false, std::memory_order_release); }
+  Shown(const Shown&) = delete;
+  Shown& operator=(const Shown&) = delete;
+  ~Shown() { m_place.store(0, std::memory_order_release); }
 
  private:
-  std::atomic<bool>& m_flag;
+  std::atomic<std::size_t>& m_place;
 };
 
 // Of the thread, whichever way it ends: the system gives ids to new threads.
@@ -61,9 +64,6 @@ class OwnId {
   std::atomic<unsigned long>& m_id;
 };
 
-// Room for an entry to come: the clock isn't read for it.
-OxaLogEntry Vacant() { return {Time(0, Time::ePlatformTimeCurrent), eLOG_INFORMATIONAL, {}, {}, {}}; }
-
 }  // namespace
 
 bool LogManager::StartThread() {
@@ -75,6 +75,7 @@ bool LogManager::StartThread() {
 int LogManager::Run(TaskDirective& directive) {
   const OwnId ownId(m_ulThread);
   const Platform::FileLimitGuard guard;  // once for all entries
+  SendTaken(&directive);                 // what a thread before this one was ended over
   while (!directive.MustStop()) {
     while (SendNext(directive)) {
     }
@@ -83,16 +84,43 @@ int LogManager::Run(TaskDirective& directive) {
   return 0;
 }
 
-// Once it is to stop, the queue is only emptied. Whoever finds the queue empty, by its lock, behind the pop finds the
-// flag as well. False if there was nothing in it.
+// Where entries go to the file, all that wait are taken; a service or a handler gets one, and the queue stays what it
+// is meanwhile. Whoever finds the queue empty, by its lock, behind the pop finds the number as well. The release is
+// passed on behind the last look at the semaphore, which may have swallowed it. False if nothing was in the queue.
 bool LogManager::SendNext(TaskDirective& directive) {
-  m_queue.GetSemaphore().Wait();
+  Semaphore& waiting = m_queue.GetSemaphore();
+  waiting.Wait();
+  const std::size_t most = 1 + (m_bTogether ? waiting.TryWaitForSome(LogBatch::uMOST - 1) : 0);
   m_queue.WakeNext();
-  const FlagUp inHand(m_bInHand);
-  OxaLogEntry entry = Vacant();
-  if (!m_queue.TryPop(entry)) return false;
-  if (!directive.MustStop() && !IsLibraryUnloading()) SendLogMessage(entry, false);
+  const Shown taken(m_uTaken, most);
+  m_pTaken->TakeFrom(m_queue, most);
+  if (m_pTaken->IsEmpty()) return false;
+  SendTaken(&directive);
   return true;
+}
+
+// A thread that is to stop only throws them away; null is none. A handler may come back here, and goes on with the
+// rest.
+void LogManager::SendTaken(TaskDirective* directive) {
+  while (!m_pTaken->IsEmpty()) {
+    if (directive != nullptr && (directive->MustStop() || IsLibraryUnloading())) return m_pTaken->DropAll();
+    m_bTogether = SendTogether();
+    if (!m_bTogether) SendLogMessage(m_pTaken->Next(), false);
+  }
+}
+
+// To the file, as many as make a good piece. False, and nothing has happened, if somebody is there to take them.
+bool LogManager::SendTogether() {
+  try {
+    const ReaderLock reading(m_serviceMutex);
+    if (m_bHasHandlers.load() && !IsDefaultInForce()) return false;
+    const std::size_t count = m_pDefaultService->WriteTogether(*m_pTaken);
+    m_pTaken->Drop(count);
+    return count != 0;
+  } catch (...) {
+    Platform::LetCancellationPass();
+    return false;
+  }
 }
 
 bool LogManager::OnOwnThread() const noexcept { return m_ulThread.load() == Platform::CurrentThreadId(); }
@@ -185,12 +213,14 @@ void LogManager::AwaitEmptyQueue() {
 // What the thread has taken out and not sent yet counts: asked to stop in that moment it would throw it away.
 std::size_t LogManager::CountWaiting() const {
   const std::size_t count = m_queue.GetCount();
-  return count + (m_bInHand.load() ? 1 : 0);
+  return count + m_uTaken.load();
 }
 
 void LogManager::SendWaitingHere() {
-  OxaLogEntry entry = Vacant();
-  while (m_queue.TryPop(entry)) SendLogMessage(entry, false);
+  do {
+    SendTaken(nullptr);
+    m_pTaken->TakeFrom(m_queue, 1);
+  } while (!m_pTaken->IsEmpty());
 }
 
 }  // namespace Oxa::Core

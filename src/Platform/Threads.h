@@ -281,6 +281,9 @@ class CountingSemaphore {
   /// Takes one if there is one.
   bool TryTake() noexcept;
 
+  /// Takes as many as there are, `most` at most, and gives how many that is.
+  std::uint32_t TryTakeSome(std::uint32_t most) noexcept;
+
   /// Takes one by `deadline`; at least one attempt is made. eSIGNALLED or eTIMEOUT.
   WaitResult Wait(Deadline deadline) noexcept;
 
@@ -319,13 +322,17 @@ inline int CountingSemaphore::Post(std::uint32_t amount) noexcept {
   return PostSlowly(amount);
 }
 
-inline bool CountingSemaphore::TryTake() noexcept {
+inline bool CountingSemaphore::TryTake() noexcept { return TryTakeSome(1) != 0; }
+
+inline std::uint32_t CountingSemaphore::TryTakeSome(std::uint32_t most) noexcept {
   std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
-  while (balance > 0)
-    if (m_llBalance.compare_exchange_weak(balance, balance - 1, std::memory_order_acquire,
+  while (balance > 0) {
+    const std::int64_t taken = balance < most ? balance : most;
+    if (m_llBalance.compare_exchange_weak(balance, balance - taken, std::memory_order_acquire,
                                           std::memory_order_relaxed))
-      return true;
-  return false;
+      return static_cast<std::uint32_t>(taken);
+  }
+  return 0;
 }
 
 }  // namespace Oxa::Core::Platform

@@ -48,6 +48,10 @@ bool Semaphore::WaitInTurn(const Elapse* timeout, void (*inLine)(void* subject),
 
 bool Semaphore::TryWait() { return TimedWait(Elapse(0, Elapse::Seconds)); }
 
+unsigned int Semaphore::TryWaitForSome(unsigned int most) {
+  return m_hSemaphore != nullptr ? m_hSemaphore->TryTakeSome(most) : 0;
+}
+
 unsigned int Semaphore::GetCount() const {
   return (m_hSemaphore != nullptr ? m_hSemaphore->Value() : 0) + m_uRefused.load();
 }

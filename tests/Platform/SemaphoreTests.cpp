@@ -43,6 +43,14 @@ TEST(CountingSemaphore, CountsDownToZeroAndNoFurther) {
   EXPECT_EQ(0u, semaphore->Value());
 }
 
+TEST(CountingSemaphore, GivesSeveralAtOnceButNoMoreThanThereAre) {
+  const Owned semaphore = Make(5);
+  EXPECT_EQ(2u, semaphore->TryTakeSome(2));
+  EXPECT_EQ(3u, semaphore->TryTakeSome(0x7FFFFFFF));
+  EXPECT_EQ(0u, semaphore->TryTakeSome(1));
+  EXPECT_EQ(0u, semaphore->Value());
+}
+
 TEST(CountingSemaphore, WaitRunsOutOfTime) {
   const Owned semaphore = Make(0);
   EWaitEnd end{};
@@ -100,7 +108,8 @@ TEST(CountingSemaphore, NothingIsLostOrInventedUnderContention) {
   for (int taker = 0; taker < 3; ++taker)
     workers.emplace_back([&] {
       while (posting > 0 || semaphore->Value() > 0)
-        if (semaphore->Wait(Deadline::In(20000)).m_eEnd == EWaitEnd::eSIGNALLED) ++taken;
+        if (semaphore->Wait(Deadline::In(20000)).m_eEnd == EWaitEnd::eSIGNALLED)
+          taken += 1 + static_cast<int>(semaphore->TryTakeSome(3));
     });
   for (auto& worker : workers) worker.join();
   EXPECT_EQ(2 * posts, taken);

@@ -141,6 +141,19 @@ TEST(Queue, LeavesTheSemaphoreAloneWhenItPopsOrDrains) {
   EXPECT_EQ(2u, queue.GetSemaphore().GetCount());
 }
 
+TEST(Queue, GivesSeveralAtOnceInTheOrderOfTheirComing) {
+  Silent queue;
+  for (int item = 1; item <= 5; ++item) queue.Push(item);
+  int items[4] = {0, 0, 0, 0};
+  EXPECT_EQ(0u, queue.TryPopSome(items, 0));
+  EXPECT_EQ(3u, queue.TryPopSome(items, 3));
+  EXPECT_THAT(items, testing::ElementsAre(1, 2, 3, 0));
+  EXPECT_EQ(2u, queue.TryPopSome(items, 4));
+  EXPECT_THAT(items, testing::ElementsAre(4, 5, 3, 0));
+  EXPECT_EQ(0u, queue.TryPopSome(items, 4));
+  EXPECT_EQ(5u, queue.GetSemaphore().GetCount());
+}
+
 TEST(Queue, TakesASharedPointerByReferenceAndLeavesItToTheCallerWhenFull) {
   Queue<boost::shared_ptr<int>> queue("pointers", nullptr, uNEVER, 1, 1);
   boost::shared_ptr<int> kept = boost::make_shared<int>(1);

@@ -108,6 +108,16 @@ TEST(Semaphore, PostAddsTheAmount) {
   EXPECT_EQ(0u, semaphore.GetCount());
 }
 
+TEST(Semaphore, GivesSeveralAtOnceButNoMoreThanThereAre) {
+  Semaphore semaphore(5);
+  EXPECT_EQ(0u, semaphore.TryWaitForSome(0));
+  EXPECT_EQ(2u, semaphore.TryWaitForSome(2));
+  EXPECT_EQ(3u, semaphore.GetCount());
+  EXPECT_EQ(3u, semaphore.TryWaitForSome(7));
+  EXPECT_EQ(0u, semaphore.TryWaitForSome(7));
+  EXPECT_EQ(0u, semaphore.GetCount());
+}
+
 TEST(Semaphore, TimedWaitRunsOutOfTime) {
   Semaphore semaphore(0);
   bool taken = true;

@@ -37,6 +37,7 @@
 namespace Oxa::Core {
 
 class DefaultLogService;
+class LogBatch;
 
 /// See the top of this file.
 class OXACORE_API LogManager : public Task, public AlertListener {
@@ -146,6 +147,8 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   bool StartThread();
   bool EndThread();
   bool SendNext(TaskDirective& directive);
+  void SendTaken(TaskDirective* directive);
+  bool SendTogether();
   bool OnOwnThread() const noexcept;
   bool IsThreadRunning() const;
   void AskThreadToStop();
@@ -170,7 +173,9 @@ class OXACORE_API LogManager : public Task, public AlertListener {
   boost::shared_ptr<Thread> m_spThread;
   std::atomic<bool> m_bHasHandlers;  // false: entries go to the default service
   std::atomic<bool> m_bBuffering;
-  std::atomic<bool> m_bInHand;            // the thread may have an entry that is no longer in the queue
+  std::unique_ptr<LogBatch> m_pTaken;     // what the thread has taken out of the queue and not sent yet
+  std::atomic<std::size_t> m_uTaken;      // how many those may be, for others
+  bool m_bTogether;                       // what the thread sent last went to the file, and in one piece
   std::atomic<unsigned long> m_ulThread;  // the id of the thread, 0 outside of Run
   unsigned long m_ulProcess;              // where the thread was started
   bool m_bShutDown;

@@ -85,6 +85,17 @@ class Queue {
     return true;
   }
 
+  /// Moves the oldest items to `items`, which has room for `most`, and gives how many there were. Doesn't touch
+  /// the semaphore: a reader that has waited for one takes the others by Semaphore::TryWaitForSome, and calls
+  /// WakeNext behind that. If moving one throws, those before it have left the queue.
+  std::size_t TryPopSome(T* items, std::size_t most) {
+    const Hold hold(m_mutex);
+    std::size_t count = 0;
+    for (; count < most && !m_items.empty(); ++count, m_items.pop_front())
+      items[count] = std::move(m_items.front());
+    return count;
+  }
+
   /// What readers wait on: a count of the items, which may run ahead of them.
   Semaphore& GetSemaphore() { return m_semaphore; }
 

@@ -49,6 +49,9 @@ class OXACORE_API Semaphore {
   /// Takes one if there is one.
   bool TryWait();
 
+  /// Takes as many as there are, `most` at most, and gives how many that is. Doesn't wait.
+  unsigned int TryWaitForSome(unsigned int most);
+
   /// Initial count and all that was posted, less the successful waits. For diagnostics: it is old when told.
   unsigned int GetCount() const;
 

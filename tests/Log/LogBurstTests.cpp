@@ -1,0 +1,169 @@
+// Bursts of entries, which the thread of the log manager takes several at a time where they go to the default log.
+#include <Infrastructure/OxaCore/LogManager.h>
+#include <Infrastructure/OxaCore/Thread.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Log/LogFolder.h"
+#include "Log/LogTape.h"
+#include "Platform/NamedLock.h"
+
+namespace {
+
+using namespace Oxa::Core;
+using LogTests::Eventually;
+using LogTests::GetLogger;
+using LogTests::TapeHandler;
+
+constexpr int iBURST = 2500;  // below the limit of the queue
+constexpr int iROUNDS = 10;
+const char* const sPATH = "Burst.Numbers";
+
+LogManager& Manager() { return *LogManager::Instance(); }
+
+/// A folder of its own for the default log.
+class BurstFolder {
+ public:
+  BurstFolder() { CloseFile(); }
+  BurstFolder(const BurstFolder&) = delete;
+  BurstFolder& operator=(const BurstFolder&) = delete;
+  ~BurstFolder() { CloseFile(); }
+
+  const LogTests::LogFolder& Folder() const { return m_folder; }
+
+  /// The numbers in the file.
+  std::vector<int> Numbers() const {
+    std::vector<int> numbers;
+    if (!m_folder.Has("DefaultLog.entries")) return numbers;
+    const std::string text = m_folder.Entries();
+    for (std::size_t at = text.find("number "); at != std::string::npos; at = text.find("number ", at + 1))
+      numbers.push_back(std::stoi(text.substr(at + 7, 6)));
+    return numbers;
+  }
+
+ private:
+  // A service that takes over closes it.
+  static void CloseFile() {
+    const LogTests::Unbuffered sent;
+    LogTests::TapeService service;
+    Manager().InstallLogService(service);
+  }
+
+  const LogTests::LogFolder m_folder;
+};
+
+void Write(int first, int end) {
+  const auto logger = GetLogger(sPATH);
+  for (int number = first; number < end; ++number) logger->WriteLog(eLOG_ERROR, "number %06d.", number);
+}
+
+/// A burst from another thread, of which the first entries are in the file when this is made.
+class Burst {
+ public:
+  explicit Burst(const BurstFolder& folder) : m_writer([] { Write(0, iBURST); }) {
+    EXPECT_TRUE(Eventually([&] { return !folder.Numbers().empty(); }));
+  }
+  /// Waits until it has arrived.
+  void Await() {
+    m_writer.join();
+    Manager().SetBufferingMode(true);
+    Manager().SetBufferingMode(false);
+    Manager().SetBufferingMode(true);
+  }
+
+ private:
+  std::thread m_writer;
+};
+
+std::vector<int> Numbers(int end) {
+  std::vector<int> numbers;
+  for (int number = 0; number < end; ++number) numbers.push_back(number);
+  return numbers;
+}
+
+std::vector<int> NumbersOf(const std::vector<OxaLogEntry>& entries) {
+  std::vector<int> numbers;
+  for (const OxaLogEntry& entry : entries)
+    if (entry.m_sLoggerPath == sPATH) numbers.push_back(std::stoi(entry.m_sMessage.substr(7, 6)));
+  return numbers;
+}
+
+// What was retained before comes first, and is in the file as well.
+void ExpectTheRestOf(const BurstFolder& folder, const LogTests::Tape<OxaLogEntry>& tape) {
+  std::vector<int> numbers = folder.Numbers();
+  const std::vector<int> taken = NumbersOf(tape.Items());
+  const std::ptrdiff_t rest = iBURST - static_cast<std::ptrdiff_t>(numbers.size());
+  ASSERT_LE(rest, static_cast<std::ptrdiff_t>(taken.size()));
+  numbers.insert(numbers.end(), taken.end() - rest, taken.end());
+  ASSERT_EQ(Numbers(iBURST), numbers) << taken.size();
+}
+
+TEST(LogBurst, IsInTheFileInItsOrder) {
+  const BurstFolder folder;
+  Write(0, iBURST);
+  EXPECT_TRUE(Eventually([&] { return folder.Numbers().size() >= static_cast<std::size_t>(iBURST); }));
+  EXPECT_EQ(Numbers(iBURST), folder.Numbers());
+}
+
+TEST(LogBurst, IsInTheFileWhenBufferingIsOff) {
+  const BurstFolder folder;
+  for (int round = 0; round < 5; ++round) {
+    Write(round * 500, round * 500 + 500);
+    Manager().SetBufferingMode(false);
+    EXPECT_EQ(Numbers(round * 500 + 500), folder.Numbers());
+    Manager().SetBufferingMode(true);
+  }
+}
+
+TEST(LogBurst, GoesToAHandlerFromThereOnWhereOneComes) {
+  for (int round = 0; round < iROUNDS; ++round) {
+    const BurstFolder folder;
+    Burst burst(folder);
+    TapeHandler handler;
+    burst.Await();
+    ASSERT_NO_FATAL_FAILURE(ExpectTheRestOf(folder, handler.m_tape));
+  }
+}
+
+// It is called with the first of several that the thread has taken: these were to go to the file.
+TEST(LogBurst, KeepsItsOrderWhereAHandlerComesAndSwitchesBufferingOff) {
+  const BurstFolder folder;
+  Write(0, 1);
+  ASSERT_TRUE(Eventually([&] { return folder.Numbers().size() == 1; }));
+  Platform::NamedLock& lock = LogTests::LockOf(folder.Folder());
+  ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, lock.LockBy(Platform::Deadline::InMilliseconds(10000)).m_eEnd);
+  Write(1, 200);
+  LogTests::Tape<OxaLogEntry> tape;
+  const unsigned long thisThread = Thread::GetCurrentId();
+  const TapeHandler handler([&](const OxaLogEntry& entry) {
+    if (Thread::GetCurrentId() == thisThread) return;  // it was retained
+    tape.Add(entry);
+    Manager().SetBufferingMode(false);
+  });
+  lock.Unlock();
+  EXPECT_TRUE(Eventually([&] { return folder.Numbers().size() + tape.Count() >= 200; }));
+  std::vector<int> numbers = folder.Numbers();
+  EXPECT_GE(65U, numbers.size());
+  for (const int number : NumbersOf(tape.Items())) numbers.push_back(number);
+  EXPECT_EQ(Numbers(200), numbers);
+  Manager().SetBufferingMode(true);
+}
+
+TEST(LogBurst, GoesToAServiceFromThereOnWhereOneIsInstalled) {
+  for (int round = 0; round < iROUNDS; ++round) {
+    const BurstFolder folder;
+    Burst burst(folder);
+    LogTests::TapeService service;
+    service.m_iClaimedHandlers = 1;
+    Manager().InstallLogService(service);
+    burst.Await();
+    ASSERT_NO_FATAL_FAILURE(ExpectTheRestOf(folder, service.m_tape));
+  }
+}
+
+}  // namespace
