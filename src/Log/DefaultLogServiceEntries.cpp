@@ -113,9 +113,12 @@ void DefaultLogService::CountRetained() {
 }
 
 void DefaultLogService::WriteToFile(const LogRun& entries) {
-  for (std::size_t done = 0; TryWriteToFile(entries, done), done < entries.Count(); ++done) {
+  for (std::size_t done = 0; done < entries.Count();) {
+    TryWriteToFile(entries, done);
+    if (done == entries.Count()) return;
     const Platform::FileLimitGuard guard;  // standard error can be a file, too
     std::cerr << entries.Between(done, done + 1) << std::flush;
+    ++done;
   }
 }
 
