@@ -282,6 +282,9 @@ TEST(UnitDictionary, NamesLeadOnToANameThatStoodForNothingMeanwhile) {
   units.AddUnit(NewUnit("Bar", "b", sFAR));
   units.RemoveUnit("Bar");
   EXPECT_FALSE(units.IsUnitDefined("b"));
+  // Others take the memory of what is gone.
+  for (const char* const name : {"1", "2", "3", "4", "5", "6", "7", "8"})
+    units.AddUnit(NewUnit(name, "", sFAR));
   EXPECT_EQ("nothing", Found(units, "x"));
   units.AddUnit(NewUnit("b", "", sFAR));
   EXPECT_EQ("b", Found(units, "x"));
