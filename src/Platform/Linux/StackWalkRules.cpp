@@ -83,6 +83,8 @@ bool StackWalkRules::Read(const Dw& dw, Dwarf_CFI* frames, Dwarf_Addr place) {
   // What functions keep without saying so: the library takes the number of rax for that of rbx.
   if (m_rules[iRAX].m_eKind == eSAME) m_rules[iRAX].m_eKind = eUNDEFINED;
   if (m_rules[iRBX].m_eKind == eUNDEFINED) m_rules[iRBX].m_eKind = eSAME;
+  for (unsigned char number = 0; number < CONTEXT::iREGISTERS; ++number)
+    if (m_rules[number].m_eKind != eUNDEFINED) m_defined[m_iDefined++] = number;
   return true;
 }
 
@@ -124,7 +126,8 @@ bool StackWalkRules::FindValue(const Rule& rule, int number, const FrameRegister
 bool StackWalkRules::Apply(const FrameRegisters& from, MemoryReader& memory, FrameRegisters& caller,
                            std::uint64_t& cfa) const {
   if (!FindCfa(from, memory, cfa)) return false;
-  for (int number = 0; number < CONTEXT::iREGISTERS; ++number) {
+  for (int i = 0; i < m_iDefined; ++i) {
+    const int number = m_defined[i];
     std::uint64_t value = 0;
     if (FindValue(m_rules[number], number, from, cfa, memory, value)) caller.Set(number, value);
   }

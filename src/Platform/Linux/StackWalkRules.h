@@ -34,8 +34,8 @@ class StackWalkRules {
   /// behind a call.
   bool IsSignal() const { return m_bSignal; }
 
-  /// The registers of the caller, and the canonical address of the frame `from`. False if they can't be found, and
-  /// where the rules say that there is no caller; `cfa` is 0 then if not even that is known.
+  /// The registers of the caller, of which none is known before, and the canonical address of the frame `from`. False
+  /// if they can't be found, and where the rules say that there is no caller; `cfa` is 0 then if not even that is known.
   bool Apply(const FrameRegisters& from, MemoryReader& memory, FrameRegisters& caller,
              std::uint64_t& cfa) const;
 
@@ -59,6 +59,8 @@ class StackWalkRules {
   bool m_bSignal = false;
   Rule m_cfa;
   Rule m_rules[CONTEXT::iREGISTERS];
+  unsigned char m_defined[CONTEXT::iREGISTERS] = {};  // registers with a rule that isn't eUNDEFINED
+  int m_iDefined = 0;
 };
 
 /// Carries out what a rule is told by. With `cfa` on the stack where the operations ask for it. `isValue`: the result
