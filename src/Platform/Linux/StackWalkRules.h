@@ -35,7 +35,8 @@ class StackWalkRules {
   bool IsSignal() const { return m_bSignal; }
 
   /// The registers of the caller, of which none is known before, and the canonical address of the frame `from`. False
-  /// if they can't be found, and where the rules say that there is no caller; `cfa` is 0 then if not even that is known.
+  /// if they can't be found, and where the rules say that there is no caller; `cfa` is 0 then if not even that is
+  /// known.
   bool Apply(const FrameRegisters& from, MemoryReader& memory, FrameRegisters& caller,
              std::uint64_t& cfa) const;
 
