@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <exception>
-#include <vector>
+#include <memory>
 
 #include "ErrorHandling/Hooks.h"
 #include "Notifications/FailureGuard.h"
 #include "Notifications/TeardownMutex.h"
+#include "Platform/ClassLine.h"
 #include "Platform/Faults.h"
 
 namespace Oxa::Core {
@@ -47,6 +48,20 @@ void TellFailure(const char* message, Error* error) {
   }
 }
 
+template <class Action>
+void TellFailuresOf(const Action& action) {
+  try {
+    action();
+  } catch (Error& error) {
+    TellFailure(error.what(), &error);
+  } catch (std::exception& exception) {
+    TellFailure(exception.what(), nullptr);
+  } catch (...) {
+    Platform::LetCancellationPass();
+    TellFailure(sUNKNOWN_ERROR, nullptr);
+  }
+}
+
 }  // namespace
 
 // The private copy of the list that a broadcast walks. It is read without the lock where that is possible, and
@@ -60,35 +75,48 @@ class NotificationSupport::Recipients {
   Recipients& operator=(const Recipients&) = delete;
 
   std::size_t Count() const { return m_uCount; }
-  NotificationListener* operator[](std::size_t index) const { return m_pFirst[index]; }
+  NotificationListener* const* First() const { return m_pFirst; }
+  NotificationListener* const* Last() const { return m_pFirst + m_uCount - 1; }
 
  private:
   // False if the list is too long, or is being changed: no matter what was read then.
   bool CopyPublished(const NotificationSupport& support) {
     const std::uint32_t version = support.m_uVersion.load(std::memory_order_acquire);
-    m_uCount = static_cast<std::size_t>(support.m_iListeners.load(std::memory_order_acquire));
-    if (version % 2 != 0 || m_uCount > uPUBLISHED) return false;
-    for (std::size_t i = 0; i != m_uCount; ++i) {
+    const auto count = static_cast<std::size_t>(support.m_iListeners.load(std::memory_order_acquire));
+    if (version % 2 != 0 || count > uPUBLISHED) return false;
+    for (std::size_t i = 0; i != count; ++i)
       m_few[i] = support.m_published[i].load(std::memory_order_acquire);
-    }
+    m_uCount = count;
     m_pFirst = m_few;
     return support.m_uVersion.load(std::memory_order_relaxed) == version;
   }
 
-  void CopyLocked(NotificationSupport& support) {
+  [[gnu::noinline]] void CopyLocked(NotificationSupport& support) {
     const Lock lock(support.m_mutex);
-    m_many.assign(support.m_listeners.begin(), support.m_listeners.end());
-    m_uCount = m_many.size();
-    m_pFirst = m_many.data();
+    m_uCount = support.m_listeners.size();
+    m_many.reset(new NotificationListener*[m_uCount]);
+    std::copy(support.m_listeners.begin(), support.m_listeners.end(), m_many.get());
+    m_pFirst = m_many.get();
   }
 
   std::size_t m_uCount;
   NotificationListener* const* m_pFirst;
   NotificationListener* m_few[uPUBLISHED];  // only the first m_uCount are written and read
-  std::vector<NotificationListener*> m_many;
+  std::unique_ptr<NotificationListener*[]> m_many;
 };
 
-void Notification::AnchorTypeInformation() const {}
+bool Notification::BeginsWith(const std::type_info& whole, const std::type_info& part) noexcept {
+  return Platform::IsInStraightLine(whole, part);
+}
+
+void Notification::NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
+                             std::size_t& told) {
+  while (told != count) {
+    NotificationListener& listener = *first[step * static_cast<std::ptrdiff_t>(told)];
+    ++told;
+    Notify(listener);
+  }
+}
 
 NotificationSupport::NotificationSupport(ENotificationOrder order) : m_eOrder(order) {}
 
@@ -144,11 +172,15 @@ void NotificationSupport::RemoveAllListeners() {
 
 void NotificationSupport::Deliver(Notification& notification) {
   const Recipients recipients(*this);
+  if (recipients.Count() == 0) return;
+  const bool forward = m_eOrder == eFIRST_ADDED_FIRST;
   FirstFailure failure;
-  for (std::size_t served = 0; served != recipients.Count(); ++served) {
-    const bool forward = m_eOrder == eFIRST_ADDED_FIRST;
+  for (std::size_t told = 0; told != recipients.Count();) {
     try {
-      NotifyListener(notification, recipients[forward ? served : recipients.Count() - 1 - served]);
+      TellFailuresOf([&] {
+        notification.NotifyAll(forward ? recipients.First() : recipients.Last(), forward ? 1 : -1,
+                               recipients.Count(), told);
+      });
     } catch (...) {
       Platform::LetCancellationPass();
       failure.Keep();
@@ -158,17 +190,7 @@ void NotificationSupport::Deliver(Notification& notification) {
 }
 
 void NotificationSupport::NotifyListener(Notification& notification, NotificationListener* listener) {
-  if (listener == nullptr) return;
-  try {
-    notification.Notify(*listener);
-  } catch (Error& error) {
-    TellFailure(error.what(), &error);
-  } catch (std::exception& exception) {
-    TellFailure(exception.what(), nullptr);
-  } catch (...) {
-    Platform::LetCancellationPass();
-    TellFailure(sUNKNOWN_ERROR, nullptr);
-  }
+  if (listener != nullptr) TellFailuresOf([&] { notification.Notify(*listener); });
 }
 
 bool NotificationSupport::Knows(const NotificationListener& listener) const {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "Notifications/TestListeners.h"
 #include "Support/Allocations.h"
@@ -81,6 +82,34 @@ int Count(const std::string& text, const std::string& part) {
   int count = 0;
   for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
   return count;
+}
+
+class TypedEvent : public NotificationTo<Listener> {
+  void Tell(Listener& listener) override { listener.Heard(1); }
+};
+
+// Five listeners, of which the three in the middle fail; gives in which order they were told.
+std::vector<int> ToldInspiteOfFailures(NotificationSupport::ENotificationOrder order) {
+  NotificationSupport support(order);
+  Listener listeners[5];
+  std::vector<int> told;
+  for (int i = 0; i < 5; ++i) {
+    listeners[i].m_onEvent = [&told, i] {
+      told.push_back(i);
+      if (i % 4 != 0) throw std::runtime_error("no");
+    };
+    support.AddListener(listeners[i]);
+  }
+  TypedEvent event;
+  support.Broadcast(event);
+  return told;
+}
+
+TEST(NotificationFailures, TypedEventGoesOnBehindEachThatFailsInEitherOrder) {
+  WarningKeeper warnings;
+  EXPECT_THAT(ToldInspiteOfFailures(eFIRST), ElementsAre(0, 1, 2, 3, 4));
+  EXPECT_THAT(ToldInspiteOfFailures(NotificationSupport::eLAST_ADDED_FIRST), ElementsAre(4, 3, 2, 1, 0));
+  EXPECT_EQ(6u, warnings.m_messages.size());
 }
 
 TEST(NotificationFailures, RaisedErrorIsToldWithItsMessage) {

@@ -34,8 +34,10 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <list>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
 #include <unordered_set>
 
@@ -102,9 +104,18 @@ class OXACORE_API Notification {
   Notification(const Notification&) = default;
   Notification& operator=(const Notification&) = default;
 
+  /// Whether the compiler's tables tell at a glance that every object of class `whole` begins with its one, public
+  /// `part`. False proves nothing.
+  static bool BeginsWith(const std::type_info& whole, const std::type_info& part) noexcept;
+
  private:
-  /// Does nothing and is never called. Its place out of line makes the type information one across libraries.
-  virtual void AnchorTypeInformation() const;
+  friend class NotificationSupport;
+
+  /// Calls Notify for `count` listeners, one in each place from `first` on in steps of `step`, but for the first `told`
+  /// of them, and counts in `told`. What one throws passes; it counts as told, and the next call goes on behind it.
+  /// Its place out of line makes the type information one across libraries.
+  virtual void NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
+                         std::size_t& told);
 };
 
 /// An event for listeners of one type, `Listener`: casts each and calls Tell; others are passed over. Listeners of
@@ -118,12 +129,12 @@ class NotificationTo : public Notification {
  public:
   /// Calls Tell if `listener` is a `Listener`.
   void Notify(NotificationListener& listener) final {
-    if (!IsLearnt(listener)) Learn(listener);
-    if (m_bFound) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + m_iWay));
+    if (OperationsOf(listener) != m_pOperations) Learn(listener);
+    if (m_iWay != iNONE) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + m_iWay));
   }
 
  protected:
-  NotificationTo() noexcept : m_pClass(nullptr) {}
+  NotificationTo() noexcept : m_pOperations(nullptr) {}
   NotificationTo(const NotificationTo&) noexcept : NotificationTo() {}
   NotificationTo& operator=(const NotificationTo&) noexcept {  // NOLINT: what was learnt stays
     return *this;
@@ -133,29 +144,57 @@ class NotificationTo : public Notification {
   virtual void Tell(Listener& listener) = 0;
 
  private:
-  // How far behind the beginning of the whole object `listener` lies: an object can have several in it.
-  static std::ptrdiff_t PlaceOf(NotificationListener& listener) {
-    return reinterpret_cast<char*>(&listener) - static_cast<char*>(dynamic_cast<void*>(&listener));
+  static constexpr std::ptrdiff_t iNONE = PTRDIFF_MIN;
+
+  // Tells how far it has come at the end of its life, also where a listener throws.
+  struct Progress {
+    explicit Progress(std::size_t& result) noexcept : m_result(result), m_uTold(result) {}
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress() { m_result = m_uTold; }
+
+    std::size_t& m_result;
+    std::size_t m_uTold;
+  };
+
+  // As the event's own, but with one virtual call for all listeners.
+  void NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
+                 std::size_t& told) final {
+    Progress progress(told);
+    while (progress.m_uTold != count) {
+      NotificationListener& listener = *first[step * static_cast<std::ptrdiff_t>(progress.m_uTold)];
+      ++progress.m_uTold;
+      NotificationTo::Notify(listener);
+    }
   }
 
-  // From the same place in an object of the same class it is the same way to its Listener.
-  bool IsLearnt(NotificationListener& listener) const {
-    return m_pClass == &typeid(listener) && m_iPlace == PlaceOf(listener);
+  // The table that an object with virtual operations begins with. It tells the class of the whole object, and the
+  // place of the listener in it: from there it is the same way to its Listener each time.
+  static const void* OperationsOf(const NotificationListener& listener) noexcept {
+    const void* operations;
+    std::memcpy(&operations, static_cast<const void*>(&listener), sizeof operations);
+    return operations;
   }
 
   void Learn(NotificationListener& listener) {
-    auto* const found = dynamic_cast<Listener*>(&listener);
-    m_pClass = &typeid(listener);
-    m_iPlace = PlaceOf(listener);
-    m_bFound = found != nullptr;
-    m_iWay = m_bFound ? reinterpret_cast<char*>(found) - reinterpret_cast<char*>(&listener) : 0;
+    m_pOperations = OperationsOf(listener);
+    Listener* const found = Find(listener);
+    m_iWay = found ? reinterpret_cast<char*>(found) - reinterpret_cast<char*>(&listener) : iNONE;
   }
 
-  const std::type_info*
-      m_pClass;  // null: nothing is learnt, and the rest is not set; most events meet nobody
-  std::ptrdiff_t m_iPlace;
+  // A cast, or what finds the same in the usual case, and sooner.
+  static Listener* Find(NotificationListener& listener) {
+    if constexpr (std::is_convertible_v<Listener*, NotificationListener*>) {
+      if (Notification::BeginsWith(typeid(listener), typeid(Listener))) {
+        auto* const begin = static_cast<Listener*>(dynamic_cast<void*>(&listener));
+        if (static_cast<NotificationListener*>(begin) == &listener) return begin;
+      }
+    }
+    return dynamic_cast<Listener*>(&listener);
+  }
+
+  const void* m_pOperations;  // null: nothing is learnt, and the way is not set; most events meet nobody
   std::ptrdiff_t m_iWay;
-  bool m_bFound;
 };
 
 /// The list of listeners of whatever wants to publish.
