@@ -104,6 +104,9 @@ class ShortGuard {
 /// Tells the processor that the calling thread spins, and takes it some dozen nanoseconds.
 void PauseInSpin() noexcept;
 
+/// Lets the calling thread's processor do what else it has to do. Gives whether there was something, by how long it took.
+bool YieldInSpin() noexcept;
+
 /// Tells by what happened lately how long it pays to spin before a sleep, out of which another core would have to
 /// wake the thread. It steers speed and nothing else, so that it doesn't matter when threads that meet here lose one
 /// another's lessons.
@@ -120,6 +123,9 @@ class SpinBudget {
 
   /// A spin was in vain.
   void Missed() noexcept;
+
+  /// A spin paid only because it gave way to another thread: that isn't held against it where spins have paid lately.
+  void Yielded() noexcept;
 
  private:
   static constexpr std::uint32_t uMOST =
@@ -138,15 +144,19 @@ class SpinBudget {
 
 /// Spins until `done()`, for as long as `budget` has it and not beyond `deadline`. Gives whether it is done. Where the
 /// deadline has passed already nothing is done, and nothing learned: a poll doesn't tell what a wait would have met.
+/// After a while it offers its processor to others at each look, perhaps to the very thread that it waits for. What one
+/// of them has brought in that way is no hit: a sleep would have done as well.
 template <class Done>
 bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) noexcept {
   constexpr int roundsPerLook = 8;
+  constexpr long long selfishNanoseconds = 3000;
   if (deadline.HasPassed()) return false;
   const long long nanoseconds = budget.Next();
   if (nanoseconds == 0) return false;
   const long long start = MonotonicNow();
   const long long end = std::min(start + nanoseconds, deadline.Moment());
-  for (long long now = start; now < end; now = MonotonicNow())
+  bool othersRan = false;
+  for (long long now = start; now < end && !othersRan; now = MonotonicNow()) {
     for (int round = 0; round < roundsPerLook; ++round) {
       if (done()) {
         budget.Hit(now - start);
@@ -154,6 +164,12 @@ bool SpinBeforeSleep(SpinBudget& budget, Deadline deadline, const Done& done) no
       }
       PauseInSpin();
     }
+    if (now - start > selfishNanoseconds) othersRan = YieldInSpin();
+  }
+  if (othersRan && done()) {
+    budget.Yielded();
+    return true;
+  }
   budget.Missed();
   return false;
 }

@@ -2,6 +2,7 @@
 #include <sched.h>
 #include <stdlib.h>
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -92,6 +93,47 @@ TEST(SpinBudget, AWaitWhoseTimeIsOverTeachesNothing) {
   for (int poll = 0; poll < 100; ++poll)
     EXPECT_FALSE(SpinBeforeSleep(budget, Deadline::In(0), [] { return true; }));
   EXPECT_EQ(budget.Next(), first);
+}
+
+TEST(SpinBudget, APassOfTheProcessorIsNoHitAndNoMissWhereSpinsPay) {
+  if (!SeveralProcessors()) GTEST_SKIP() << "There is one processor.";
+  SpinBudget budget;
+  budget.Hit(llWHOLE);
+  for (int pass = 0; pass < 100; ++pass) budget.Yielded();
+  EXPECT_EQ(budget.Next(), llWHOLE);
+  WearOut(budget);
+  const int first = RefusalsUntilProbe(budget);
+  budget.Yielded();
+  EXPECT_GT(RefusalsUntilProbe(budget), first + first / 2);
+}
+
+// Both threads on one processor: who spins must let the other one run, or it spins in vain.
+TEST(SpinBudget, ASpinLetsTheThreadRunThatItWaitsFor) {
+  if (!SeveralProcessors()) GTEST_SKIP() << "There is one processor.";
+  int paid = 0;
+  std::thread([&paid] {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(sched_getcpu(), &set);
+    ASSERT_EQ(sched_setaffinity(0, sizeof(set), &set), 0);  // of this thread and the next one
+    std::atomic<int> asked{0};
+    std::atomic<int> answered{0};
+    std::thread other([&] {
+      while (asked >= 0) {
+        answered = asked.load();
+        sched_yield();
+      }
+    });
+    for (int round = 1; round <= 1000; ++round) {
+      SpinBudget budget;
+      budget.Hit(llWHOLE);
+      asked = round;
+      paid += SpinBeforeSleep(budget, Deadline::Never(), [&] { return answered == round; });
+    }
+    asked = -1;
+    other.join();
+  }).join();
+  EXPECT_GT(paid, 500);
 }
 
 // Run by the next one.
