@@ -463,4 +463,12 @@ TEST(FaultRoad, AHostByAnotherCompilerCatchesAroundCalls) {
 #endif
 }
 
+TEST(FaultRoad, ABroadcastPassesAListenerThatIsGoneWhateverTheHost) {
+  EXPECT_TRUE(PreparedBroadcastsPastAListenerThatIsGone());
+  EXPECT_TRUE(UnpreparedBroadcastsPastAListenerThatIsGone());
+#ifdef OXA_CLANG_HOST
+  EXPECT_TRUE(ClangBroadcastsPastAListenerThatIsGone());
+#endif
+}
+
 }  // namespace

@@ -1,8 +1,13 @@
-// A host whose compiler doesn't expect instructions to throw: by another compiler than g++, or without the flag.
+// A host, and one whose compiler doesn't expect instructions to throw: by another than g++, or without the flag.
 // Compiled on its own, with PLAIN_HOST_PREFIX for the prefix of its names.
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
+#include <Infrastructure/OxaCore/Notifications.h>
+
+#include <sys/mman.h>
 
 #include <cstring>
+#include <functional>
+#include <new>
 
 #include "Support/FaultSite.h"
 
@@ -11,6 +16,8 @@
 #define PLAIN_HOST(name) PLAIN_HOST_NAME(PLAIN_HOST_PREFIX, name)
 
 namespace {
+
+using namespace Oxa::Core;
 
 struct Guard {
   explicit Guard(int& count) : m_count(count) { ++m_count; }
@@ -38,6 +45,36 @@ OXA_FAULT_SITE void CopyFrom(void* to, const void* from, std::size_t size) {
   const Guard guard(s_iAlive);
   std::memcpy(to, from, size);
 }
+
+class Page {
+ public:
+  Page() : m_pMemory(mmap(nullptr, uSIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
+  Page(const Page&) = delete;
+  Page& operator=(const Page&) = delete;
+  ~Page() { munmap(m_pMemory, uSIZE); }
+
+  void* Memory() const { return m_pMemory; }
+  void Open() const { mprotect(m_pMemory, uSIZE, PROT_READ | PROT_WRITE); }
+  void Close() const { mprotect(m_pMemory, uSIZE, PROT_NONE); }
+
+ private:
+  static constexpr std::size_t uSIZE = 4096;
+
+  void* const m_pMemory;
+};
+
+class Hearer : public NotificationListener {
+ public:
+  int m_iHeard = 0;
+  std::function<void()> m_onEvent;
+};
+
+class Event final : public NotificationTo<Hearer> {
+  void Tell(Hearer& hearer) override {
+    ++hearer.m_iHeard;
+    if (hearer.m_onEvent) hearer.m_onEvent();
+  }
+};
 
 void (*volatile const s_write)(volatile int*) = &Write;
 void (*volatile const s_writeInItself)(volatile int*) = &WriteInItself;
@@ -77,4 +114,24 @@ extern "C" bool PLAIN_HOST(CatchesWhatACopyDid)(void* to, const void* from, std:
     return true;
   }
   return false;
+}
+
+// The memory of one of them is gone while the others hear; it comes back if they hear too often.
+extern "C" bool PLAIN_HOST(BroadcastsPastAListenerThatIsGone)() {
+  const Page page;
+  Hearer first;
+  Hearer* const gone = new (page.Memory()) Hearer;
+  Hearer last;
+  first.m_onEvent = [&first, &page] {
+    if (first.m_iHeard > 3) return page.Open();
+    page.Close();
+  };
+  NotificationSupport support(NotificationSupport::eFIRST_ADDED_FIRST);
+  for (Hearer* const hearer : {&first, gone, &last}) support.AddListener(*hearer);
+  Event event;
+  support.Broadcast(event);
+  page.Open();
+  const bool passed = first.m_iHeard == 1 && gone->m_iHeard == 0 && last.m_iHeard == 1;
+  gone->~Hearer();
+  return passed;
 }

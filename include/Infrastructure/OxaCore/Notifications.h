@@ -146,31 +146,20 @@ class NotificationTo : public Notification {
  private:
   static constexpr std::ptrdiff_t iNONE = PTRDIFF_MIN;
 
-  // Tells how far it has come at the end of its life, also where a listener throws.
-  struct Progress {
-    explicit Progress(std::size_t& result) noexcept : m_result(result), m_uTold(result) {}
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress() { m_result = m_uTold; }
-
-    std::size_t& m_result;
-    std::size_t m_uTold;
-  };
-
-  // As the event's own, but with one virtual call for all listeners.
+  // As the event's own, but with one virtual call for all listeners. A fault of a listener may leave it without a
+  // clean-up, depending on the host's compiler, so that each is counted before it is told.
   void NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
                  std::size_t& told) final {
-    Progress progress(told);
-    while (progress.m_uTold != count) {
-      NotificationListener& listener = *first[step * static_cast<std::ptrdiff_t>(progress.m_uTold)];
-      ++progress.m_uTold;
+    for (std::size_t next = told; next != count;) {
+      NotificationListener& listener = *first[step * static_cast<std::ptrdiff_t>(next)];
+      told = ++next;
       NotificationTo::Notify(listener);
     }
   }
 
   // The table that an object with virtual operations begins with. It tells the class of the whole object, and the
   // place of the listener in it: from there it is the same way to its Listener each time.
-  static const void* OperationsOf(const NotificationListener& listener) noexcept {
+  static const void* OperationsOf(const NotificationListener& listener) {
     const void* operations;
     std::memcpy(&operations, static_cast<const void*>(&listener), sizeof operations);
     return operations;
