@@ -2,28 +2,23 @@
 #ifndef OXACORE_STRINGTOOLS_CHARACTERS_H
 #define OXACORE_STRINGTOOLS_CHARACTERS_H
 
+#include <Infrastructure/OxaCore/StringTools.h>
+
 #include <cctype>
-#include <cstdint>
 #include <cwctype>
 #include <string_view>
 
 namespace Oxa::Core {
 
-// The characters below 128 are the same in every locale, and nearly all that are ever asked about. One comparison
-// tells that a printing one is no space.
-inline bool IsAsciiSpace(unsigned int c) {
-  constexpr std::uint64_t ullSPACES = std::uint64_t{0x1F} << '\t' | std::uint64_t{1} << ' ';
-  return c <= ' ' && (ullSPACES >> c & 1) != 0;
-}
-
+// The characters below 128 are the same in every locale, and nearly all that are ever asked about.
 inline bool IsSpace(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte < 128 ? IsAsciiSpace(byte) : std::isspace(byte) != 0;
+  return byte < 128 ? StringTools::IsAsciiSpace(byte) : std::isspace(byte) != 0;
 }
 
 inline bool IsSpace(wchar_t c) {
   const auto code = static_cast<std::wint_t>(c);  // NOLINT(bugprone-signed-char-misuse): it is wide
-  return code < 128 ? IsAsciiSpace(code) : std::iswspace(code) != 0;
+  return code < 128 ? StringTools::IsAsciiSpace(code) : std::iswspace(code) != 0;
 }
 
 inline char ToUpper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }

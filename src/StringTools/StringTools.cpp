@@ -170,7 +170,7 @@ namespace StringTools {
 
 std::string TrimStart(const std::string& text) { return std::string(WithoutLeadingSpace(ViewOf(text))); }
 std::string TrimEnd(const std::string& text) { return std::string(WithoutTrailingSpace(ViewOf(text))); }
-std::string TrimWS(const std::string& text) { return std::string(WithoutOuterSpace(ViewOf(text))); }
+std::string TrimWSByLocale(const std::string& text) { return std::string(WithoutOuterSpace(ViewOf(text))); }
 TUnicodeStr TrimStart(const TUnicodeStr& text) { return TUnicodeStr(WithoutLeadingSpace(ViewOf(text))); }
 TUnicodeStr TrimEnd(const TUnicodeStr& text) { return TUnicodeStr(WithoutTrailingSpace(ViewOf(text))); }
 TUnicodeStr TrimWS(const TUnicodeStr& text) { return TUnicodeStr(WithoutOuterSpace(ViewOf(text))); }

@@ -28,6 +28,8 @@ TEST(Trim, OneEnd) {
 
 TEST(Trim, BytesAbove127AndNulsAreNoSpace) {
   EXPECT_EQ("\xB5", StringTools::TrimWS(" \xB5 "));
+  EXPECT_EQ("\xB5 a", StringTools::TrimWS("\xB5 a "));
+  EXPECT_EQ("a \xB5", StringTools::TrimWS(" a \xB5"));
   const std::string withNul(" \0 ", 3);
   EXPECT_EQ(std::string("\0", 1), StringTools::TrimWS(withNul));
 }

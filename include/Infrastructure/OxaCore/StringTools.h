@@ -13,6 +13,7 @@
 
 #include <Infrastructure/OxaCore/Export.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -23,10 +24,28 @@ using TUnicodeStr = std::wstring;
 
 namespace StringTools {
 
+/// Whether the character is one of the six below 128 that are white space in every locale. One comparison tells that
+/// a printing one is none.
+inline bool IsAsciiSpace(unsigned int c) {
+  constexpr std::uint64_t ullSPACES = std::uint64_t{0x1F} << '\t' | std::uint64_t{1} << ' ';
+  return c <= ' ' && (ullSPACES >> c & 1) != 0;
+}
+
+/// What TrimWS gives, with every character left to the locale: for texts that begin or end beyond 127.
+OXACORE_API std::string TrimWSByLocale(const std::string& text);
+
 /// A copy without the white space at the start, at the end, or at both ends.
 OXACORE_API std::string TrimStart(const std::string& text);
 OXACORE_API std::string TrimEnd(const std::string& text);
-OXACORE_API std::string TrimWS(const std::string& text);
+inline std::string TrimWS(const std::string& text) {
+  const char* begin = text.c_str();
+  const char* end = begin + text.size();
+  while (IsAsciiSpace(static_cast<unsigned char>(*begin))) ++begin;  // the zero behind the text is none
+  if (begin == end) return std::string();
+  while (IsAsciiSpace(static_cast<unsigned char>(end[-1]))) --end;  // `begin` is none
+  const bool ascii = static_cast<unsigned char>(*begin | end[-1]) < 128;
+  return ascii ? std::string(begin, end) : TrimWSByLocale(text);
+}
 OXACORE_API TUnicodeStr TrimStart(const TUnicodeStr& text);
 OXACORE_API TUnicodeStr TrimEnd(const TUnicodeStr& text);
 OXACORE_API TUnicodeStr TrimWS(const TUnicodeStr& text);

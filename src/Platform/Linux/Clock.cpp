@@ -76,9 +76,17 @@ int MilliSecondsOf(long long ticks) {
 }
 bool InCalendar(long long seconds) { return seconds >= iBEGIN && seconds < iEND; }
 
+// The two digits of each number below 100, which are one load and one store in place of a division.
+struct DigitPairs {
+  char m_text[200] = {};
+  constexpr DigitPairs() {
+    for (int i = 0; i < 200; ++i) m_text[i] = static_cast<char>('0' + (i % 2 == 0 ? i / 20 : i / 2 % 10));
+  }
+};
+constexpr DigitPairs s_digitPairs;
+
 char* Put2(char* to, int value) {
-  to[0] = static_cast<char>('0' + value / 10);
-  to[1] = static_cast<char>('0' + value % 10);
+  memcpy(to, &s_digitPairs.m_text[2 * value], 2);
   return to + 2;
 }
 
@@ -115,7 +123,7 @@ struct LastDay {
   char m_text[12];
 };
 
-thread_local LastDay s_lastDay;
+[[gnu::tls_model("initial-exec")]] thread_local LastDay s_lastDay;
 
 char* PutLocalTime(char* to, long long localSeconds, int milliSecond) {
   const long long since = localSeconds - iBEGIN;
