@@ -68,18 +68,6 @@ const UnitDescriptor* FindEquivalent(const Compound& compound, const UnitDiction
   return found != nullptr ? found : FindEquivalentIn(own, compound);
 }
 
-// As between any two units; false where the raise returns. A unit of other dimensions is met only where somebody has
-// changed one that a dictionary shares.
-bool ConvertFrom(const Compound& compound, double& number, const UnitDescriptor& to) {
-  if (to.GetDimensions() != compound.m_dimensions) {
-    OXA_RAISE_ERROR(sUNITIZED_VALUE_LOG, Value::XNoUnitConversion(g_sNO_TEXT, to.GetName()));
-    return false;
-  }
-  if (to.GetConversionFactor() != compound.m_dFactor)
-    number = to.ConvertFromBaseUnits(number / compound.m_dFactor);
-  return true;
-}
-
 // The result's unit, to which `number` is converted; null where a raise returns.
 template <class Operation>
 SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDescriptor& right,
@@ -89,7 +77,14 @@ SharedUnit ResultUnit(double& number, const UnitDescriptor& left, const UnitDesc
   if (RefusesArithmetic(left)) return result;
   const UnitDescriptor* const found = FindEquivalent(compound, own);
   result = found != nullptr ? found->MakeCopy() : Operation::Combined(left, right).MakeCopy();
-  if (result && !ConvertFrom(compound, number, *result)) result.reset();
+  if (!result) return result;
+  if (result->GetDimensions() != compound.m_dimensions) {  // somebody changed a unit that a dictionary shares
+    OXA_RAISE_ERROR(sUNITIZED_VALUE_LOG,
+                    Value::XNoUnitConversion(Operation::Combined(left, right).GetName(), result->GetName()));
+    result.reset();
+  } else if (result->GetConversionFactor() != compound.m_dFactor) {
+    number = result->ConvertFromBaseUnits(number / compound.m_dFactor);
+  }
   return result;
 }
 

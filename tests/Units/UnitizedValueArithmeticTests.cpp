@@ -202,7 +202,7 @@ TEST(UnitizedValueProduct, IsntGivenInAUnitThatWasChangedToOtherDimensions) {
   const Value way(2, "Meter", units);
   ExpectValue(6.0, "Warm Way", way * Value(3, "Kelvin"));
   warmWay->SetDimensions(Dimensions(1));
-  EXPECT_EQ("Oxa.Core.UnitizedValue: Illegal unit conversion from \"\" to \"Warm Way\"",
+  EXPECT_EQ("Oxa.Core.UnitizedValue: Illegal unit conversion from \"Meter * Kelvin\" to \"Warm Way\"",
             Raised<XNoUnitConversion>([&] { way* Value(3, "Kelvin"); }));
 }
 
