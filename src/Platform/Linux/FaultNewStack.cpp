@@ -21,6 +21,10 @@ namespace {
 
 constexpr std::size_t uALTERNATE = 256 * 1024;
 
+// Where the limit of the main stack is high or none, its range holds whatever is mapped far below it, and gaps between:
+// also stacks that a program makes for itself.
+constexpr std::size_t uWITHOUT_GAPS = 128 * 1024 * 1024;
+
 std::size_t WholePages(std::size_t size) noexcept { return (size + uPAGE - 1) / uPAGE * uPAGE; }
 
 // Upwards: a guard page, an alternate stack, a guard page, a stack. The thread's own alternate stack may be what the
@@ -130,7 +134,8 @@ void CallWithRoom(std::size_t size, void (*action)(void*), void* argument) noexc
 
 std::uintptr_t EndOfStack() noexcept {
   const StackRange& stack = t_faults.m_stack;
-  return stack.Holds(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0))) ? stack.m_uHigh : 0;
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  return stack.Holds(here) && stack.m_uHigh - here <= uWITHOUT_GAPS ? stack.m_uHigh : 0;
 }
 
 void CallOnNewStack(std::size_t size, void (*action)(void*), void* argument) noexcept {
