@@ -234,9 +234,16 @@ class WaitLine {
   /// Takes out the first `count`, which are in line. Gives the first of them, which leads to the others.
   Waiter* TakeFirst(std::uint32_t count) noexcept;
 
+  /// Whether there may be threads in it that stayed behind in the parent of this forked process. Needs no lock.
+  bool MayHaveForeign() const noexcept;
+
+  /// Takes those out. Before anything else is done with the line.
+  void DropForeign() noexcept;
+
  private:
   Waiter* m_pFirst = nullptr;  // longest in line
   Waiter* m_pLast = nullptr;
+  std::atomic<std::uint32_t> m_uForks{0};
 };
 
 /// An event that resets itself: setting it lets one waiter through, now or later; setting it twice before
@@ -315,6 +322,7 @@ class CountingSemaphore {
 
   int PostSlowly(std::uint32_t amount) noexcept;
   void HandOut(std::uint32_t count) noexcept;
+  void DropForeign() noexcept;
   WaitResult WaitSlowly(Deadline deadline) noexcept;
   bool TakeOrEnqueue(Place& place) noexcept;
   bool Sleep(Place& place, Deadline deadline) noexcept;

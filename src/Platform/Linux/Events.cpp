@@ -23,6 +23,7 @@ void Event::Set() noexcept {
   Waiter* waiter;
   {
     const ShortGuard guard(m_lock);
+    m_line.DropForeign();
     if (m_line.IsEmpty()) {
       m_bSet = true;
       return;
@@ -64,6 +65,7 @@ bool Event::TakeOrEnqueue(Place& place) noexcept {
     m_bSet = false;
     return true;
   }
+  m_line.DropForeign();
   m_line.Append(place);
   return false;
 }

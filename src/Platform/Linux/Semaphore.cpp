@@ -27,6 +27,7 @@ void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete 
 // A kill between the two steps would leave waiters behind that are paid for and never woken.
 [[gnu::noinline]] int CountingSemaphore::PostSlowly(std::uint32_t amount) noexcept {
   const HoldKill hold;
+  if (m_line.MayHaveForeign()) DropForeign();
   std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
   do {
     if (before + amount > iMAXIMUM) return EOVERFLOW;
@@ -34,6 +35,16 @@ void CountingSemaphore::Destroy(CountingSemaphore* semaphore) noexcept { delete 
                                               std::memory_order_relaxed));
   if (before < 0) HandOut(static_cast<std::uint32_t>(std::min<std::int64_t>(-before, amount)));
   return 0;
+}
+
+// Nobody is in line then, and so nothing is owed.
+[[gnu::noinline]] void CountingSemaphore::DropForeign() noexcept {
+  const ShortGuard guard(m_lock);
+  if (!m_line.MayHaveForeign()) return;
+  std::int64_t balance = m_llBalance.load(std::memory_order_relaxed);
+  while (balance < 0 && !m_llBalance.compare_exchange_weak(balance, 0, std::memory_order_relaxed)) {
+  }
+  m_line.DropForeign();
 }
 
 // Those that were paid for are in line, and stay until they get it: whoever would leave finds that out. Once they
@@ -77,6 +88,7 @@ WaitResult CountingSemaphore::WaitInTurn(Deadline deadline, void (*inLine)(void*
 }
 
 bool CountingSemaphore::TakeOrEnqueue(Place& place) noexcept {
+  if (m_line.MayHaveForeign()) DropForeign();
   const ShortGuard guard(m_lock);
   if (m_llBalance.fetch_sub(1, std::memory_order_acquire) > 0) return true;
   m_line.Append(place);

@@ -1,5 +1,7 @@
 #include "Platform/Linux/WaitLine.h"
 
+#include <pthread.h>
+
 #include "Platform/Linux/Futex.h"
 
 namespace Oxa::Core::Platform {
@@ -10,6 +12,13 @@ namespace {
 constexpr std::uint32_t uAWAKE = 0;
 constexpr std::uint32_t uASLEEP = 1;
 constexpr std::uint32_t uHANDED = 2;
+
+// How many forks led from the process that loaded the library to this one.
+std::atomic<std::uint32_t> g_forks{0};
+
+void CountFork() { g_forks.fetch_add(1, std::memory_order_relaxed); }
+
+[[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &CountFork); }
 
 }  // namespace
 
@@ -41,6 +50,18 @@ void WaitLine::Remove(Waiter& waiter) noexcept {
   waiter.m_bInLine = false;
   (waiter.m_pPrevious != nullptr ? waiter.m_pPrevious->m_pNext : m_pFirst) = waiter.m_pNext;
   (waiter.m_pNext != nullptr ? waiter.m_pNext->m_pPrevious : m_pLast) = waiter.m_pPrevious;
+}
+
+bool WaitLine::MayHaveForeign() const noexcept {
+  return m_uForks.load(std::memory_order_relaxed) != g_forks.load(std::memory_order_relaxed);
+}
+
+// Their stacks may be those of other threads by now.
+void WaitLine::DropForeign() noexcept {
+  if (!MayHaveForeign()) return;
+  m_pFirst = nullptr;
+  m_pLast = nullptr;
+  m_uForks.store(g_forks.load(std::memory_order_relaxed), std::memory_order_relaxed);
 }
 
 // Who is out of the line still leads to the one that stood behind.

@@ -1,0 +1,101 @@
+// In a forked child nothing is handed to threads that stayed behind in the parent.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstddef>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "Platform/Threads.h"
+#include "Support/ThreadSanitizer.h"
+
+namespace {
+
+using namespace Oxa::Core::Platform;
+
+constexpr int iAS_EXPECTED = 7;
+
+/// A thread that is in a wait, or about to be, until it is told to end.
+class Waiting {
+ public:
+  template <class Wait>
+  explicit Waiting(const Wait& wait)
+      : m_thread([this, wait] {
+          m_id = CurrentThreadId();
+          wait();
+        }) {
+    while (m_id == 0) std::this_thread::yield();
+    AwaitSleep();
+  }
+  ~Waiting() { m_thread.join(); }
+
+ private:
+  // The system tells by a letter behind the name that ends with a bracket.
+  void AwaitSleep() const {
+    const std::string name = "/proc/self/task/" + std::to_string(m_id) + "/stat";
+    char state = 0;
+    while (state != 'S') {
+      std::this_thread::yield();
+      std::string text;
+      std::getline(std::ifstream(name), text);
+      const std::size_t bracket = text.rfind(')');
+      state = bracket + 2 < text.size() ? text[bracket + 2] : 0;
+    }
+  }
+
+  std::atomic<unsigned long> m_id{0};
+  std::thread m_thread;
+};
+
+/// Whether `check` holds in a child, within its ten seconds.
+template <class Check>
+void ExpectInChild(const Check& check) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::alarm(10);
+    ::_exit(check() ? iAS_EXPECTED : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(child, ::waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(iAS_EXPECTED, WEXITSTATUS(status));
+}
+
+TEST(WaitFork, APostIsForThoseThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  int code = 0;
+  CountingSemaphore* const semaphore = CountingSemaphore::Create(0, code);
+  {
+    const Waiting one([=] { semaphore->Wait(Deadline::Never()); });
+    const Waiting other([=] { semaphore->Wait(Deadline::Never()); });
+    ExpectInChild([=] { return semaphore->Post(1) == 0 && semaphore->Value() == 1 && semaphore->TryTake(); });
+    ExpectInChild([=] {
+      bool taken = false;
+      std::thread waiter([&] { taken = semaphore->Wait(Deadline::Never()).m_eEnd == EWaitEnd::eSIGNALLED; });
+      const bool posted = semaphore->Post(1) == 0;
+      waiter.join();
+      return posted && taken && semaphore->Value() == 0;
+    });
+    semaphore->Post(2);
+  }
+  CountingSemaphore::Destroy(semaphore);
+}
+
+TEST(WaitFork, AnEventIsForThoseThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  Event* const event = Event::Create();
+  {
+    const Waiting waiting([=] { event->Wait(Deadline::Never()); });
+    ExpectInChild([=] {
+      event->Set();
+      return event->Wait(Deadline::InMilliseconds(0)).m_eEnd == EWaitEnd::eSIGNALLED;
+    });
+    event->Set();
+  }
+  Event::Destroy(event);
+}
+
+}  // namespace
