@@ -47,8 +47,8 @@ class DefaultLogService : public LogManager::IDefaultLogService {
   /// be written there goes to standard error. Does nothing while the library unloads.
   void WriteLogEntry(const OxaLogEntry& entry) override;
 
-  /// Does with the oldest of these entries what WriteLogEntry does with each where there is no handler, and gives how
-  /// many it has dealt with. None if there is a handler: call WriteLogEntry then. For one thread at a time.
+  /// Takes the oldest of these entries out, does with each what WriteLogEntry does where there is no handler, and gives
+  /// how many that were. None if there is a handler: call WriteLogEntry then. For one thread at a time.
   std::size_t WriteTogether(LogBatch& entries);
 
   /// Adds a handler, which isn't owned and must be unregistered before it dies. Null is ignored.

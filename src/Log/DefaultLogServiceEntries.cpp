@@ -3,6 +3,8 @@
 
 #include <iostream>
 #include <new>
+#include <string_view>
+#include <utility>
 
 #include "Core/LibraryState.h"
 #include "Log/DefaultLogDocument.h"
@@ -18,6 +20,16 @@ namespace {
 constexpr std::size_t uMAX_RETAINED = 1000;
 constexpr std::size_t uUSUAL_MESSAGE = 512;  // bytes
 constexpr std::size_t uLONG_PIECE = 32768;   // bytes: other processes wait for their turn
+
+// The host may have the stream throw. What has been retained isn't to be sent once more for that.
+void ShowOnStandardError(std::string_view text) {
+  const Platform::FileLimitGuard guard;  // it can be a file, too
+  try {
+    std::cerr << text << std::flush;
+  } catch (...) {
+    Platform::LetCancellationPass();
+  }
+}
 
 }  // namespace
 
@@ -55,9 +67,10 @@ bool DefaultLogService::HasRetained() const { return m_uRetained.load(std::memor
 
 void DefaultLogService::FlushRetained(IOxaLogService& service) { RetainedInHand(*this).HandTo(service); }
 
+// Who is told of trouble with the file may come back here with the rest, and is not to find what is being written.
 std::size_t DefaultLogService::WriteTogether(LogBatch& entries) {
   if (IsLibraryUnloading() || !GetHandlers().empty()) return 0;
-  LogTexts& texts = entries.Texts();
+  LogTexts texts(std::move(entries.Texts()));
   texts.Clear();
   std::size_t count = 0;
   for (const OxaLogEntry& entry : entries) {
@@ -66,7 +79,9 @@ std::size_t DefaultLogService::WriteTogether(LogBatch& entries) {
     ++count;
   }
   if (!RetainWithoutHandlers(entries.begin(), count)) return 0;
+  entries.Drop(count);
   WriteToFile(texts.Run());
+  entries.Texts() = std::move(texts);
   return count;
 }
 
@@ -116,8 +131,7 @@ void DefaultLogService::WriteToFile(const LogRun& entries) {
   for (std::size_t done = 0; done < entries.Count();) {
     TryWriteToFile(entries, done);
     if (done == entries.Count()) return;
-    const Platform::FileLimitGuard guard;  // standard error can be a file, too
-    std::cerr << entries.Between(done, done + 1) << std::flush;
+    ShowOnStandardError(entries.Between(done, done + 1));
     ++done;
   }
 }

@@ -13,6 +13,7 @@ void GiveBack(std::string& text) noexcept { std::string().swap(text); }
 
 void LogBatch::TakeFrom(Queue<OxaLogEntry>& queue, std::size_t most) {
   m_uFirst = 0;
+  m_uEnd = 0;
   m_uEnd = queue.TryPopSome(m_entries.data(), most < uMOST ? most : uMOST);
 }
 

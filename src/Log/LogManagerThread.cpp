@@ -66,7 +66,15 @@ class OwnId {
 
 }  // namespace
 
+// What the thread of the process that forked this one off has in hand is that one's to send. It may have been in the
+// middle of it, and is left as it is.
 bool LogManager::StartThread() {
+  if (m_ulProcess != Platform::ProcessId()) {
+    std::unique_ptr<LogBatch> own(new LogBatch);
+    own.swap(m_pTaken);
+    static_cast<void>(own.release());
+  }
+  m_uTaken.store(0);  // a thread that was killed doesn't take that back
   m_ulProcess = Platform::ProcessId();
   m_spThread = Thread::Create(sTHREAD);
   return m_spThread->Start(boost::shared_ptr<Task>(this, KeepAlive()));
@@ -114,9 +122,7 @@ bool LogManager::SendTogether() {
   try {
     const ReaderLock reading(m_serviceMutex);
     if (m_bHasHandlers.load() && !IsDefaultInForce()) return false;
-    const std::size_t count = m_pDefaultService->WriteTogether(*m_pTaken);
-    m_pTaken->Drop(count);
-    return count != 0;
+    return m_pDefaultService->WriteTogether(*m_pTaken) != 0;
   } catch (...) {
     Platform::LetCancellationPass();
     return false;

@@ -1,7 +1,11 @@
 // Entries that the default log service gets several at a time.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iostream>
+#include <streambuf>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Log/DefaultLogServiceFixture.h"
@@ -31,11 +35,7 @@ class DefaultLogServiceRunTest : public LogTests::DefaultLogServiceTest {
 
   /// All that is left in it, in as many pieces as that takes.
   void WriteAll() {
-    while (!m_batch.IsEmpty()) {
-      const std::size_t count = m_service->WriteTogether(m_batch);
-      ASSERT_NE(0U, count);
-      m_batch.Drop(count);
-    }
+    while (!m_batch.IsEmpty()) ASSERT_NE(0U, m_service->WriteTogether(m_batch));
   }
 
   LogBatch m_batch;
@@ -83,7 +83,7 @@ TEST_F(DefaultLogServiceRunTest, LongOnesGoInSeveralPieces) {
   const Messages messages(10, std::string(20000, 'x'));
   Take(messages);
   EXPECT_EQ(2U, m_service->WriteTogether(m_batch));
-  m_batch.Drop(2);
+  EXPECT_EQ(8, m_batch.end() - m_batch.begin());
   WriteAll();
   EXPECT_EQ(Texts(messages).size(), m_folder.Entries().size());
   EXPECT_EQ(messages, Flushed());
@@ -127,6 +127,74 @@ TEST_F(DefaultLogServiceRunTest, WithoutRoomOnTheDiskTheyAreRetainedAllTheSame) 
   }
   EXPECT_EQ(4 * EntryText("text").size(), m_folder.Entries().size());
   EXPECT_EQ(Messages(11, "text"), Flushed());
+}
+
+// The host may lead standard error to a stream of its own, which calls and throws.
+class HostsStream : public std::streambuf {
+ public:
+  explicit HostsStream(std::function<void()> onText) : m_onText(std::move(onText)) { std::cerr.rdbuf(this); }
+  HostsStream(const HostsStream&) = delete;
+  HostsStream& operator=(const HostsStream&) = delete;
+  ~HostsStream() override {
+    std::cerr.exceptions(std::ios::goodbit);
+    std::cerr.clear();
+    std::cerr.rdbuf(m_pBefore);
+  }
+
+  std::string m_sText;
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    m_sText.append(text, static_cast<std::size_t>(size));
+    m_onText();
+    return size;
+  }
+  int_type overflow(int_type character) override {
+    m_sText += traits_type::to_char_type(character);
+    return character;
+  }
+
+ private:
+  const std::function<void()> m_onText;
+  std::streambuf* const m_pBefore = std::cerr.rdbuf();
+};
+
+TEST_F(DefaultLogServiceRunTest, AreDealtWithAlsoWhereStandardErrorThrows) {
+  System::Instance()->SetProcessPath(m_folder.Path() + "missing/");
+  const Messages messages{"one", "two", "three"};
+  Take(messages);
+  {
+    const HostsStream stream([] { throw LogicError("of the host"); });
+    std::cerr.exceptions(std::ios::badbit);
+    EXPECT_EQ(3U, m_service->WriteTogether(m_batch));
+  }
+  EXPECT_TRUE(m_batch.IsEmpty());
+  EXPECT_EQ(messages, Flushed());
+}
+
+TEST_F(DefaultLogServiceRunTest, WhoeverIsToldOfTroubleMaySendTheRest) {
+  System::Instance()->SetProcessPath(m_folder.Path() + "missing/");
+  Messages messages;
+  for (const char letter : {'a', 'b', 'c', 'd'}) messages.emplace_back(20000, letter);
+  Take(messages);
+  std::string text;
+  {
+    std::size_t rest = 0;
+    const HostsStream stream([&] {
+      if (m_batch.IsEmpty()) return;
+      rest = m_service->WriteTogether(m_batch);
+    });
+    EXPECT_EQ(2U, m_service->WriteTogether(m_batch));
+    EXPECT_EQ(2U, rest);
+    text = stream.m_sText;
+  }
+  for (const std::string& message : messages) {
+    const std::size_t at = text.find(message);
+    ASSERT_NE(std::string::npos, at) << message.front();
+    EXPECT_EQ(std::string::npos, text.find(message, at + 1)) << message.front();
+  }
+  EXPECT_TRUE(m_batch.IsEmpty());
+  EXPECT_EQ(messages, Flushed());
 }
 
 // --- The batch

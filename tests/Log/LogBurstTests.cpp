@@ -3,7 +3,10 @@
 #include <Infrastructure/OxaCore/Thread.h>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <string>
@@ -13,6 +16,7 @@
 #include "Log/LogFolder.h"
 #include "Log/LogTape.h"
 #include "Platform/NamedLock.h"
+#include "Support/Sanitized.h"
 
 namespace {
 
@@ -104,6 +108,20 @@ void ExpectTheRestOf(const BurstFolder& folder, const LogTests::Tape<OxaLogEntry
   ASSERT_EQ(Numbers(iBURST), numbers) << taken.size();
 }
 
+constexpr int iAS_EXPECTED = 7;
+
+// A forked child's thread sends the child's entries, and nothing that the parent's one had in hand.
+int SentByChild(const LogTests::Tape<OxaLogEntry>& tape) {
+  Manager().SetBufferingMode(false);
+  Manager().SetBufferingMode(true);
+  Write(iBURST, iBURST + 1);
+  Eventually([&] {
+    const std::vector<int> numbers = NumbersOf(tape.Items());
+    return !numbers.empty() && numbers.back() == iBURST;
+  });
+  return NumbersOf(tape.Items()) == std::vector<int>{iBURST} ? iAS_EXPECTED : 1;
+}
+
 TEST(LogBurst, IsInTheFileInItsOrder) {
   const BurstFolder folder;
   Write(0, iBURST);
@@ -160,6 +178,43 @@ TEST(LogBurst, KeepsItsOrderWhereAHandlerComesAndSwitchesBufferingOff) {
   for (const int number : NumbersOf(tape.Items())) numbers.push_back(number);
   EXPECT_EQ(Numbers(200), numbers);
   Manager().SetBufferingMode(true);
+}
+
+// Its thread is called with the first of several.
+TEST(LogBurst, StaysTheParentsWhereAForkedChildGoesOnBuffering) {
+  if (TestSupport::bSANITIZED) GTEST_SKIP() << "a sanitizer's own locks don't survive a fork among threads";
+  const BurstFolder folder;
+  Write(0, 1);
+  ASSERT_TRUE(Eventually([&] { return folder.Numbers().size() == 1; }));
+  Platform::NamedLock& lock = LogTests::LockOf(folder.Folder());
+  ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, lock.LockBy(Platform::Deadline::InMilliseconds(10000)).m_eEnd);
+  Write(1, 200);
+  LogTests::Tape<OxaLogEntry> tape;
+  std::atomic<bool> called{false};
+  std::atomic<bool> forked{false};
+  const unsigned long thisThread = Thread::GetCurrentId();
+  const pid_t parent = ::getpid();
+  const TapeHandler handler([&](const OxaLogEntry& entry) {
+    if (::getpid() == parent) {
+      if (Thread::GetCurrentId() == thisThread) return;  // it was retained
+      called = true;
+      Eventually([&] { return forked.load(); });
+    }
+    tape.Add(entry);
+  });
+  lock.Unlock();
+  EXPECT_TRUE(Eventually([&] { return called.load(); }));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::alarm(20);
+    ::_exit(SentByChild(tape));
+  }
+  forked = true;
+  int status = 0;
+  ASSERT_EQ(child, ::waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(iAS_EXPECTED, WEXITSTATUS(status));
+  EXPECT_TRUE(Eventually([&] { return folder.Numbers().size() + tape.Count() >= 200; }));
 }
 
 TEST(LogBurst, GoesToAServiceFromThereOnWhereOneIsInstalled) {
