@@ -146,6 +146,8 @@ bool Printer::PutText(const char* text, std::size_t length, const Conversion& co
 
 // With its sign, if it is negative; zeros go between the sign and the digits.
 bool Printer::PutNumber(const char* first, const char* last, const Conversion& conversion) {
+  // Written by std::to_chars, which the analyzer doesn't see.
+  // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
   const char sign = *first == '-' ? *first++ : conversion.m_cPositive;
   const std::size_t length = static_cast<std::size_t>(last - first);
   const std::size_t missing = Missing(length + (sign != 0 ? 1 : 0), conversion);
@@ -221,6 +223,7 @@ bool Printer::ConvertSigned(const Conversion& conversion) {
 
 void ToUpperCase(char* first, const char* last) {
   for (; first != last; ++first) {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): as above
     if (*first >= 'a' && *first <= 'z') *first = static_cast<char>(*first - 'a' + 'A');
   }
 }

@@ -133,9 +133,11 @@ Base64DecoderStream::Base64DecoderStream(BinaryInputStream& source)
 
 Base64DecoderStream::~Base64DecoderStream() = default;
 
-// A derived class is asked for each byte; nobody can tell whether this one is.
+// A derived class is asked for each byte, by the way of the base's base; nobody can tell whether this one is.
 long long Base64DecoderStream::Read(void* buffer, long long count) {
-  if (typeid(*this) != typeid(Base64DecoderStream)) return BinaryInputStream::Read(buffer, count);
+  if (typeid(*this) != typeid(Base64DecoderStream)) {
+    return BinaryInputStream::Read(buffer, count);  // NOLINT(bugprone-parent-virtual-call)
+  }
   long long stored = 0;
   try {
     return ReadBlock(static_cast<unsigned char*>(buffer), count, stored);
