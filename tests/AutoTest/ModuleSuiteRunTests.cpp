@@ -1,5 +1,6 @@
 // Runs of the module's own suite, in hosts of several kinds.
 #include <Infrastructure/OxaCore/AlertManager.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <gtest/gtest.h>
@@ -142,18 +143,26 @@ TEST(ModuleSuiteRun, PassesInOtherLanguages) {
   ::unsetenv("LOCPATH");
 }
 
+// Null for none. Nobody may read the environment while it changes: the log's thread is ended first.
+void SetZone(const char* zone) {
+  LogManager& log = *LogManager::Instance();
+  log.SetBufferingMode(false);
+  if (zone != nullptr)
+    ::setenv(sZONE, zone, 1);
+  else
+    ::unsetenv(sZONE);
+  log.SetBufferingMode(true);
+}
+
 // Dates are read by the zone of the load, and told by the one in force.
 TEST(ModuleSuiteRun, PassesInAHostThatHasGoneToAnotherTimeZone) {
   const char* const before = std::getenv(sZONE);
   const std::string kept = before != nullptr ? before : "";
   for (const char* const zone : {"<+14>-14", "<-1130>11:30", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
-    ::setenv(sZONE, zone, 1);
+    SetZone(zone);
     ExpectAllPass(*GetModuleTestSuite());
   }
-  if (before != nullptr)
-    ::setenv(sZONE, kept.c_str(), 1);
-  else
-    ::unsetenv(sZONE);
+  SetZone(before != nullptr ? kept.c_str() : nullptr);
 }
 
 TEST(ModuleSuiteRun, PassesHoweverTheHostRounds) {
