@@ -85,6 +85,14 @@ class Burst {
   std::thread m_writer;
 };
 
+// One entry is in the file, and the rest of 200 waits until `lock` is free again.
+void HoldUp(const BurstFolder& folder, Platform::NamedLock& lock) {
+  Write(0, 1);
+  ASSERT_TRUE(Eventually([&] { return folder.Numbers().size() == 1; }));
+  ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, lock.LockBy(Platform::Deadline::InMilliseconds(10000)).m_eEnd);
+  Write(1, 200);
+}
+
 std::vector<int> Numbers(int end) {
   std::vector<int> numbers;
   for (int number = 0; number < end; ++number) numbers.push_back(number);
@@ -159,11 +167,8 @@ TEST(LogBurst, GoesToAHandlerFromThereOnWhereOneComes) {
 // It is called with the first of several that the thread has taken: these were to go to the file.
 TEST(LogBurst, KeepsItsOrderWhereAHandlerComesAndSwitchesBufferingOff) {
   const BurstFolder folder;
-  Write(0, 1);
-  ASSERT_TRUE(Eventually([&] { return folder.Numbers().size() == 1; }));
   Platform::NamedLock& lock = LogTests::LockOf(folder.Folder());
-  ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, lock.LockBy(Platform::Deadline::InMilliseconds(10000)).m_eEnd);
-  Write(1, 200);
+  ASSERT_NO_FATAL_FAILURE(HoldUp(folder, lock));
   LogTests::Tape<OxaLogEntry> tape;
   const unsigned long thisThread = Thread::GetCurrentId();
   const TapeHandler handler([&](const OxaLogEntry& entry) {
@@ -184,11 +189,8 @@ TEST(LogBurst, KeepsItsOrderWhereAHandlerComesAndSwitchesBufferingOff) {
 TEST(LogBurst, StaysTheParentsWhereAForkedChildGoesOnBuffering) {
   if (TestSupport::bSANITIZED) GTEST_SKIP() << "a sanitizer's own locks don't survive a fork among threads";
   const BurstFolder folder;
-  Write(0, 1);
-  ASSERT_TRUE(Eventually([&] { return folder.Numbers().size() == 1; }));
   Platform::NamedLock& lock = LogTests::LockOf(folder.Folder());
-  ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, lock.LockBy(Platform::Deadline::InMilliseconds(10000)).m_eEnd);
-  Write(1, 200);
+  ASSERT_NO_FATAL_FAILURE(HoldUp(folder, lock));
   LogTests::Tape<OxaLogEntry> tape;
   std::atomic<bool> called{false};
   std::atomic<bool> forked{false};
