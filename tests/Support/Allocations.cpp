@@ -10,10 +10,20 @@ namespace {
 
 thread_local Allocations t_allocations;
 
+void TellUse() {
+  if (t_allocations.m_pOnUse != nullptr) t_allocations.m_pOnUse();
+}
+
 void* Allocate(std::size_t size) {
+  TellUse();
   if (++t_allocations.m_ulCount == t_allocations.m_ulFailing) throw std::bad_alloc();
   if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
+}
+
+void Free(void* memory) noexcept {
+  TellUse();
+  std::free(memory);
 }
 
 void* AllocateOrNull(std::size_t size) noexcept {
@@ -39,9 +49,9 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return TestSupport::AllocateOrNull(size);
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { TestSupport::Free(memory); }
+void operator delete[](void* memory) noexcept { TestSupport::Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { TestSupport::Free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { TestSupport::Free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { TestSupport::Free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { TestSupport::Free(memory); }

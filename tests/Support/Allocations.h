@@ -1,14 +1,15 @@
-// Counts allocations, and lets one of them fail. A test program that uses this compiles Allocations.cpp too,
+// Counts allocations, tells of them, and lets one of them fail. A test program that uses this compiles Allocations.cpp too,
 // which replaces its operator new, for the library as well.
 #ifndef OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
 #define OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
 
 namespace TestSupport {
 
-/// This thread's allocations so far, and the number of the one that fails (0: none).
+/// This thread's allocations.
 struct Allocations {
-  unsigned long m_ulCount = 0;
-  unsigned long m_ulFailing = 0;
+  unsigned long m_ulCount = 0;    ///< so far
+  unsigned long m_ulFailing = 0;  ///< the number of the one that fails; 0: none
+  void (*m_pOnUse)() = nullptr;   ///< called at the beginning of each, and of each release
 };
 
 Allocations& ThreadAllocations() noexcept;
