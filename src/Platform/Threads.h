@@ -128,8 +128,8 @@ class SpinBudget {
   void Yielded() noexcept;
 
  private:
-  static constexpr std::uint32_t uMOST =
-      50000;  // what some systems take for a sleep and a wake on another core
+  // What some systems take for a sleep and a wake on another core.
+  static constexpr std::uint32_t uMOST = 50000;
   static constexpr std::uint32_t uLEAST = 1000;
   static constexpr std::uint32_t uFIRST = 3000;
   static constexpr std::uint32_t uMISSES = 4;
