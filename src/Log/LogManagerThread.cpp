@@ -74,7 +74,6 @@ bool LogManager::StartThread() {
     own.swap(m_pTaken);
     static_cast<void>(own.release());
   }
-  m_uTaken.store(0);  // a thread that was killed doesn't take that back
   m_ulProcess = Platform::ProcessId();
   m_spThread = Thread::Create(sTHREAD);
   return m_spThread->Start(boost::shared_ptr<Task>(this, KeepAlive()));

@@ -2,8 +2,11 @@
 #include "Log/DefaultLogEntriesFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <random>
 #include <string>
@@ -13,6 +16,19 @@
 #include "Log/FileLimit.h"
 #include "Log/LogFolder.h"
 #include "Support/ThreadSanitizer.h"
+
+namespace {
+
+// Called when a file is about to be cut.
+std::function<void()> s_onCut;
+
+}  // namespace
+
+// In place of the system's.
+extern "C" int ftruncate(int file, off_t length) noexcept {
+  if (s_onCut) s_onCut();
+  return static_cast<int>(::syscall(SYS_ftruncate, file, length));
+}
 
 namespace {
 
@@ -174,6 +190,27 @@ TEST(DefaultLogRun, LosesThoseThatDoNotFitAndNoOthers) {
   for (std::size_t limit = 300; limit < 5200; limit += 100) ExpectTheSame(texts, 0, limit);
   for (const std::size_t limit : {999U, 1000U, 1001U, 2999U, 3000U, 3001U, 3400U})
     ExpectTheSame(texts, 0, limit);
+}
+
+// One whose first piece went to a disk without room is tried once more by itself.
+TEST(DefaultLogRun, LosesNothingWhereThereIsRoomAgainForTheOneThatWasCutOff) {
+  const LogFolder folder;
+  DefaultLogEntriesFile file;
+  ASSERT_TRUE(file.Open());  // which may make the file of the lock
+  const Texts texts(5, EntryOfSize(1000));
+  int cuts = 0;
+  {
+    FileLimit limit(2500);
+    s_onCut = [&] {
+      ++cuts;
+      EXPECT_EQ(2500U, folder.Size("DefaultLog.entries"));
+      limit.Set(uNO_LIMIT);
+    };
+    WriteTogether(file, texts);
+    s_onCut = nullptr;
+  }
+  EXPECT_EQ(1, cuts);
+  EXPECT_EQ(Joined(texts).Text(), folder.Entries());
 }
 
 TEST(DefaultLogRun, IsTheSameAsOneByOneWhateverHappens) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "LogTape.h"
+#include "Support/ThreadState.h"
 
 namespace {
 
@@ -196,11 +197,7 @@ TEST(LogBuffering, GoesOnAndOffOverAndOver) {
 // Whether the thread sleeps at 50 looks in a row.
 bool Rests(unsigned long thread) {
   for (int look = 0; look < 50; ++look) {
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    const std::size_t state = line.rfind(')') + 2;
-    if (state >= line.size() || line[state] != 'S') return false;
+    if (!TestSupport::ThreadSleeps(thread)) return false;
     OxaSleep(1, Elapse::MilliSeconds, false);
   }
   return true;

@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "Log/LogFolder.h"
+#include "Log/BurstFolder.h"
 #include "Log/LogTape.h"
 #include "Platform/NamedLock.h"
 #include "Support/Sanitized.h"
@@ -21,51 +21,16 @@
 namespace {
 
 using namespace Oxa::Core;
+using LogTests::BurstFolder;
 using LogTests::Eventually;
-using LogTests::GetLogger;
+using LogTests::Manager;
+using LogTests::Numbers;
+using LogTests::sBURST_PATH;
 using LogTests::TapeHandler;
+using LogTests::Write;
 
 constexpr int iBURST = 2500;  // below the limit of the queue
 constexpr int iROUNDS = 10;
-const char* const sPATH = "Burst.Numbers";
-
-LogManager& Manager() { return *LogManager::Instance(); }
-
-/// A folder of its own for the default log.
-class BurstFolder {
- public:
-  BurstFolder() { CloseFile(); }
-  BurstFolder(const BurstFolder&) = delete;
-  BurstFolder& operator=(const BurstFolder&) = delete;
-  ~BurstFolder() { CloseFile(); }
-
-  const LogTests::LogFolder& Folder() const { return m_folder; }
-
-  /// The numbers in the file.
-  std::vector<int> Numbers() const {
-    std::vector<int> numbers;
-    if (!m_folder.Has("DefaultLog.entries")) return numbers;
-    const std::string text = m_folder.Entries();
-    for (std::size_t at = text.find("number "); at != std::string::npos; at = text.find("number ", at + 1))
-      numbers.push_back(std::stoi(text.substr(at + 7, 6)));
-    return numbers;
-  }
-
- private:
-  // A service that takes over closes it.
-  static void CloseFile() {
-    const LogTests::Unbuffered sent;
-    LogTests::TapeService service;
-    Manager().InstallLogService(service);
-  }
-
-  const LogTests::LogFolder m_folder;
-};
-
-void Write(int first, int end) {
-  const auto logger = GetLogger(sPATH);
-  for (int number = first; number < end; ++number) logger->WriteLog(eLOG_ERROR, "number %06d.", number);
-}
 
 /// A burst from another thread, of which the first entries are in the file when this is made.
 class Burst {
@@ -93,16 +58,10 @@ void HoldUp(const BurstFolder& folder, Platform::NamedLock& lock) {
   Write(1, 200);
 }
 
-std::vector<int> Numbers(int end) {
-  std::vector<int> numbers;
-  for (int number = 0; number < end; ++number) numbers.push_back(number);
-  return numbers;
-}
-
 std::vector<int> NumbersOf(const std::vector<OxaLogEntry>& entries) {
   std::vector<int> numbers;
   for (const OxaLogEntry& entry : entries)
-    if (entry.m_sLoggerPath == sPATH) numbers.push_back(std::stoi(entry.m_sMessage.substr(7, 6)));
+    if (entry.m_sLoggerPath == sBURST_PATH) numbers.push_back(std::stoi(entry.m_sMessage.substr(7, 6)));
   return numbers;
 }
 

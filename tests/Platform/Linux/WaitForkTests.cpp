@@ -5,12 +5,12 @@
 
 #include <atomic>
 #include <cstddef>
-#include <fstream>
 #include <string>
 #include <thread>
 
 #include "Platform/Threads.h"
 #include "Support/ThreadSanitizer.h"
+#include "Support/ThreadState.h"
 
 namespace {
 
@@ -33,17 +33,8 @@ class Waiting {
   ~Waiting() { m_thread.join(); }
 
  private:
-  // The system tells by a letter behind the name that ends with a bracket.
   void AwaitSleep() const {
-    const std::string name = "/proc/self/task/" + std::to_string(m_id) + "/stat";
-    char state = 0;
-    while (state != 'S') {
-      std::this_thread::yield();
-      std::string text;
-      std::getline(std::ifstream(name), text);
-      const std::size_t bracket = text.rfind(')');
-      state = bracket + 2 < text.size() ? text[bracket + 2] : 0;
-    }
+    while (!TestSupport::ThreadSleeps(m_id)) std::this_thread::yield();
   }
 
   std::atomic<unsigned long> m_id{0};
