@@ -372,6 +372,16 @@ TEST(Base64Decoder, LineEndBehindTheLastGroupIsLeftAlone) {
   EXPECT_EQ(2U, source.AvailableBytes());
 }
 
+TEST(Base64Decoder, LineEndBehindTheLastGroupIsLeftInTheBufferToo) {
+  MemorySource source("TWFuTWFuTWFuTWFuTWFuTWFu\r\nTWFu");
+  BufferedBinaryInputStream buffered(source, 100);
+  Base64DecoderStream decoder(buffered);
+  EXPECT_EQ("M", ReadBlock(decoder, 1));  // which fills the buffer
+  EXPECT_EQ("anManManManManMan", ReadBlock(decoder, 17));
+  EXPECT_EQ(6U, buffered.AvailableBytes());
+  EXPECT_EQ('\r', buffered.Read());
+}
+
 TEST(Base64Decoder, BlockOfNoneIs0AndTouchesNothing) {
   MemorySource source("TWFu");
   Base64DecoderStream decoder(source);

@@ -150,6 +150,19 @@ TEST(BinaryPipeWaits, ACloseLetsAWriterGoWithAWarning) {
   EXPECT_EQ(-1, pipe.Read());
 }
 
+// It looks every tenth of a second. A busy machine can make that longer, but not each time.
+TEST(BinaryPipeWaits, ACloseDoesntOutstayItsWriterForLong) {
+  const bool soon = Eventually([] {
+    BinaryPipe pipe(4, s_long, s_long);
+    std::thread writer([&] { Write(pipe, "abcdefgh"); });
+    EXPECT_TRUE(IsFull(pipe, 4));
+    const double closing = MillisecondsOf([&] { pipe.Close(); });
+    writer.join();
+    return closing < 500;
+  });
+  EXPECT_TRUE(soon);
+}
+
 // There is no sign of a single-byte writer's wait but the time that a close takes.
 TEST(BinaryPipeWaits, ACloseLetsAWriterOfOneByteGoWithAWarning) {
   const bool waited = Eventually([] {

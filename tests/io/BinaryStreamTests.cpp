@@ -259,6 +259,13 @@ TEST(BinaryOutputStreamFilter, OtherExceptionsOfTheFlushLeaveTheSinkOpen) {
   BinaryOutputStreamFilter filter(sink);
   EXPECT_THROW(filter.Close(), std::runtime_error);
   EXPECT_THAT(sink.m_calls, IsEmpty());
+  class OtherError : public MemorySink {
+   public:
+    void Flush() override { OXA_RAISE_ERROR("Test", LogicError("no error of writing")); }
+  } other;
+  BinaryOutputStreamFilter otherFilter(other);
+  EXPECT_THROW(otherFilter.Close(), LogicError);
+  EXPECT_THAT(other.m_calls, IsEmpty());
 }
 
 TEST(BinaryOutputStreamFilter, DestructorsNeitherFlushNorClose) {

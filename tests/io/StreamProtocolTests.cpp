@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "Support/OtherThread.h"
 #include "io/Streams.h"
@@ -271,6 +272,19 @@ TEST(FlushAll, AFailureOfTheSinksOwnFlushIsTheCallersError) {
   LockSet locks;
   EXPECT_THROW(sink.FlushAllBufferedOutput(locks), XIOSystemCallFailure);
   EXPECT_EQ(1u, locks.size());
+}
+
+TEST(AddLock, WaitsForEver) {
+  class Noted : public IMutex {
+   public:
+    void Lock(const Elapse& timeout) override { m_timeouts.push_back(timeout); }
+    bool TryLock(const Elapse&) override { return false; }
+    void Unlock() override {}
+    std::vector<Elapse> m_timeouts;
+  } mutex;
+  LockSet locks;
+  AddLock(locks, mutex);
+  EXPECT_EQ(std::vector<Elapse>{Elapse(2147483647)}, mutex.m_timeouts);
 }
 
 TEST(AddLock, MayHoldOneMutexSeveralTimes) {
