@@ -208,15 +208,46 @@ class ReentrantLock {
   int UnlockIfOwner() noexcept;
 
  private:
-  bool Reenter(std::uint32_t self) noexcept;
+  bool TakeAtOnce() noexcept;
   bool FreeAtOnce() noexcept;
+  void LockSlowly() noexcept;
+  bool TryLockSlowly() noexcept;
+  bool Reenter(std::uint32_t self) noexcept;
   void UnlockSlowly() noexcept;
-  void LockSlowly(std::uint32_t self) noexcept;
+  int UnlockSlowlyIfOwner() noexcept;
 
   std::atomic<std::uint32_t> m_uWord{0};   // owner's id, and a bit that tells of sleepers; 0: free
   std::atomic<std::uint32_t> m_uDepth{0};  // levels beyond the first; the owner's alone
   SpinBudget m_spinBudget;
 };
+
+// Nearly always the lock is free, and the thread has asked for its id before. Whatever else there is to do comes by a
+// call in last place, so that this way saves no registers: an atomic step waits for each store before it.
+inline bool ReentrantLock::TakeAtOnce() noexcept {
+  const std::uint32_t self = KnownThreadId();
+  std::uint32_t expected = 0;
+  return self != 0 && m_uWord.compare_exchange_strong(expected, self, std::memory_order_acquire,
+                                                      std::memory_order_relaxed);
+}
+
+// Nearly always: one level, and nobody asleep. Fails for a thread that isn't the owner.
+inline bool ReentrantLock::FreeAtOnce() noexcept {
+  std::uint32_t self = KnownThreadId();
+  return self != 0 && m_uDepth.load(std::memory_order_relaxed) == 0 &&
+         m_uWord.compare_exchange_strong(self, 0, std::memory_order_release, std::memory_order_relaxed);
+}
+
+inline void ReentrantLock::Lock() noexcept {
+  if (!TakeAtOnce()) LockSlowly();
+}
+
+inline bool ReentrantLock::TryLock() noexcept { return TakeAtOnce() || TryLockSlowly(); }
+
+inline void ReentrantLock::Unlock() noexcept {
+  if (!FreeAtOnce()) UnlockSlowly();
+}
+
+inline int ReentrantLock::UnlockIfOwner() noexcept { return FreeAtOnce() ? 0 : UnlockSlowlyIfOwner(); }
 
 /// A thread that waits. It stands on that thread's stack.
 struct Waiter;
@@ -301,6 +332,9 @@ class CountingSemaphore {
   /// comes back; 0 otherwise.
   int Post(std::uint32_t amount) noexcept;
 
+  /// The same where nobody is in line. False if it wasn't done, since somebody is or it would pass the maximum.
+  bool PostAtOnce(std::uint32_t amount) noexcept;
+
   /// Takes one if there is one.
   bool TryTake() noexcept;
 
@@ -337,13 +371,17 @@ class CountingSemaphore {
 };
 
 // Nobody may see a balance that is taken back again: a refused post must leave no trace.
-inline int CountingSemaphore::Post(std::uint32_t amount) noexcept {
+inline bool CountingSemaphore::PostAtOnce(std::uint32_t amount) noexcept {
   std::int64_t before = m_llBalance.load(std::memory_order_relaxed);
   while (before >= 0 && before + amount <= iMAXIMUM)
     if (m_llBalance.compare_exchange_weak(before, before + amount, std::memory_order_release,
                                           std::memory_order_relaxed))
-      return 0;
-  return PostSlowly(amount);
+      return true;
+  return false;
+}
+
+inline int CountingSemaphore::Post(std::uint32_t amount) noexcept {
+  return PostAtOnce(amount) ? 0 : PostSlowly(amount);
 }
 
 inline bool CountingSemaphore::TryTake() noexcept { return TryTakeSome(1) != 0; }

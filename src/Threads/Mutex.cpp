@@ -17,6 +17,11 @@ constexpr long long llPATIENCE_S = 5;  // of the destructor, once for the owner 
 constexpr Elapse s_infinite(0x7FFFFFFF, Elapse::Seconds);
 constexpr Elapse s_noWait(0, Elapse::Seconds);
 
+// By itself, so that the way without a limit has no frame.
+[[gnu::noinline]] void LockWithin(IMutex& mutex, const Elapse& timeout, const CodeSite& site) {
+  if (!mutex.TryLock(timeout)) site.Raise(sLOG_NAME, LockTimeout(timeout.ToString()), false);
+}
+
 }  // namespace
 
 const Elapse& IMutex::sINFINITE = s_infinite;
@@ -44,9 +49,10 @@ inline Platform::ReentrantLock& Mutex::Native() {
 inline bool Mutex::DestructionBegan() const { return m_bDestructionBegan.load(std::memory_order_relaxed); }
 
 void Mutex::Lock(const Elapse& timeout) {
+  static constexpr CodeSite s_site = OXA_CODE_SITE;
   if (DestructionBegan()) return;
   if (timeout.GetRawTimerTicks() == s_infinite.GetRawTimerTicks()) return Native().Lock();
-  if (!TryLock(timeout)) OXA_RAISE_ERROR(sLOG_NAME, LockTimeout(timeout.ToString()));
+  LockWithin(*this, timeout, s_site);
 }
 
 // The first attempt comes before the clock is read and before this thread is counted: nearly all locks are free.

@@ -7,6 +7,19 @@
 
 namespace Oxa::Core {
 
+namespace {
+
+constexpr char sSOME_POSTED[] = "amount > 0";
+
+// By itself, so that the usual post has no frame.
+[[gnu::noinline]] void PostSlowly(Platform::CountingSemaphore* semaphore, std::atomic<unsigned int>& refused,
+                                  unsigned int amount, const CodeSite& site) {
+  if (amount == 0) site.FailAssertion(sSOME_POSTED);
+  if (semaphore == nullptr || semaphore->Post(amount) != 0) refused.fetch_add(amount);
+}
+
+}  // namespace
+
 Semaphore::Semaphore(unsigned int initial) : m_hSemaphore(nullptr), m_uRefused(0) {
   int code;
   m_hSemaphore = Platform::CountingSemaphore::Create(initial, code);
@@ -16,8 +29,9 @@ Semaphore::Semaphore(unsigned int initial) : m_hSemaphore(nullptr), m_uRefused(0
 Semaphore::~Semaphore() { Platform::CountingSemaphore::Destroy(m_hSemaphore); }
 
 void Semaphore::Post(unsigned int amount) {
-  OXA_ASSERT(amount > 0);
-  if (m_hSemaphore == nullptr || m_hSemaphore->Post(amount) != 0) m_uRefused.fetch_add(amount);
+  static constexpr CodeSite s_site = OXA_CODE_SITE;
+  if (amount > 0 && m_hSemaphore != nullptr && m_hSemaphore->PostAtOnce(amount)) return;
+  PostSlowly(m_hSemaphore, m_uRefused, amount, s_site);
 }
 
 void Semaphore::Wait() {

@@ -135,6 +135,43 @@ TEST(ReentrantLock, OnlyTheOwnerUnlocksWhenAsked) {
   EXPECT_FALSE(lock.TryLock());
 }
 
+// Runs `use` on a thread that hasn't asked for its id.
+template <class Use>
+void OnNewThread(const Use& use) {
+  std::thread([&] {
+    ASSERT_EQ(0u, Platform::KnownThreadId());
+    use();
+  }).join();
+}
+
+TEST(ReentrantLock, ServesThreadsThatHaveNotAskedForTheirIds) {
+  Platform::ReentrantLock lock;
+  OnNewThread([&] {
+    EXPECT_NE(0, lock.UnlockIfOwner());
+    EXPECT_TRUE(OtherThreadCanLock(lock));
+  });
+  OnNewThread([&] {
+    lock.Lock();
+    EXPECT_TRUE(lock.IsOwner());
+    EXPECT_FALSE(OtherThreadCanLock(lock));
+    EXPECT_EQ(0, lock.UnlockIfOwner());
+  });
+  OnNewThread([&] {
+    EXPECT_TRUE(lock.TryLock());
+    EXPECT_TRUE(lock.IsOwner());
+    EXPECT_TRUE(lock.TryLock());
+    lock.Unlock();
+    EXPECT_FALSE(OtherThreadCanLock(lock));
+    lock.Unlock();
+    EXPECT_TRUE(OtherThreadCanLock(lock));
+  });
+  const Holder holder([&] { lock.Lock(); }, [&] { lock.Unlock(); });
+  OnNewThread([&] {
+    EXPECT_FALSE(lock.TryLock());
+    EXPECT_NE(0, lock.UnlockIfOwner());
+  });
+}
+
 TEST(ReentrantLock, LockByRunsOutOfTime) {
   Platform::ReentrantLock lock;
   const Holder holder([&] { lock.Lock(); }, [&] { lock.Unlock(); });

@@ -165,16 +165,17 @@ class Queue {
   bool PushItem(Item&& item) {
     Announcement announcement(m_semaphore);  // before the lock: it is to post behind the unlocking
     const Hold hold(m_mutex);
-    if (m_items.size() >= m_hardLimit) return false;
+    const std::size_t before = m_items.size();
+    if (before >= m_hardLimit) return false;
     m_items.push_back(std::forward<Item>(item));
     announcement.SetStored();
-    if (m_items.size() > m_peak) RaisePeak();
+    if (before >= m_peak) RaisePeak(static_cast<std::uint32_t>(before + 1));
     return true;
   }
 
   // With the mutex held.
-  void RaisePeak() {
-    m_peak = static_cast<std::uint32_t>(m_items.size());
+  void RaisePeak(std::uint32_t peak) {
+    m_peak = peak;
     if (m_peak < m_firstReportLevel) return;
     if (m_peak < m_lastReported + m_reportStep && m_peak < m_hardLimit) return;
     ReportQueueWatermark(m_name, m_peak, m_hardLimit);

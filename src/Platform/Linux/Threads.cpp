@@ -95,10 +95,6 @@ void Free(Word& word) noexcept {
   if ((word.exchange(0, std::memory_order_release) & uSLEEPERS) != 0) FutexWake(&word, 1);
 }
 
-bool FreeUnmarked(Word& word, std::uint32_t self) noexcept {
-  return word.compare_exchange_strong(self, 0, std::memory_order_release, std::memory_order_relaxed);
-}
-
 // What a thread that has ended still seems to own becomes the caller's.
 bool TakeFromDead(Word& word, std::uint32_t self, std::uint32_t seen) noexcept {
   if (seen == 0 || !ThreadIsGone(seen & ~uSLEEPERS)) return false;
@@ -187,13 +183,10 @@ void ShortLock::Unlock() noexcept {
   t_kill.LetGo();
 }
 
-void ReentrantLock::Lock() noexcept {
+// Free is what a thread may find the lock that comes for the first time.
+void ReentrantLock::LockSlowly() noexcept {
   const std::uint32_t self = Self();
-  if (!TakeFree(m_uWord, self)) LockSlowly(self);
-}
-
-void ReentrantLock::LockSlowly(std::uint32_t self) noexcept {
-  if (Reenter(self)) return;
+  if (TryLockSlowly()) return;
   if (SpinForFree(m_uWord, self, m_spinBudget)) return;
   TakeAsleep(m_uWord, self);
 }
@@ -204,29 +197,20 @@ bool ReentrantLock::Reenter(std::uint32_t self) noexcept {
   return true;
 }
 
-bool ReentrantLock::TryLock() noexcept {
+// A look first: an attempt would take the word's cache line away from the owner.
+bool ReentrantLock::TryLockSlowly() noexcept {
   const std::uint32_t self = Self();
-  return TakeFree(m_uWord, self) || Reenter(self);
+  return Reenter(self) || (m_uWord.load(std::memory_order_relaxed) == 0 && TakeFree(m_uWord, self));
 }
 
 WaitResult ReentrantLock::LockBy(Deadline deadline) noexcept {
-  const std::uint32_t self = Self();
-  if (TakeFree(m_uWord, self) || Reenter(self)) return {EWaitEnd::eSIGNALLED, 0};
-  const EWaitEnd end = TakeBy(m_uWord, self, deadline, m_spinBudget);
+  if (TryLock()) return {EWaitEnd::eSIGNALLED, 0};
+  const EWaitEnd end = TakeBy(m_uWord, Self(), deadline, m_spinBudget);
   if (end == EWaitEnd::eABANDONED) m_uDepth.store(0, std::memory_order_relaxed);
   return {end, 0};
 }
 
-// Nearly always: one level, and nobody asleep. Fails for a thread that isn't the owner.
-inline bool ReentrantLock::FreeAtOnce() noexcept {
-  return m_uDepth.load(std::memory_order_relaxed) == 0 && FreeUnmarked(m_uWord, Self());
-}
-
-void ReentrantLock::Unlock() noexcept {
-  if (!FreeAtOnce()) UnlockSlowly();
-}
-
-[[gnu::noinline]] void ReentrantLock::UnlockSlowly() noexcept {
+void ReentrantLock::UnlockSlowly() noexcept {
   const std::uint32_t depth = m_uDepth.load(std::memory_order_relaxed);
   if (depth != 0) return m_uDepth.store(depth - 1, std::memory_order_relaxed);
   const HoldKill hold;
@@ -238,8 +222,7 @@ bool ReentrantLock::IsOwner() const noexcept {
   return (m_uWord.load(std::memory_order_relaxed) & ~uSLEEPERS) == Self();
 }
 
-int ReentrantLock::UnlockIfOwner() noexcept {
-  if (FreeAtOnce()) return 0;
+int ReentrantLock::UnlockSlowlyIfOwner() noexcept {
   if (!IsOwner()) return EPERM;
   UnlockSlowly();
   return 0;
