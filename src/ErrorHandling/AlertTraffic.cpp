@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "Core/LibraryState.h"
+#include "Platform/Kill.h"
 #include "Platform/Storage.h"
 #include "Platform/Threads.h"
 
@@ -19,12 +20,22 @@ std::atomic<int> s_iThreadsTelling{0};
 
 // The count goes up before the flag is read, and the flag is set before the count is read: one of the two
 // threads sees the other.
-AlertInFlight::AlertInFlight() noexcept : m_iDepth(Platform::ChangeThreadDepth(1)) {
-  if (m_iDepth == 1) s_iThreadsTelling.fetch_add(1);
-}
+AlertInFlight::AlertInFlight() noexcept : m_iDepth(Enter()) {}
 
 AlertInFlight::~AlertInFlight() {
+  const Platform::HoldKill whole;
   if (Platform::ChangeThreadDepth(-1) == 0) s_iThreadsTelling.fetch_sub(1);
+}
+
+int AlertInFlight::Enter() noexcept {
+  const Platform::HoldKill whole;
+  const int depth = Platform::ChangeThreadDepth(1);
+  if (depth == 1) s_iThreadsTelling.fetch_add(1);
+  return depth;
+}
+
+void AlertInFlight::DropThisThread() noexcept {
+  if (Platform::ChangeThreadDepth(0) > 0) s_iThreadsTelling.fetch_sub(1);
 }
 
 bool AlertInFlight::MayProceed() const noexcept { return !IsLibraryUnloading(); }

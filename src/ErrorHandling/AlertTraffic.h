@@ -22,7 +22,12 @@ class AlertInFlight {
   /// alert then goes to the raw channel.
   bool NeverEnds() const noexcept { return m_iDepth > g_iMAX_ERROR_RECURSION_DEPTH; }
 
+  /// For a thread that is being killed: nobody is to wait for what it was telling. The last that it does here.
+  static void DropThisThread() noexcept;
+
  private:
+  static int Enter() noexcept;
+
   int m_iDepth;
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Core/LibraryState.h"
+#include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/LiveRaises.h"
 #include "Threads/KillSafeLocks.h"
@@ -31,7 +32,10 @@ constexpr int iNO_RESULT_YET = -1;
 constexpr unsigned int uNO_RESULT = 1;
 constexpr unsigned int uNO_TASK = 2;
 
-void ForgetRaises(void*) { LiveRaises::DropThisThread(); }
+void ForgetRaises(void*) {
+  LiveRaises::DropThisThread();
+  AlertInFlight::DropThisThread();
+}
 
 }  // namespace
 

@@ -218,6 +218,18 @@ TEST(AlertRecords, ErrorsAreCountedWithCategoryAndSeverity) {
   EXPECT_EQ("Error", RecordOfErrors<Tag>().GetSeverity());
 }
 
+TEST(AlertRecords, OfAClassTellOfItsFirstError) {
+  struct Tag {};
+  RaiseErrors<Tag>(1);
+  TagError<Tag> other;
+  other.SetData(AlertInfo::sCATEGORY, "Other");
+  other.SetData(AlertInfo::sSEVERITY, "Critical");
+  EXPECT_THROW(OXA_RAISE_ERROR("Test", other), TagError<Tag>);
+  EXPECT_EQ(2U, RecordOfErrors<Tag>().GetRaisedCount());
+  EXPECT_EQ("Logic", RecordOfErrors<Tag>().GetCategory());
+  EXPECT_EQ("Error", RecordOfErrors<Tag>().GetSeverity());
+}
+
 TEST(AlertRecords, RecordMadeForAHandlerIsFilledInByTheFirstError) {
   struct Tag {};
   const boost::shared_ptr<ErrorHandler> handler(new Accepting);

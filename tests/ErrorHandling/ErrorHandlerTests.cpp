@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
 #include <thread>
 
@@ -261,6 +262,40 @@ TEST(ErrorHandlers, HandlersOfManyThreadsTakeTurns) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(800U, calls.size()) << "the unguarded list of calls was written one call at a time";
+}
+
+// Counts those of all classes that are being asked at one moment.
+class Crowd : public ErrorHandler {
+ public:
+  bool Handle(Error&) override {
+    if (s_iInside.fetch_add(1) > 0) s_bMet = true;
+    std::this_thread::yield();
+    s_iInside.fetch_sub(1);
+    return true;
+  }
+  static std::atomic<int> s_iInside;
+  static std::atomic<bool> s_bMet;
+};
+std::atomic<int> Crowd::s_iInside{0};
+std::atomic<bool> Crowd::s_bMet{false};
+
+template <class Tag>
+std::thread RaiseAgainAndAgain() {
+  const char* const className = typeid(TagError<Tag>).name();
+  AlertManager::Instance()->AddErrorHandler(className, boost::shared_ptr<ErrorHandler>(new Crowd));
+  return std::thread([] {
+    for (int raise = 0; raise < 2000; ++raise) EXPECT_TRUE(RaiseInPlace<TagError<Tag>>());
+  });
+}
+
+TEST(ErrorHandlers, OneErrorIsOfferedAtATimeWhateverItsClass) {
+  struct Some {};
+  struct Others {};
+  std::thread some = RaiseAgainAndAgain<Some>();
+  std::thread others = RaiseAgainAndAgain<Others>();
+  some.join();
+  others.join();
+  EXPECT_FALSE(Crowd::s_bMet);
 }
 
 }  // namespace

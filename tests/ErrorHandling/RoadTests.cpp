@@ -129,6 +129,12 @@ TEST(Road, ClassWithoutOwnThrowIsWarnedOfOnce) {
   EXPECT_EQ("handled No Message", listener.m_events[2]);
 }
 
+TEST(Road, PlainErrorIsNotSliced) {
+  RecordingListener listener;
+  EXPECT_THROW(OXA_RAISE_ERROR("Oxa.Test.Road", Error(AlertInfo::eERROR)), Error);
+  EXPECT_EQ((Events{"raised No Message", "handled No Message"}), listener.m_events);
+}
+
 class ContextListener : public RecordingListener {
  public:
   void ErrorRaised(Error& error) override { m_bHasStackYet = error.GetUnwindStack()->size() == 1; }

@@ -103,6 +103,22 @@ TEST(FatalFolder, LiesInTheWorkingFolderWhileTheLibraryUnloads) {
   EXPECT_TRUE(folder.Has("FatalError_2014114_82811"));
 }
 
+TEST(FatalFolder, HasNoFallbackWhileTheLibraryUnloads) {
+  const TemporaryFolder process;
+  const auto create = [&process] {
+    const CurrentFolder current("/proc");
+    SetClock();
+    System::Instance()->SetProcessPath(process.File(""));
+    SetLibraryUnloading();
+    std::string path;
+    const bool made = CreateFatalErrorPath(path);
+    std::fprintf(stderr, "made: %d %s", made, path.c_str());
+    ::_exit(0);
+  };
+  EXPECT_EXIT(create(), testing::ExitedWithCode(0), "made: 0 ./FatalError_2014114_82811/");
+  EXPECT_TRUE(process.Names().empty());
+}
+
 TEST(FatalFolder, AbsurdlyLongPathFails) {
   System::Instance()->SetProcessPath("/proc/");
   std::string longest = "/tmp";

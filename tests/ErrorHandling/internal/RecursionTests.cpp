@@ -8,7 +8,9 @@
 #include <thread>
 #include <vector>
 
+#include "ErrorHandling/Hooks.h"
 #include "ErrorHandling/LiveRaises.h"
+#include "Support/RestoreHooks.h"
 
 namespace {
 
@@ -81,6 +83,28 @@ TEST(Recursion, LiveErrorsInCatchClausesCountToo) {
   }
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("nested 9"));
   EXPECT_EQ(0, LiveHere());
+}
+
+int s_iHandled = 0;
+
+TEST(Recursion, LeavesEachErrorThatWasToldToItsEnd) {
+  const Hooks before = TheHooks();
+  s_iHandled = 0;
+  TheHooks().errorHandled = [](Error&) { ++s_iHandled; };
+  testing::internal::CaptureStderr();
+  EXPECT_THROW(NestInCatchClauses(0), Error);
+  testing::internal::GetCapturedStderr();
+  TestSupport::RestoreHooks(before);
+  EXPECT_EQ(g_iMAX_ERROR_RECURSION_DEPTH - 1, s_iHandled) << "the tenth is thrown, and was told to nobody";
+}
+
+TEST(Recursion, HandledErrorIsOffTheCountWhenListenersHear) {
+  const Hooks before = TheHooks();
+  s_iHandled = -1;
+  TheHooks().errorHandled = [](Error&) { s_iHandled = LiveHere(); };
+  EXPECT_THROW(OXA_RAISE_ERROR("Oxa.Test", PlainError()), PlainError);
+  TestSupport::RestoreHooks(before);
+  EXPECT_EQ(0, s_iHandled);
 }
 
 TEST(Recursion, CountFollowsTheRaisedMark) {

@@ -1,0 +1,46 @@
+#include "ErrorHandling/AlertTraffic.h"
+
+#include <Infrastructure/OxaCore/AlertManager.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "Threads/ThreadTestSupport.h"
+
+namespace {
+
+using namespace Oxa::Core;
+using namespace ThreadTests;
+
+// Keeps the first thread that raises until it is killed.
+class Hanging : public AlertListener {
+ public:
+  Hanging() { AlertManager::Instance()->AddAlertListener(*this); }
+  ~Hanging() override { AlertManager::Instance()->RemoveAlertListener(*this); }
+  void ErrorRaised(Error&) override {
+    if (m_bTold.exchange(true)) return;
+    while (true) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+
+  std::atomic<bool> m_bTold{false};
+};
+
+bool NobodyIsAwaited() { return TestSupport::MillisecondsOf(&AwaitAlertsInFlight) < 500; }
+
+}  // namespace
+
+TEST(AlertTraffic, ForgetsAThreadThatIsKilledWhileItTells) {
+  OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
+  Hanging listener;
+  const SharedThread thread = Thread::Create("Raising");
+  ASSERT_TRUE(thread->Start(Do([](TaskDirective&) -> int {
+    OXA_RAISE_ERROR("Test", LogicError("hangs"));
+    return 0;
+  })));
+  ASSERT_TRUE(Eventually([&] { return listener.m_bTold.load(); }));
+  EXPECT_FALSE(NobodyIsAwaited());
+  ASSERT_TRUE(thread->Kill(Elapse(30)));
+  EXPECT_TRUE(Eventually(&NobodyIsAwaited));
+}
