@@ -4,6 +4,7 @@
 #include <Infrastructure/OxaCore/CodeContext.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
 #include <Infrastructure/OxaCore/System.h>
+#include <Infrastructure/OxaCore/XMLWriter.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "ErrorHandling/AlertXml.h"
 #include "ErrorHandling/MicrosoftDebugHelpLife.h"
 #include "Platform/CallStacks.h"
 #include "Platform/Faults.h"
@@ -166,6 +168,41 @@ using Run = void (*)(const char*, int, void (*)());
 
 Run FunctionOf(HINSTANCE module) {
   return reinterpret_cast<Run>(reinterpret_cast<std::uintptr_t>(Platform::FindFunction(module, "RunVictim")));
+}
+
+using Stack = std::vector<Oxa::Core::CodeContext>;
+
+// Whether a frame stands in both, told once for both, with variables that differ.
+bool ShareAFrameWithOtherVariables(const Stack& one, const Stack& other) {
+  return std::any_of(one.begin(), one.end(), [&](const Oxa::Core::CodeContext& frame) {
+    return std::any_of(other.begin(), other.end(), [&](const Oxa::Core::CodeContext& again) {
+      return &frame.GetContextInfo() == &again.GetContextInfo() &&
+             frame.GetVariables() != again.GetVariables();
+    });
+  });
+}
+
+std::string ByWriter(Oxa::Core::AlertInfo& alert) {
+  std::ostringstream text;
+  Oxa::Core::XMLWriter writer;
+  alert.ToXML(writer, text, "");
+  return text.str();
+}
+
+TEST(CallStackXml, ShowsTheVariablesOfEachStackThoughTheirFramesAreTheSame) {
+  static std::vector<boost::shared_ptr<Stack>> s_stacks;
+  if (!DebugHelp::Instance()) GTEST_SKIP() << "the library for symbols isn't installed";
+  HINSTANCE const victim = Platform::OpenLibrary(VICTIM);
+  ASSERT_NE(nullptr, victim);
+  for (const int number : {11, 12})
+    FunctionOf(victim)("templated", number,
+                       [] { s_stacks.push_back(DebugHelp::Instance()->CreateCallStack(100)); });
+  Platform::CloseLibrary(victim);
+  ASSERT_TRUE(ShareAFrameWithOtherVariables(*s_stacks[0], *s_stacks[1]));
+  for (const auto& stack : s_stacks) {
+    Oxa::Core::AlertInfo alert({}, *stack, {});
+    EXPECT_EQ(ByWriter(alert), Oxa::Core::AlertXml::AsText(alert, ""));
+  }
 }
 
 TEST_F(Reader, ReadsModulesAgainAfterAShortageOfMemory) {
