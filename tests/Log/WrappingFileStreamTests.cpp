@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <locale>
 #include <string>
 
@@ -223,6 +225,24 @@ TEST_F(WrappingFileStreamFiles, RestartBehindAFullFileBeginsTheNext) {
   Begin(stream, 3, 5);
   stream.Write("next");
   EXPECT_EQ("above ", Read("Run2011_03_03-0.log"));
+  EXPECT_EQ("next", Read("Run2011_03_03-1.log"));
+}
+
+// With holes, so that it takes no room.
+TEST_F(WrappingFileStreamFiles, SizesAreCountedBeyondTheLargestLimit) {
+  constexpr int iLARGEST = std::numeric_limits<int>::max();
+  const std::string first = Path() + "/Run2011_03_03-0.log";
+  for (const std::uintmax_t size : {0x7FFFFFFFULL, 0x80000000ULL, 0x100000001ULL}) {
+    Put("Run2011_03_03-0.log");
+    std::filesystem::resize_file(first, size);
+    Put("Run2011_03_03.seq", "0\n");
+    WrappingFileStream stream;
+    Begin(stream, 2, iLARGEST);
+    stream.Write("next");
+    const bool above = size > std::uintmax_t{iLARGEST};
+    EXPECT_EQ(above ? size : size + 4, std::filesystem::file_size(first));
+    EXPECT_EQ(above ? "1\n" : "0\n", Read("Run2011_03_03.seq"));
+  }
   EXPECT_EQ("next", Read("Run2011_03_03-1.log"));
 }
 
