@@ -23,6 +23,9 @@ inline std::uint32_t& KnownThreadId() noexcept {
   return t_uKnown;
 }
 
+/// How many forks led from the process that loaded the library to this one.
+std::uint32_t ForksSoFar() noexcept;
+
 /// Nanoseconds of a clock that nobody sets, from some moment in the past.
 long long MonotonicNow() noexcept;
 

@@ -4,6 +4,10 @@
 
 #include "Threads/KillSafeLocks.h"
 #include "Threads/ThreadNotifications.h"
+#include "Threads/WholeMilliseconds.h"
+
+#include "Platform/Kill.h"
+#include "Platform/Threads.h"
 
 namespace Oxa::Core {
 
@@ -15,26 +19,36 @@ Elapse TimeLeft(const Time& deadline) {
   return left < Elapse(0) ? Elapse(0) : left;
 }
 
-}  // namespace
+// What waits for states have learned of spins, all together: a thread is mostly waited for but once.
+Platform::SpinBudget s_spinBudget;
 
-void Thread::SetState(EState state) {
-  const ForsakenMonitorLock lock(m_stateCondition);
-  OXA_ASSERT((state == eTHREAD_IDLE) || (state == eTHREAD_RUNNING) || (state == eTHREAD_COMPLETED) ||
-             (state == eTHREAD_ERROR));
-  OXA_ASSERT(m_eState != state);
-  if (m_eState == state) return;
-  m_eState = state;
-  if (state == eTHREAD_COMPLETED && m_listeners.HasListeners()) {
-    NotifyThreadComplete notification(m_wpThis.lock());
-    m_listeners.Broadcast(notification);
-  }
-  TellState();
+void SpinForState(const Thread& thread, int mask, Platform::Deadline deadline) {
+  const auto done = [&] { return thread.IsState(mask); };
+  if (!done()) Platform::SpinBeforeSleep(s_spinBudget, deadline, done);
 }
 
-// Only if somebody waits for this state: one who waits for the end isn't woken by the beginning.
-void Thread::TellState() {
-  if ((m_iAwaited & m_eState) == 0) return;
-  m_iAwaited = 0;  // all wake, and tell again what they wait for
+}  // namespace
+
+// The waiters are woken after the lock is free, or they would run into it and sleep once more. No kill comes between
+// the two: nobody else would wake them.
+void Thread::SetState(EState state) {
+  Platform::HoldKill hold;
+  hold.Release();
+  {
+    const ForsakenMonitorLock lock(m_stateCondition);
+    OXA_ASSERT((state == eTHREAD_IDLE) || (state == eTHREAD_RUNNING) || (state == eTHREAD_COMPLETED) ||
+               (state == eTHREAD_ERROR));
+    OXA_ASSERT(m_eState != state);
+    if (m_eState == state) return;
+    m_eState = state;
+    if (state == eTHREAD_COMPLETED && m_listeners.HasListeners()) {
+      NotifyThreadComplete notification(m_wpThis.lock());
+      m_listeners.Broadcast(notification);
+    }
+    if ((m_iAwaited & state) == 0) return;  // who waits for the end isn't woken by the beginning
+    hold.Take();
+    m_iAwaited = 0;  // all wake, and tell again what they wait for
+  }
   m_stateCondition.Notify();
 }
 
@@ -76,6 +90,7 @@ bool Thread::TimedWaitForStopRequest(const Elapse& timeout) {
 
 void Thread::WaitForState(int mask) {
   OXA_ASSERT(!IsCurrentThread());
+  SpinForState(*this, mask, Platform::Deadline::Never());
   const ForsakenMonitorLock lock(m_stateCondition);
   while (!TryWaitForState(mask)) {
     m_iAwaited |= mask;
@@ -91,6 +106,7 @@ bool Thread::TryWaitForState(int mask) {
 bool Thread::TimedWaitForState(int mask, const Elapse& timeout) {
   OXA_ASSERT(!IsCurrentThread());
   const Time deadline(timeout);
+  SpinForState(*this, mask, WholeMilliseconds(timeout));
   const ForsakenMonitorLock lock(m_stateCondition);
   while (!TryWaitForState(mask)) {
     m_iAwaited |= mask;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -48,9 +49,9 @@ const std::string sNO_OBJECT = std::strerror(EINVAL);
 // How many are in the gate is its own affair; an explicit instantiation is the one way past access control.
 unsigned int InsideNow(const MultiWait& gate);
 
-template <std::atomic<unsigned int> MultiWait::*Inside>
+template <std::atomic<std::uint64_t> MultiWait::*Inside>
 struct Look {
-  friend unsigned int InsideNow(const MultiWait& gate) { return gate.*Inside; }
+  friend unsigned int InsideNow(const MultiWait& gate) { return static_cast<std::uint32_t>(gate.*Inside); }
 };
 template struct Look<&MultiWait::m_uInside>;
 

@@ -14,6 +14,7 @@
 #include <Infrastructure/OxaCore/Time.h>
 
 #include <atomic>
+#include <cstdint>
 
 namespace Oxa::Core {
 
@@ -74,7 +75,7 @@ class OXACORE_API MultiWait : public Semaphore {
   MultiWait();
 
   /// Releases whoever is still in wait, and then waits, without limit, until all of them have left it. Nobody
-  /// may come in any more.
+  /// may come in any more. In a forked child it doesn't wait for threads that stayed behind in the parent.
   ~MultiWait() override;
 
   /// Waits for the next release. Null waits without limit and gives true; otherwise false when `*timeout` is
@@ -89,7 +90,8 @@ class OXACORE_API MultiWait : public Semaphore {
 
   Mutex m_mutex;  ///< guards m_uWaiters, and keeps count and post together
   unsigned int m_uWaiters;
-  std::atomic<unsigned int> m_uInside;  ///< threads in wait, whom the destructor sees off
+  std::atomic<std::uint64_t>
+      m_uInside;  ///< threads in wait, and above them a mark of the process that they are in
 };
 
 }  // namespace Oxa::Core

@@ -286,7 +286,6 @@ class OXACORE_API Thread : public RefCountedObject, public TaskDirective {
   void SetTask(const boost::shared_ptr<Task>& task);
   static int GetPlatformSpecificPriority(EPriority priority);
 
-  void TellState();
   void AwaitTaskStart() const;
   void KillNative(Platform::NativeThread& native);
   void BuryKilled();

@@ -68,6 +68,15 @@ void ForgetDataOfKeys() noexcept {
   for (pthread_key_t key = 0; key != PTHREAD_KEYS_MAX; ++key) pthread_setspecific(key, nullptr);
 }
 
+// The system library knows it before the thread runs, but tells it only in the number of the thread's clock. 0 for a
+// thread that has ended.
+std::uint32_t IdOf(pthread_t handle) noexcept {
+  clockid_t clock;
+  if (pthread_getcpuclockid(handle, &clock) != 0) return 0;
+  const int id = ~(clock >> 3);
+  return id > 0 ? static_cast<std::uint32_t>(id) : 0;
+}
+
 void WaitAMoment() noexcept {
   const std::uint32_t word = 0;
   FutexWait(&word, 0, Deadline::In(iWAIT_A_MOMENT));
@@ -101,6 +110,7 @@ class NativeThread::Body {
  private:
   explicit Body(NativeThread& self) noexcept : m_self(self) {
     t_kill.SetThread(&self);
+    KnownThreadId() = IdOf(pthread_self());
     self.m_ulHandle = static_cast<unsigned long>(pthread_self());
     self.m_uId.store(static_cast<std::uint32_t>(CurrentThreadId()));
     self.m_bBegun.store(true, std::memory_order_release);
@@ -145,13 +155,10 @@ int NativeThread::Start(const boost::shared_ptr<NativeThread>& thread, std::uint
   return 0;
 }
 
-// The system knows the id before the thread runs, but tells it only in the number of the thread's clock, which is
-// much cheaper than to wait for the thread. A thread that has ended meanwhile has left its id.
+// Much cheaper than to wait for the thread. One that has ended meanwhile has left its id.
 unsigned long NativeThread::StartedId(unsigned long handle) noexcept {
-  clockid_t clock;
-  if (m_uId.load() == 0 && pthread_getcpuclockid(static_cast<pthread_t>(handle), &clock) == 0 &&
-      ~(clock >> 3) > 0) {
-    m_uId.store(static_cast<std::uint32_t>(~(clock >> 3)));
+  if (m_uId.load() == 0) {
+    if (const std::uint32_t id = IdOf(static_cast<pthread_t>(handle))) m_uId.store(id);
   }
   if (m_uId.load() == 0) AwaitBegin(Deadline::Never());
   return m_uId.load();

@@ -13,7 +13,6 @@ constexpr std::uint32_t uAWAKE = 0;
 constexpr std::uint32_t uASLEEP = 1;
 constexpr std::uint32_t uHANDED = 2;
 
-// How many forks led from the process that loaded the library to this one.
 std::atomic<std::uint32_t> g_forks{0};
 
 void CountFork() { g_forks.fetch_add(1, std::memory_order_relaxed); }
@@ -21,6 +20,8 @@ void CountFork() { g_forks.fetch_add(1, std::memory_order_relaxed); }
 [[gnu::constructor]] void WatchForks() { pthread_atfork(nullptr, nullptr, &CountFork); }
 
 }  // namespace
+
+std::uint32_t ForksSoFar() noexcept { return g_forks.load(std::memory_order_relaxed); }
 
 bool Waiter::Handed() const noexcept { return m_uWord.load(std::memory_order_acquire) == uHANDED; }
 
@@ -53,7 +54,7 @@ void WaitLine::Remove(Waiter& waiter) noexcept {
 }
 
 bool WaitLine::MayHaveForeign() const noexcept {
-  return m_uForks.load(std::memory_order_relaxed) != g_forks.load(std::memory_order_relaxed);
+  return m_uForks.load(std::memory_order_relaxed) != ForksSoFar();
 }
 
 // Their stacks may be those of other threads by now.
@@ -61,7 +62,7 @@ void WaitLine::DropForeign() noexcept {
   if (!MayHaveForeign()) return;
   m_pFirst = nullptr;
   m_pLast = nullptr;
-  m_uForks.store(g_forks.load(std::memory_order_relaxed), std::memory_order_relaxed);
+  m_uForks.store(ForksSoFar(), std::memory_order_relaxed);
 }
 
 // Who is out of the line still leads to the one that stood behind.

@@ -1,4 +1,5 @@
-// In a forked child nothing is handed to threads that stayed behind in the parent.
+// In a forked child nothing is handed to threads that stayed behind in the parent, and nobody waits for them.
+#include <Infrastructure/OxaCore/Semaphore.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -87,6 +88,29 @@ TEST(WaitFork, AnEventIsForThoseThatAreInTheChild) {
     event->Set();
   }
   Event::Destroy(event);
+}
+
+TEST(WaitFork, AGateInTheChildEndsWithoutTheParentsThreads) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  auto* const gate = new Oxa::Core::MultiWait;
+  {
+    const Waiting one([=] { gate->wait(nullptr); });
+    const Waiting other([=] { gate->wait(nullptr); });
+    ExpectInChild([=] {
+      delete gate;
+      return true;
+    });
+    ExpectInChild([=] {
+      std::atomic<bool> through{false};
+      {
+        const Waiting own([&] { through = gate->wait(nullptr); });
+        delete gate;
+      }
+      return through.load();
+    });
+    gate->releaseWaiters();
+  }
+  delete gate;
 }
 
 }  // namespace
