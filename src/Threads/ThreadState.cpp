@@ -29,8 +29,8 @@ void SpinForState(const Thread& thread, int mask, Platform::Deadline deadline) {
 
 }  // namespace
 
-// The waiters are woken after the lock is free, or they would run into it and sleep once more. No kill comes between
-// the two: nobody else would wake them.
+// A single waiter is woken after the lock is free, or it would run into it and sleep once more; several by a broadcast,
+// of which there may be one at a time only. No kill comes between: nobody else would wake them.
 void Thread::SetState(EState state) {
   Platform::HoldKill hold;
   hold.Release();
@@ -46,10 +46,11 @@ void Thread::SetState(EState state) {
       m_listeners.Broadcast(notification);
     }
     if ((m_iAwaited & state) == 0) return;  // who waits for the end isn't woken by the beginning
+    m_iAwaited = 0;                         // all wake, and tell again what they wait for
+    if (!m_stateCondition.HasOneWaiter()) return m_stateCondition.Notify();
     hold.Take();
-    m_iAwaited = 0;  // all wake, and tell again what they wait for
   }
-  m_stateCondition.Notify();
+  m_stateCondition.Signal();
 }
 
 bool Thread::Stop(const Elapse& timeout) {

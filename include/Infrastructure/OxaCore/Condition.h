@@ -88,10 +88,13 @@ class OXACORE_API Condition : public IMutex {
   void Notify();
 
  private:
+  friend class Thread;
+
   Platform::WaitResult LockSlowly(const Elapse& timeout);
   Platform::WaitResult WaitFor(Platform::Deadline deadline);
   Platform::WaitResult SleepCounted(Platform::Deadline deadline);
   void LeaveWait();
+  bool HasOneWaiter() const { return m_waiters.load() == 1; }
 
   const bool m_notifyBroadcasts;
   Platform::Event* m_hConditionSignal;
