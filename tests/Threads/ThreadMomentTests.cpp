@@ -116,7 +116,9 @@ TEST(ThreadMoments, AnEndWakesAllThatWaitForIt) {
     std::atomic<bool> over{false};
     std::atomic<unsigned int> late{0};
     const SharedThread thread = Thread::Create("Awaited");
-    thread->Start(Do([&](TaskDirective&) { return Eventually([&] { return over.load(); }) ? 0 : 1; }));
+    const SharedTask task =
+        Do([&](TaskDirective&) { return Eventually([&] { return over.load(); }) ? 0 : 1; });
+    EXPECT_TRUE(thread->Start(task, limit));  // before that it counts as one that doesn't run
     std::thread forStop([&] { thread->WaitForStopRequest(); });
     EXPECT_TRUE(Eventually([&] { return WaitersOf(*thread) == 1; }));
     std::vector<std::thread> waiters;
