@@ -88,34 +88,28 @@ TEST(FatalFolder, FailsWhereNoneCanBeMade) {
   EXPECT_EQ("/proc/FatalError_14-Jan-2014_8-28-11/", path);
 }
 
+[[noreturn]] void CreateWhileTheLibraryUnloads(const std::string& workingFolder) {
+  const CurrentFolder current(workingFolder);
+  SetClock();
+  SetLibraryUnloading();
+  std::string path;
+  const bool made = CreateFatalErrorPath(path);
+  std::fprintf(stderr, "made: %d %s", made, path.c_str());
+  ::_exit(0);
+}
+
 TEST(FatalFolder, LiesInTheWorkingFolderWhileTheLibraryUnloads) {
   const TemporaryFolder folder;
-  const auto create = [&folder] {
-    const CurrentFolder current(folder.Path());
-    SetClock();
-    SetLibraryUnloading();
-    std::string path;
-    const bool made = CreateFatalErrorPath(path);
-    std::fprintf(stderr, "%d %s", made, path.c_str());
-    ::_exit(0);
-  };
-  EXPECT_EXIT(create(), testing::ExitedWithCode(0), "1 ./FatalError_2014114_82811/");
+  EXPECT_EXIT(CreateWhileTheLibraryUnloads(folder.Path()), testing::ExitedWithCode(0),
+              "made: 1 ./FatalError_2014114_82811/");
   EXPECT_TRUE(folder.Has("FatalError_2014114_82811"));
 }
 
 TEST(FatalFolder, HasNoFallbackWhileTheLibraryUnloads) {
   const TemporaryFolder process;
-  const auto create = [&process] {
-    const CurrentFolder current("/proc");
-    SetClock();
-    System::Instance()->SetProcessPath(process.File(""));
-    SetLibraryUnloading();
-    std::string path;
-    const bool made = CreateFatalErrorPath(path);
-    std::fprintf(stderr, "made: %d %s", made, path.c_str());
-    ::_exit(0);
-  };
-  EXPECT_EXIT(create(), testing::ExitedWithCode(0), "made: 0 ./FatalError_2014114_82811/");
+  System::Instance()->SetProcessPath(process.File(""));
+  EXPECT_EXIT(CreateWhileTheLibraryUnloads("/proc"), testing::ExitedWithCode(0),
+              "made: 0 ./FatalError_2014114_82811/");
   EXPECT_TRUE(process.Names().empty());
 }
 

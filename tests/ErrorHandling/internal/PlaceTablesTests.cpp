@@ -7,12 +7,14 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/Hooks.h"
+#include "Support/Allocations.h"
 #include "Support/RestoreHooks.h"
 
 using namespace Oxa::Core;
@@ -145,6 +147,23 @@ TEST(PlaceTables, AreNotKeptWhileNobodyTellsWhatTheyDependOn) {
   TheHooks().addCircumstances = [](AlertData& table) { table["Step"] = "2"; };
   EXPECT_EQ("2", TableOf(g_PLACE)->at("Step"));
   TestSupport::RestoreHooks(before);
+}
+
+TEST(PlaceTables, ThatHadNoMemoryForAllOfItAreNotKept) {
+  const AlertData expected = Expected(g_PLACE);
+  bool happened = true;
+  for (unsigned long failing = 1; happened; ++failing) {
+    ForgetPlaceTables();
+    {
+      const TestSupport::FailAllocation fail(failing);
+      try {
+        TableOf(g_PLACE);
+      } catch (const std::bad_alloc&) {
+      }
+      happened = fail.Happened();
+    }
+    ASSERT_EQ(expected, *TableOf(g_PLACE)) << failing;
+  }
 }
 
 TEST(PlaceTables, ComeAnewAfterTheyWereForgotten) {
