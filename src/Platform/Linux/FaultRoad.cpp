@@ -4,7 +4,6 @@
 #if defined(__x86_64__)
 
 #include <errno.h>
-#include <pthread.h>
 
 #include <atomic>
 #include <cstring>
@@ -12,6 +11,7 @@
 #include "Platform/Linux/FaultDecode.h"
 #include "Platform/Linux/FaultJumps.h"
 #include "Platform/Linux/FaultMemory.h"
+#include "Platform/Linux/FaultOwnStack.h"
 #include "Platform/Linux/FaultSignals.h"
 #include "Platform/Linux/FaultStacks.h"
 #include "Platform/Linux/FaultState.h"
@@ -239,18 +239,6 @@ void OnSignal(int signal, siginfo_t* info, void* context) {
     DealWith(*info, registers);
   }
   errno = error;
-}
-
-// The stack that the system gave the thread.
-StackRange OwnStack() noexcept {
-  pthread_attr_t attributes;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return {0, 0};
-  void* low = nullptr;
-  std::size_t size = 0;
-  pthread_attr_getstack(&attributes, &low, &size);
-  pthread_attr_destroy(&attributes);
-  const auto address = reinterpret_cast<std::uintptr_t>(low);
-  return {address, address + size};
 }
 
 }  // namespace
