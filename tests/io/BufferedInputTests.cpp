@@ -234,6 +234,19 @@ TEST(BufferedInput, SkipIsTrueWhateverFillingAnewGives) {
   }
 }
 
+TEST(BufferedInput, CountsBeyond32BitsReachTheSourceWhole) {
+  constexpr long long llMUCH = 0x100000004LL;
+  MemorySource source("abcde");
+  BufferedBinaryInputStream stream(source, 4);
+  char bytes[4] = {};
+  EXPECT_EQ('a', stream.Read());
+  EXPECT_FALSE(stream.Skip(llMUCH));
+  EXPECT_EQ(3, stream.Read(bytes, llMUCH));
+  EXPECT_EQ(-1, stream.Read(bytes, llMUCH));
+  EXPECT_EQ((Calls{"read 4", "skip 4294967297", "read 4294967297", "read 4294967300", "read 4"}),
+            source.m_calls);
+}
+
 TEST(BufferedInput, InvalidationDropsTheBuffer) {
   Ten ten(Alphabet(26));
   ten.m_buffered.Read();

@@ -91,6 +91,20 @@ TEST(BufferedOutput, ABlockOfTheBuffersSizeGoesStraightToTheSink) {
   EXPECT_EQ("0123456789abc0123456789AB", ten.m_sink.m_bytes);
 }
 
+TEST(BufferedOutput, CountsBeyond32BitsReachTheSinkWhole) {
+  class Blind : public MemorySink {
+   public:
+    using MemorySink::Write;
+    void Write(const void*, unsigned long long count) override {
+      m_calls.push_back("write " + std::to_string(count));
+    }
+  } sink;
+  BufferedBinaryOutputStream stream(sink, 4);
+  stream.Write('a');
+  stream.Write("bc", 0x100000002ULL);
+  EXPECT_EQ((Calls{"write 1", "write 4294967298"}), sink.m_calls);
+}
+
 TEST(BufferedOutput, AnEmptyBlockDoesNothingAndTakesNoLock) {
   Ten ten;
   LockSet locks;
