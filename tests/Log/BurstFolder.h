@@ -5,6 +5,7 @@
 #include <Infrastructure/OxaCore/LogManager.h>
 
 #include <cstddef>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -57,8 +58,8 @@ inline void Write(int first, int end) {
 
 /// From 0 on.
 inline std::vector<int> Numbers(int end) {
-  std::vector<int> numbers;
-  for (int number = 0; number < end; ++number) numbers.push_back(number);
+  std::vector<int> numbers(static_cast<std::size_t>(end));
+  std::iota(numbers.begin(), numbers.end(), 0);
   return numbers;
 }
 

@@ -25,6 +25,7 @@ std::function<void()> s_onCut;
 }  // namespace
 
 // In place of the system's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's names are reserved
 extern "C" int ftruncate(int file, off_t length) noexcept {
   if (s_onCut) s_onCut();
   return static_cast<int>(::syscall(SYS_ftruncate, file, length));

@@ -118,6 +118,7 @@ void KillBeforeTheQueue() {
 }  // namespace
 
 // In place of the system's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's names are reserved
 extern "C" off_t lseek(int file, off_t offset, int whence) noexcept {
   s_lengthOfFile.Pass();
   return ::syscall(SYS_lseek, file, offset, whence);
