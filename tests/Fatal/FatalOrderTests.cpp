@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 
+#include "Core/LibraryState.h"
 #include "ErrorHandling/FatalErrorReport.h"
 #include "ErrorHandling/Hooks.h"
 #include "Support/RestoreHooks.h"
@@ -119,6 +120,16 @@ TEST_F(FatalOrder, StandardErrorHasTheAlertBehindTheListeners) {
   };
   EXPECT_EXIT(die(), testing::ExitedWithCode(255),
               "told\n<.xml(.|\n)*<Circumstance>Fatal unhandled error</Circumstance>");
+}
+
+// The thread's last error is no longer looked up then.
+TEST_F(FatalOrder, WhileTheLibraryUnloadsAnUnknownErrorStandsIn) {
+  EXPECT_THROW(OXA_RAISE_ERROR("Test", LogicError("earlier")), LogicError);
+  const auto die = [] {
+    SetLibraryUnloading();
+    std::terminate();
+  };
+  EXPECT_EXIT(die(), testing::ExitedWithCode(255), "<Message>No Message</Message>");
 }
 
 TEST_F(FatalOrder, ReportThatCanNotBeOpenedHasItsNumberAllTheSame) {
