@@ -9,7 +9,6 @@
 #include "ErrorHandling/Hooks.h"
 #include "Notifications/FailureGuard.h"
 #include "Notifications/TeardownMutex.h"
-#include "Platform/ClassLine.h"
 #include "Platform/Faults.h"
 
 namespace Oxa::Core {
@@ -105,10 +104,6 @@ class NotificationSupport::Recipients {
   std::unique_ptr<NotificationListener*[]> m_many;
 };
 
-bool Notification::BeginsWith(const std::type_info& whole, const std::type_info& part) noexcept {
-  return Platform::IsInStraightLine(whole, part);
-}
-
 void Notification::NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
                              std::size_t& told) {
   while (told != count) {
@@ -170,7 +165,16 @@ void NotificationSupport::RemoveAllListeners() {
   failure.Rethrow();
 }
 
+// The copy of a list of one is read at once.
 void NotificationSupport::Deliver(Notification& notification) {
+  if (NotificationListener* const only = m_pOnly.load(std::memory_order_acquire)) {
+    TellFailuresOf([&] { notification.Notify(*only); });
+  } else {
+    DeliverToAll(notification);
+  }
+}
+
+void NotificationSupport::DeliverToAll(Notification& notification) {
   const Recipients recipients(*this);
   if (recipients.Count() == 0) return;
   const bool forward = m_eOrder == eFIRST_ADDED_FIRST;
@@ -210,6 +214,7 @@ void NotificationSupport::Publish() noexcept {
   for (auto at = m_listeners.begin(); at != m_listeners.end() && entry != uPUBLISHED; ++at) {
     m_published[entry++].store(*at, std::memory_order_release);
   }
+  m_pOnly.store(m_listeners.size() == 1 ? m_listeners.front() : nullptr, std::memory_order_release);
   m_iListeners.store(static_cast<int>(m_listeners.size()), std::memory_order_release);
   m_uVersion.store(version + 2, std::memory_order_release);
 }

@@ -61,6 +61,14 @@ void RunTogether(const std::vector<std::function<void(std::minstd_rand&)>>& jobs
   for (std::thread& thread : threads) thread.join();
 }
 
+// Hears as the second of two listeners in one object.
+class First : public NotificationListener {};
+class SecondCounter : public First, public Counter {};
+
+class TypedTick : public NotificationTo<Counter> {
+  void Tell(Counter& counter) override { ++counter.m_lHeard; }
+};
+
 // Listeners come and go while others broadcast; the one that stays hears everything.
 TEST(NotificationStress, ListenersComeAndGoDuringBroadcasts) {
   NotificationSupport support(NotificationSupport::eLAST_ADDED_FIRST);
@@ -90,6 +98,22 @@ TEST(NotificationStress, ListenersComeAndGoDuringBroadcasts) {
   RunTogether({broadcast, broadcast, change, change, look});
   EXPECT_EQ(broadcasts, permanent.m_lHeard);
   EXPECT_GT(broadcasts, 0);
+}
+
+// What an event finds out of one thread's listeners isn't taken for that of another's.
+TEST(NotificationStress, OneEventIsBroadcastByManyThreads) {
+  TypedTick tick;
+  const auto broadcast = [&tick](std::minstd_rand&) {
+    NotificationSupport support(eFIRST);
+    Counter counters[2];
+    SecondCounter seconds[2];
+    for (Counter& counter : counters) support.AddListener(counter);
+    for (SecondCounter& second : seconds) support.AddListener(static_cast<First&>(second));
+    support.Broadcast(tick);
+    for (Counter& counter : counters) EXPECT_EQ(1, counter.m_lHeard);
+    for (SecondCounter& second : seconds) EXPECT_EQ(1, second.m_lHeard);
+  };
+  RunTogether({broadcast, broadcast, broadcast});
 }
 
 // Sources and listeners die on different threads at once, whichever is first. The listeners are of the base

@@ -27,6 +27,7 @@
 #ifndef INFRASTRUCTURE_OXACORE_NOTIFICATIONS_H
 #define INFRASTRUCTURE_OXACORE_NOTIFICATIONS_H
 
+#include <Infrastructure/OxaCore/ClassLine.h>
 #include <Infrastructure/OxaCore/Export.h>
 #include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/Warning.h>
@@ -104,10 +105,6 @@ class OXACORE_API Notification {
   Notification(const Notification&) = default;
   Notification& operator=(const Notification&) = default;
 
-  /// Whether the compiler's tables tell at a glance that every object of class `whole` begins with its one, public
-  /// `part`. False proves nothing.
-  static bool BeginsWith(const std::type_info& whole, const std::type_info& part) noexcept;
-
  private:
   friend class NotificationSupport;
 
@@ -118,8 +115,9 @@ class OXACORE_API Notification {
                          std::size_t& told);
 };
 
-/// An event for listeners of one type, `Listener`: casts each and calls Tell; others are passed over. Listeners of
-/// the same class are cast once in the life of the event, so that many of them cost little. One thread at a time.
+/// An event for listeners of one type, `Listener`: casts each and calls Tell; others are passed over. Of listeners of
+/// the same class that follow one another in a broadcast only the first is cast, so that many of them cost little. Keeps nothing of
+/// a broadcast: as far as Tell allows it, several threads may broadcast one event at once.
 ///
 ///   class DoorOpened : public NotificationTo<DoorGuard> {
 ///     void Tell(DoorGuard& guard) override { guard.DoorOpened(); }
@@ -129,31 +127,32 @@ class NotificationTo : public Notification {
  public:
   /// Calls Tell if `listener` is a `Listener`.
   void Notify(NotificationListener& listener) final {
-    if (OperationsOf(listener) != m_pOperations) Learn(listener);
-    if (m_iWay != iNONE) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + m_iWay));
+    if (Listener* const mine = Find(listener)) Tell(*mine);
   }
 
  protected:
-  NotificationTo() noexcept : m_pOperations(nullptr) {}
-  NotificationTo(const NotificationTo&) noexcept : NotificationTo() {}
-  NotificationTo& operator=(const NotificationTo&) noexcept {  // NOLINT: what was learnt stays
-    return *this;
-  }
+  NotificationTo() = default;
+  NotificationTo(const NotificationTo&) = default;
+  NotificationTo& operator=(const NotificationTo&) = default;
 
   /// What the event calls of a listener.
   virtual void Tell(Listener& listener) = 0;
 
  private:
-  static constexpr std::ptrdiff_t iNONE = PTRDIFF_MIN;
-
   // As the event's own, but with one virtual call for all listeners. A fault of a listener may leave it without a
   // clean-up, depending on the host's compiler, so that each is counted before it is told.
   void NotifyAll(NotificationListener* const* first, std::ptrdiff_t step, std::size_t count,
                  std::size_t& told) final {
+    const void* operations = nullptr;
+    std::ptrdiff_t way = iNONE;
     for (std::size_t next = told; next != count;) {
       NotificationListener& listener = *first[step * static_cast<std::ptrdiff_t>(next)];
       told = ++next;
-      NotificationTo::Notify(listener);
+      if (OperationsOf(listener) != operations) {
+        operations = OperationsOf(listener);
+        way = WayFrom(listener);
+      }
+      if (way != iNONE) Tell(*reinterpret_cast<Listener*>(reinterpret_cast<char*>(&listener) + way));
     }
   }
 
@@ -165,25 +164,23 @@ class NotificationTo : public Notification {
     return operations;
   }
 
-  void Learn(NotificationListener& listener) {
-    m_pOperations = OperationsOf(listener);
+  static constexpr std::ptrdiff_t iNONE = PTRDIFF_MIN;
+
+  static std::ptrdiff_t WayFrom(NotificationListener& listener) {
     Listener* const found = Find(listener);
-    m_iWay = found ? reinterpret_cast<char*>(found) - reinterpret_cast<char*>(&listener) : iNONE;
+    return found ? reinterpret_cast<char*>(found) - reinterpret_cast<char*>(&listener) : iNONE;
   }
 
   // A cast, or what finds the same in the usual case, and sooner.
   static Listener* Find(NotificationListener& listener) {
     if constexpr (std::is_convertible_v<Listener*, NotificationListener*>) {
-      if (Notification::BeginsWith(typeid(listener), typeid(Listener))) {
+      if (IsInStraightLine(typeid(listener), typeid(Listener))) {
         auto* const begin = static_cast<Listener*>(dynamic_cast<void*>(&listener));
         if (static_cast<NotificationListener*>(begin) == &listener) return begin;
       }
     }
     return dynamic_cast<Listener*>(&listener);
   }
-
-  const void* m_pOperations;  // null: nothing is learnt, and the way is not set; most events meet nobody
-  std::ptrdiff_t m_iWay;
 };
 
 /// The list of listeners of whatever wants to publish.
@@ -227,6 +224,7 @@ class OXACORE_API NotificationSupport {
   using Listeners = std::list<NotificationListener*>;
 
   void Deliver(Notification& notification);
+  void DeliverToAll(Notification& notification);
   class Recipients;
 
   bool Knows(const NotificationListener& listener) const;
@@ -237,9 +235,10 @@ class OXACORE_API NotificationSupport {
   Mutex m_mutex;          // guards m_listeners, and writing to what follows m_eOrder
   ENotificationOrder m_eOrder;
 
-  // What those read who don't take the lock: the size of m_listeners, and its front. The version is odd while
-  // the two are being written.
+  // What those read who don't take the lock: the one listener if there is no other, else null; the size of
+  // m_listeners, and its front. The version is odd while the latter two are being written.
   static constexpr std::size_t uPUBLISHED = 16;
+  std::atomic<NotificationListener*> m_pOnly{nullptr};
   std::atomic<int> m_iListeners{0};
   std::atomic<std::uint32_t> m_uVersion{0};
   std::atomic<NotificationListener*> m_published[uPUBLISHED] = {};

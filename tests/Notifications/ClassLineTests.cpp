@@ -1,8 +1,8 @@
-#include "Platform/ClassLine.h"
+#include <Infrastructure/OxaCore/ClassLine.h>
 
 #include <gtest/gtest.h>
 
-using Oxa::Core::Platform::IsInStraightLine;
+using Oxa::Core::IsInStraightLine;
 
 namespace {
 
@@ -25,11 +25,14 @@ bool InLine() {
 
 }  // namespace
 
+TEST(ClassLine, LeadsToItself) { EXPECT_TRUE((InLine<Last, Last>())); }
+
+#ifdef __GLIBCXX__  // where the tables tell
 TEST(ClassLine, LeadsToEachSingleBase) {
-  EXPECT_TRUE((InLine<Last, Last>()));
   EXPECT_TRUE((InLine<Last, Middle>()));
   EXPECT_TRUE((InLine<Last, Base>()));
 }
+#endif
 
 TEST(ClassLine, LeadsNeitherUpNorAside) {
   EXPECT_FALSE((InLine<Middle, Last>()));
