@@ -6,13 +6,17 @@
 #include "Platform/Kill.h"
 #include "Platform/Threads.h"
 #include "Threads/ConditionTexts.h"
+#include "Threads/CountedThreads.h"
 #include "Threads/WholeMilliseconds.h"
 
 namespace Oxa::Core {
 
 namespace {
 
-constexpr unsigned int uBROADCASTING = 0x80000000u;
+constexpr std::uint64_t uBROADCASTING = 0x80000000u;
+
+// With one waiter, or none, a broadcast is a signal.
+bool AreFew(std::uint64_t waiters) { return CountIn(OfThisProcess(waiters)) <= 1; }
 
 }  // namespace
 
@@ -76,7 +80,7 @@ Platform::WaitResult Condition::WaitFor(Platform::Deadline deadline) {
 // A waiter that is killed is counted no more, or the next broadcast would wait for it.
 Platform::WaitResult Condition::SleepCounted(Platform::Deadline deadline) {
   Platform::HoldKill hold;
-  m_waiters.fetch_add(1);
+  CountOneMore(m_waiters);
   const Platform::KillCleanUp cleanUp([](void* self) { static_cast<Condition*>(self)->LeaveWait(); }, this);
   hold.Release();
   const Platform::WaitResult result = m_hConditionSignal != nullptr && m_hMutex != nullptr
@@ -90,30 +94,32 @@ Platform::WaitResult Condition::SleepCounted(Platform::Deadline deadline) {
 // Between the end of the sleep and this a signal may still come for the thread, which has no use for it. It
 // stays pending and wakes the next waiter: required, and harmless, since waiters look again.
 void Condition::LeaveWait() {
-  unsigned int before = m_waiters.load();
-  unsigned int after;
+  std::uint64_t before = m_waiters.load();
+  std::uint64_t after;
   do {
     after = before - 1;
-    if (after == uBROADCASTING) after = 0;  // the last one out ends the broadcast
+    if (CountIn(after) == uBROADCASTING) after -= uBROADCASTING;  // the last one out ends the broadcast
   } while (!m_waiters.compare_exchange_weak(before, after));
   if ((before & uBROADCASTING) == 0) return;
-  Platform::Event* const next = after == 0 ? m_hBroadcastCompleteSignal : m_hConditionSignal;
+  Platform::Event* const next = CountIn(after) == 0 ? m_hBroadcastCompleteSignal : m_hConditionSignal;
   if (next != nullptr) next->Set();
 }
 
 void Condition::Signal() {
-  if (m_waiters.load() != 0 && m_hConditionSignal != nullptr) m_hConditionSignal->Set();
+  const std::uint64_t waiters = m_waiters.load();
+  if (CountIn(waiters) == 0 || CountIn(OfThisProcess(waiters)) == 0) return;
+  if (m_hConditionSignal != nullptr) m_hConditionSignal->Set();
 }
 
 // Counting the waiters and beginning the broadcast are one step, or the last of them might leave in between
 // and nobody would end the broadcast. Where there is nothing to wait on, the waiters still wake one another.
 void Condition::Broadcast() {
-  if (m_hConditionSignal == nullptr) return;
-  unsigned int waiters = m_waiters.load();
-  if (waiters <= 1) return Signal();
+  std::uint64_t waiters = m_waiters.load();
+  if (CountIn(waiters) == 0 || m_hConditionSignal == nullptr) return;
+  if (AreFew(waiters)) return Signal();
   const Platform::HoldKill hold;
   do {
-    if (waiters <= 1) return Signal();
+    if (AreFew(waiters)) return Signal();
   } while (!m_waiters.compare_exchange_weak(waiters, waiters | uBROADCASTING));
   if (m_hBroadcastCompleteSignal == nullptr) return m_hConditionSignal->Set();
   m_hBroadcastCompleteSignal->SetAndWait(*m_hConditionSignal, Platform::Deadline::Never());

@@ -1,50 +1,48 @@
 #include <Infrastructure/OxaCore/Semaphore.h>
 
 #include <atomic>
-#include <cstdint>
 #include <thread>
 
 #include "Platform/Kill.h"
-#include "Platform/Threads.h"
+#include "Threads/CountedThreads.h"
 
 namespace Oxa::Core {
 
 namespace {
 
-using Inside = std::atomic<std::uint64_t>;
-
-constexpr int iPROCESS_FROM_BIT = 32;
-
-// The number, with the mark of this process: threads that stayed behind in the parent of a forked one will never leave.
-std::uint64_t InThisProcess(std::uint64_t inside) {
-  const std::uint64_t process = Platform::ForksSoFar();
-  return inside >> iPROCESS_FROM_BIT == process ? inside : process << iPROCESS_FROM_BIT;
-}
-
-bool IsEmpty(const Inside& inside) { return InThisProcess(inside.load()) << (64 - iPROCESS_FROM_BIT) == 0; }
-
 // Counts the calling thread, killed or not, for as long as it is there.
 class Presence {
  public:
-  explicit Presence(Inside& inside) : m_inside(inside), m_cleanUp(&Leave, &inside) {
-    std::uint64_t before = inside.load();
-    while (!inside.compare_exchange_weak(before, InThisProcess(before) + 1)) {
-    }
+  explicit Presence(std::atomic<std::uint64_t>& present) : m_present(present), m_cleanUp(&Leave, &present) {
+    CountOneMore(present);
     m_hold.Release();
   }
   Presence(const Presence&) = delete;
   Presence& operator=(const Presence&) = delete;
   ~Presence() {
     m_hold.Take();
-    Leave(&m_inside);
+    Leave(&m_present);
   }
 
  private:
-  static void Leave(void* inside) { static_cast<Inside*>(inside)->fetch_sub(1); }
+  static void Leave(void* present) { static_cast<std::atomic<std::uint64_t>*>(present)->fetch_sub(1); }
 
   Platform::HoldKill m_hold;  // first and last: the count and its clean-up come and go as one
-  Inside& m_inside;
+  std::atomic<std::uint64_t>& m_present;
   const Platform::KillCleanUp m_cleanUp;
+};
+
+// The gate's mutex until the thread is in line. A kill waits that long, or it would close the gate for good.
+struct Entry {
+  explicit Entry(Mutex& mutex) : m_lock(mutex) {}
+
+  static void Leave(void* entry) {
+    static_cast<Entry*>(entry)->m_lock.Release();
+    static_cast<Entry*>(entry)->m_hold.Release();
+  }
+
+  Platform::HoldKill m_hold;
+  Lock m_lock;
 };
 
 }  // namespace
@@ -55,7 +53,7 @@ MultiWait::MultiWait() : Semaphore(0), m_uWaiters(0), m_uInside(0) {}
 // posted for it went to somebody who took it as from a plain semaphore.
 MultiWait::~MultiWait() {
   releaseWaiters();
-  while (!IsEmpty(m_uInside)) {
+  while (CountIn(OfThisProcess(m_uInside.load())) != 0) {
     Post(1);
     std::this_thread::yield();
   }
@@ -66,21 +64,22 @@ MultiWait::~MultiWait() {
 // gate's deliberate behaviour.
 bool MultiWait::wait(Elapse* timeout) {
   const Presence presence(m_uInside);
-  Lock lock(m_mutex);
+  Entry entry(m_mutex);
   addWaiter();
-  return WaitInTurn(
-      timeout, [](void* held) { static_cast<Lock*>(held)->Release(); }, &lock);
+  return WaitInTurn(timeout, &Entry::Leave, &entry);
 }
 
 void MultiWait::addWaiter() {
   const Lock lock(m_mutex);
-  ++m_uWaiters;
+  m_uWaiters = OfThisProcess(m_uWaiters) + 1;
 }
 
 void MultiWait::releaseWaiters() {
+  const Platform::HoldKill hold;  // first: outlasts the lock
   const Lock lock(m_mutex);
-  if (m_uWaiters == 0) return;
-  Post(m_uWaiters);
+  const unsigned int waiters = CountIn(OfThisProcess(m_uWaiters));
+  if (waiters == 0) return;
+  Post(waiters);
   m_uWaiters = 0;
 }
 

@@ -4,6 +4,7 @@
 #include <Infrastructure/OxaCore/Semaphore.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 #include <thread>
 
@@ -14,6 +15,7 @@ using namespace ThreadTests;
 namespace Platform = Oxa::Core::Platform;
 using Oxa::Core::Condition;
 using Oxa::Core::Lock;
+using Oxa::Core::MultiWait;
 using Oxa::Core::Mutex;
 using Oxa::Core::OSError;
 using Oxa::Core::Semaphore;
@@ -184,6 +186,25 @@ TEST_F(KillStress, InWaitsWithoutALimit) {
   end = true;
   waker.join();
   ExpectAllInOrder(ground);
+}
+
+// Whoever dies on its way through the gate leaves it to the others.
+TEST_F(KillStress, AtAGate) {
+  Playground ground;
+  auto gate = std::make_shared<MultiWait>();
+  const auto passes = [gate](const Elapse& limit) {
+    Elapse timeout(limit);
+    gate->releaseWaiters();
+    return gate->wait(&timeout);
+  };
+  KillThoseWho(ground, iKILLS / 4, [&](TaskDirective&) { passes(Elapse(0)); });
+  const auto passed = std::make_shared<std::atomic<bool>>(false);
+  std::thread([passes, passed] {
+    while (!passes(Elapse(0))) {
+    }
+    *passed = true;
+  }).detach();
+  EXPECT_TRUE(Eventually([&] { return passed->load(); }));
 }
 
 // The mutex is the victim's alone, since it stays held where the victim died with it. Nor is it destroyed: that would

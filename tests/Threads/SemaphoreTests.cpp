@@ -47,21 +47,24 @@ std::string RaisedBy(const std::function<void()>& action) {
 const std::string sNO_OBJECT = std::strerror(EINVAL);
 
 // How many are in the gate is its own affair; an explicit instantiation is the one way past access control.
-unsigned int InsideNow(const MultiWait& gate);
+// The lower halves are the counts of this process.
+std::uint32_t InsideNow(const MultiWait& gate);
 
 template <std::atomic<std::uint64_t> MultiWait::*Inside>
 struct Look {
-  friend unsigned int InsideNow(const MultiWait& gate) { return static_cast<std::uint32_t>(gate.*Inside); }
+  friend std::uint32_t InsideNow(const MultiWait& gate) {
+    return static_cast<std::uint32_t>((gate.*Inside).load());
+  }
 };
 template struct Look<&MultiWait::m_uInside>;
 
-unsigned int CountedNow(MultiWait& gate);
+std::uint32_t CountedNow(MultiWait& gate);
 
-template <unsigned int MultiWait::*Waiters, Mutex MultiWait::*Guard>
+template <std::uint64_t MultiWait::*Waiters, Mutex MultiWait::*Guard>
 struct LookAtCount {
-  friend unsigned int CountedNow(MultiWait& gate) {
+  friend std::uint32_t CountedNow(MultiWait& gate) {
     const Lock lock(gate.*Guard);
-    return gate.*Waiters;
+    return static_cast<std::uint32_t>(gate.*Waiters);
   }
 };
 template struct LookAtCount<&MultiWait::m_uWaiters, &MultiWait::m_mutex>;

@@ -23,6 +23,7 @@
 #include <Infrastructure/OxaCore/Warning.h>
 
 #include <atomic>
+#include <cstdint>
 
 namespace Oxa::Core {
 
@@ -100,9 +101,9 @@ class OXACORE_API Condition : public IMutex {
   Platform::Event* m_hConditionSignal;
   Platform::Event* m_hBroadcastCompleteSignal;
   Platform::ReentrantLock* m_hMutex;
-  /// Threads in Wait or TimedWait, and as its top bit whether a broadcast is going on: one word, since a
-  /// broadcast must count and begin in one step.
-  std::atomic<unsigned int> m_waiters;
+  /// Threads in Wait or TimedWait, above them a bit for a broadcast that is going on, and in the upper half the process
+  /// that they belong to: one word, since a broadcast must count and begin in one step.
+  std::atomic<std::uint64_t> m_waiters;
 };
 
 }  // namespace Oxa::Core

@@ -88,10 +88,10 @@ class OXACORE_API MultiWait : public Semaphore {
  private:
   void addWaiter();
 
+  // Both counts tell in their upper half the process that they belong to.
   Mutex m_mutex;  ///< guards m_uWaiters, and keeps count and post together
-  unsigned int m_uWaiters;
-  std::atomic<std::uint64_t>
-      m_uInside;  ///< threads in wait, and above them a mark of the process that they are in
+  std::uint64_t m_uWaiters;
+  std::atomic<std::uint64_t> m_uInside;  ///< threads in wait, whom the destructor sees off
 };
 
 }  // namespace Oxa::Core

@@ -1,60 +1,18 @@
 // In a forked child nothing is handed to threads that stayed behind in the parent, and nobody waits for them.
 #include <Infrastructure/OxaCore/Semaphore.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <cstddef>
-#include <string>
 #include <thread>
 
 #include "Platform/Threads.h"
 #include "Support/ThreadSanitizer.h"
-#include "Support/ThreadState.h"
+#include "Support/WaitingThread.h"
 
 namespace {
 
 using namespace Oxa::Core::Platform;
-
-constexpr int iAS_EXPECTED = 7;
-
-/// A thread that is in a wait, or about to be, until it is told to end.
-class Waiting {
- public:
-  template <class Wait>
-  explicit Waiting(const Wait& wait)
-      : m_thread([this, wait] {
-          m_id = CurrentThreadId();
-          wait();
-        }) {
-    while (m_id == 0) std::this_thread::yield();
-    AwaitSleep();
-  }
-  ~Waiting() { m_thread.join(); }
-
- private:
-  void AwaitSleep() const {
-    while (!TestSupport::ThreadSleeps(m_id)) std::this_thread::yield();
-  }
-
-  std::atomic<unsigned long> m_id{0};
-  std::thread m_thread;
-};
-
-/// Whether `check` holds in a child, within its ten seconds.
-template <class Check>
-void ExpectInChild(const Check& check) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::alarm(10);
-    ::_exit(check() ? iAS_EXPECTED : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(child, ::waitpid(child, &status, 0));
-  EXPECT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(iAS_EXPECTED, WEXITSTATUS(status));
-}
+using TestSupport::ExpectInChild;
+using TestSupport::Waiting;
 
 TEST(WaitFork, APostIsForThoseThatAreInTheChild) {
   OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
@@ -71,6 +29,10 @@ TEST(WaitFork, APostIsForThoseThatAreInTheChild) {
       waiter.join();
       return posted && taken && semaphore->Value() == 0;
     });
+    ExpectInChild([=] {
+      const Waiting waiter([=] { semaphore->Wait(Deadline::Never()); });
+      return semaphore->Post(1) == 0;  // and the waiter ends
+    });
     semaphore->Post(2);
   }
   CountingSemaphore::Destroy(semaphore);
@@ -84,6 +46,11 @@ TEST(WaitFork, AnEventIsForThoseThatAreInTheChild) {
     ExpectInChild([=] {
       event->Set();
       return event->Wait(Deadline::InMilliseconds(0)).m_eEnd == EWaitEnd::eSIGNALLED;
+    });
+    ExpectInChild([=] {
+      const Waiting waiterInChild([=] { event->Wait(Deadline::Never()); });
+      event->Set();
+      return true;  // once the waiter has ended
     });
     event->Set();
   }

@@ -1,0 +1,83 @@
+// In a forked child nobody waits for threads that stayed behind in the parent.
+#include <Infrastructure/OxaCore/Condition.h>
+#include <Infrastructure/OxaCore/Semaphore.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+#include "Support/WaitingThread.h"
+#include "Support/ThreadSanitizer.h"
+
+using namespace Oxa::Core;
+using TestSupport::ExpectInChild;
+using TestSupport::Waiting;
+
+namespace {
+
+// Two threads wait, and both leave when all are woken.
+bool TwoCanBeWoken(Condition& condition) {
+  bool go = false;
+  int waiting = 0;
+  const auto wait = [&] {
+    const Lock lock(condition);
+    for (++waiting; !go;) condition.Wait();
+  };
+  std::thread one(wait), other(wait);
+  for (bool both = false; !both; std::this_thread::yield()) {
+    const Lock lock(condition);
+    both = waiting == 2;
+  }
+  {
+    const Lock lock(condition);
+    go = true;
+    condition.Broadcast();
+  }
+  one.join();
+  other.join();
+  return true;
+}
+
+}  // namespace
+
+TEST(WaitFork, ABroadcastIsForThoseThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  Condition condition(true);
+  bool end = false;
+  const auto wait = [&] {
+    const Lock lock(condition);
+    while (!end) condition.Wait();
+  };
+  const Waiting one(wait), other(wait);
+  ExpectInChild([&] {
+    const Lock lock(condition);
+    condition.Broadcast();
+    condition.Signal();
+    return !condition.TimedWait(Elapse(0));
+  });
+  ExpectInChild([&] { return TwoCanBeWoken(condition); });
+  const Lock lock(condition);
+  end = true;
+  condition.Broadcast();
+}
+
+TEST(WaitFork, AGateIsForThoseThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  auto gate = std::make_unique<MultiWait>();
+  const auto wait = [&] { EXPECT_TRUE(gate->wait(nullptr)); };
+  {
+    const Waiting one(wait), other(wait);
+    ExpectInChild([&] {
+      gate->releaseWaiters();
+      Elapse moment(1, Elapse::MilliSeconds);
+      return !gate->wait(&moment);
+    });
+    ExpectInChild([&] {
+      gate.reset();
+      return true;
+    });
+    gate->releaseWaiters();
+  }
+  EXPECT_EQ(0u, gate->GetCount());
+}
