@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -30,6 +31,18 @@ Owned Make(std::uint32_t initial) {
 
 EWaitEnd WaitFor(CountingSemaphore& semaphore, long long milliseconds) {
   return semaphore.Wait(Deadline::InMilliseconds(milliseconds)).m_eEnd;
+}
+
+// A thread that is in line by now, and calls `then` when it has got its one.
+std::thread StandInLine(CountingSemaphore& semaphore, std::function<void()> then) {
+  std::atomic<bool> inLine{false};
+  std::thread waiter([&semaphore, &inLine, then] {
+    const auto tell = [](void* told) { *static_cast<std::atomic<bool>*>(told) = true; };
+    EXPECT_EQ(EWaitEnd::eSIGNALLED, semaphore.WaitInTurn(Deadline::Never(), tell, &inLine).m_eEnd);
+    then();
+  });
+  EXPECT_TRUE(TestSupport::Eventually([&] { return inLine.load(); }));
+  return waiter;
 }
 
 }  // namespace
@@ -92,6 +105,31 @@ TEST(CountingSemaphore, OnePostWakesAsManyAsItAdds) {
   semaphore->Post(2);
   for (auto& waiter : waiters) waiter.join();
   EXPECT_EQ(0u, semaphore->Value());
+}
+
+TEST(CountingSemaphore, TheLongestInLineComesFirst) {
+  const Owned semaphore = Make(0);
+  std::atomic<int> through{0};
+  std::atomic<int> order[3] = {};
+  std::vector<std::thread> waiters;
+  for (auto& place : order) waiters.push_back(StandInLine(*semaphore, [&] { place = ++through; }));
+  for (int count = 1; count <= 3; ++count) {
+    EXPECT_EQ(0, semaphore->Post(1));
+    EXPECT_TRUE(TestSupport::Eventually([&] { return through == count; }));
+  }
+  for (auto& waiter : waiters) waiter.join();
+  for (int place = 0; place < 3; ++place) EXPECT_EQ(place + 1, order[place]);
+}
+
+TEST(CountingSemaphore, APostForSomebodyInLineIsNotForWhoComesLater) {
+  const Owned semaphore = Make(0);
+  for (int round = 0; round < 200; ++round) {
+    std::thread waiter = StandInLine(*semaphore, [] {});
+    EXPECT_EQ(0, semaphore->Post(1));
+    EXPECT_FALSE(semaphore->TryTake());
+    EXPECT_EQ(0u, semaphore->Value());
+    waiter.join();
+  }
 }
 
 // What was posted was taken or is still there, with waits that run out in between.

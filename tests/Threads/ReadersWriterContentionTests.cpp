@@ -1,12 +1,17 @@
 // The readers-writer mutex between threads: who waits for whom, who wakes whom, and what the trace shows.
 
+#include <Infrastructure/OxaCore/Lock.h>
 #include <Infrastructure/OxaCore/ReadersWriterMutex.h>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <set>
 #include <string>
+#include <thread>
 
+#include "Support/OtherThread.h"
 #include "Threads/ReadersWriterEither.h"
 
 namespace Oxa::Core::Testing {
@@ -107,6 +112,26 @@ TEST_P(ReadersWriterContention, ANewReaderStandsBackForAWaitingWriter) {
   ExpectTrace("RLB1,0 RL-1,0 RUB1,0 WW+0,0 WL-0,0 RY+0,0",
               "no trace of a try that meets a writer, and no broadcast where nobody waits");
   Unread(m_third);
+}
+
+/// The writer may have seen the reader on its way to the monitor, and wait for it.
+TEST_P(ReadersWriterContention, AReaderThatStandsBackWakesWhoeverWaits) {
+  Read(m_first);
+  BlockWriter(m_second);
+  Condition& monitor = MonitorOf(m_mutex);
+  std::atomic<bool> locked{false};
+  std::thread onlooker([&] {
+    const Lock lock(monitor);
+    locked = true;
+    EXPECT_TRUE(monitor.TimedWait(g_LONG));
+  });
+  EXPECT_TRUE(Eventually([&] { return locked.load(); }));
+  EXPECT_FALSE(
+      m_third.Ask([this] { return m_mutex.TryWaitReaderLock(); }));  // takes the monitor: it waits by now
+  onlooker.join();
+  Unread(m_first);
+  ASSERT_TRUE(m_second.Finish());
+  Unwrite(m_second);
 }
 
 TEST_P(ReadersWriterContention, TheWaitingWriterGoesBeforeTheReaderThatCameLater) {
@@ -320,6 +345,39 @@ TEST_P(ReadersWriterContention, AReadTakenDuringTheWriteOutlivesIt) {
   EXPECT_FALSE(CanWrite(m_second));
   Unread(m_first);
   EXPECT_TRUE(CanWrite(m_second));
+}
+
+/// Those of construction and destruction are told where nobody else can be about.
+TEST_P(ReadersWriterContention, EveryStepIsToldWithTheMonitorHeld) {
+  if (!IsTraced()) GTEST_SKIP() << "nothing is told";
+  std::set<std::string> told;
+  Trace::SetHook([&](const std::string& code) {
+    told.insert(code);
+    EXPECT_FALSE(TestSupport::OtherThreadCanLock(MonitorOf(m_mutex))) << code;
+  });
+  Read(m_first);
+  m_third.Do([this] {
+    EXPECT_TRUE(m_mutex.TryWaitReaderLock());
+    EXPECT_TRUE(m_mutex.TimedWaitReaderLock(g_LONG));
+    m_mutex.ReaderUnlock();
+    m_mutex.ReaderUnlock();
+  });
+  EXPECT_FALSE(m_second.Ask([this] { return m_mutex.TimedWaitWriterLock(g_MOMENT); }));
+  BlockWriter(m_second);
+  EXPECT_FALSE(m_third.Ask([this] { return m_mutex.TimedWaitReaderLock(g_MOMENT); }));
+  Unread(m_first);
+  ASSERT_TRUE(m_second.Finish());
+  BlockReader(m_third);
+  Unwrite(m_second);
+  ASSERT_TRUE(m_third.Finish());
+  Unread(m_third);
+  EXPECT_TRUE(CanWrite(m_first));
+  EXPECT_TRUE(m_first.Ask([this] { return m_mutex.TimedWaitWriterLock(g_LONG); }));
+  Unwrite(m_first);
+  Trace::SetHook(nullptr);
+  EXPECT_EQ((std::set<std::string>{"RL-", "RLB", "RT+", "RT<", "RT>", "RUB", "RW+", "RW>", "RY+", "WB*",
+                                   "WBR", "WL-", "WT+", "WT<", "WT>", "WW+", "WW>", "WY+"}),
+            told);
 }
 
 /// Whatever closed the way beside the monitor, it is open again when no writer is about.

@@ -109,6 +109,22 @@ TEST_P(ReadersWriterUpgrade, AfterAnUpgradeThatTimedOutTheReadLockBlocksNoWriter
   EXPECT_TRUE(CanWrite(m_third));
 }
 
+/// Another one may write beside its read lock, and then even a nested read would see what is half written.
+TEST_P(ReadersWriterUpgrade, AfterAnUpgradeThatTimedOutANestedReadWaitsForTheWriter) {
+  Read(m_first);
+  Read(m_second);
+  EXPECT_FALSE(m_first.Ask([this] { return m_mutex.TimedWaitWriterLock(g_MOMENT); }));
+  Unread(m_second);
+  m_third.Do([this] { m_mutex.WaitWriterLock(); });
+  EXPECT_FALSE(m_first.Ask([this] { return m_mutex.TryWaitReaderLock(); }));
+  EXPECT_FALSE(m_first.Ask([this] { return m_mutex.TimedWaitReaderLock(g_MOMENT); }));
+  BlockReader(m_first);
+  Unwrite(m_third);
+  ASSERT_TRUE(m_first.Finish());
+  Unread(m_first);
+  Unread(m_first);
+}
+
 TEST_P(ReadersWriterUpgrade, AnUpgradeThatTimedOutIsNotMendedByALaterUpgrade) {
   Read(m_first);
   Read(m_second);

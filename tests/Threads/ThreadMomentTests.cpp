@@ -1,12 +1,16 @@
 // What holds at the very moments at which a thread changes its state, and at those of its waits and its death.
+#include <Infrastructure/OxaCore/CommonErrors.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <chrono>
+#include <functional>
 #include <thread>
 
 #include "Threads/ThreadTestSupport.h"
 
 using namespace ThreadTests;
+using Oxa::Core::InvalidParameter;
 
 namespace {
 
@@ -68,6 +72,34 @@ TEST(ThreadMoments, ACompletionIsToldUnderTheStateThatHasChangedAlready) {
   EXPECT_TRUE(looking.m_bOthersWait);
 }
 
+// The limit runs out between the change of the state and the wake.
+TEST(ThreadMoments, AWaitThatRunsOutLooksOnceMore) {
+  class Slow : public Thread::Listener {
+   public:
+    void OnThreadComplete(SharedThread) override {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    }
+  };
+  bool ended = false;
+  for (int attempt = 0; attempt != 5 && !ended; ++attempt) {  // a busy machine may be too late for the limit
+    Slow slow;
+    std::atomic<bool> end{false};
+    const SharedThread thread = Thread::Create("");
+    thread->AddListener(slow);
+    ASSERT_TRUE(thread->Start(
+        Do([&end](TaskDirective&) { return Eventually([&end] { return end.load(); }) ? 0 : 1; }),
+        Elapse(30)));
+    std::thread waiter([&] {
+      ended = thread->TimedWaitForState(Thread::eTHREAD_NOT_RUNNING, Elapse(500, Elapse::MilliSeconds));
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // being early only makes the test weaker
+    end = true;
+    waiter.join();
+    ASSERT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+  }
+  EXPECT_TRUE(ended);
+}
+
 TEST(ThreadMoments, AnErrorIsToldUnderNoLockAndBeforeTheStateChanges) {
   bool othersWait = true;
   for (int attempt = 0; attempt != 10 && othersWait; ++attempt) {  // a busy machine may take longer
@@ -81,6 +113,37 @@ TEST(ThreadMoments, AnErrorIsToldUnderNoLockAndBeforeTheStateChanges) {
     othersWait = looking.m_bOthersWait;
   }
   EXPECT_FALSE(othersWait);
+}
+
+TEST(ThreadMoments, EachKindOfErrorIsToldBeforeTheStateChanges) {
+  class Noting : public Thread::Listener {
+   public:
+    void OnThreadError(SharedThread thread, Error&) override { m_iState = thread->GetState(); }
+    std::atomic<int> m_iState{0};
+  };
+  const auto stateWhenToldOf = [](const SharedTask& task, const std::function<void(Thread&)>& end) {
+    Noting noting;
+    const SharedThread thread = Thread::Create("");
+    thread->AddListener(noting);
+    EXPECT_TRUE(thread->Start(task));
+    EXPECT_TRUE(Eventually([&] {
+      if (thread->IsRunning()) end(*thread);
+      return thread->IsState(Thread::eTHREAD_ERROR) && thread.use_count() == 1;
+    }));
+    return noting.m_iState.load();
+  };
+  const auto nothing = [](Thread&) {};
+  EXPECT_EQ(Thread::eTHREAD_RUNNING, stateWhenToldOf(Do([](TaskDirective&) {
+                                                       OXA_RAISE_ERROR("Acme", InvalidParameter("gain"));
+                                                       return 0;
+                                                     }),
+                                                     nothing));
+  EXPECT_EQ(Thread::eTHREAD_RUNNING, stateWhenToldOf(Do([](TaskDirective&) -> int { pthread_exit(nullptr); }),
+                                                     [](Thread& thread) { thread.IsAlive(); }));
+#if !defined(__SANITIZE_THREAD__)
+  EXPECT_EQ(Thread::eTHREAD_RUNNING,
+            stateWhenToldOf(UntilStopped(), [](Thread& thread) { thread.Kill(Elapse(5)); }));
+#endif
 }
 
 TEST(ThreadMoments, EachWaitForItselfFailsItsAssertion) {

@@ -27,6 +27,10 @@ TEST(ThreadWhileUnloading, EndsWithoutTheLogAndWithoutARaise) {
   EXPECT_EQ(Thread::eTHREAD_ERROR, thread->GetState());
   EXPECT_TRUE(thread->Start(Do([](TaskDirective&) -> int { throw 1; })));
   EXPECT_TRUE(Eventually([&] { return hearing.Heard().size() == 2 && thread.use_count() == 1; }));
+  EXPECT_TRUE(thread->Start(Do([](TaskDirective&) -> int {
+    throw Oxa::Core::InvalidParameter("gain");  // a raise would return
+  })));
+  EXPECT_TRUE(Eventually([&] { return hearing.Heard().size() == 3 && thread.use_count() == 1; }));
+  EXPECT_EQ("error T: Invalid Parameter: gain = {Not Provided}", hearing.Heard().back());
   EXPECT_EQ(0, s_iLogged);
-  EXPECT_EQ(2u, hearing.Heard().size());
 }

@@ -7,8 +7,8 @@
 #include <memory>
 #include <thread>
 
-#include "Support/WaitingThread.h"
 #include "Support/ThreadSanitizer.h"
+#include "Support/WaitingThread.h"
 
 using namespace Oxa::Core;
 using TestSupport::ExpectInChild;
