@@ -107,7 +107,8 @@ class ShortGuard {
 /// Tells the processor that the calling thread spins, and takes it some dozen nanoseconds.
 void PauseInSpin() noexcept;
 
-/// Lets the calling thread's processor do what else it has to do. Gives whether there was something, by how long it took.
+/// Lets the calling thread's processor do what else it has to do. Gives whether there was something, by how long it
+/// took.
 bool YieldInSpin() noexcept;
 
 /// Tells by what happened lately how long it pays to spin before a sleep, out of which another core would have to

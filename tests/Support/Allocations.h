@@ -1,5 +1,5 @@
-// Counts allocations, tells of them, and lets one of them fail. A test program that uses this compiles Allocations.cpp too,
-// which replaces its operator new, for the library as well.
+// Counts allocations, tells of them, and lets one of them fail. A test program that uses this compiles Allocations.cpp
+// too, which replaces its operator new, for the library as well.
 #ifndef OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
 #define OXACORE_TESTS_SUPPORT_ALLOCATIONS_H
 

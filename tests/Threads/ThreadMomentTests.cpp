@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <thread>
+#include <vector>
 
 #include "Threads/ThreadTestSupport.h"
 
@@ -27,6 +30,18 @@ int CountOf(const std::string& part, const std::string& text) {
   for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
   return count;
 }
+
+// Who waits at the state is the thread's own affair, and its count the lower half of a word; an explicit instantiation
+// is the one way past access control.
+std::uint32_t WaitersOf(const Thread& thread);
+
+template <Oxa::Core::Condition Thread::*Monitor, std::atomic<std::uint64_t> Oxa::Core::Condition::*Waiters>
+struct LookAtWaiters {
+  friend std::uint32_t WaitersOf(const Thread& thread) {
+    return static_cast<std::uint32_t>((thread.*Monitor.*Waiters).load());
+  }
+};
+template struct LookAtWaiters<&Thread::m_stateCondition, &Oxa::Core::Condition::m_waiters>;
 
 // Notes the state of the thread that it hears of, and whether others get at its stop meanwhile.
 class Looking : public Thread::Listener {
@@ -158,6 +173,32 @@ TEST(ThreadMoments, EachWaitForItselfFailsItsAssertion) {
   });
   EXPECT_EQ(4, CountOf("Failed Assertion(!IsCurrentThread())", told))
       << told;  // each looks with TryWaitForState
+}
+
+// One who waits for something else stands before them in the same line.
+TEST(ThreadMoments, AnEndWakesAllThatWaitForIt) {
+  constexpr Elapse limit(20, Elapse::Seconds);
+  for (unsigned int count = 1; count <= 3; ++count) {
+    std::atomic<bool> over{false};
+    std::atomic<unsigned int> late{0};
+    const SharedThread thread = Thread::Create("Awaited");
+    const SharedTask task =
+        Do([&](TaskDirective&) { return Eventually([&] { return over.load(); }) ? 0 : 1; });
+    EXPECT_TRUE(thread->Start(task, limit));  // before that it counts as one that doesn't run
+    std::thread forStop([&] { thread->WaitForStopRequest(); });
+    EXPECT_TRUE(Eventually([&] { return WaitersOf(*thread) == 1; }));
+    std::vector<std::thread> waiters;
+    for (unsigned int waiter = 0; waiter < count; ++waiter)
+      waiters.emplace_back([&] {
+        if (TestSupport::MillisecondsOf([&] { EXPECT_TRUE(thread->WaitFor(&limit)); }) > 15000) ++late;
+      });
+    EXPECT_TRUE(Eventually([&] { return WaitersOf(*thread) == 1 + count; }));
+    over = true;
+    for (std::thread& waiter : waiters) waiter.join();
+    EXPECT_EQ(0U, late);
+    EXPECT_TRUE(thread->Start(UntilStopped(), limit) && thread->Stop(limit));
+    forStop.join();
+  }
 }
 
 // The first one ends shortly before the limit, the other one never: one limit for all, or the sum of both.

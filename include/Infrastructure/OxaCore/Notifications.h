@@ -116,8 +116,8 @@ class OXACORE_API Notification {
 };
 
 /// An event for listeners of one type, `Listener`: casts each and calls Tell; others are passed over. Of listeners of
-/// the same class that follow one another in a broadcast only the first is cast, so that many of them cost little. Keeps nothing of
-/// a broadcast: as far as Tell allows it, several threads may broadcast one event at once.
+/// the same class that follow one another in a broadcast only the first is cast, so that many of them cost little.
+/// Keeps nothing of a broadcast: as far as Tell allows it, several threads may broadcast one event at once.
 ///
 ///   class DoorOpened : public NotificationTo<DoorGuard> {
 ///     void Tell(DoorGuard& guard) override { guard.DoorOpened(); }

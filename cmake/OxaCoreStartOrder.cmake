@@ -1,0 +1,28 @@
+# What runs while a process loads the library, starts it up, logs a line and ends lies together, instead of a little in
+# each of the pages (scripts/start-order writes the list). A function that the list doesn't know, or that isn't there any
+# more, does no harm. GNU's linker has no option for that: its own script, as it shows it, is given the list. Other
+# linkers show none and do without.
+set(start_order "${CMAKE_CURRENT_SOURCE_DIR}/start-order.txt")
+set(start_script "${CMAKE_CURRENT_BINARY_DIR}/start-order.ld")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${start_order}")
+separate_arguments(linker_flags NATIVE_COMMAND "${CMAKE_CXX_FLAGS} ${CMAKE_SHARED_LINKER_FLAGS}")
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -shared ${linker_flags} -Wl,--verbose -x c++ /dev/null -o /dev/null
+  OUTPUT_VARIABLE script ERROR_QUIET)
+set(place "*(.text .stub ")
+string(REGEX REPLACE ".*=====\n(.*)\n=====.*" "\\1" script "${script}")
+string(FIND "${script}" "${place}" found)
+if(found GREATER -1)
+  file(STRINGS "${start_order}" functions REGEX "^[^#]")
+  list(TRANSFORM functions REPLACE "(.+)" "*(.text.\\1)")
+  list(JOIN functions "\n    " functions)
+  string(REPLACE "${place}" "*FaultJumps*(.text)\n    *libc_nonshared.a:*(.text)\n    ${functions}\n    ${place}"
+    script "${script}")
+  file(CONFIGURE OUTPUT "${start_script}" CONTENT "${script}\n" @ONLY)
+  check_linker_flag(CXX "LINKER:-T,${start_script}" OXACORE_HAS_START_ORDER)
+endif()
+if(BUILD_SHARED_LIBS AND OXACORE_HAS_START_ORDER AND NOT OXACORE_SANITIZE AND NOT OXACORE_COVERAGE)
+  set(OXACORE_START_ORDER "${start_order}" PARENT_SCOPE)
+  target_compile_options(OxaCoreObjects PRIVATE -ffunction-sections)
+  target_link_options(OxaCore PRIVATE "LINKER:-T,${start_script}")
+  set_property(TARGET OxaCore APPEND PROPERTY LINK_DEPENDS "${start_script}")
+endif()
