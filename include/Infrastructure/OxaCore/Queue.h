@@ -201,9 +201,9 @@ class Queue {
     }
   }
 
-  Semaphore m_semaphore;  // counts the items, and the release
+  Semaphore m_semaphore;              // counts the items, and the release
   [[maybe_unused]] char m_apart[64];  // who posts or waits shares no cache line with those that lock
-  mutable Mutex m_mutex;  // guards the items, the watermark and the release
+  mutable Mutex m_mutex;              // guards the items, the watermark and the release
   std::deque<T> m_items;
   const std::string m_name;
   const Cleanup m_cleanup;
