@@ -15,9 +15,9 @@ if(PROJECT_IS_TOP_LEVEL)
   find_program(OXACORE_CCACHE ccache)
   if(OXACORE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     # Raise sites carry the time stamp of their source file, which would defeat every cache hit; so do the tests'
-    # precompiled headers.
+    # precompiled headers. The language of messages makes no other code.
     set(CMAKE_CXX_COMPILER_LAUNCHER
-        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=time_macros,pch_defines ${OXACORE_CCACHE})
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=time_macros,pch_defines,locale ${OXACORE_CCACHE})
   endif()
 endif()
 
