@@ -30,7 +30,8 @@ void SpinForState(const Thread& thread, int mask, Platform::Deadline deadline) {
 }  // namespace
 
 // A single waiter is woken after the lock is free, or it would run into it and sleep once more; several by a broadcast,
-// of which there may be one at a time only. No kill comes between: nobody else would wake them.
+// of which there may be one at a time only. No kill comes between the change and the wake: nobody else would wake
+// them.
 void Thread::SetState(EState state) {
   Platform::HoldKill hold;
   hold.Release();
@@ -40,6 +41,7 @@ void Thread::SetState(EState state) {
                (state == eTHREAD_ERROR));
     OXA_ASSERT(m_eState != state);
     if (m_eState == state) return;
+    hold.Take();
     m_eState = state;
     if (state == eTHREAD_COMPLETED && m_listeners.HasListeners()) {
       NotifyThreadComplete notification(m_wpThis.lock());
@@ -48,7 +50,6 @@ void Thread::SetState(EState state) {
     if ((m_iAwaited & state) == 0) return;  // who waits for the end isn't woken by the beginning
     m_iAwaited = 0;                         // all wake, and tell again what they wait for
     if (!m_stateCondition.HasOneWaiter()) return m_stateCondition.Notify();
-    hold.Take();
   }
   m_stateCondition.Signal();
 }

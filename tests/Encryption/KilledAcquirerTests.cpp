@@ -32,15 +32,15 @@ unsigned int StayAtTheHeap(void* work) {
   return 0;
 }
 
-/// What becomes of a kill that comes where `work` first uses the heap.
-EKillEnd KillAtTheHeap(std::function<void()> work) {
+/// What becomes within that time of a kill that comes where `work` first uses the heap.
+EKillEnd KillAtTheHeap(std::function<void()> work, int milliseconds) {
   s_bIn = false;
   s_bGoOn = false;
   const auto thread = NativeThread::Create();
   unsigned long id = 0;
   EXPECT_EQ(0, NativeThread::Start(thread, 1 << 20, &StayAtTheHeap, &work, id));
   EXPECT_TRUE(Eventually([] { return s_bIn.load(); }));
-  const EKillEnd end = thread->Kill(0, Deadline::InMilliseconds(500)).m_eEnd;
+  const EKillEnd end = thread->Kill(0, Deadline::InMilliseconds(milliseconds)).m_eEnd;
   s_bGoOn = true;
   unsigned int code = 0;
   EXPECT_TRUE(Eventually([&] { return thread->HasEnded(code); }));
@@ -49,12 +49,12 @@ EKillEnd KillAtTheHeap(std::function<void()> work) {
 
 TEST(KilledAcquirer, GetsAndGivesBackItsProviderFirst) {
   OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
-  EXPECT_EQ(EKillEnd::eKILLED, KillAtTheHeap([] { Stay(); }));
+  EXPECT_EQ(EKillEnd::eKILLED, KillAtTheHeap([] { Stay(); }, 10000));
   HCRYPTPROV provider = 0;
   EXPECT_EQ(EKillEnd::eFAILED,
-            KillAtTheHeap([&] { AcquireProvider(nullptr, g_pDEFAULT_PROVIDER, 1, false, provider); }));
+            KillAtTheHeap([&] { AcquireProvider(nullptr, g_pDEFAULT_PROVIDER, 1, false, provider); }, 500));
   ASSERT_NE(HCRYPTPROV{0}, provider);
-  EXPECT_EQ(EKillEnd::eFAILED, KillAtTheHeap([&] { ReleaseProvider(provider); }));
+  EXPECT_EQ(EKillEnd::eFAILED, KillAtTheHeap([&] { ReleaseProvider(provider); }, 500));
 }
 
 }  // namespace

@@ -9,13 +9,14 @@
 #include <atomic>
 #include <thread>
 
+#include "Support/Eventually.h"
 #include "Support/ThreadState.h"
 
 namespace TestSupport {
 
 /// Comes back when the thread sleeps.
 inline void AwaitSleepOf(unsigned long id) {
-  while (!ThreadSleeps(id)) std::this_thread::yield();
+  EXPECT_TRUE(Eventually([id] { return ThreadSleeps(id); }));
 }
 
 /// A thread that is in a wait, or about to be, until it is told to end.

@@ -95,7 +95,7 @@ TEST_F(KillsOfTheHanded, WhatWasPostedIsForTheNext) {
   {
     const Frozen frozen(m_victim->GetThreadID());
     semaphore.Post(1);
-    EXPECT_TRUE(m_victim->Kill(Elapse(5)));
+    EXPECT_TRUE(m_victim->Kill(Elapse(60)));
   }
   EXPECT_EQ(1u, semaphore.GetCount());
   EXPECT_TRUE(semaphore.TryWait());
@@ -112,7 +112,7 @@ TEST_F(KillsOfTheHanded, ASignalIsForTheNext) {
   const TestSupport::Waiting next(wait);
   const Frozen frozen(m_victim->GetThreadID());
   condition.Signal();
-  EXPECT_TRUE(m_victim->Kill(Elapse(5)));
+  EXPECT_TRUE(m_victim->Kill(Elapse(60)));
 }
 
 // The victim doesn't run before the kill, since it yields to whoever wakes it.
@@ -128,7 +128,7 @@ TEST_F(KillsOfTheHanded, AWakeIsForTheNextSleeperOfAMutex) {
   m_victim->SetPriority(Thread::ePRIORITY_IDLE);
   const TestSupport::Waiting next([&] { const Lock lock(mutex); });
   mutex.Unlock();
-  EXPECT_TRUE(m_victim->Kill(Elapse(5)));
+  EXPECT_TRUE(m_victim->Kill(Elapse(60)));
 }
 
 // It would leave a broadcast behind that nobody waits for.
@@ -144,7 +144,7 @@ TEST_F(KillsOfTheHanded, WhoWaitsForTheEndOfABroadcastIsSparedUntilThen) {
   {
     const Frozen frozen(first.Id());
     StartVictim([&] { condition.Broadcast(); });
-    killer = std::thread([&] { killed = m_victim->Kill(Elapse(5)); });
+    killer = std::thread([&] { killed = m_victim->Kill(Elapse(60)); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));  // being early only makes the test weaker
     EXPECT_FALSE(killed);
     EXPECT_TRUE(m_victim->IsRunning());

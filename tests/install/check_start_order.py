@@ -8,7 +8,7 @@ import sys
 
 LEAST_FOUND = 0.7     # of the list: compilers split functions each in its own way
 LEAST_CLOSE = 0.95    # of those: several functions of one name may be in several files
-MOST_BYTES = 1 << 19  # from the first to the last of them
+MOST_BYTES = 1 << 18  # between them and the first function that each process calls
 
 
 def functions(library):

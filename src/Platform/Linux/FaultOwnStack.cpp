@@ -13,7 +13,8 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr rlim_t uMOST = 64 * 1024 * 1024;  // the kernel leaves more than that free below the first stack
+// The kernel leaves that much free below the first stack, but for the rarest of chances.
+constexpr rlim_t uMOST = 64 * 1024 * 1024;
 
 // The C library reads the list of all mappings for the first thread's stack, which takes longer than anything else that
 // the handling of faults does at its start. But the kernel writes the program's name to the very end of that stack.
