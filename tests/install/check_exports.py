@@ -19,16 +19,32 @@ def readelf(*arguments):
 
 
 def symbols_of(library):
-    """Name and binding of each defined dynamic symbol."""
+    """Name, binding and section of each defined dynamic symbol."""
     for line in readelf("--dyn-syms", library).splitlines():
         cells = line.split()
         if len(cells) >= 8 and cells[0].rstrip(":").isdigit() and cells[6] != "UND":
-            yield cells[7].split("@")[0], cells[4]
+            yield cells[7].split("@")[0], cells[4], cells[6]
+
+
+def writable_sections(library):
+    for line in readelf("-S", library).splitlines():
+        found = re.match(r" *\[ *(\d+)\] (\.data|\.bss) ", line)
+        if found:
+            yield found.group(1)
+
+
+def bound_variables(library):
+    """Variables that the library doesn't look up by name, so that it would miss the copy of a host."""
+    writable = set(writable_sections(library))
+    looked_up = {cells[4].split("@")[0] for cells in map(str.split, readelf("-r", library).splitlines()) if len(cells) > 4}
+    for name, _, section in symbols_of(library):
+        if section in writable and name not in looked_up:
+            yield name
 
 
 def offences(library, soname):
     names = set()
-    for name, binding in symbols_of(library):
+    for name, binding, _ in symbols_of(library):
         names.add(name)
         if binding == "UNIQUE":
             yield "%s is a unique symbol: it keeps the library loaded for ever" % name
@@ -36,6 +52,8 @@ def offences(library, soname):
             yield "%s is shown, but is none of ours" % name
     for name in sorted(EXPECTED - names):
         yield "%s is not shown" % name
+    for name in bound_variables(library):
+        yield "%s would be another variable than the copy of a host: src/variables.list leaves it out" % name
     dynamic = readelf("-d", library)
     if "NODELETE" in dynamic:
         yield "the library is linked with nodelete"
@@ -62,7 +80,7 @@ def readable(name):
 
 
 def differences(library, path):
-    listed, shown = names_in(path), {name for name, _ in symbols_of(library)}
+    listed, shown = names_in(path), {name for name, _, _ in symbols_of(library)}
     for name in sorted(listed - shown):
         yield "gone: " + readable(name)
     for name in sorted(shown - listed):
@@ -80,6 +98,6 @@ def main(library, soname, path=None):
 
 if __name__ == "__main__":
     if sys.argv[1] == "--list":
-        print(HEADING + "\n".join(sorted({name for name, _ in symbols_of(sys.argv[2])})))
+        print(HEADING + "\n".join(sorted({name for name, _, _ in symbols_of(sys.argv[2])})))
     else:
         sys.exit(main(*sys.argv[1:]))
