@@ -230,6 +230,14 @@ TEST(Oxatest, AnswersBadArguments) {
   }
 }
 
+TEST(Oxatest, TakesOptionsBehindModulesWhateverTheHabitOfTheSystem) {
+  const TestSupport::ChildResult result =
+      TestSupport::RunChild({OXATEST, BAD_MODULE, "--list"}, {"POSIXLY_CORRECT=1"});
+  EXPECT_EQ(0, result.m_iStatus);
+  EXPECT_EQ("Passes\n", result.m_sOutput);
+  EXPECT_EQ("", result.m_sError);
+}
+
 TEST(Oxatest, AnswersAnOptionWithoutItsArgument) {
   const TestSupport::ChildResult result = TestSupport::RunChild({OXATEST, BAD_MODULE, "--only"});
   EXPECT_EQ(2, result.m_iStatus);

@@ -43,8 +43,11 @@ const char* const sEMPTY = " wants a text that isn't empty";
 const char* const sBAD_REPEAT = "--repeat wants a whole number from 1 to 1000000000, not ";
 const char* const sBAD_TIMEOUT = "--timeout wants a number of seconds above 0, not ";
 
+const char* const sANY_ORDER = "-";  // modules come as options without a name, wherever they stand
+
 enum ESwitch : int {
-  eLIST = 1,
+  eMODULE = 1,  // what getopt gives for one
+  eLIST,
   eONLY,
   eDISABLE,
   eREPEAT,
@@ -90,6 +93,9 @@ bool WantsText(int option) {
 
 bool Take(int option, const char* argument, Options& options, std::string& complaint) {
   switch (option) {
+    case eMODULE:
+      options.m_modules.emplace_back(argument);
+      break;
     case eLIST:
       options.m_bList = true;
       break;
@@ -133,14 +139,15 @@ bool Take(int option, const char* argument, Options& options, std::string& compl
 
 bool ParseOptions(int argc, char** argv, Options& options, std::string& complaint) {
   int index = 0;
-  for (int found = 0; (found = ::getopt_long(argc, argv, "", s_SWITCHES, &index)) != -1;) {
+  for (int found = 0; (found = ::getopt_long(argc, argv, sANY_ORDER, s_SWITCHES, &index)) != -1;) {
     if (WantsText(found) && *::optarg == '\0')
       complaint = std::string("--") + s_SWITCHES[index].name + sEMPTY;
     if (!Take(found, ::optarg, options, complaint)) return false;
+    if (found == eMODULE) continue;
     options.m_switches.push_back(std::string("--") + s_SWITCHES[index].name);
     if (::optarg != nullptr) options.m_switches.back().append("=").append(::optarg);
   }
-  options.m_modules.assign(argv + ::optind, argv + argc);
+  options.m_modules.insert(options.m_modules.end(), argv + ::optind, argv + argc);  // behind "--"
   if (options.m_modules.empty() && !options.m_bHelp && !options.m_bVersion) complaint = sNO_MODULE;
   if (std::count(options.m_modules.begin(), options.m_modules.end(), "") > 0) complaint = sEMPTY_MODULE;
   return complaint.empty();
