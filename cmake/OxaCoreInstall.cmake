@@ -5,6 +5,12 @@ include(CMakePackageConfigHelpers)
 
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/OxaCore")
 
+# A folder that is named whole lies outside of the prefix, and takes its place here.
+set(bin_folder "${CMAKE_INSTALL_PREFIX}")
+cmake_path(APPEND bin_folder "${CMAKE_INSTALL_BINDIR}")
+set(lib_folder "${CMAKE_INSTALL_PREFIX}")
+cmake_path(APPEND lib_folder "${CMAKE_INSTALL_LIBDIR}")
+
 install(TARGETS OxaCore EXPORT OxaCoreTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
@@ -18,19 +24,24 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/OxaCoreConfigVersion.cma
 install(FILES "${PROJECT_BINARY_DIR}/OxaCoreConfig.cmake" "${PROJECT_BINARY_DIR}/OxaCoreConfigVersion.cmake"
   DESTINATION "${package}" COMPONENT development)
 
-set(pkgconfig "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
-file(RELATIVE_PATH OXACORE_PREFIX_FROM_PC "/prefix/${pkgconfig}" "/prefix")
+file(RELATIVE_PATH OXACORE_PREFIX_FROM_PC "${lib_folder}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+set(OXACORE_PC_LIBDIR "\${prefix}")
+cmake_path(APPEND OXACORE_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
+set(OXACORE_PC_INCLUDEDIR "\${prefix}")
+cmake_path(APPEND OXACORE_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
 if(NOT BUILD_SHARED_LIBS)
   set(OXACORE_PC_CFLAGS " -DOXACORE_STATIC")
   set(OXACORE_PC_LIBS " -pthread -ldl")
 endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/OxaCore.pc.in" "${PROJECT_BINARY_DIR}/OxaCore.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/OxaCore.pc" DESTINATION "${pkgconfig}" COMPONENT development)
+install(FILES "${PROJECT_BINARY_DIR}/OxaCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
 # gdb loads what has the library's full name, below a folder of its own. The prefix is known at the installation only.
 if(BUILD_SHARED_LIBS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  set(place "\${CMAKE_INSTALL_PREFIX}")
+  cmake_path(APPEND place "${CMAKE_INSTALL_LIBDIR}")
   install(FILES "${PROJECT_SOURCE_DIR}/tools/gdb/oxacore_printers.py" COMPONENT development
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${place}"
     RENAME "libOxaCore.so.${PROJECT_VERSION}-gdb.py")
 endif()
 
@@ -46,7 +57,7 @@ if(PROJECT_IS_TOP_LEVEL)
 endif()
 
 # The library's own tests start the second program; its name is the same on every system.
-file(RELATIVE_PATH from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+file(RELATIVE_PATH from_bin "${bin_folder}" "${lib_folder}")
 if(TARGET oxatest)
   set_target_properties(oxatest PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin}")
   install(TARGETS oxatest RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)

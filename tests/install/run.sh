@@ -1,5 +1,5 @@
 #!/bin/sh
-# run.sh package|pkgconfig|folder|debian SOURCE BUILD WORK
+# run.sh package|pkgconfig|elsewhere|folder|debian SOURCE BUILD WORK
 # Builds and runs a tiny host in WORK, against the library installed from BUILD or with SOURCE as a folder.
 set -eu
 way=$1 source=$2 build=$3 work=$4
@@ -77,13 +77,33 @@ check_tree() {
 with_pkgconfig() {
   command -v pkg-config >/dev/null || exit 77
   install_library
-  PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name OxaCore.pc)")
+  build_by_pkgconfig "$(dirname "$(find "$prefix" -name OxaCore.pc)")"
+}
+
+# build_by_pkgconfig FOLDER: with the file that lies there.
+build_by_pkgconfig() {
+  PKG_CONFIG_PATH=$1
   export PKG_CONFIG_PATH
   [ "$(pkg-config --modversion OxaCore)" = "$VERSION" ] || fail "pkg-config tells another version"
   "$CXX" -std=c++17 $(pkg-config --cflags OxaCore) "$here/host/host.cpp" -o "$work/plain" $(pkg-config --libs OxaCore)
   LD_LIBRARY_PATH=$(pkg-config --variable=libdir OxaCore)
   export LD_LIBRARY_PATH
   check_host "$work/plain"
+}
+
+# The folder of libraries is named whole, and lies outside of the prefix. Nothing is compiled anew.
+with_elsewhere() {
+  command -v pkg-config >/dev/null || exit 77
+  elsewhere=$work/elsewhere/lib
+  "$CMAKE" -S "$source" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
+    -DCMAKE_INSTALL_LIBDIR="$elsewhere" -DOXACORE_BUILD_TESTS=OFF -DOXACORE_BUILD_EXAMPLES=OFF \
+    -DOXACORE_BUILD_BENCHMARKS=OFF -DOXACORE_BUILD_TOOLS=OFF >"$work/configure.log"
+  cp -a "$build"/src/libOxaCore.so* "$work/build/src"
+  build=$work/build
+  install_library
+  build_by_pkgconfig "$elsewhere/pkgconfig"
+  configure_host host 2.1 -DOxaCore_DIR="$elsewhere/cmake/OxaCore"
+  [ -e "$prefix/share/gdb/auto-load$elsewhere/libOxaCore.so.$VERSION-gdb.py" ] || fail "gdb doesn't find the printers"
 }
 
 # All of the library is compiled once more, by the flags of a host: without optimisation, for the time that takes.
