@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """check_docs.py ROOT: all C++ on the pages is that of examples, whole (and with a link) or in part, and these are short
-and all shown; all links lead somewhere (to a heading where they name one), the table of the seam has all of its
-headers, and no page holds what a merge left behind."""
+and all shown; all links lead somewhere, where the pages are installed too (to a heading where they name one), the table
+of the seam has all of its headers, and no page holds what a merge left behind."""
 import os
 import re
 import sys
 import textwrap
 
 FEWEST_LINES, MOST_LINES = 20, 60
+INSTALLED = ("README.md", "CHANGELOG.md", "docs", "examples")  # what a package has of all this
 BLOCK = re.compile(r"^ *```cpp\n(.*?)^ *```\n", re.M | re.S)
 UNMERGED = re.compile(r"^(<{7}|={7}|>{7})( |$)", re.M)
 FENCE = re.compile(r"^```.*?^```$", re.M | re.S)
@@ -55,6 +56,8 @@ def link_offences(root, page):
         path = os.path.normpath(os.path.join(os.path.dirname(page), target)) if target else page
         if not os.path.exists(os.path.join(root, path)):
             yield "%s: nothing lies at %s" % (page, target)
+        elif path.split(os.sep)[0] not in INSTALLED:
+            yield "%s: %s isn't installed with the pages" % (page, target)
         elif place and place not in anchors(read(root, path)):
             yield "%s: %s has no heading for #%s" % (page, path, place)
 
