@@ -134,6 +134,28 @@ TEST(FurtherSuites, PassOnTwoThreadsAtOnce) {
   EXPECT_EQ(Texts(), threads);
 }
 
+// Ends the process as soon as it hears of what is to come: with status 0 if that is told to the letter.
+class EndsWithTheAnnouncement : public Oxa::Core::Test::Listener {
+ public:
+  void CustomNotification(const Oxa::Core::Test& test) override {
+    ::_exit(test.GetName() == sANNOUNCEMENT ? 0 : 1);
+  }
+};
+
+void RunTheLongTest() {
+  TEST_OxaRWMutex suite;
+  for (const auto& test : ChildrenOf(suite)) test->Enable(test->GetName() == sLONG);
+  EndsWithTheAnnouncement listener;
+  suite.AddListener(listener);
+  suite.RunTest();
+  ::_exit(2);
+}
+
+TEST(FurtherSuitesDeathTest, TheLongTestSaysSoWhenItBegins) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(RunTheLongTest(), testing::ExitedWithCode(0), "");
+}
+
 TEST(FurtherSuites, TheReadersWriterMutexsPasses) {
   TEST_OxaRWMutex suite;
   AutoTestTests::Tape tape;
