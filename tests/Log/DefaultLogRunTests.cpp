@@ -6,21 +6,26 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
+#include <new>
 #include <numeric>
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Log/FileLimit.h"
 #include "Log/LogFolder.h"
+#include "Support/Allocations.h"
 #include "Support/ThreadSanitizer.h"
 
 namespace {
 
-// Called when a file is about to be cut.
+// Called when a file is about to be cut, and when a place in one is asked for or set.
 std::function<void()> s_onCut;
+std::function<void()> s_onSeek;
 
 }  // namespace
 
@@ -29,6 +34,12 @@ std::function<void()> s_onCut;
 extern "C" int ftruncate(int file, off_t length) noexcept {
   if (s_onCut) s_onCut();
   return static_cast<int>(::syscall(SYS_ftruncate, file, length));
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): as above
+extern "C" off_t lseek(int file, off_t offset, int origin) noexcept {
+  if (s_onSeek) std::exchange(s_onSeek, nullptr)();
+  return ::syscall(SYS_lseek, file, offset, origin);
 }
 
 namespace {
@@ -227,6 +238,40 @@ TEST(DefaultLogRun, IsTheSameAsOneByOneWhateverHappens) {
   }
 }
 
+// --- Without memory
+
+// A failure is put down to one entry, which isn't tried once more: behind the first one only turning over can fail, which
+// is put down to the one that is in the file already.
+TEST(DefaultLogRun, HasEachEntryOnceWhateverFailsForWantOfMemoryBehindTheFirst) {
+  const Texts texts{EntryText("first" + std::string(1000, '.')), EntryText("second" + std::string(1000, '.')),
+                    EntryText("third")};
+  const Joined joined(texts);
+  bool failed = true;
+  for (unsigned long number = 1; failed; ++number) {
+    const LogFolder folder;
+    folder.Put("DefaultLog.entries", std::string(uFULL - 2000, ' '));
+    DefaultLogEntriesFile file;
+    std::size_t done = 0;
+    std::size_t lost = texts.size();
+    {
+      const TestSupport::FailAllocation failing(number);
+      try {
+        file.Write(joined.Run(), done);
+      } catch (const std::bad_alloc&) {
+        lost = done++;
+      }
+      failed = failing.Happened();
+    }
+    file.Write(joined.Run(), done);
+    const std::string all = folder.Archive() + folder.Entries();
+    for (std::size_t entry = 0; entry < texts.size(); ++entry) {
+      EXPECT_EQ(all.find(texts[entry]), all.rfind(texts[entry])) << number << ' ' << entry;
+      EXPECT_TRUE((entry == 0 && lost == 0) || all.find(texts[entry]) != std::string::npos)
+          << number << ' ' << entry;
+    }
+  }
+}
+
 // --- Others at the same time
 
 TEST(DefaultLogRun, StaysWholeAmongThoseOfOthers) {
@@ -254,17 +299,23 @@ TEST(DefaultLogRun, StaysWholeAmongThoseOfOthers) {
   }
 }
 
-// What is written without the lock goes entry by entry: another one may turn over in between.
+// What is written without the lock goes entry by entry: its owner may turn over in between, as here, when the length is
+// looked at behind the first one.
 TEST(DefaultLogRun, GoesAheadAfterTenSecondsWithoutTheLock) {
   const LogFolder folder;
   DefaultLogEntriesFile file;
   const Texts texts = Numbered(3);
   std::thread([&] {
     ASSERT_EQ(Platform::EWaitEnd::eSIGNALLED, LockOf(folder).TryLock().m_eEnd);
+    s_onSeek = [&] {
+      std::filesystem::rename(folder.File("DefaultLog.entries"), folder.File("DefaultLog.archive"));
+      LockOf(folder).Generation().fetch_add(1);
+    };
     std::thread([&] { WriteTogether(file, texts); }).join();
     LockOf(folder).Unlock();
   }).join();
-  EXPECT_EQ(Joined(texts).Text(), folder.Entries());
+  EXPECT_EQ(texts[0], folder.Archive());
+  EXPECT_EQ(texts[1] + texts[2], folder.Entries());
 }
 
 }  // namespace
