@@ -2,8 +2,12 @@
 #include <Infrastructure/OxaCore/Thread.h>
 #include <Infrastructure/OxaCore/io/BinaryPipe.h>
 
+#include <pthread.h>
+
 #include <atomic>
 #include <chrono>
+#include <csignal>
+#include <ctime>
 #include <thread>
 
 #include "Support/Eventually.h"
@@ -21,6 +25,32 @@ namespace {
 bool IsFull(BinaryPipe& pipe, unsigned long long size) {
   return Eventually([&] { return pipe.AvailableBytes() == size; });
 }
+
+constexpr double dTWO_LOOKS = 195;  // in milliseconds: a close looks every tenth of a second
+
+// A thread that stands where a signal met it, until it is let go.
+class Standstill {
+ public:
+  explicit Standstill(std::thread& thread) {
+    s_bEnd = false;
+    s_bReached = false;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+      s_bReached = true;
+      const timespec moment = {0, 1000000};
+      while (!s_bEnd) nanosleep(&moment, nullptr);
+    };
+    sigaction(SIGUSR1, &action, nullptr);
+    pthread_kill(thread.native_handle(), SIGUSR1);
+    EXPECT_TRUE(Eventually([] { return s_bReached.load(); }));
+  }
+
+  static void End() { s_bEnd = true; }
+
+ private:
+  static inline std::atomic<bool> s_bReached{false};
+  static inline std::atomic<bool> s_bEnd{false};
+};
 
 TEST(BinaryPipeWaits, AReaderWaitsForAByte) {
   BinaryPipe pipe(8, s_long, s_long);
@@ -158,7 +188,29 @@ TEST(BinaryPipeWaits, ACloseDoesntOutstayItsWriterForLong) {
     EXPECT_TRUE(IsFull(pipe, 4));
     const double closing = MillisecondsOf([&] { pipe.Close(); });
     writer.join();
-    return closing < 500;
+    return closing < dTWO_LOOKS;
+  });
+  EXPECT_TRUE(soon);
+}
+
+// It looks three times in vain.
+TEST(BinaryPipeWaits, ACloseStaysForAWriterThatTakesItsTime) {
+  const bool soon = Eventually([] {
+    BinaryPipe pipe(4, s_long, s_long);
+    std::thread writer([&] { Write(pipe, "abcdefgh"); });
+    EXPECT_TRUE(IsFull(pipe, 4));
+    const Standstill standstill(writer);
+    std::atomic<bool> closed{false};
+    std::thread closer([&] {
+      pipe.Close();
+      closed = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(350));
+    EXPECT_FALSE(closed);
+    Standstill::End();
+    const double late = MillisecondsOf([&] { closer.join(); });
+    writer.join();
+    return late < dTWO_LOOKS;
   });
   EXPECT_TRUE(soon);
 }
