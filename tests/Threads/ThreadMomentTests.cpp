@@ -185,7 +185,7 @@ TEST(ThreadMoments, AnEndWakesAllThatWaitForIt) {
     const SharedTask task =
         Do([&](TaskDirective&) { return Eventually([&] { return over.load(); }) ? 0 : 1; });
     EXPECT_TRUE(thread->Start(task, limit));  // before that it counts as one that doesn't run
-    std::thread forStop([&] { thread->WaitForStopRequest(); });
+    std::thread forStop([&] { EXPECT_TRUE(thread->TimedWaitForStopRequest(Elapse(60))); });
     EXPECT_TRUE(Eventually([&] { return WaitersOf(*thread) == 1; }));
     std::vector<std::thread> waiters;
     for (unsigned int waiter = 0; waiter < count; ++waiter)
