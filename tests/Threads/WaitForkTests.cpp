@@ -1,9 +1,12 @@
 // In a forked child nobody waits for threads that stayed behind in the parent.
 #include <Infrastructure/OxaCore/Condition.h>
 #include <Infrastructure/OxaCore/Semaphore.h>
+#include <Infrastructure/OxaCore/ThreadPool.h>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <boost/make_shared.hpp>
 #include <memory>
 #include <thread>
 
@@ -11,6 +14,7 @@
 #include "Support/WaitingThread.h"
 
 using namespace Oxa::Core;
+using TestSupport::Eventually;
 using TestSupport::ExpectInChild;
 using TestSupport::Waiting;
 
@@ -80,4 +84,19 @@ TEST(WaitFork, AGateIsForThoseThatAreInTheChild) {
     gate->releaseWaiters();
   }
   EXPECT_EQ(0u, gate->GetCount());
+}
+
+TEST(WaitFork, APoolsEndIsForThreadsThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  static std::atomic<int> s_iCalled;
+  s_iCalled = 0;
+  auto pool = std::make_unique<ThreadPool<int>>("Pool", 2);
+  pool->Start();
+  const auto count = boost::make_shared<GlobalCallbackArg<int>>([](int) { ++s_iCalled; });
+  for (int item = 0; item < 10; ++item) pool->Enqueue(count, item);
+  ASSERT_TRUE(Eventually([] { return s_iCalled == 10; }));
+  ExpectInChild([&] {
+    pool.reset();
+    return true;
+  });
 }

@@ -54,7 +54,8 @@ class ThreadPool : public Task {
 
   /// Lets the callbacks that are at work end, however long they take, and drops the items that still wait, with
   /// those that come meanwhile.
-  /// Takes at least 100 ms for each thread.
+  /// Takes at least 100 ms for each thread. In a forked child it finds threads gone that had begun in the parent, and
+  /// doesn't wait for them; but for ever for one that the fork met on its way to its beginning.
   ~ThreadPool() override {
     // A thread that was started and hasn't begun can't be told to stop, and would come too late.
     OnEachThread([](Thread& thread) { AwaitBegin(thread); });
