@@ -101,8 +101,8 @@ class OXACORE_API Condition : public IMutex {
   Platform::Event* m_hConditionSignal;
   Platform::Event* m_hBroadcastCompleteSignal;
   Platform::ReentrantLock* m_hMutex;
-  /// Threads in Wait or TimedWait, above them a bit for a broadcast that is going on, and in the upper half the process
-  /// that they belong to: one word, since a broadcast must count and begin in one step.
+  /// Threads in Wait or TimedWait, above them a bit for a broadcast that is going on, and in the upper half after how
+  /// many forks they were counted: one word, since a broadcast must count and begin in one step.
   std::atomic<std::uint64_t> m_waiters;
 };
 

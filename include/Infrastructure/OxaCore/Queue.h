@@ -4,7 +4,8 @@
 // the release on, and then try to pop. The semaphore may count more than there is: reckon with an empty pop.
 //
 // Thread safety: any thread may use any operation. Items are copied and moved under the queue's mutex, so that
-// must not wait for another user of the queue. The clean-up is called without it.
+// must not wait for another user of the queue. The clean-up is called without it. A thread that Thread::Kill
+// ends in the middle of an operation leaves the queue's mutex held, like any other: who comes after it waits for ever.
 // Failures: what copying or moving an item throws passes, and the queue is then as it was. The queue raises
 // nothing by itself, but what its Mutex and Semaphore raise passes.
 //

@@ -88,7 +88,7 @@ class OXACORE_API MultiWait : public Semaphore {
  private:
   void addWaiter();
 
-  // Both counts tell in their upper half the process that they belong to.
+  // Both counts tell in their upper half after how many forks they were begun.
   Mutex m_mutex;  ///< guards m_uWaiters, and keeps count and post together
   std::uint64_t m_uWaiters;
   std::atomic<std::uint64_t> m_uInside;  ///< threads in wait, whom the destructor sees off
