@@ -2,7 +2,8 @@
 # each of the pages (scripts/start-order writes the list). A function that the list doesn't know, or that isn't there
 # any more, does no harm. GNU's linker has no option for that: its own script, as it shows it, is given the list. Other
 # linkers show none and do without; so does a library that is a part of another project, or made for another machine,
-# since what they say of the linker isn't all known here.
+# since what they say of the linker isn't all known here. With link-time optimisation the list has no effect:
+# functions have no sections of their own then.
 if(NOT BUILD_SHARED_LIBS OR OXACORE_SANITIZE OR OXACORE_COVERAGE OR NOT PROJECT_IS_TOP_LEVEL OR CMAKE_CROSSCOMPILING
    OR CMAKE_CXX_COMPILER_TARGET OR CMAKE_LINKER_TYPE)
   return()
