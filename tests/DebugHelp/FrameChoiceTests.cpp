@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "DebugHelp/StackHostRuns.h"
+#include "Support/TemporaryFolder.h"
 #include "Support/ThreadSanitizer.h"
 
 namespace StackTests {

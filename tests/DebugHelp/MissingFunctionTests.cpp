@@ -4,6 +4,7 @@
 #include <link.h>
 
 #include "DebugHelp/StackHostRuns.h"
+#include "Support/TemporaryFolder.h"
 
 namespace StackTests {
 namespace {

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "Support/ChildProcess.h"
-#include "Support/TemporaryFolder.h"
 
 namespace StackTests {
 
@@ -62,9 +61,7 @@ inline Printed RunHost(const std::string& module, const std::string& what, int n
                        const std::vector<std::string>& environment = {}) {
   std::vector<std::string> command = {STACK_HOST, module, what, std::to_string(number)};
   command.insert(command.end(), steps.begin(), steps.end());
-  const TestSupport::TemporaryFolder logs;
-  std::vector<std::string> all = environment;
-  Printed printed{TestSupport::RunChild(command, all), {}};
+  Printed printed{TestSupport::RunChild(command, environment), {}};
   EXPECT_EQ(printed.m_child.m_iStatus, 0) << printed.All();
   std::istringstream lines(printed.m_child.m_sOutput);
   for (std::string line; std::getline(lines, line);) printed.m_lines.push_back(line);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "DebugHelp/StackHostRuns.h"
+#include "Support/TemporaryFolder.h"
 
 namespace StackTests {
 namespace {

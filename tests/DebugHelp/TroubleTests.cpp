@@ -1,6 +1,7 @@
 // Stacks where they are hard to come by.
 
 #include "DebugHelp/StackHostRuns.h"
+#include "Support/TemporaryFolder.h"
 #include "Support/ThreadSanitizer.h"
 
 namespace StackTests {

@@ -95,6 +95,7 @@ TEST(CountingSemaphore, OnePostWakesAsManyAsItAdds) {
   const Owned semaphore = Make(0);
   std::atomic<int> through{0};
   std::vector<std::thread> waiters;
+  waiters.reserve(5);
   for (int waiter = 0; waiter < 5; ++waiter)
     waiters.emplace_back([&] {
       semaphore->Wait(Deadline::Never());
@@ -138,6 +139,7 @@ TEST(CountingSemaphore, NothingIsLostOrInventedUnderContention) {
   const Owned semaphore = Make(0);
   std::atomic<int> taken{0}, posting{2};
   std::vector<std::thread> workers;
+  workers.reserve(5);
   for (int poster = 0; poster < 2; ++poster)
     workers.emplace_back([&] {
       for (int post = 0; post < posts; ++post) semaphore->Post(1);

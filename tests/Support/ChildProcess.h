@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -28,9 +29,8 @@ struct ChildResult {
 class TemporaryFile {
  public:
   TemporaryFile()
-      : m_sName(std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/oxacoreXXXXXX") {
-    m_iHandle = ::mkstemp(m_sName.data());
-  }
+      : m_sName((std::filesystem::temp_directory_path() / "oxacoreXXXXXX").string()),
+        m_iHandle(::mkstemp(m_sName.data())) {}
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
@@ -46,7 +46,7 @@ class TemporaryFile {
   }
 
  private:
-  std::string m_sName;
+  std::string m_sName;  // first: the other one's maker writes into it
   int m_iHandle;
 };
 
@@ -71,6 +71,7 @@ inline ChildResult RunChild(const std::vector<std::string>& command,
   const TemporaryFile output;
   const TemporaryFile error;
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
   const pid_t child = ::fork();

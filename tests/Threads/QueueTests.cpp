@@ -163,11 +163,11 @@ TEST(Queue, TakesASharedPointerByReferenceAndLeavesItToTheCallerWhenFull) {
   EXPECT_FALSE(queue.Push(kept));
   EXPECT_EQ(2, kept.use_count());
   EXPECT_FALSE(queue.Push(std::move(given)));
-  EXPECT_EQ(2, *given);
+  EXPECT_EQ(2, *given);  // NOLINT(bugprone-use-after-move): promised
   boost::shared_ptr<int> popped;
   queue.TryPop(popped);
   EXPECT_TRUE(queue.Push(std::move(given)));
-  EXPECT_FALSE(given);
+  EXPECT_FALSE(given);  // NOLINT(bugprone-use-after-move): what is asked
 }
 
 TEST(Queue, HoldsWhatCanOnlyBeMoved) {
