@@ -108,7 +108,7 @@ with_elsewhere() {
 
 # All of the library is compiled once more, by the flags of a host: without optimisation, for the time that takes.
 with_folder() {
-  configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0
+  configure_host folder none -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DCMAKE_UNITY_BUILD=ON
   "$CMAKE" --build "$work/folder" --parallel 2
   check_host "$work/folder/host"
   [ ! -e "$work/folder/oxacore/tests" ] || fail "a host builds our tests"
