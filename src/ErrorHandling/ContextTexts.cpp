@@ -1,7 +1,9 @@
 #include "ErrorHandling/ContextTexts.h"
 
 #include <algorithm>
+#include <array>
 #include <boost/make_shared.hpp>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -14,9 +16,31 @@ namespace {
 
 using KeptText = boost::shared_ptr<const ContextText>;
 
-constexpr int iSLOT_BITS = 7;
+constexpr int iSLOT_BITS = 4;
 
-using Slot = KeptSlot<KeptText>;
+// What is kept in one slot. A stack has some 25 tables, which don't spread evenly: with one place in each of 128 slots a
+// fifth of them drove one another out at each alert, more or fewer by where their tables lay.
+class TextSet {
+ public:
+  KeptText Find(const AlertData& table) const {
+    for (const KeptText& kept : m_texts) {
+      if (kept && &kept->m_context.GetContextInfo() == &table) return kept;
+    }
+    return KeptText();
+  }
+
+  /// `text` gets what was kept longest, and is to be let go once the slot is free again.
+  void Exchange(KeptText& text) noexcept {
+    m_texts[m_uOldest].swap(text);
+    m_uOldest = (m_uOldest + 1) % m_texts.size();
+  }
+
+ private:
+  std::array<KeptText, 8> m_texts;
+  std::size_t m_uOldest = 0;
+};
+
+using Slot = KeptSlot<TextSet>;
 
 Slot s_slots[1 << iSLOT_BITS];
 
@@ -34,15 +58,22 @@ ContextText::ContextText(const CodeContext& context, std::string element)
 
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context) {
   const AlertData& table = context.GetContextInfo();
-  return SlotOf(table).Find<KeptText>(
-      [&](const KeptText& kept) { return &kept->m_context.GetContextInfo() == &table ? kept : KeptText(); });
+  return SlotOf(table).Find<KeptText>([&](const TextSet& set) { return set.Find(table); });
 }
 
 void KeepContextText(const CodeContext& context, std::string element) {
   if (IsLibraryUnloading()) return;  // nobody would give it up
   try {
     KeptText text = boost::make_shared<const ContextText>(context, std::move(element));
-    SlotOf(context.GetContextInfo()).Keep(new KeptText(std::move(text)));
+    Slot& slot = SlotOf(context.GetContextInfo());
+    const auto exchange = [&](TextSet& set) {
+      set.Exchange(text);
+      return true;
+    };
+    if (slot.Find<bool>(exchange)) return;
+    auto set = std::make_unique<TextSet>();
+    set->Exchange(text);
+    slot.Keep(set.release());
   } catch (const std::bad_alloc&) {
     return;  // the next alert writes it anew
   }

@@ -24,7 +24,8 @@ struct ContextText {
 /// What was kept for the table that `context` shares, or null. Any thread, also in a forked child; waits for nobody.
 boost::shared_ptr<const ContextText> FindContextText(const CodeContext& context);
 
-/// Keeps it in the place of another one. Without the memory, or where somebody else is just there, nothing is kept.
+/// Keeps it, in the place of an older one where there is no room. Without the memory, or where somebody else is just
+/// there, nothing is kept.
 void KeepContextText(const CodeContext& context, std::string element);
 
 /// Gives up what is kept, once the library unloads and nothing is kept any more.

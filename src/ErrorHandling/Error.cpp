@@ -2,6 +2,8 @@
 
 #include <Infrastructure/OxaCore/Warning.h>
 
+#include <string_view>
+
 #include "Core/LibraryState.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/Hooks.h"
@@ -19,6 +21,7 @@ const char* const sRECURSION_HALTED =
 const char* const sGENERIC_HALT =
     "Detected potential infinite error recursion, halted recursion and threw this generic error";
 const char* const sLOG_NAME_OF_SLICING = "Oxa.Core.Error";
+constexpr std::string_view sDERIVED = "=>";
 constexpr int iMAX_FRAMES = 100;
 
 [[noreturn]] void HaltRecursion(Error& error) {
@@ -188,7 +191,11 @@ boost::shared_ptr<std::vector<CodeContext>> Error::CreateCallStack() {
 
 void Error::AppendInheritance(const std::type_info& type) noexcept {
   try {
-    SetData(sINHERITANCE, GetData(sINHERITANCE) + "=>" + Platform::DecoratedName(type));
+    const std::string& bases = GetData(sINHERITANCE);
+    const std::string name = Platform::DecoratedName(type);
+    std::string chain;
+    chain.reserve(bases.size() + sDERIVED.size() + name.size());
+    SetData(sINHERITANCE, chain.append(bases).append(sDERIVED).append(name));
   } catch (...) {
     // Handlers of this class will not be found; the error itself goes on.
   }

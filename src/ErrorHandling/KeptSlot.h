@@ -16,8 +16,8 @@ class KeptSlot {
  public:
   constexpr KeptSlot() noexcept = default;
 
-  /// What `take` gives for what is kept; a Result() where that is nothing, or somebody else is just there. `take` must
-  /// not throw.
+  /// What `take` gives for what is kept; a Result() where that is nothing, or somebody else is just there. `take` may
+  /// change what is kept, and must not throw.
   template <class Result, class Take>
   Result Find(const Take& take) {
     if (!m_lock.TryLock()) return Result();

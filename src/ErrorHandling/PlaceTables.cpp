@@ -2,6 +2,7 @@
 
 #include <boost/make_shared.hpp>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -54,13 +55,18 @@ class KeptTable {
 
   bool Serves(const CodePlace& place, const CircumstancesMark& mark) const {
     return m_place.m_pSignature == place.m_pSignature && m_place.m_iLine == place.m_iLine && m_mark == mark &&
-           m_rFile == place.m_pFile && m_rBuildTime == place.m_pBuildTime &&
-           m_rSignature == place.m_pSignature;
+           IsText(m_rFile, place.m_pFile) && IsText(m_rBuildTime, place.m_pBuildTime) &&
+           IsText(m_rSignature, place.m_pSignature);
   }
 
   const PlaceTable& Get() const { return m_spTable; }
 
  private:
+  // Both come from literals: one pass, where the operator would measure one of them first.
+  static bool IsText(const std::string& kept, const char* text) {
+    return std::strcmp(kept.c_str(), text) == 0;
+  }
+
   const CodePlace m_place;
   const CircumstancesMark m_mark;
   const PlaceTable m_spTable;

@@ -2,6 +2,8 @@
 
 #include <Infrastructure/OxaCore/Assert.h>
 
+#include <atomic>
+
 #include "Core/LibraryGlobals.h"
 #include "Platform/Machine.h"
 #include "Platform/Threads.h"
@@ -13,10 +15,13 @@ namespace Oxa::Core {
 
 namespace {
 
-const char* const sGLOBAL_NAME = "System";
 const char* const sPRODUCT_NAME = "OxaCore";
 const char* const sPRODUCT_VERSION = "2.1.6";
 constexpr std::size_t uBUCKETS = 8;
+
+// Known here besides in the globals: each place of an alert asks for it, and a look-up there makes a key and takes a
+// lock.
+std::atomic<System*> s_system{nullptr};
 
 std::string ToText(unsigned long id) { return std::to_string(static_cast<unsigned int>(id)); }
 
@@ -27,9 +32,14 @@ System::System()
   FindExecutable();
   Platform::OperatingSystemName(m_sOsName);
   Platform::HostName(m_sHostName);
+  System* none = nullptr;
+  s_system.compare_exchange_strong(none, this);
 }
 
-System::~System() = default;
+System::~System() {
+  System* self = this;
+  s_system.compare_exchange_strong(self, nullptr);
+}
 
 void System::FindExecutable() {
   std::string path;
@@ -40,7 +50,9 @@ void System::FindExecutable() {
   m_sProcessName = executable.leaf;
 }
 
-System* System::Instance() { return FindLibraryGlobal<System>(sGLOBAL_NAME); }
+System* System::Instance() {
+  return LibraryGlobals() != nullptr ? s_system.load(std::memory_order_acquire) : nullptr;
+}
 
 // --- What doesn't change
 
