@@ -24,11 +24,12 @@ TEST(Assert, WritesFileLineAndMessageAndGivesFalse) {
   EXPECT_FALSE(result);
 }
 
+// The queue of the log may tell there how full other tests have left it.
 TEST(Assert, LogFormWritesTheSame) {
   bool result = true;
-  EXPECT_EQ("a.cpp(0): Failed Assertion(x)\n", DebuggerOutput([&result] {
-              result = LogAssertFailed("x", CodeContext("a.cpp", -1, "", "", ""));
-            }));
+  const std::string output =
+      DebuggerOutput([&result] { result = LogAssertFailed("x", CodeContext("a.cpp", -1, "", "", "")); });
+  EXPECT_EQ(0U, output.find("a.cpp(0): Failed Assertion(x)\n")) << output;
   EXPECT_FALSE(result);
 }
 
