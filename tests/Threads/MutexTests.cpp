@@ -1,3 +1,4 @@
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/Lock.h>
 
 #include <gtest/gtest.h>
@@ -160,6 +161,17 @@ TEST(Mutex, ALockWithALimitAsksTheVirtualTryLock) {
   mutex.Lock();
   EXPECT_EQ(2u, mutex.m_timeouts.size()) << "without a limit nobody is asked";
   mutex.Unlock();
+}
+
+TEST(Mutex, ALockThatTimesOutIsNotSettledInPlace) {
+  class Settling : public ErrorHandler {
+    bool Handle(Error&) override { return true; }
+  };
+  const boost::shared_ptr<ErrorHandler> handler(new Settling);
+  AlertManager::Instance()->AddErrorHandler(typeid(LockTimeout).name(), handler);
+  StubbornMutex mutex;
+  EXPECT_THROW(mutex.Lock(Elapse(7)), LockTimeout);
+  AlertManager::Instance()->RemoveErrorHandler(typeid(LockTimeout).name(), handler);
 }
 
 TEST(Mutex, ALockThatTimesOutRaises) {

@@ -166,6 +166,8 @@ TEST(Semaphore, WhatPassesTheMaximumIsCountedButNotThere) {
   EXPECT_EQ(0x7FFFFFFFu, semaphore.GetCount());
   semaphore.Post(1);  // there is room again
   EXPECT_EQ(0x80000000u, semaphore.GetCount());
+  semaphore.Post(3);
+  EXPECT_EQ(0x80000003u, semaphore.GetCount());
 }
 
 TEST(Semaphore, AboveTheMaximumConstructionFailsTheAssertionAndWaitsRaise) {

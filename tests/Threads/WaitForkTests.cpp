@@ -5,9 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <boost/make_shared.hpp>
+#include <iterator>
 #include <memory>
+#include <new>
 #include <thread>
 
 #include "Support/ThreadSanitizer.h"
@@ -78,6 +81,13 @@ TEST(WaitFork, AGateIsForThoseThatAreInTheChild) {
       return !gate->wait(&moment);
     });
     ExpectInChild([&] {
+      {
+        const Waiting own(wait);
+        gate->releaseWaiters();
+      }
+      return gate->GetCount() == 0;  // once the waiter has ended
+    });
+    ExpectInChild([&] {
       gate.reset();
       return true;
     });
@@ -99,4 +109,26 @@ TEST(WaitFork, APoolsEndIsForThreadsThatAreInTheChild) {
     pool.reset();
     return true;
   });
+}
+
+// Who leaves the gate still writes to it.
+TEST(WaitFork, TheEndOfAGateWaitsForThoseThatAreInTheChild) {
+  OXA_SKIP_UNDER_THREAD_SANITIZER("it starts no threads in children of several threads");
+  alignas(MultiWait) unsigned char room[sizeof(MultiWait)];
+  constexpr unsigned char gone = 0x5A;
+  auto* const gate = ::new (static_cast<void*>(room)) MultiWait;
+  const auto wait = [&] { gate->wait(nullptr); };
+  {
+    const Waiting one(wait), other(wait);
+    ExpectInChild([&] {
+      {
+        const Waiting own(wait);
+        gate->~MultiWait();
+        std::fill(std::begin(room), std::end(room), gone);
+      }
+      return std::count(std::begin(room), std::end(room), gone) == sizeof room;
+    });
+    gate->releaseWaiters();
+  }
+  gate->~MultiWait();
 }

@@ -30,19 +30,36 @@ class Hanging : public AlertListener {
 
 bool NobodyIsAwaited() { return TestSupport::MillisecondsOf(&AwaitAlertsInFlight) < 500; }
 
+// A thread that raises and is kept by the listener.
+SharedThread StartTelling(const Hanging& listener) {
+  const SharedThread thread = Thread::Create("Raising");
+  EXPECT_TRUE(thread->Start(Do([](TaskDirective&) -> int {
+    TestSupport::ForgiveLeaks();  // who is killed leaves its error behind
+    OXA_RAISE_ERROR("Test", LogicError("hangs"));
+    return 0;
+  })));
+  EXPECT_TRUE(Eventually([&] { return listener.m_bTold.load(); }));
+  return thread;
+}
+
 }  // namespace
 
 TEST(AlertTraffic, ForgetsAThreadThatIsKilledWhileItTells) {
   OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
   Hanging listener;
-  const SharedThread thread = Thread::Create("Raising");
-  ASSERT_TRUE(thread->Start(Do([](TaskDirective&) -> int {
-    TestSupport::ForgiveLeaks();  // who is killed leaves its error behind
-    OXA_RAISE_ERROR("Test", LogicError("hangs"));
-    return 0;
-  })));
-  ASSERT_TRUE(Eventually([&] { return listener.m_bTold.load(); }));
+  const SharedThread thread = StartTelling(listener);
   EXPECT_FALSE(NobodyIsAwaited());
   ASSERT_TRUE(thread->Kill(Elapse(30)));
   EXPECT_TRUE(Eventually(&NobodyIsAwaited));
+}
+
+TEST(AlertTraffic, ForgetsNobodyElseWhenAThreadIsKilledThatTellsNothing) {
+  OXA_SKIP_WHERE_NOBODY_CAN_BE_KILLED();
+  const SharedThread silent = Thread::Create("Silent");
+  ASSERT_TRUE(silent->Start(UntilStopped(), Elapse(30)));
+  ASSERT_TRUE(silent->Kill(Elapse(30)));
+  Hanging listener;
+  const SharedThread thread = StartTelling(listener);
+  EXPECT_FALSE(NobodyIsAwaited());
+  ASSERT_TRUE(thread->Kill(Elapse(30)));
 }
