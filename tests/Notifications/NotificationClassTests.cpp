@@ -12,6 +12,7 @@ namespace {
 
 using namespace NotificationTests;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr auto eFIRST = NotificationSupport::eFIRST_ADDED_FIRST;
 
@@ -141,6 +142,7 @@ TEST(NotificationClasses, AVirtualBaseIsFoundAloneAndAmongOthers) {
 }
 
 TEST(NotificationClasses, AnEventForSharersPassesOverTheOther) {
+  WarningKeeper warnings;  // hears of it if the other is told all the same, and faults
   NotificationSupport support(eFIRST);
   Sharing foreign;
   Shared shared;
@@ -149,6 +151,7 @@ TEST(NotificationClasses, AnEventForSharersPassesOverTheOther) {
   support.AddListener(shared);
   BroadcastTo<EventTo<Shared>>(support, 2);
   EXPECT_THAT(shared.m_heard, ElementsAre(2));
+  EXPECT_THAT(warnings.m_messages, IsEmpty());
 }
 
 }  // namespace
