@@ -12,8 +12,9 @@ endif()
 set(start_order "${CMAKE_CURRENT_SOURCE_DIR}/start-order.txt")
 set(start_script "${CMAKE_CURRENT_BINARY_DIR}/start-order.ld")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${start_order}")
-string(TOUPPER "CMAKE_SHARED_LINKER_FLAGS_${CMAKE_BUILD_TYPE}" flags_of_type)
-separate_arguments(linker_flags NATIVE_COMMAND "${CMAKE_CXX_FLAGS} ${CMAKE_SHARED_LINKER_FLAGS} ${${flags_of_type}}")
+string(TOUPPER "${CMAKE_BUILD_TYPE}" type)
+separate_arguments(linker_flags NATIVE_COMMAND "${CMAKE_CXX_COMPILER_ARG1} ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${type}}
+  ${CMAKE_SHARED_LINKER_FLAGS} ${CMAKE_SHARED_LINKER_FLAGS_${type}}")
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} -shared ${linker_flags} -Wl,--verbose -x c++ /dev/null -o /dev/null
   OUTPUT_VARIABLE script ERROR_QUIET)
 set(place "*(.text .stub ")
