@@ -105,6 +105,7 @@ TEST(WaitFork, APoolsEndIsForThreadsThatAreInTheChild) {
   const auto count = boost::make_shared<GlobalCallbackArg<int>>([](int) { ++s_iCalled; });
   for (int item = 0; item < 10; ++item) pool->Enqueue(count, item);
   ASSERT_TRUE(Eventually([] { return s_iCalled == 10; }));
+  pool->Start();  // comes back when both have begun: one of them may have done it all
   ExpectInChild([&] {
     pool.reset();
     return true;
