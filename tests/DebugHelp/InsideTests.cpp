@@ -192,7 +192,7 @@ std::string ByWriter(Oxa::Core::AlertInfo& alert) {
 TEST(CallStackXml, ShowsTheVariablesOfEachStackThoughTheirFramesAreTheSame) {
   static std::vector<boost::shared_ptr<Stack>> s_stacks;
   if (!DebugHelp::Instance()) GTEST_SKIP() << "the library for symbols isn't installed";
-  HINSTANCE const victim = Platform::OpenLibrary(VICTIM);
+  auto* const victim = Platform::OpenLibrary(VICTIM);
   ASSERT_NE(nullptr, victim);
   for (const int number : {11, 12})
     FunctionOf(victim)("templated", number,
@@ -209,7 +209,7 @@ TEST_F(Reader, ReadsModulesAgainAfterAShortageOfMemory) {
   ASSERT_GE(Walk().size(), 3U);
   bool happened = true;
   for (unsigned long failing = 1; happened; ++failing) {
-    HINSTANCE const victim = Platform::OpenLibrary(VICTIM);
+    auto* const victim = Platform::OpenLibrary(VICTIM);
     ASSERT_NE(nullptr, victim);
     happened = WalkShortOfMemory(failing);
     static Reader* s_pReader;
@@ -278,7 +278,7 @@ bool FaultInVariables(const Platform::StackFrame& frame, void* argument) {
 
 TEST_F(FaultedReader, NeverAsksTheModuleForDebugDataAgain) {
   TestSupport::ForgiveLeaks();
-  HINSTANCE const library = Platform::OpenLibrary(VICTIM);
+  auto* const library = Platform::OpenLibrary(VICTIM);
   ASSERT_NE(nullptr, library);
   static VictimsFrame s_victim;
   s_victim = {m_pReader, 0, 0, 0};

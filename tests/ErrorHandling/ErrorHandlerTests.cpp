@@ -255,6 +255,7 @@ TEST(ErrorHandlers, HandlersOfManyThreadsTakeTurns) {
   Calls calls;
   const Registered<CriticalBase> handler(calls, "handler", true);
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([] {
       for (int raise = 0; raise < 200; ++raise) EXPECT_TRUE(RaiseInPlace<CriticalBase>());

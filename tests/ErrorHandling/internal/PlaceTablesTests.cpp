@@ -31,7 +31,7 @@ AlertData Expected(const CodePlace& place) {
 
 std::vector<std::string> InOrder(const AlertData& table) {
   std::vector<std::string> texts;
-  for (const auto& [key, value] : table) texts.push_back(key + "=" + value);
+  for (const auto& [key, value] : table) texts.emplace_back(key).append("=").append(value);
   return texts;
 }
 
@@ -118,6 +118,7 @@ TEST(PlaceTables, AreEachThreadsOwn) {
 
 TEST(PlaceTables, OfManyThreadsAtOnceAreRight) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int number = 0; number < 4; ++number)
     threads.emplace_back([] {
       const AlertData expected = Expected(g_PLACE);

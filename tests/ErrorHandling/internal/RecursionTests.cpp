@@ -205,6 +205,7 @@ TEST(Recursion, ErrorThatDiesOnAnotherThreadIsTakenOffItsOwn) {
 
 TEST(Recursion, ThreadsDoNotAddUp) {
   std::vector<std::future<int>> counts;
+  counts.reserve(2 * g_iMAX_ERROR_RECURSION_DEPTH);
   for (int i = 0; i < 2 * g_iMAX_ERROR_RECURSION_DEPTH; ++i) {
     counts.push_back(std::async(std::launch::async, [] {
       try {
