@@ -67,13 +67,13 @@ void KeepContextText(const CodeContext& context, std::string element) {
     KeptText text = boost::make_shared<const ContextText>(context, std::move(element));
     Slot& slot = SlotOf(context.GetContextInfo());
     const auto exchange = [&](TextSet& set) {
-      set.Exchange(text);
+      if (!set.Find(context.GetContextInfo())) set.Exchange(text);
       return true;
     };
     if (slot.Find<bool>(exchange)) return;
     auto set = std::make_unique<TextSet>();
     set->Exchange(text);
-    slot.Keep(set.release());
+    slot.KeepFirst(set.release());  // another thread may have been quicker
   } catch (const std::bad_alloc&) {
     return;  // the next alert writes it anew
   }

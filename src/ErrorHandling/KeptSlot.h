@@ -36,6 +36,15 @@ class KeptSlot {
     delete kept;
   }
 
+  /// As Keep, but what is there stays, and `kept` is deleted.
+  void KeepFirst(Kept* kept) noexcept {
+    if (m_lock.TryLock()) {
+      if (m_pKept == nullptr) std::swap(kept, m_pKept);
+      m_lock.Unlock();
+    }
+    delete kept;
+  }
+
  private:
   Platform::ShortLock m_lock;  // guards the other
   Kept* m_pKept = nullptr;     // owned

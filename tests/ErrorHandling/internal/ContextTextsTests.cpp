@@ -1,9 +1,11 @@
+#include <gtest/gtest.h>
 #include "ErrorHandling/ContextTexts.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <string>
 #include <vector>
+
+#include "ErrorHandling/KeptSlot.h"
 
 using namespace Oxa::Core;
 
@@ -40,4 +42,28 @@ TEST(ContextTexts, ManyTablesDoNotDriveOneAnotherOut) {
   std::size_t found = 0;
   for (const CodeContext& context : contexts) found += FindContextText(context) ? 1 : 0;
   EXPECT_GE(found, uTABLES * 82 / 100);  // one place for each hash of a table would leave some 70
+}
+
+TEST(ContextTexts, WhatIsKeptAlreadyDrivesNothingOut) {
+  const std::vector<CodeContext> contexts = MakeContexts();
+  for (const CodeContext& context : contexts) KeepContextText(context, "<Context/>\n");
+  const auto count = [&] {
+    return std::count_if(contexts.begin(), contexts.end(),
+                         [](const CodeContext& context) { return FindContextText(context) != nullptr; });
+  };
+  const auto before = count();
+  for (int time = 0; time < 20; ++time) KeepContextText(contexts.back(), "<Context/>\n");
+  EXPECT_EQ(before, count());
+}
+
+TEST(KeptSlot, WhoComesSecondLeavesWhatIsThere) {
+  KeptSlot<int> slot;
+  const auto kept = [&] { return slot.Find<int>([](int& number) { return number; }); };
+  slot.KeepFirst(new int(1));
+  slot.KeepFirst(new int(2));
+  EXPECT_EQ(1, kept());
+  slot.Keep(new int(3));
+  EXPECT_EQ(3, kept());
+  slot.Keep(nullptr);
+  EXPECT_EQ(0, kept());
 }
