@@ -26,23 +26,23 @@ class KeptSlot {
     return found;
   }
 
-  /// Takes over `kept`, null included, and deletes what was there; or deletes `kept`, where somebody else is just
-  /// there.
+  /// Takes over `kept`; or deletes it, where something is kept already, or somebody else is just there.
   void Keep(Kept* kept) noexcept {
-    if (m_lock.TryLock()) {
-      std::swap(kept, m_pKept);
-      m_lock.Unlock();
-    }
-    delete kept;
-  }
-
-  /// As Keep, but what is there stays, and `kept` is deleted.
-  void KeepFirst(Kept* kept) noexcept {
     if (m_lock.TryLock()) {
       if (m_pKept == nullptr) std::swap(kept, m_pKept);
       m_lock.Unlock();
     }
     delete kept;
+  }
+
+  /// Deletes what is kept, unless somebody else is just there.
+  void Forget() noexcept {
+    Kept* forgotten = nullptr;
+    if (m_lock.TryLock()) {
+      std::swap(forgotten, m_pKept);
+      m_lock.Unlock();
+    }
+    delete forgotten;
   }
 
  private:

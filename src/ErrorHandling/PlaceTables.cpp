@@ -3,14 +3,13 @@
 #include <boost/make_shared.hpp>
 #include <cstdint>
 #include <cstring>
-#include <new>
 #include <utility>
 
 #include "Core/Immortal.h"
 #include "ErrorHandling/AlertTraffic.h"
 #include "ErrorHandling/FunctionName.h"
 #include "ErrorHandling/Hooks.h"
-#include "ErrorHandling/KeptSlot.h"
+#include "ErrorHandling/KeptSets.h"
 #include "Platform/Faults.h"
 
 namespace Oxa::Core {
@@ -19,7 +18,6 @@ namespace {
 
 const char* const sUNKNOWN_LINE = "Unknown";
 constexpr std::size_t uBUCKETS = 8;
-constexpr std::size_t uSLOTS = 256;
 
 void StoreUnlessEmpty(AlertData& table, const std::string& key, const std::string& value) {
   if (!value.empty()) table[key] = value;
@@ -75,16 +73,13 @@ class KeptTable {
   const std::string& m_rSignature;
 };
 
-using Slot = KeptSlot<KeptTable>;
+using KeptPointer = boost::shared_ptr<const KeptTable>;
 
-Slot s_slots[uSLOTS];
+KeptSets<KeptTable, 5> s_tables;
 
-Slot& SlotOf(const CodePlace& place, const CircumstancesMark& mark) {
-  constexpr std::uint64_t uSPREAD = 0x9E3779B97F4A7C15;  // the golden ratio's
+std::uint64_t KeyOf(const CodePlace& place, const CircumstancesMark& mark) {
   const auto address = reinterpret_cast<std::uintptr_t>(place.m_pSignature);
-  const std::uint64_t hash =
-      (address + 31 * static_cast<std::uint64_t>(place.m_iLine) + mark.m_ulThread) * uSPREAD;
-  return s_slots[hash >> 56];
+  return address + 31 * static_cast<std::uint64_t>(place.m_iLine) + mark.m_ulThread;
 }
 
 PlaceTable Describe(const CodePlace& place, bool& whole) {
@@ -114,17 +109,18 @@ PlaceTable TableOf(const CodePlace& place) {
   const AlertInFlight flight;
   const CircumstancesMark mark = flight.MayProceed() ? TheHooks().markCircumstances() : CircumstancesMark();
   if (!mark.IsThere()) return Describe(place, whole);
-  Slot& slot = SlotOf(place, mark);
-  PlaceTable table = slot.Find<PlaceTable>(
-      [&](const KeptTable& kept) { return kept.Serves(place, mark) ? kept.Get() : PlaceTable(); });
+  const std::uint64_t key = KeyOf(place, mark);
+  PlaceTable table = s_tables.Find<PlaceTable>(
+      key, [&](const KeptPointer& kept) { return kept->Serves(place, mark) ? kept->Get() : PlaceTable(); });
   if (table) return table;
   table = Describe(place, whole);
-  if (whole) slot.Keep(new (std::nothrow) KeptTable(place, mark, table));
+  if (!whole) return table;
+  s_tables.Keep(
+      key, [&](const KeptPointer& kept) { return kept->Serves(place, mark); },
+      [&] { return boost::make_shared<const KeptTable>(place, mark, table); });
   return table;
 }
 
-void ForgetPlaceTables() noexcept {
-  for (Slot& slot : s_slots) slot.Keep(nullptr);
-}
+void ForgetPlaceTables() noexcept { s_tables.Forget(); }
 
 }  // namespace Oxa::Core

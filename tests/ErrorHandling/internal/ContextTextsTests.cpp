@@ -59,11 +59,12 @@ TEST(ContextTexts, WhatIsKeptAlreadyDrivesNothingOut) {
 TEST(KeptSlot, WhoComesSecondLeavesWhatIsThere) {
   KeptSlot<int> slot;
   const auto kept = [&] { return slot.Find<int>([](int& number) { return number; }); };
-  slot.KeepFirst(new int(1));
-  slot.KeepFirst(new int(2));
+  slot.Keep(new int(1));
+  slot.Keep(new int(2));
   EXPECT_EQ(1, kept());
+  slot.Forget();
+  EXPECT_EQ(0, kept());
   slot.Keep(new int(3));
   EXPECT_EQ(3, kept());
-  slot.Keep(nullptr);
-  EXPECT_EQ(0, kept());
+  slot.Forget();
 }

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstring>
 #include <new>
 #include <string>
@@ -60,6 +61,19 @@ TEST(PlaceTables, OfOnePlaceAndThreadAreShared) {
   const CodeSite site("b.cpp", 7, "now", "void f()");
   const CodeContext context = site.MakeContext();
   EXPECT_EQ(&context.GetContextInfo(), &site.MakeContext().GetContextInfo());
+}
+
+TEST(PlaceTables, OfManyPlacesDoNotDriveOneAnotherOut) {
+  constexpr unsigned uPLACES = 100;
+  const auto place = [](unsigned number) {
+    return CodePlace{"c.cpp", static_cast<int>(number * number), "now", "void h()"};
+  };
+  std::array<PlaceTable, uPLACES> tables;
+  for (unsigned number = 0; number < uPLACES; ++number) tables.at(number) = TableOf(place(number));
+  int same = 0;
+  for (unsigned number = 0; number < uPLACES; ++number)
+    same += TableOf(place(number)) == tables.at(number) ? 1 : 0;
+  EXPECT_GE(same, 92);  // one place for each hash of 256 would leave some 80
 }
 
 TEST(PlaceTables, FollowTheNamesOfProcessAndThread) {
