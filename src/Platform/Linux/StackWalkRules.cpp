@@ -100,27 +100,31 @@ bool StackWalkRules::FindCfa(const FrameRegisters& from, MemoryReader& memory, s
   return Evaluate(m_cfa.m_pOperations, m_cfa.m_uOperations, from, 0, memory, cfa, isValue);
 }
 
-bool StackWalkRules::FindValue(const Rule& rule, int number, const FrameRegisters& from, std::uint64_t cfa,
+bool StackWalkRules::FindByExpression(const Rule& rule, const FrameRegisters& from, std::uint64_t cfa,
+                                      MemoryReader& memory, std::uint64_t& value) {
+  std::uint64_t result = 0;
+  bool isValue = false;
+  if (!Evaluate(rule.m_pOperations, rule.m_uOperations, from, cfa, memory, result, isValue)) return false;
+  value = result;
+  return isValue || memory.Read(result, &value, sizeof value);
+}
+
+bool StackWalkRules::FindValue(const Rule& rule, const FrameRegisters& from, std::uint64_t cfa,
                                MemoryReader& memory, std::uint64_t& value) {
-  bool isValue = rule.m_eKind == eIS_OFFSET;
-  std::uint64_t place = cfa + static_cast<std::uint64_t>(rule.m_iOffset);
   switch (rule.m_eKind) {
-    case eUNDEFINED:
-      return false;
-    case eSAME:
-      value = from.m_context.m_registers[number];
-      return from.m_bKnown[number];
+    case eAT_OFFSET:
+      return memory.Read(cfa + static_cast<std::uint64_t>(rule.m_iOffset), &value, sizeof value);
+    case eIS_OFFSET:
+      value = cfa + static_cast<std::uint64_t>(rule.m_iOffset);
+      return true;
     case eREGISTER:
       value = from.m_context.m_registers[rule.m_uRegister];
       return from.m_bKnown[rule.m_uRegister];
     case eEXPRESSION:
-      if (!Evaluate(rule.m_pOperations, rule.m_uOperations, from, cfa, memory, place, isValue)) return false;
-      break;
+      return FindByExpression(rule, from, cfa, memory, value);
     default:
-      break;
+      return false;
   }
-  value = place;
-  return isValue || memory.Read(place, &value, sizeof value);
 }
 
 bool StackWalkRules::Apply(const FrameRegisters& from, MemoryReader& memory, FrameRegisters& caller,
@@ -129,7 +133,12 @@ bool StackWalkRules::Apply(const FrameRegisters& from, MemoryReader& memory, Fra
   for (int i = 0; i < m_iDefined; ++i) {
     const int number = m_defined[i];
     std::uint64_t value = 0;
-    if (FindValue(m_rules[number], number, from, cfa, memory, value)) caller.Set(number, value);
+    if (m_rules[number].m_eKind == eSAME) {
+      caller.m_context.m_registers[number] = from.m_context.m_registers[number];
+      caller.m_bKnown[number] = from.m_bKnown[number];
+    } else if (FindValue(m_rules[number], from, cfa, memory, value)) {
+      caller.Set(number, value);
+    }
   }
   // The stack of the caller is where it was before the call, unless the rules know better.
   if (m_rules[CONTEXT::iSTACK].m_eKind <= eSAME) caller.Set(CONTEXT::iSTACK, cfa);

@@ -54,8 +54,10 @@ class StackWalkRules {
   void ReadCfa(const Dwarf_Op* operations, std::size_t count);
   static Rule ReadRule(const Dwarf_Op* operations, std::size_t count, const Dwarf_Op* scratch);
   bool FindCfa(const FrameRegisters& from, MemoryReader& memory, std::uint64_t& cfa) const;
-  static bool FindValue(const Rule& rule, int number, const FrameRegisters& from, std::uint64_t cfa,
-                        MemoryReader& memory, std::uint64_t& value);
+  static bool FindValue(const Rule& rule, const FrameRegisters& from, std::uint64_t cfa, MemoryReader& memory,
+                        std::uint64_t& value);
+  static bool FindByExpression(const Rule& rule, const FrameRegisters& from, std::uint64_t cfa,
+                               MemoryReader& memory, std::uint64_t& value);
 
   bool m_bSignal = false;
   Rule m_cfa;
