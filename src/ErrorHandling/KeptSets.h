@@ -47,6 +47,8 @@ class KeptSets {
  public:
   using Pointer = boost::shared_ptr<const Kept>;
 
+  constexpr KeptSets() noexcept = default;
+
   /// What `take` gives for one of those that are kept under `key`, or under a key that goes to the same slot. It must
   /// not throw.
   template <class Result, class Take>
