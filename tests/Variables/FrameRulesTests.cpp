@@ -65,6 +65,10 @@ FrameRules\name:
   .cfi_undefined %rip
   end_frame_rules
 
+  frame_rules OutermostOtherwise
+  .cfi_same_value %rip
+  end_frame_rules
+
   frame_rules Signal
   .cfi_signal_frame
   end_frame_rules
@@ -79,6 +83,7 @@ void FrameRulesFrameByRegister();
 void FrameRulesFrameByExpression();
 void FrameRulesStackOfItsOwn();
 void FrameRulesOutermost();
+void FrameRulesOutermostOtherwise();
 void FrameRulesSignal();
 }
 
@@ -230,6 +235,7 @@ TEST_F(FrameRules, TheOutermostFrameHasNoCaller) {
   EXPECT_FALSE(Apply(&FrameRulesOutermost));
   EXPECT_EQ(Address(5), m_uCfa);
   ExpectUnknown(iRIP);
+  EXPECT_FALSE(Apply(&FrameRulesOutermostOtherwise)) << "it would be its own caller";
 }
 
 TEST_F(FrameRules, MemoryThatCannotBeReadGivesNothing) {
