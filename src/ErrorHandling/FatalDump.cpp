@@ -46,26 +46,10 @@ void DescribeCause(FatalErrorCause& cause, const _EXCEPTION_POINTERS& pointers) 
   cause.Add(facts.m_bWrite ? ", write to " : ", read from ").AddHex(facts.m_uTouched);
 }
 
-struct FirstWordsOf {
-  const char* m_pFolder;
-  const FatalErrorCause* m_pCause;
-  bool m_bWithInfo;
-
-  static void Write(void* argument) {
-    const FirstWordsOf& words = *static_cast<FirstWordsOf*>(argument);
-    WriteFirstWords(words.m_pFolder, words.m_bWithInfo ? AlertHooks::FatalErrorInfo() : nullptr,
-                    *words.m_pCause);
-  }
-};
-
-// The host's entries lie on a heap that may be in ruins; without them, then.
-void WriteGuarded(const char* folder, const _EXCEPTION_POINTERS& pointers) noexcept {
+void WriteCause(const char* folder, const _EXCEPTION_POINTERS& pointers) noexcept {
   FatalErrorCause cause;
   DescribeCause(cause, pointers);
-  FirstWordsOf words = {folder, &cause, true};
-  if (Platform::CallGuarded(&FirstWordsOf::Write, &words)) return;
-  words.m_bWithInfo = false;
-  Platform::CallGuarded(&FirstWordsOf::Write, &words);
+  WriteFirstWords(folder, AlertHooks::FatalErrorInfo(), cause);
 }
 
 template <class Raise>
@@ -86,7 +70,7 @@ void FatalDump::Write(const _EXCEPTION_POINTERS& pointers) noexcept {
     return;
   }
   FindFolder();
-  WriteGuarded(m_path.Get(), pointers);
+  WriteCause(m_path.Get(), pointers);
   if (MSWindows::DebugHelp::IsUnavailable()) {
     m_eOutcome = eUNAVAILABLE;
     return;

@@ -11,6 +11,7 @@
 #include "ErrorHandling/FatalErrorPath.h"
 #include "ErrorHandling/FatalErrorReadable.h"
 
+#include "Platform/Faults.h"
 #include "Platform/Files.h"
 
 namespace Oxa::Core {
@@ -89,6 +90,13 @@ class FirstWords {
     Add(">\n");
   }
 
+  /// Nothing has been added.
+  void BeginAnew() noexcept {
+    m_piece.Clear();
+    m_file.Seek(0);
+    m_file.Truncate(0);
+  }
+
  private:
   static constexpr std::size_t uPIECE = 1024;
 
@@ -111,6 +119,16 @@ class FirstWords {
 
   Platform::FileHandle& m_file;
   FixedText<uPIECE + 1> m_piece;
+};
+
+struct Entries {
+  FirstWords* m_pWords;
+  const AlertData* m_pInfo;
+
+  static void Add(void* argument) {
+    const Entries& entries = *static_cast<const Entries*>(argument);
+    for (const auto& [key, value] : *entries.m_pInfo) entries.m_pWords->AddElement(key, value);
+  }
 };
 
 // The text of a report, which reaches its file in one piece: if composing it never comes to an end, or there is no room
@@ -158,8 +176,10 @@ void WriteFirstWords(const char* folder, const AlertData* info, const FatalError
   if (code != 0) return;
   FirstWords words(file);
   words.Add(sPROLOG);
-  if (info != nullptr) {
-    for (const auto& [key, value] : *info) words.AddElement(key, value);
+  Entries entries = {&words, info};
+  if (info != nullptr && !Platform::CallGuarded(&Entries::Add, &entries)) {
+    words.BeginAnew();
+    words.Add(sPROLOG);
   }
   words.Add(sMESSAGE);
   words.Add(sCAUSE_BEGINS);

@@ -13,7 +13,8 @@ namespace Oxa::Core {
 using FatalErrorCause = FixedText<512>;
 
 /// Puts a report of nothing but `info` (which may be null) and `cause` where the next one will stand, for the case that
-/// it never will. Allocates nothing. Replaces no file.
+/// it never will. Allocates nothing. Replaces no file. The entries may lie on a heap that is in ruins: where they can't
+/// be read, the report does without.
 void WriteFirstWords(const char* folder, const AlertData* info, const FatalErrorCause& cause) noexcept;
 
 /// Writes the report into `folder`, whose name ends in a separator: ErrorInfo.xml, then ErrorInfo3.xml, ErrorInfo4.xml.

@@ -6,10 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -184,6 +186,9 @@ TEST(FatalText, WhatXmlCanHoldStaysAsItIs) {
   const std::string text = "a <b> &\t\n\r \xC2\xB5 \xE2\x82\xAC \xF0\x9F\x98\x80 \xED\x9F\xBF \xEF\xBF\xBD";
   EXPECT_EQ(text, AsReadableXml(text));
   EXPECT_EQ("", AsReadableXml(""));
+  for (const char* edge : {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEE\x80\x80", "\xF0\x90\x80\x80",
+                           "\xF4\x8F\xBF\xBF"})
+    EXPECT_EQ(edge, AsReadableXml(edge));
 }
 
 TEST(FatalText, OtherBytesBecomeTheCharactersOfTheirNumbers) {
@@ -229,6 +234,38 @@ TEST(FatalReport, LongEntriesAreInTheFirstWordsWhole) {
   const AlertData info = {{"Long", value}};
   WriteFirstWords(folder.File("").c_str(), &info, {});
   EXPECT_THAT(folder.Read("ErrorInfo.xml"), testing::HasSubstr("<Long>" + value + "</Long>"));
+}
+
+// A text part of which can't be read while this stands.
+class Ruin {
+ public:
+  explicit Ruin(const std::string& text) {
+    const auto place = reinterpret_cast<std::uintptr_t>(text.data());
+    m_pPage = reinterpret_cast<void*>((place / m_uPage + 1) * m_uPage);
+    ::mprotect(m_pPage, m_uPage, PROT_NONE);
+  }
+  Ruin(const Ruin&) = delete;
+  Ruin& operator=(const Ruin&) = delete;
+  ~Ruin() { ::mprotect(m_pPage, m_uPage, PROT_READ | PROT_WRITE); }
+
+ private:
+  const std::size_t m_uPage = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  void* m_pPage;
+};
+
+TEST(FatalReport, FirstWordsDoWithoutEntriesThatCannotBeRead) {
+  const TemporaryFolder whole;
+  const TemporaryFolder folder;
+  FatalErrorCause cause;
+  cause.Add("first");
+  WriteFirstWords(whole.File("").c_str(), nullptr, cause);
+  const AlertData info = {{"Serial", "18"}, {"Long", std::string(1U << 20U, 'v')}};
+  {
+    const Ruin ruin(info.at("Long"));
+    WriteFirstWords(folder.File("").c_str(), &info, cause);
+  }
+  EXPECT_EQ(whole.Read("ErrorInfo.xml"), folder.Read("ErrorInfo.xml"));
+  EXPECT_THAT(folder.Read("ErrorInfo.xml"), testing::HasSubstr("<Cause>first</Cause>"));
 }
 
 TEST(FatalReport, ReplacesLongerFirstWordsWhole) {
