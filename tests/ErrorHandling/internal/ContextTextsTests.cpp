@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
 #include "ErrorHandling/ContextTexts.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#include "ErrorHandling/KeptSlot.h"
 
 using namespace Oxa::Core;
 
@@ -54,17 +53,4 @@ TEST(ContextTexts, WhatIsKeptAlreadyDrivesNothingOut) {
   const auto before = count();
   for (int time = 0; time < 20; ++time) KeepContextText(contexts.back(), "<Context/>\n");
   EXPECT_EQ(before, count());
-}
-
-TEST(KeptSlot, WhoComesSecondLeavesWhatIsThere) {
-  KeptSlot<int> slot;
-  const auto kept = [&] { return slot.Find<int>([](int& number) { return number; }); };
-  slot.Keep(new int(1));
-  slot.Keep(new int(2));
-  EXPECT_EQ(1, kept());
-  slot.Forget();
-  EXPECT_EQ(0, kept());
-  slot.Keep(new int(3));
-  EXPECT_EQ(3, kept());
-  slot.Forget();
 }
