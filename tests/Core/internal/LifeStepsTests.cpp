@@ -1,6 +1,7 @@
 // The steps of start-up and unloading, each case in a child of its own.
 #include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/CommonErrors.h>
+#include <Infrastructure/OxaCore/LogManager.h>
 #include <Infrastructure/OxaCore/OxaCore.h>
 #include <Infrastructure/OxaCore/Singleton.h>
 #include <Infrastructure/OxaCore/System.h>
@@ -9,13 +10,16 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <string>
 
 #include "Core/LibraryGlobals.h"
 #include "Core/LibraryState.h"
 #include "Core/Life.h"
+#include "ErrorHandling/ContextTexts.h"
 #include "ErrorHandling/Hooks.h"
+#include "ErrorHandling/PlaceTables.h"
 
 namespace {
 
@@ -60,6 +64,14 @@ class Entry : public ISingletonRegistryEntry {
 
 // A child that was forked off leaves the shut-down to its parent; this one is to be the parent itself.
 void OwnTheLibrary() { BeginLife(); }
+
+constexpr CodePlace g_PLACE{"a.cpp", 1, "now", "void f()"};
+
+CodeContext AnyContext() {
+  AlertData table;
+  table[CodeContext::sLINE] = "1";
+  return CodeContext(table, AlertData());
+}
 
 void CountAdapterUse() {
   TheHooks().useFaultAdapter = [] { s_steps += "use "; };
@@ -136,6 +148,54 @@ TEST(LifeDeathTest, UnloadingSetsItsFlagBeforeItPerformsAMissedShutdown) {
         Expect("destroyed while unloading, raise returned");
       },
       testing::ExitedWithCode(0), "raised by a dying singleton");
+}
+
+TEST(LifeDeathTest, UnloadingLeavesATerminateHandlerOfTheHostInForce) {
+  EXPECT_EXIT(
+      {
+        OwnTheLibrary();
+        std::set_terminate(&std::abort);
+        UnloadRoutine();
+        s_steps = std::get_terminate() == &std::abort ? "the host's" : "another";
+        Expect("the host's");
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(LifeDeathTest, UnloadingGivesUpWhatIsKeptFromAlertToAlertAndKeepsNothingMore) {
+  EXPECT_EXIT(
+      {
+        OwnTheLibrary();
+        const CodeContext context = AnyContext();
+        KeepContextText(context, "<Context/>\n");
+        const PlaceTable table = TableOf(g_PLACE);
+        if (!FindContextText(context) || TableOf(g_PLACE) != table) std::_Exit(2);
+        UnloadRoutine();
+        s_steps += FindContextText(context) ? "text" : "no text";
+        s_steps += ", owners of the table: " + std::to_string(table.use_count());
+        KeepContextText(context, "<Context/>\n");
+        s_steps += FindContextText(context) ? ", text" : ", no text";
+        const PlaceTable later = TableOf(g_PLACE);
+        s_steps += TableOf(g_PLACE) == later ? ", one table" : ", tables of their own";
+        Expect("no text, owners of the table: 1, no text, tables of their own");
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(LifeDeathTest, OnlyTheProcessThatLoadedTheLibraryEndsTheLog) {
+  EXPECT_EXIT(
+      {
+        Shutdown();
+        std::_Exit(LogManager::Instance() != nullptr ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        OwnTheLibrary();
+        Shutdown();
+        std::_Exit(LogManager::Instance() == nullptr ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST(LifeDeathTest, SecondShutdownDoesNothing) {
