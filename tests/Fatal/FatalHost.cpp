@@ -236,11 +236,12 @@ void Again(int& times, void (*die)()) {
 }
 
 // A child that dies while its parent does.
-void ForkAndDie() {
+void ForkAndDie(void (*die)()) {
   const pid_t child = ::fork();
-  if (child == 0) Fault();
+  if (child == 0) die();
   int status = 0;
-  if (::waitpid(child, &status, 0) == child) Say("the child's end: " + std::to_string(WEXITSTATUS(status)));
+  if (::waitpid(child, &status, 0) != child) return;
+  Say("the child's end: " + std::to_string(WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status)));
 }
 
 void SayPlaces() {
@@ -279,7 +280,10 @@ const std::map<std::string, std::function<void(const std::string&)>> SETTINGS = 
        SayBuffering();
        TheWitness().m_atEnd = &SayBuffering;
      }},
-    {"fork-at-end", [](const std::string&) { TheWitness().m_atEnd = &ForkAndDie; }},
+    {"fork-at-end",
+     [](const std::string& way) {
+       TheWitness().m_atEnd = [=] { ForkAndDie(way == "terminate" ? &std::terminate : &Fault); };
+     }},
     {"say-places", [](const std::string&) { SayPlaces(); }},
     {"hang-at-end", [](const std::string&) { TheWitness().m_atEnd = &Hang; }},
     {"hang-at-warning", [](const std::string&) { TheWitness().m_atWarning = &Hang; }},

@@ -261,6 +261,9 @@ TEST(Fatal, ChildThatWasForkedOffOnTheWayDiesToo) {
   const ChildResult result = Die(folder, {"error", "fork-at-end"});
   ExpectOrderlyDeath(result, folder, sUNCAUGHT);
   EXPECT_THAT(result.m_sOutput, HasSubstr("the child's end: 255\n"));
+  EXPECT_THAT(Die(TemporaryFolder(), {"untranslated", "signal", "fork-at-end=terminate"}).m_sOutput,
+              HasSubstr("the child's end: " + std::to_string(-SIGABRT) + "\n"))
+      << "that of its own death";
 }
 
 TEST(Fatal, ListenerMayEndTheProcessItsOwnWay) {
@@ -296,11 +299,12 @@ TEST(Fatal, WithoutEntriesTheErrorComesFirst) {
 
 TEST(Fatal, EntriesThatAreNoXmlSpoilNothing) {
   const TemporaryFolder folder;
-  Die(folder, {"error", "info=1st <key>:5 \xB5m\x01", "info=:empty"});
+  Die(folder, {"error", "info=1st <key>:5 \xB5m\x01", "info=:empty", "info=Rack_3.a-b:6"});
   const std::string report = ReadFile(RecordsIn(folder) + "ErrorInfo.xml");
   EXPECT_TRUE(IsWellFormed(report)) << report;
   EXPECT_THAT(report, HasSubstr("<_1st__key_>5 \xC2\xB5m?</_1st__key_>"));
   EXPECT_THAT(report, HasSubstr("<_>empty</_>"));
+  EXPECT_THAT(report, HasSubstr("<Rack_3.a-b>6</Rack_3.a-b>"));
 }
 
 TEST(Fatal, BasePathIsMadeWithAllItsFolders) {

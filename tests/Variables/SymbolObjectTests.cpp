@@ -127,6 +127,17 @@ TEST(SymbolObject, BitFieldsThatLieInNineBytes) {
   EXPECT_EQ("{unsigned long m_wide = 872598902250670087}", ValueOf(type, bytes));
 }
 
+TEST(SymbolObject, BitFieldsOfAWholeWord) {
+  const std::uint64_t word = 0xFEDCBA9876543210;
+  const TypeFacts wide = Basic(14, 8);
+  TypeFacts type = Class("Bits", 8);
+  AddMember(type, "m_wide", wide, 0);
+  type.m_members.back().m_uBitSize = 64;
+  EXPECT_EQ("{unsigned long m_wide = 18364758544493064720}", ValueOf(type, word));
+  type.m_members.back().m_uBitSize = 63;
+  EXPECT_EQ("{unsigned long m_wide = 9141386507638288912}", ValueOf(type, word));
+}
+
 TEST(SymbolObject, VirtualBasesAreFoundInTheObject) {
   struct Object {
     std::uint64_t distance;
@@ -190,6 +201,7 @@ TEST(SymbolArray, ShowsSixteenElements) {
   EXPECT_EQ("{}", ValueOf(ArrayOf(element, 0), values));
   EXPECT_EQ("{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, ...}",
             ValueOf(ArrayOf(element, 20), values));
+  EXPECT_EQ("{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}", ValueOf(ArrayOf(element, 16), values));
   const TypeFacts row = ArrayOf(element, 2);
   EXPECT_EQ("{{0, 1}, {2, 3}}", ValueOf(ArrayOf(row, 2), values));
 }
@@ -201,6 +213,9 @@ TEST(SymbolArray, OfCharactersIsAText) {
   EXPECT_EQ("\"hel\"", ValueOf(ArrayOf(character, 3), "hello"));
   EXPECT_EQ("\"hello\"", ValueOf(ArrayOf(wide, 6), L"hello"));
   const std::string longer(300, 'x');
+  const TypeFacts most = ArrayOf(character, 256);
+  EXPECT_EQ("\"" + std::string(256, 'x') + "\"",
+            ValueAt(most, reinterpret_cast<std::uintptr_t>(longer.data())));
   const TypeFacts many = ArrayOf(character, 300);
   EXPECT_EQ("\"" + std::string(256, 'x') + "\"...",
             ValueAt(many, reinterpret_cast<std::uintptr_t>(longer.data())));
