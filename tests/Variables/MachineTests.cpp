@@ -90,11 +90,14 @@ TEST_F(Machine, WideRegistersOnlyWhereAFaultToldThem) {
   EXPECT_EQ("none", Shown({Op(DW_OP_reg17)}));
   ucontext_t full{};
   _libc_fpstate floating{};
+  m_frame.m_registers.m_pFull = &full;
+  EXPECT_EQ("none", Shown({Op(DW_OP_reg17)}));
   full.uc_mcontext.fpregs = &floating;
   const double value = 1.5;
   std::memcpy(&floating._xmm[0], &value, sizeof value);
-  m_frame.m_registers.m_pFull = &full;
   EXPECT_EQ("= 0 0 0 0 0 0 248 63", Shown({Op(DW_OP_reg17)}));
+  EXPECT_EQ("= 0 0 0 0 0 0 0 0", Shown({Op(DW_OP_regx, 32)}));
+  EXPECT_EQ("none", Shown({Op(DW_OP_regx, 33)}));
 }
 
 TEST_F(Machine, Arithmetic) {
@@ -178,6 +181,8 @@ TEST_F(Machine, ValuesAndPieces) {
   EXPECT_EQ("none", Shown({Op(DW_OP_piece, 4)}));
   EXPECT_EQ("none", Shown({Push(8), Op(DW_OP_piece, 4)}));
   EXPECT_EQ("none", Shown({Op(DW_OP_reg2), Op(DW_OP_piece, 1U << 20)}));
+  EXPECT_EQ("none", Shown({Op(DW_OP_reg2), Op(DW_OP_piece, 40000), Op(DW_OP_reg2), Op(DW_OP_piece, 40000)}));
+  EXPECT_EQ("none", Shown({Op(DW_OP_reg2)}, 1U << 20));
   EXPECT_EQ("none", Shown({Op(DW_OP_reg2), Op(DW_OP_bit_piece, 4)}));
 }
 
@@ -198,6 +203,12 @@ TEST_F(Machine, EndsWhateverTheExpression) {
   EXPECT_EQ("none", Shown({Op(DW_OP_lit1, 0, 0, 0), Op(DW_OP_skip, 0xfffc, 0, 1)}));
   EXPECT_EQ("none", Shown(std::vector<Dwarf_Op>(40, Op(DW_OP_lit1))));
   EXPECT_EQ("1", Shown(std::vector<Dwarf_Op>(30, Op(DW_OP_lit1))));
+  std::vector<Dwarf_Op> longest(4096, Op(DW_OP_nop));  // of which two are done
+  longest.front() = Op(DW_OP_skip, 4, 0, 0);
+  longest.back() = Op(DW_OP_lit1, 0, 0, 7);
+  EXPECT_EQ("1", Shown(longest));
+  longest.insert(longest.begin() + 1, Op(DW_OP_nop));
+  EXPECT_EQ("none", Shown(longest));
 }
 
 TEST_F(Machine, NestsOnlySoFar) {
@@ -247,9 +258,33 @@ TEST(MachineWord, RemaindersHaveTheSignOfTheirType) {
   EXPECT_EQ(0U, result.m_uBits);
 }
 
+TEST(MachineWord, RemaindersOfAddressesAreWithoutASign) {
+  Word result;
+  ASSERT_TRUE(Calculate(DW_OP_mod, MakeWord(static_cast<std::uint64_t>(-7), {}), MakeWord(4, {}), result));
+  EXPECT_EQ(1U, result.m_uBits);
+}
+
+TEST(MachineWord, IsShiftedWithinItsType) {
+  const WordType type{eWORD_SIGNED, 4};
+  const auto shifted = [&](unsigned atom, std::int64_t number, std::uint64_t by) {
+    Word result;
+    EXPECT_TRUE(
+        Calculate(atom, MakeWord(static_cast<std::uint64_t>(number), type), MakeWord(by, {}), result));
+    return static_cast<std::int64_t>(result.m_uBits);
+  };
+  EXPECT_EQ(0xfffffff, shifted(DW_OP_shr, -1, 4));
+  EXPECT_EQ(1, shifted(DW_OP_shr, -1, 31));
+  EXPECT_EQ(0, shifted(DW_OP_shr, -1, 32));
+  EXPECT_EQ(-0x80000000LL, shifted(DW_OP_shl, 1, 31));
+  EXPECT_EQ(0, shifted(DW_OP_shl, 1, 32));
+  EXPECT_EQ(-1, shifted(DW_OP_shra, -8, 32));
+}
+
 TEST(MachineWord, ThatIsNotCountedWithHasNoResult) {
   const Word number = MakeWord(1, {eWORD_OPAQUE, 8});
   Word result;
+  EXPECT_FALSE(Calculate(DW_OP_plus, MakeWord(1, {}), number, result));
+  EXPECT_FALSE(Calculate(DW_OP_plus, number, MakeWord(1, {}), result));
   EXPECT_FALSE(Calculate(DW_OP_plus, number, number, result));
   EXPECT_FALSE(Calculate(DW_OP_neg, number, result));
 }
