@@ -23,7 +23,7 @@ class DebugFiles {
   /// Whether the file of a module without build id begins as the module does.
   static bool HasHeaderOf(const LoadedModule& module);
 
-  /// The folders of a search path that are given in full, without a closing separator.
+  /// The folders of a search path, each once and without a closing separator.
   static std::vector<std::string> Split(const char* searchPath);
 
  private:
