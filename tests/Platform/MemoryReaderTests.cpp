@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -48,6 +49,17 @@ TEST_F(MemoryReaderTests, WhatIsNoWordIsReadAsElsewhere) {
   EXPECT_TRUE(m_reader.Read(AddressOf(bytes + 4), &odd, sizeof odd));
   EXPECT_EQ(12u, half);
   EXPECT_EQ(std::uint64_t{12} << 32, odd);
+}
+
+TEST_F(MemoryReaderTests, WhatLiesInTwoPagesIsReadAsOne) {
+  alignas(4096) static unsigned char s_pages[2 * 4096];
+  for (std::size_t at = 0; at < sizeof s_pages; ++at)
+    s_pages[at] = static_cast<unsigned char>(at + at / 4096);
+  for (std::size_t at = 4096 - 9; at <= 4096; ++at) {
+    unsigned char bytes[8] = {};
+    ASSERT_TRUE(m_reader.Read(AddressOf(s_pages + at), bytes, sizeof bytes));
+    EXPECT_EQ(0, std::memcmp(s_pages + at, bytes, sizeof bytes)) << at;
+  }
 }
 
 TEST_F(MemoryReaderTests, WhatIsNotThereIsRefused) {

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <initializer_list>
+#include <set>
 #include <vector>
 
 #include "Platform/Linux/FaultTables.h"
@@ -33,6 +34,14 @@ TEST(FaultDecode, InstructionsOfTheKernelAreKnownByTheirBytes) {
   EXPECT_TRUE(IsPrivileged({0x0F, 0x01, 0xF8}));  // swapgs
   EXPECT_TRUE(IsPrivileged({0x0F, 0x00, 0xD0}));  // lldt
   EXPECT_TRUE(IsPrivileged({0x0F, 0x09}));        // wbinvd
+}
+
+TEST(FaultDecode, OfTheSecondTableTheseAreTheKernels) {
+  const std::set<unsigned> privileged = {0x06, 0x07, 0x08, 0x09, 0x20, 0x21, 0x22,
+                                         0x23, 0x30, 0x31, 0x32, 0x33, 0x35};
+  for (unsigned byte = 2; byte < 256; ++byte)
+    EXPECT_EQ(privileged.count(byte) != 0, IsPrivileged({0x0F, static_cast<unsigned char>(byte), 0xC0}))
+        << byte;
 }
 
 TEST(FaultDecode, OthersAreNot) {
@@ -113,6 +122,19 @@ TEST(FaultTables, NumbersOfFixedLengthAreReadToo) {
   EXPECT_TRUE(CoversPlace(table, 0, 256));
   EXPECT_TRUE(CoversPlace(table, 0, 511));
   EXPECT_FALSE(CoversPlace(table, 0, 512));
+}
+
+TEST(FaultTables, NumbersMayHaveTwoBytesOrEight) {
+  // Entries of the same content: [256, 512).
+  const unsigned char two[] = {0xFF, 0xFF, 0x02, 7, 0, 1, 0, 1, 9, 0, 0};
+  const unsigned char eight[] = {0xFF, 0xFF, 0x04, 25, 0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 0,
+                                 0,    0,    0,    0,  0, 9, 0, 0, 0, 0, 0, 0, 0, 0};
+  for (const unsigned char* const table : {two, eight}) {
+    EXPECT_FALSE(CoversPlace(table, 0, 255));
+    EXPECT_TRUE(CoversPlace(table, 0, 256));
+    EXPECT_TRUE(CoversPlace(table, 0, 511));
+    EXPECT_FALSE(CoversPlace(table, 0, 512));
+  }
 }
 
 TEST(FaultTables, ATableWithoutEntriesCoversNothing) {

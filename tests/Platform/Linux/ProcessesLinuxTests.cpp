@@ -170,10 +170,11 @@ TEST(ProcessesLinux, ARightThatIsPermittedIsTakenUp) {
 TEST(MappingsLinux, LinesAreReadAndOthersPassedOver) {
   const auto all =
       All("7f0c4a200000-7f0c4a228000 r-xp 00028000 fe:01 1312                       /usr/lib/lib c.so\n"
-          "\nnonsense\n1000 r-xp 0 0 0 /a\n1000-2000\n1000-2000 r\n1000-20g0 r-xp 0 0 0 /b\n"
+          "\nnonsense\n1000 r-xp 0 0 0 /a\n1000-2000\n1000-2000 r\n1000-2000 r-x\n1000-20g0 r-xp 0 0 0 /b\n"
           "ffffffffff600000-ffffffffff601000 --xp 00000000 00:00 0                  [vsyscall]\n"
-          "1000-2000 rw-p 00000000 00:00 0");
-  ASSERT_EQ(3u, all.size());
+          "1000-2000 rw-p 00000000 00:00 0\n"
+          "2000-3000 r--p 00000000 fe:01 12 /b");
+  ASSERT_EQ(4u, all.size());
   EXPECT_EQ(0x7f0c4a200000u, all[0].m_uStart);
   EXPECT_EQ(0x7f0c4a228000u, all[0].m_uEnd);
   EXPECT_TRUE(all[0].m_bExecutable);
@@ -182,6 +183,7 @@ TEST(MappingsLinux, LinesAreReadAndOthersPassedOver) {
   EXPECT_TRUE(all[1].m_bExecutable);
   EXPECT_FALSE(all[2].m_bExecutable);
   EXPECT_EQ("", all[2].m_sName);
+  EXPECT_EQ("/b", all[3].m_sName);
 }
 
 TEST(MappingsLinux, FilesAreToldFromOtherNames) {
