@@ -91,6 +91,15 @@ TEST(CountingSemaphore, WhatWouldPassTheMaximumIsNotAdded) {
   EXPECT_EQ(0, semaphore->Post(1));
 }
 
+TEST(CountingSemaphore, WhatIsOwedDoesntCountForTheMaximum) {
+  const Owned semaphore = Make(0);
+  std::thread waiter = StandInLine(*semaphore, [] {});
+  EXPECT_NE(0, semaphore->Post(CountingSemaphore::iMAXIMUM + 2u));
+  EXPECT_EQ(0, semaphore->Post(CountingSemaphore::iMAXIMUM + 1u));
+  waiter.join();
+  EXPECT_EQ(CountingSemaphore::iMAXIMUM, semaphore->Value());
+}
+
 TEST(CountingSemaphore, OnePostWakesAsManyAsItAdds) {
   const Owned semaphore = Make(0);
   std::atomic<int> through{0};

@@ -53,6 +53,14 @@ TEST(System, LaterGlobalFindsItAtBirthAndAtDeath) {
   EXPECT_EQ(System::Instance(), LaterGlobal::s_pSeenAtDeath);
 }
 
+TEST(System, InstanceStaysTheFirstWhileAnotherComesAndGoes) {
+  System* const first = System::Instance();
+  ASSERT_NE(nullptr, LibraryGlobals()->Add<System>("Another"));
+  EXPECT_EQ(first, System::Instance());
+  LibraryGlobals()->Remove<System>("Another");
+  EXPECT_EQ(first, System::Instance());
+}
+
 TEST(System, InstanceIsNullOnceTheGlobalIsGone) {
   EXPECT_EXIT(
       {

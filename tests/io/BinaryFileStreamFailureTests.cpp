@@ -13,6 +13,7 @@
 
 #include "Log/FileLimit.h"
 #include "io/FileStreams.h"
+#include "io/Held.h"
 
 using namespace IoTests;
 
@@ -200,6 +201,28 @@ TEST_F(BinaryFileStreamFailureTest, WithoutASizeInputInvalidatesNothingAndOutput
   EXPECT_THROW(m_file.SetOutputPos(5, File::eFROM_BEGIN), XIOSystemCallFailure);
   Mend();
   EXPECT_EQ("0123456789a", Content());
+}
+
+TEST_F(BinaryFileStreamFailureTest, NoLockIsHeldWhileAFailureIsRaised) {
+  const FreeWhileRaised others([this] { m_file.GetInputPos(); });
+  EXPECT_THROW(m_file.SetInputPos(11, File::eFROM_BEGIN), XIOBadFilePosition);
+  EXPECT_THROW(m_file.SetOutputPos(11, File::eFROM_BEGIN), XIOBadFilePosition);
+  EXPECT_THROW(m_file.SetEndOfFile(11, File::eFROM_BEGIN), XIOBadFilePosition);
+  s_bFailStatus = true;
+  for (const int good : {0, 1}) {
+    s_iGoodStatuses = good;
+    EXPECT_THROW(m_file.SetInputPos(3, File::eFROM_BEGIN), XIOSystemCallFailure);
+  }
+  EXPECT_THROW(m_file.SetOutputPos(3, File::eFROM_BEGIN), XIOSystemCallFailure);
+  EXPECT_THROW(m_file.SetEndOfFile(3, File::eFROM_BEGIN), XIOSystemCallFailure);
+  Mend();
+  s_bFailSeek = true;
+  EXPECT_THROW(m_file.SetEndOfFile(3, File::eFROM_BEGIN), XIOSystemCallFailure);
+  m_file.SetInputPos(3, File::eFROM_BEGIN);
+  m_file.SetOutputPos(5, File::eFROM_BEGIN);
+  EXPECT_THROW(m_file.Read(), XIOSystemCallFailure);
+  EXPECT_THROW(m_file.Write('x'), XIOSystemCallFailure);
+  EXPECT_EQ(10u, others.Heard());
 }
 
 TEST_F(BinaryFileStreamFailureTest, ACutThatCantBegin) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "Support/Allocations.h"
@@ -282,6 +283,28 @@ TEST(DataStreamWideString, CutOneEndsInNullCharacters) {
   EXPECT_EQ((std::wstring{L'a', static_cast<wchar_t>(0xAC), L'\0'}),
             Read<std::wstring>(Bytes("\3\0\0\0a\0\xAC")));
   EXPECT_EQ(L'a' + std::wstring(199, L'\0'), Read<std::wstring>(Bytes("\xC8\0\0\0a\0")));
+}
+
+// Leaves something behind what it gives, in the room that it was given.
+class UntidySource : public MemorySource {
+ public:
+  using MemorySource::MemorySource;
+  using MemorySource::Read;
+
+  long long Read(void* buffer, long long count) override {
+    const long long given = MemorySource::Read(buffer, count);
+    if (given > 0)
+      std::memset(static_cast<char*>(buffer) + given, 0xEE, static_cast<std::size_t>(count - given));
+    return given;
+  }
+};
+
+TEST(DataStreamWideString, ACharacterOfWhichHalfCameHasAZeroForTheOther) {
+  UntidySource source(Bytes("\3\0\0\0a\0b"));
+  DataInputStream in(source);
+  std::wstring text = L"before";
+  in >> text;
+  EXPECT_EQ(std::wstring(L"ab\0", 3), text);
 }
 
 #ifdef OXACORE_SOAK

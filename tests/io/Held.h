@@ -2,6 +2,7 @@
 #ifndef OXACORE_TESTS_IO_HELD_H
 #define OXACORE_TESTS_IO_HELD_H
 
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/io/BinaryStreams.h>
 #include <gtest/gtest.h>
 
@@ -9,7 +10,10 @@
 #include <chrono>
 #include <functional>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include "Support/Eventually.h"
 
 namespace IoTests {
 
@@ -34,6 +38,36 @@ class Waiter {
  private:
   std::atomic<bool> m_bThrough{false};
   std::thread m_thread;  // last: it uses the other
+};
+
+/// Expects of each error that `action` goes through on another thread while it is raised: who hears of an error may
+/// wait for others.
+class FreeWhileRaised : public Oxa::Core::AlertListener {
+ public:
+  explicit FreeWhileRaised(std::function<void()> action) : m_action(std::move(action)) {
+    Oxa::Core::AlertManager::Instance()->AddAlertListener(*this);
+  }
+  FreeWhileRaised(const FreeWhileRaised&) = delete;
+  FreeWhileRaised& operator=(const FreeWhileRaised&) = delete;
+  ~FreeWhileRaised() override {
+    Oxa::Core::AlertManager::Instance()->RemoveAlertListener(*this);
+    for (std::thread& other : m_others) other.join();
+  }
+
+  void ErrorRaised(Oxa::Core::Error&) override {
+    m_others.emplace_back([this] {
+      m_action();
+      ++m_uThrough;
+    });
+    EXPECT_TRUE(TestSupport::Eventually([this] { return m_uThrough == m_others.size(); }));
+  }
+
+  std::size_t Heard() const { return m_others.size(); }
+
+ private:
+  const std::function<void()> m_action;
+  std::atomic<std::size_t> m_uThrough{0};
+  std::vector<std::thread> m_others;
 };
 
 using Acquire = std::function<void(Oxa::Core::LockSet&)>;

@@ -23,9 +23,10 @@ using namespace Oxa::Core::Platform;
 using namespace ZoneTests;
 
 // The following need a process in which no zone was looked up before: it ends with 0 if all is well there.
-#define EXPECT_IN_A_NEW_PROCESS(operation)        \
-  GTEST_FLAG_SET(death_test_style, "threadsafe"); \
-  EXPECT_EXIT(operation(); _exit(testing::Test::HasFailure() ? 1 : 0), testing::ExitedWithCode(0), "")
+void ExpectInANewProcess(void (*operation)()) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(operation(); _exit(testing::Test::HasFailure() ? 1 : 0), testing::ExitedWithCode(0), "");
+}
 
 // No file can be opened for as long as this lives.
 class NoFiles {
@@ -64,7 +65,28 @@ void LookUpWithoutFiles() {
   EXPECT_EQ(0, ReadZone("UTC", table));
 }
 
-TEST(CurrentZone, AFailureOfTheMomentIsNotKept) { EXPECT_IN_A_NEW_PROCESS(LookUpWithoutFiles); }
+TEST(CurrentZone, AFailureOfTheMomentIsNotKept) { ExpectInANewProcess(&LookUpWithoutFiles); }
+
+// Both a file and a rule have this name, and tell different things about the winter of 1974.
+void LookUpWhatIsARuleAsWell() {
+  setenv("TZ", "EST5EDT", 1);
+  const long long winter = Seconds(1974, 2, 1);
+  EXPECT_EQ(-5 * 3600, OffsetWithoutFiles(winter)) << "the rule needs no file";
+  EXPECT_EQ(-4 * 3600, CurrentOffset(winter)) << "the file comes first";
+}
+
+TEST(CurrentZone, ARuleThatStandsInForAFileIsNotKept) { ExpectInANewProcess(&LookUpWhatIsARuleAsWell); }
+
+void LookUpWithoutFilesOftenerThanThereArePlaces() {
+  setenv("TZ", "Asia/Tokyo", 1);
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(0, OffsetWithoutFiles(0));
+  EXPECT_EQ(9 * 3600, CurrentOffset(0));
+  EXPECT_EQ(9 * 3600, OffsetWithoutFiles(0)) << "it has found a place";
+}
+
+TEST(CurrentZone, FailuresOfTheMomentTakeNoPlace) {
+  ExpectInANewProcess(&LookUpWithoutFilesOftenerThanThereArePlaces);
+}
 
 void LookUpWithoutFilesOnTheMachinesZone() {
   unsetenv("TZ");
@@ -73,7 +95,7 @@ void LookUpWithoutFilesOnTheMachinesZone() {
   EXPECT_EQ(SystemOffset(now), CurrentOffset(now));
 }
 
-TEST(CurrentZone, NorIsItForTheMachinesZone) { EXPECT_IN_A_NEW_PROCESS(LookUpWithoutFilesOnTheMachinesZone); }
+TEST(CurrentZone, NorIsItForTheMachinesZone) { ExpectInANewProcess(&LookUpWithoutFilesOnTheMachinesZone); }
 
 void LookUpOnManyThreads(const char* tz, int expected) {
   constexpr int iTHREADS = 24;
@@ -115,7 +137,15 @@ void LookUpTogether() {
 }
 
 TEST(CurrentZone, ThreadsThatMeetAZoneTogetherTakeOnePlace) {
-  for (int round = 0; round < 4; ++round) EXPECT_IN_A_NEW_PROCESS(LookUpTogether);
+  for (int round = 0; round < 4; ++round) ExpectInANewProcess(&LookUpTogether);
+}
+
+TEST(CurrentZone, WithoutANameItIsTheMachinesAtOnce) {
+  const long long now = time(nullptr);
+  const Tz named("Zzz-3:17:05");
+  EXPECT_EQ(3 * 3600 + 17 * 60 + 5, CurrentOffset(now));
+  const Tz none(nullptr);
+  EXPECT_EQ(SystemOffset(now), CurrentOffset(now));
 }
 
 TEST(CurrentZone, LeavesErrnoAlone) {

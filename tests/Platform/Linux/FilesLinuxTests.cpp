@@ -6,13 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <string>
 #include <thread>
 
 #include "Platform/Files.h"
+#include "Platform/Threads.h"
+#include "Support/Eventually.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/ThreadState.h"
 
 namespace Platform = Oxa::Core::Platform;
 using Platform::FileHandle;
@@ -263,6 +267,75 @@ TEST(FilesLinux, AGuardLeavesTheSignalBlockedForAThreadThatHadIt) {
     EXPECT_TRUE(IsPending(SIGXFSZ));  // as before
   })
       .join();
+}
+
+// --- Signals
+
+namespace {
+
+std::atomic<int> s_iHeard{0};
+
+// Makes `call` on another thread, where it has to wait, has a signal cut in, and lets it go on by `release`.
+template <class Call, class Release>
+void CutIn(const Call& call, const Release& release) {
+  struct sigaction before = {};
+  struct sigaction counting = {};  // no call is made again for it
+  counting.sa_handler = [](int) { ++s_iHeard; };
+  sigaction(SIGUSR1, &counting, &before);
+  s_iHeard = 0;
+  std::atomic<unsigned long> id{0};
+  std::thread other([&] {
+    id = Platform::CurrentThreadId();
+    call();
+  });
+  EXPECT_TRUE(TestSupport::Eventually([&] { return id != 0 && TestSupport::ThreadSleeps(id); }));
+  pthread_kill(other.native_handle(), SIGUSR1);
+  EXPECT_TRUE(TestSupport::Eventually([] { return s_iHeard == 1; }));
+  release();
+  other.join();
+  sigaction(SIGUSR1, &before, nullptr);
+}
+
+}  // namespace
+
+TEST(FilesLinux, AReadGoesOnBehindASignal) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.File("pipe");
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  int code = -1;
+  FileHandle reader = FileHandle::OpenForReading(pipe.c_str(), code);
+  ASSERT_EQ(0, code);
+  char byte = 0;
+  std::size_t done = 0;
+  CutIn([&] { code = reader.Read(&byte, 1, done); }, [&] { EXPECT_EQ(1, write(writer, "x", 1)); });
+  EXPECT_EQ(0, code);
+  EXPECT_EQ(1u, done);
+  EXPECT_EQ('x', byte);
+  close(writer);
+}
+
+TEST(FilesLinux, AWriteGoesOnBehindASignal) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.File("pipe");
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  int code = -1;
+  FileHandle writer = FileHandle::OpenForWriting(pipe.c_str(), code);
+  ASSERT_EQ(0, code);
+  const int room = fcntl(reader, F_GETPIPE_SZ);
+  std::string bytes(static_cast<std::size_t>(room), 'x');
+  std::size_t done = 0;
+  ASSERT_EQ(0, writer.Write(bytes.data(), bytes.size(), done));
+  ASSERT_EQ(bytes.size(), done);
+  CutIn([&] { code = writer.Write("y", 1, done); },
+        [&] { EXPECT_EQ(room, read(reader, bytes.data(), bytes.size())); });
+  EXPECT_EQ(0, code);
+  EXPECT_EQ(1u, done);
+  char byte = 0;
+  EXPECT_EQ(1, read(reader, &byte, 1));
+  EXPECT_EQ('y', byte);
+  close(reader);
 }
 
 // --- Cancellation

@@ -33,16 +33,22 @@ constexpr int iNO_FILTER = 2;
 int FavoursNobody() {
   if (!RefuseFences()) return iNO_FILTER;
   LockBias bias;
+  errno = EDOM;
   for (int i = 0; i != 3 * iENOUGH; ++i) bias.Taken();
-  return Passes(bias) ? iWRONG : iFINE;
+  return errno != EDOM || Passes(bias) ? iWRONG : iFINE;
 }
 
 int WithdrawsAFavour() {
   LockBias bias;
   for (int i = 0; i != iENOUGH; ++i) bias.Taken();
   if (!Passes(bias) || !RefuseFences()) return iNO_FILTER;
-  std::thread([&bias] { bias.Taken(); }).join();
-  return Passes(bias) ? iWRONG : iFINE;
+  int left = 0;
+  std::thread([&] {
+    errno = EDOM;
+    bias.Taken();
+    left = errno;
+  }).join();
+  return left != EDOM || Passes(bias) ? iWRONG : iFINE;
 }
 
 // The filter is for ever, so it is set in a process of its own.

@@ -5,8 +5,10 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -236,6 +238,28 @@ TEST_F(NamedLockFileTest, TheNextFolderIsTakenForAMissingOne) {
   EXPECT_EQ(0, Platform::MapLockFile(folders, 3, "lock", record));
   EXPECT_TRUE(std::filesystem::exists(Path()));
   EXPECT_EQ(ENOENT, Platform::MapLockFile(folders, 1, "lock", record));
+}
+
+// Mounts a volume that nobody can write to, for this process alone. False where that can't be had.
+bool MountUnchangeable(const std::string& folder) {
+  std::filesystem::create_directory(folder);
+  return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+         ::mount("none", folder.c_str(), "tmpfs", MS_RDONLY, nullptr) == 0;
+}
+
+TEST_F(NamedLockFileTest, OrForOneThatNobodyCanWriteTo) {
+  const std::string fixed = m_sFolder + "/fixed";
+  const char* const folders[] = {fixed.c_str(), m_sFolder.c_str()};
+  const int failed = InForkedChild([&] {
+    if (!MountUnchangeable(fixed)) return -1;
+    NamedLockRecord* record = nullptr;
+    EXPECT_EQ(EROFS, Platform::MapLockFile(folders, 1, "lock", record));
+    EXPECT_EQ(0, Platform::MapLockFile(folders, 2, "lock", record));
+    return HasFailure() ? 1 : 0;
+  });
+  if (failed == 255) GTEST_SKIP() << "nothing can be mounted here";
+  EXPECT_EQ(0, failed);
+  EXPECT_TRUE(std::filesystem::exists(Path()));
 }
 
 TEST_F(NamedLockFileTest, NoOtherFolderIsTakenForARefusal) {

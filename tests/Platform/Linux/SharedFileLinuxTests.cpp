@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <string>
+#include <utility>
 
 #include "Platform/Files.h"
 #include "Support/ChildProcess.h"
@@ -71,6 +72,25 @@ TEST(SharedFileLinux, AChildThatStillHasItKeepsNothingWhenTheParentCloses) {
     _exit(0);
   }
   EXPECT_EQ(EWOULDBLOCK, CodeOf(name, WRITES));
+  EXPECT_EQ(0, writer.Close());
+  EXPECT_EQ(0, CodeOf(name, WRITES));
+  kill(child, SIGKILL);
+  EXPECT_EQ(-SIGKILL, TestSupport::AwaitChild(child, std::chrono::seconds(60)));
+}
+
+TEST(SharedFileLinux, NorDoesItWhereTheHandleWasMoved) {
+  const TemporaryFolder folder;
+  const std::string name = folder.Write("file", "content");
+  int code = -1;
+  FileHandle assigned;
+  assigned = Open(name, WRITES, code);
+  ASSERT_EQ(0, code);
+  FileHandle writer(std::move(assigned));
+  const pid_t child = fork();
+  if (child == 0) {
+    pause();
+    _exit(0);
+  }
   EXPECT_EQ(0, writer.Close());
   EXPECT_EQ(0, CodeOf(name, WRITES));
   kill(child, SIGKILL);

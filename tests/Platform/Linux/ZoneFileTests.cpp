@@ -1,11 +1,14 @@
 #include "Platform/Linux/ZoneTable.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <fstream>
 #include <random>
@@ -131,6 +134,22 @@ TEST(ZoneFile, RefusesNonsense) {
   EXPECT_EQ(EINVAL, Parse(bytes, table));
 }
 
+TEST(ZoneFile, OffsetsStayBelowTheirBound) {
+  std::vector<unsigned char> bytes = MakeFile(0, 0);
+  ZoneTable table;
+  const auto parse = [&](int offset) {
+    std::vector<unsigned char> number;
+    AppendNumber(number, offset, 4);
+    std::copy(number.begin(), number.end(), bytes.begin() + 44);
+    return Parse(bytes, table);
+  };
+  for (const int sign : {-1, 1}) {
+    EXPECT_EQ(EINVAL, parse(sign * iOFFSET_BOUND));
+    EXPECT_EQ(0, parse(sign * (iOFFSET_BOUND - 1)));
+    EXPECT_EQ(sign * (iOFFSET_BOUND - 1), SegmentAt(table, 0).m_iOffset);
+  }
+}
+
 TEST(ZoneFile, NoRegularFileIsRefused) {
   char folder[] = "/tmp/oxazoneXXXXXX";
   ASSERT_NE(nullptr, mkdtemp(folder));
@@ -143,6 +162,25 @@ TEST(ZoneFile, NoRegularFileIsRefused) {
   EXPECT_EQ(EFBIG, ReadZone(big.c_str(), table));
   unlink(pipe.c_str());
   unlink(big.c_str());
+  rmdir(folder);
+}
+
+TEST(ZoneFile, APipeIsRefusedThoughAZoneCouldBeReadFromIt) {
+  char folder[] = "/tmp/oxazoneXXXXXX";
+  ASSERT_NE(nullptr, mkdtemp(folder));
+  const std::string pipe = std::string(folder) + "/pipe";
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_LE(0, reader);
+  const std::vector<unsigned char> zone = MakeFile(0, 1);
+  Write(pipe, zone);
+  ZoneTable table;
+  EXPECT_EQ(EINVAL, ReadZone(pipe.c_str(), table));
+  std::vector<unsigned char> left(zone.size() + 1);
+  EXPECT_EQ(static_cast<ssize_t>(zone.size()), read(reader, left.data(), left.size()))
+      << "it is somebody else's";
+  close(reader);
+  unlink(pipe.c_str());
   rmdir(folder);
 }
 
@@ -187,6 +225,42 @@ TEST(ZoneFile, TheFolderOfTheZonesCanBeChosen) {
   unsetenv("TZDIR");
   unlink(path.c_str());
   rmdir(folder);
+}
+
+TEST(ZoneFile, ANameIsNeverCutToThatOfAnother) {
+  char folder[] = "/tmp/oxazoneXXXXXX";
+  ASSERT_NE(nullptr, mkdtemp(folder));
+  const std::string path = std::string(folder) + "/Mine";
+  Write(path, MakeFile(0, 1));
+  setenv("TZDIR", folder, 1);
+  std::string name;
+  while (path.size() + name.size() + 2 < PATH_MAX) name += "./";
+  name.resize(PATH_MAX - 1 - path.size(), '/');
+  name += "Mine";
+  ZoneTable table;
+  EXPECT_EQ(0, ReadZone(name.c_str(), table)) << "the longest that the system takes";
+  EXPECT_EQ(3600, SegmentAt(table, 0).m_iOffset);
+  name += "s";
+  EXPECT_EQ(ENAMETOOLONG, ReadZone(name.c_str(), table));
+  EXPECT_EQ(0, SegmentAt(table, 0).m_iOffset);
+  unsetenv("TZDIR");
+  unlink(path.c_str());
+  rmdir(folder);
+}
+
+// As the system's own library has it.
+TEST(ZoneFile, BehindAColonStandsAFileAndNoRule) {
+  ZoneTable table;
+  EXPECT_EQ(0, ReadZone("Zzz-3", table));
+  EXPECT_EQ(3 * 3600, SegmentAt(table, 0).m_iOffset);
+  EXPECT_EQ(ENOENT, ReadZone(":Zzz-3", table));
+  EXPECT_EQ(0, SegmentAt(table, 0).m_iOffset);
+}
+
+TEST(ZoneFile, FailuresOfTheMomentAreThoseThatMayPass) {
+  for (const int failure : {EMFILE, ENFILE, ENOMEM, EINTR, EIO}) EXPECT_TRUE(FailedForTheMoment(failure));
+  for (const int failure : {0, ENOENT, EACCES, EINVAL, EFBIG, ENAMETOOLONG})
+    EXPECT_FALSE(FailedForTheMoment(failure)) << failure;
 }
 
 }  // namespace
