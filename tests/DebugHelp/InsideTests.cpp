@@ -2,12 +2,15 @@
 // grief.
 
 #include <Infrastructure/OxaCore/CodeContext.h>
+#include <Infrastructure/OxaCore/CommonErrors.h>
 #include <Infrastructure/OxaCore/MicrosoftDebugHelp.h>
 #include <Infrastructure/OxaCore/System.h>
 #include <Infrastructure/OxaCore/XMLWriter.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -24,6 +27,7 @@
 #include "Platform/Libraries.h"
 #include "Platform/Storage.h"
 #include "Support/Allocations.h"
+#include "Support/ChildProcess.h"
 #include "Support/LeakDetector.h"
 #if __has_include(<elfutils/libdw.h>)
 #include "Platform/Linux/SymbolizedModule.h"
@@ -108,6 +112,38 @@ TEST(CallStackPage, ShowsTheTableOfFunctionsAsItIs) {
   const Table table = TableOfPage();
   EXPECT_EQ(16U, table.size());
   EXPECT_EQ(TableOfSource(), table);
+}
+
+pid_t s_iChild = 0;
+
+// In the middle of a walk, since that takes memory; the child tells whether what it raises has a call stack.
+void ForkWithinAWalk() {
+  using Platform::EThreadFlag;
+  if (s_iChild != 0 || !Platform::HasThreadFlag(EThreadFlag::eREADS_STACK)) return;
+  s_iChild = -1;
+  s_iChild = ::fork();
+  if (s_iChild != 0) return;
+  TestSupport::ThreadAllocations().m_pOnUse = nullptr;
+  Platform::SetThreadFlag(EThreadFlag::eREADS_STACK, false);
+  try {
+    OXA_RAISE_ERROR("Test", Oxa::Core::LogicError("in the child"));
+  } catch (Oxa::Core::Error& error) {
+    ::_exit(error.GetCallStack() ? 1 : 0);
+  }
+  ::_exit(2);
+}
+
+// What the walk was changing is half done there.
+TEST(CallStackWalk, LeavesAChildThatIsForkedOffMeanwhileWithoutStacks) {
+  const boost::shared_ptr<DebugHelp> help = DebugHelp::Instance();
+  if (!help) GTEST_SKIP() << "the library for symbols isn't installed";
+  TestSupport::ThreadAllocations().m_pOnUse = &ForkWithinAWalk;
+  const auto frames = help->CreateCallStack(100);
+  TestSupport::ThreadAllocations().m_pOnUse = nullptr;
+  EXPECT_TRUE(frames);
+  ASSERT_LT(0, s_iChild) << "there was no child";
+  EXPECT_EQ(0, TestSupport::AwaitChild(s_iChild, std::chrono::seconds(60)));
+  EXPECT_TRUE(help->CreateCallStack(100)) << "the parent goes on as before";
 }
 
 TEST(CallStackWalk, LeavesTheThreadAsItWas) {

@@ -159,6 +159,21 @@ TEST(NotificationFailures, ListenerThatFailsAtEveryWarningEndsOnStandardError) {
   EXPECT_THAT(error, HasSubstr("bad &amp; worse"));
 }
 
+TEST(NotificationFailures, SeveralListenersThatFailAtEveryWarningEndThereEach) {
+  BadWarningListener one([] { throw LogicError("one is bad"); });
+  BadWarningListener other([] { throw LogicError("the other, too"); });
+  WarningKeeper warnings;
+  testing::internal::CaptureStderr();
+  ThreeListeners([] { throw LogicError("first failure"); }).Broadcast();
+  const std::string error = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(1, one.m_iHeard);
+  EXPECT_EQ(1, other.m_iHeard);
+  EXPECT_THAT(warnings.m_messages, ElementsAre("Listener threw error during notification: first failure"));
+  EXPECT_EQ(2, Count(error, "<Error>"));
+  EXPECT_EQ(1, Count(error, "one is bad"));
+  EXPECT_EQ(1, Count(error, "the other, too"));
+}
+
 TEST(NotificationFailures, FailureWithoutAnErrorEndsOnStandardErrorAsAWarning) {
   BadWarningListener bad([] { throw 1; });
   testing::internal::CaptureStderr();
@@ -261,19 +276,21 @@ TEST(NotificationFailures, EveryFailingAllocationOfATellingServesTheOthers) {
   ThreeListeners three([] { throw 3; });
   bool happened = true;
   int broadcasts = 0;
+  int thrown = 0;
   testing::internal::CaptureStderr();
   for (unsigned long number = 1; happened; ++number) {
     const TestSupport::FailAllocation failing(number);
     try {
       three.Broadcast();
     } catch (std::bad_alloc&) {
-      // Thrown on only after everybody has been served, as the counts below show.
+      ++thrown;  // only after everybody has been served, as the counts below show
     }
     ++broadcasts;
     happened = failing.Happened();
   }
   testing::internal::GetCapturedStderr();
   EXPECT_GT(broadcasts, 5);
+  EXPECT_GT(thrown, 0);
   EXPECT_EQ(broadcasts, three.m_listeners[0].m_iHeard);
   EXPECT_EQ(broadcasts, three.m_listeners[2].m_iHeard);
 }

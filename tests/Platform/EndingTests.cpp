@@ -173,6 +173,7 @@ TEST(Ending, EndNowRunsNothing) {
 
 TEST(Ending, SignalEndsWhoeverHandlesOrBlocksIt) {
   EXPECT_EQ(-SIGSEGV, EndOf([] { EndBySignal(SIGSEGV); }));
+  EXPECT_EQ(-SIGRTMAX, EndOf([] { EndBySignal(SIGRTMAX); })) << "the last one that there is";
   EXPECT_EQ(-SIGABRT, EndOf([] {
     ::signal(SIGABRT, [](int) { ::_exit(6); });
     BlockAllSignals();

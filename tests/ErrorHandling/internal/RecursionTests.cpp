@@ -175,6 +175,24 @@ TEST(Recursion, FirstErrorThatDiesEarlyIsNotThrown) {
   EXPECT_EQ(0, LiveHere());
 }
 
+TEST(Recursion, IsHaltedWithTheErrorThatTookTheMarkOver) {
+  PlainError source("first");
+  testing::internal::CaptureStderr();
+  try {
+    try {
+      OXA_RAISE_ERROR("Oxa.Test", source);
+    } catch (PlainError&) {
+      source = PlainError("another");
+      NestInCatchClauses(1);
+    }
+    FAIL() << "the raise returned";
+  } catch (Error& e) {
+    EXPECT_STREQ("first", e.what());
+  }
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(sHALTED));
+  EXPECT_EQ(0, LiveHere());
+}
+
 TEST(Recursion, RaisesAreCountedForTheThreadThatRaised) {
   std::exception_ptr flight;
   std::thread raiser([&flight] {
