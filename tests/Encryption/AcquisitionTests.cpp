@@ -1,4 +1,5 @@
 #include <Infrastructure/OxaCore/Encryption.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <unistd.h>
@@ -108,6 +109,16 @@ TEST(Acquisition, WithoutACryptographicLibraryThereIsNoProvider) {
               Encryptor::GetLastAcquisitionError());
   }
   EXPECT_TRUE(IsAcquired("", Encryptor::eRSA_FULL, ""));
+}
+
+TEST(Acquisition, ALibraryWithoutTheFunctionsIsClosedAgain) {
+  Platform::ProviderTroubles troubles;
+  troubles.m_pLibrary = "libthread_db.so.1";
+  const auto isLoaded = [&] { return ::dlopen(troubles.m_pLibrary, RTLD_LAZY | RTLD_NOLOAD) != nullptr; };
+  ASSERT_FALSE(isLoaded());
+  const Troubles standing(troubles);
+  EXPECT_FALSE(IsAcquired("", Encryptor::eRSA_FULL, ""));
+  EXPECT_FALSE(isLoaded());
 }
 
 // What the provider is asked.

@@ -375,12 +375,18 @@ TEST(Uncaught, FaultStandsUntilItIsCaught) {
     *nowhere = 1;  // NOLINT(clang-analyzer-core.NullDereference): that is the fault
   };
   static bool s_bStood = false;
+  static bool s_bStoodChanged = true;
   class Looker : public AlertListener {
    public:
     Looker() { AlertManager::Instance()->AddAlertListener(*this); }
     void ErrorRaised(Error& error) override {
       auto* const fault = dynamic_cast<MSWindows::SEHError*>(&error);
-      s_bStood = fault != nullptr && Platform::StillStands(fault->GetExceptionPointers());
+      if (fault == nullptr) return;
+      const _EXCEPTION_POINTERS& pointers = fault->GetExceptionPointers();
+      s_bStood = Platform::StillStands(pointers);
+      ++pointers.ContextRecord->m_registers[0];
+      s_bStoodChanged = Platform::StillStands(pointers);
+      --pointers.ContextRecord->m_registers[0];
     }
   } looker;
   try {
@@ -388,6 +394,7 @@ TEST(Uncaught, FaultStandsUntilItIsCaught) {
     FAIL() << "that was no fault";
   } catch (MSWindows::SEHError& error) {
     EXPECT_TRUE(s_bStood);
+    EXPECT_FALSE(s_bStoodChanged) << "something else lies there by now";
     EXPECT_FALSE(Platform::StillStands(error.GetExceptionPointers()));
   }
 }
