@@ -132,7 +132,7 @@ TEST(KeptSets, WhatIsLetGoMayUseTheSlot) {
     things.Keep(
         0, [](const Things::Pointer&) { return false; },
         [&] {
-          const auto thing = boost::make_shared<Thing>();
+          auto thing = boost::make_shared<Thing>();
           thing->m_gone = count;
           return thing;
         });
