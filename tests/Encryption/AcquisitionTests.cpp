@@ -113,8 +113,11 @@ TEST(Acquisition, WithoutACryptographicLibraryThereIsNoProvider) {
 
 TEST(Acquisition, ALibraryWithoutTheFunctionsIsClosedAgain) {
   Platform::ProviderTroubles troubles;
-  troubles.m_pLibrary = "libthread_db.so.1";
+  troubles.m_pLibrary = "libanl.so.1";
   const auto isLoaded = [&] { return ::dlopen(troubles.m_pLibrary, RTLD_LAZY | RTLD_NOLOAD) != nullptr; };
+  void* const library = ::dlopen(troubles.m_pLibrary, RTLD_NOW);
+  ASSERT_NE(nullptr, library);
+  ::dlclose(library);
   ASSERT_FALSE(isLoaded());
   const Troubles standing(troubles);
   EXPECT_FALSE(IsAcquired("", Encryptor::eRSA_FULL, ""));
