@@ -18,6 +18,8 @@ struct ElfFile {
   unsigned int m_uNoteAlignment = 4;
   unsigned int m_uNoteType = 0xcafe1a7e;
   std::string m_sNoteOwner = "FDO";
+  std::size_t m_uGap = 0;            ///< bytes behind each entry of the tables of segments and sections
+  bool m_bNameBehindTheEnd = false;  ///< of the list that tells where names are
 
   std::string Make() const;
 };
@@ -57,8 +59,8 @@ class ElfMaker {
  private:
   static constexpr std::size_t uADDRESS = 0x10000;  // of the first byte, in memory
 
-  std::size_t SegmentSize() const { return m_file.m_b64 ? 56 : 32; }
-  std::size_t SectionSize() const { return m_file.m_b64 ? 64 : 40; }
+  std::size_t SegmentSize() const { return (m_file.m_b64 ? 56 : 32) + m_file.m_uGap; }
+  std::size_t SectionSize() const { return (m_file.m_b64 ? 64 : 40) + m_file.m_uGap; }
 
   void Header(std::size_t segments, std::size_t sections) {
     Bytes header(m_file.m_bBigEndian);
@@ -108,10 +110,11 @@ class ElfMaker {
     const auto entry = [this](std::size_t tag, std::size_t value) {
       m_bytes.Number(tag, m_word).Number(value, m_word);
     };
-    if (!m_file.m_sOwnName.empty()) entry(14, 1);
+    if (!m_file.m_sOwnName.empty() && !m_file.m_bNameBehindTheEnd) entry(14, 1);
     entry(5, uADDRESS + names);
     entry(10, m_file.m_sOwnName.size() + 2);
     entry(0, 0);
+    if (m_file.m_bNameBehindTheEnd) entry(14, 1);
   }
 
   void AddNote() {

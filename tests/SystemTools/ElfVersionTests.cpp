@@ -176,6 +176,72 @@ TEST(ElfVersion, TheNameOfTheLinkerAloneIsNoVersion) {
             ContentOf(file.Make(), "x.2.5"));
 }
 
+TEST(ElfVersion, TablesMayHaveLongerEntries) {
+  for (const bool wide : {false, true})
+    for (const bool section : {false, true}) {
+      ElfFile file = WithNote(R"({"name":"probe"})");
+      file.m_b64 = wide;
+      file.m_bNoteInSection = section;
+      file.m_uGap = 8;
+      file.m_sOwnName = "libprobe.so.2";
+      EXPECT_EQ((Values{{"InternalName", "libprobe.so.2"}, {"ProductName", "probe"}}), ContentOf(file.Make()))
+          << wide << section;
+    }
+}
+
+TEST(ElfVersion, NotesHaveNoMoreThanAMebibyte) {
+  const auto filled = [](std::size_t size) {
+    const std::string start = R"({"name":"x","y":")";
+    return WithNote(start + std::string(size - start.size() - 2, 'z') + "\"}").Make();
+  };
+  const std::size_t header = 12 + 4;
+  EXPECT_TRUE(HasVersion(filled(1024 * 1024 - header - 8)));
+  EXPECT_FALSE(HasVersion(filled(1024 * 1024 - header + 8)));
+}
+
+// What the linker called it, where the file's layout is known byte by byte.
+class ElfOwnName : public testing::Test {
+ protected:
+  static constexpr std::size_t uLOADED = 64;          // the first segment
+  static constexpr std::size_t uNAMES = 64 + 3 * 56;  // a 0, the name and another 0
+  static constexpr std::size_t uDYNAMIC =
+      uNAMES + 16;                          // the place of the name, that of all names and their size
+  static constexpr std::size_t uSIZE = 15;  // of the names
+
+  ElfOwnName() { m_file.m_sOwnName = "libprobe.so.2"; }
+
+  static std::string NameIn(const std::string& bytes) {
+    Values values = ContentOf(bytes, "x.1.2");
+    EXPECT_EQ("1.2", values["FileVersion"]);
+    return values["InternalName"];
+  }
+
+  std::string NameIfPatched(std::size_t at, std::uint64_t number, std::size_t size) const {
+    return NameIn(Patched(m_file.Make(), at, number, size));
+  }
+
+  ElfFile m_file;
+};
+
+TEST_F(ElfOwnName, LiesInASegmentThatIsLoaded) {
+  EXPECT_EQ("libprobe.so.2", NameIfPatched(uLOADED, 1, 4));
+  EXPECT_EQ("", NameIfPatched(uLOADED, 6, 4));
+  EXPECT_EQ("libprobe.so.2", NameIfPatched(uLOADED + 32, uNAMES + 1, 8));
+  EXPECT_EQ("", NameIfPatched(uLOADED + 32, uNAMES, 8)) << "the segment ends in front of it";
+}
+
+TEST_F(ElfOwnName, LiesAmongTheNamesAndEndsThere) {
+  EXPECT_EQ("robe.so.2", NameIfPatched(uDYNAMIC + 8, 5, 8));
+  EXPECT_EQ("", NameIfPatched(uDYNAMIC + 8, uSIZE + 1, 8)) << "behind them";
+  EXPECT_EQ("libprobe.so.2", NameIfPatched(uDYNAMIC + 40, uSIZE, 8));
+  EXPECT_EQ("", NameIfPatched(uDYNAMIC + 40, uSIZE - 1, 8)) << "without its end";
+}
+
+TEST_F(ElfOwnName, BehindTheEndOfTheListIsNone) {
+  m_file.m_bNameBehindTheEnd = true;
+  EXPECT_EQ("", NameIn(m_file.Make()));
+}
+
 TEST(ElfVersion, AFileThatIsCutOffAnywhereIsNull) {
   for (const bool wide : {false, true}) {
     ElfFile file = WithNote(R"({"name":"probe","version":"2.5"})");

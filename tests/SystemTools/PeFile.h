@@ -18,9 +18,11 @@ struct PeTexts {
 
 struct PeFile {
   bool m_b64 = true;
-  bool m_bResource = true;    ///< whether there are resources at all
-  unsigned int m_uType = 16;  ///< the type of the one resource; 16 is a version
-  bool m_bTextsFirst = true;  ///< else the list of translations stands in front of them
+  bool m_bResource = true;        ///< whether there are resources at all
+  unsigned int m_uType = 16;      ///< the type of the one resource; 16 is a version
+  bool m_bTextsFirst = true;      ///< else the list of translations stands in front of them
+  bool m_bNamedResource = false;  ///< whether one that has a name stands in front of it
+  unsigned int m_uSections = 1;   ///< those in front of the last one have nothing of it
   std::u16string m_sRoot = u"VS_VERSION_INFO";
   std::vector<PeTexts> m_tables;
   std::vector<std::pair<unsigned int, unsigned int>> m_translations;  ///< language, code page
@@ -66,13 +68,16 @@ inline std::string PeVersionResource(const PeFile& file) {
 inline std::string PeResources(const PeFile& file, std::uint32_t address) {
   const std::string content = PeVersionResource(file);
   Bytes bytes;
-  const auto folder = [&](unsigned int number, unsigned int leadsTo) {
-    bytes.FillUpTo(bytes.Size() + 14).Half(1).Word(number).Word(leadsTo);
+  const unsigned int named = file.m_bNamedResource ? 1 : 0;
+  const auto folder = [&](unsigned int names, unsigned int number, unsigned int leadsTo) {
+    bytes.FillUpTo(bytes.Size() + 12).Half(names).Half(1);
+    if (names != 0) bytes.Word(0x80000000u + 16).Word(0x80000000u);
+    bytes.Word(number).Word(leadsTo);
   };
-  folder(file.m_uType, 0x80000000u + 24);
-  folder(1, 0x80000000u + 48);
-  folder(0x409, 72);
-  bytes.Word(address + 88).Word(content.size()).Word(0).Word(0);
+  folder(named, file.m_uType, 0x80000000u + 24 + 8 * named);
+  folder(0, 1, 0x80000000u + 48 + 8 * named);
+  folder(0, 0x409, 72 + 8 * named);
+  bytes.Word(address + 88 + 8 * named).Word(content.size()).Word(0).Word(0);
   return bytes.Add(content).Text();
 }
 
@@ -81,17 +86,19 @@ inline std::string PeResources(const PeFile& file, std::uint32_t address) {
 inline std::string PeFile::Make() const {
   const std::uint32_t address = 0x1000;  // of the one section
   const std::size_t optional = m_b64 ? 240 : 224;
-  const std::size_t start = 64 + 24 + optional + 40;
+  const std::size_t start = 64 + 24 + optional + 40 * m_uSections;
   const std::string resources = Detail::PeResources(*this, address);
 
   Bytes bytes;
   bytes.Add("MZ").FillUpTo(60).Word(64);
-  bytes.Add(std::string("PE\0\0", 4)).Half(m_b64 ? 0x8664 : 0x14c).Half(1).Word(0).Word(0).Word(0);
+  bytes.Add(std::string("PE\0\0", 4)).Half(m_b64 ? 0x8664 : 0x14c).Half(m_uSections).Word(0).Word(0).Word(0);
   bytes.Half(optional).Half(0x2022);
   const std::size_t optionalStart = bytes.Size();
   bytes.Half(m_b64 ? 0x20b : 0x10b).FillUpTo(optionalStart + (m_b64 ? 108 : 92)).Word(16).Word(0).Word(0);
   bytes.Word(0).Word(0).Word(m_bResource ? address : 0).Word(m_bResource ? resources.size() : 0);
   bytes.FillUpTo(optionalStart + optional);
+  for (unsigned int section = 1; section < m_uSections; ++section)
+    bytes.FillUpTo(bytes.Size() + 12).Word(address / 2).Word(16).Word(64).FillUpTo(bytes.Size() + 16);
   bytes.Add(".rsrc")
       .FillUpTo(bytes.Size() + 3)
       .Word(resources.size())

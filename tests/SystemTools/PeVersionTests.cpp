@@ -12,6 +12,11 @@ namespace {
 
 const char16_t* const sENGLISH = u"040904B0";
 
+// Where things stand in such a file of the wider format.
+constexpr std::size_t uDIRECTORIES = 64 + 24 + 108;  // their number
+constexpr std::size_t uRESOURCES = 64 + 24 + 240 + 40;
+constexpr std::size_t uCONTENT = uRESOURCES + 88;
+
 PeFile Probe() {
   PeFile file;
   file.m_translations = {{0x409, 0x4B0}};
@@ -140,6 +145,53 @@ TEST(PeVersion, TextsComeOutInUtf8) {
   EXPECT_EQ((Values{{"LegalCopyright", "\xC2\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"},
                     {"Comments", "x\xEF\xBF\xBDy\xEF\xBF\xBD"}}),
             ContentOf(file.Make()));
+}
+
+TEST(PeVersion, SectionsThatEndInFrontOfItHaveNothingOfIt) {
+  PeFile file = Probe();
+  file.m_uSections = 3;
+  EXPECT_EQ(ProbeValues(), ContentOf(file.Make()));
+}
+
+TEST(PeVersion, ResourcesThatHaveNamesStandInFront) {
+  PeFile file = Probe();
+  file.m_bNamedResource = true;
+  EXPECT_EQ(ProbeValues(), ContentOf(file.Make()));
+}
+
+// Three folders in each other lead to where the content is: never fewer, and never more.
+TEST(PeVersion, FoldersAreThreeDeep) {
+  for (const std::size_t entry : {uRESOURCES + 20, uRESOURCES + 44})
+    EXPECT_FALSE(HasVersion(Patched(Probe().Make(), entry + 3, 0, 1))) << "a folder that is called content";
+  EXPECT_FALSE(HasVersion(Patched(Probe().Make(), uRESOURCES + 68 + 3, 0x80, 1))) << "and content a folder";
+}
+
+TEST(PeVersion, DirectoriesThatAreNotCountedAreNotThere) {
+  EXPECT_EQ(ProbeValues(), ContentOf(Patched(Probe().Make(), uDIRECTORIES, 3, 4)));
+  EXPECT_FALSE(HasVersion(Patched(Probe().Make(), uDIRECTORIES, 2, 4)));
+}
+
+TEST(PeVersion, TheContentHasNoMoreThanAMebibyte) {
+  const std::string bytes = Probe().Make() + std::string(1024 * 1024, '\0');
+  EXPECT_EQ(ProbeValues(), ContentOf(Patched(bytes, uRESOURCES + 76, 1024 * 1024, 4)));
+  EXPECT_FALSE(HasVersion(Patched(bytes, uRESOURCES + 76, 1024 * 1024 + 1, 4)));
+}
+
+TEST(PeVersion, TheContentIsThereAsAWhole) {
+  const std::string bytes = Probe().Make();
+  const std::size_t size = bytes.size() - uCONTENT;
+  EXPECT_EQ(ProbeValues(), ContentOf(Patched(bytes, uCONTENT, size, 2)));
+  EXPECT_FALSE(HasVersion(Patched(bytes, uCONTENT, size + 1, 2)));
+}
+
+TEST(PeVersion, ATextEndsWithItsBlock) {
+  PeFile file = Probe();
+  file.m_bTextsFirst = false;  // so that it is the last one
+  const std::string bytes = file.Make();
+  const std::size_t block = bytes.size() - 44;  // header and name, then "2.5" and its end
+  EXPECT_EQ(ProbeValues(), ContentOf(Patched(bytes, block, 42, 2)));
+  EXPECT_EQ((Values{{"ProductName", "Probe"}, {"ProductVersion", "2."}}),
+            ContentOf(Patched(bytes, block, 40, 2)));
 }
 
 TEST(PeVersion, AFileThatIsCutOffAnywhereIsNull) {

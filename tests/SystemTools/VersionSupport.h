@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -45,6 +46,12 @@ inline Values ContentOf(const std::string& bytes, const std::string& name = "mod
 inline bool HasVersion(const std::string& bytes, const std::string& name = "module") {
   const TestSupport::TemporaryFolder folder;
   return Oxa::Core::ModuleVersionInfo::Create(folder.Write(name, bytes)) != nullptr;
+}
+
+/// The bytes with a number of so many bytes put in at `at`, the lowest one first.
+inline std::string Patched(std::string bytes, std::size_t at, std::uint64_t number, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) bytes.at(at + i) = static_cast<char>(number >> (8 * i) & 0xFF);
+  return bytes;
 }
 
 /// A file that is damaged where it lies: making a new one for each damage takes far longer than reading it.
