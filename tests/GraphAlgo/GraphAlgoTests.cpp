@@ -162,6 +162,7 @@ TEST(Graph, RefusesNodesThatCannotBe) {
     EXPECT_EQ("Invalid Parameter: n = 18446744073709551615", error.GetData(AlertInfo::sMESSAGE));
     EXPECT_EQ("Oxa.Core.GraphAlgo", error.GetData(AlertInfo::sLOG_NAME));
   }
+  EXPECT_THROW(graph.AssureNode(std::vector<GraphAdjListDirected::AdjList>().max_size()), InvalidParameter);
   EXPECT_THROW(graph.MakeEdge(0, 18446744073709551615ull), InvalidParameter);
   EXPECT_THROW(graph.MakeEdge(18446744073709551614ull, 0), InvalidParameter);
   EXPECT_EQ(2u, graph.NodeCount());

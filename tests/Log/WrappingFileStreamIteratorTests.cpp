@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Log/DailyFiles.h"
 #include "Log/DailyFolder.h"
 
 namespace {
@@ -291,6 +292,14 @@ TEST_F(WrappingFileStreamWalk, WhatAStreamWroteIsReadInOrder) {
   std::string read;
   for (const std::string& name : WalkAll()) read += Read(name);
   EXPECT_EQ("cdefg", read);
+}
+
+TEST(DailyFiles, ADayLaterIsSoToTheTick) {
+  constexpr long long iDAY = 864000000000;
+  const long long noon = Time(6, 15, 2020, Elapse(12, Elapse::Hours)).GetRawTimerTicks();
+  Time later;
+  ASSERT_TRUE(DaysLater(Time(noon + 1234567, Time::ePlatformTimeCurrent), 3, later));
+  EXPECT_EQ(noon + 1234567 + 3 * iDAY, later.GetRawTimerTicks());
 }
 
 }  // namespace

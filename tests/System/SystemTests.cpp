@@ -131,6 +131,7 @@ TEST(System, ProcessNameAndPathAreSetWhileOthersAsk) {
   std::atomic<int> wrong{0};
   const auto isOne = [&texts](const std::string& text) { return text == texts[0] || text == texts[1]; };
   std::vector<std::thread> threads;
+  threads.reserve(6);
   for (int number = 0; number < 6; ++number) {
     threads.emplace_back([&, sets = number < 2] {
       for (int round = 0; round < 5000; ++round) {
@@ -193,6 +194,7 @@ TEST(System, NameIsTheThreadsOwn) {
 TEST(System, ManyThreadsNameThemselvesAndAskAtOnce) {
   std::vector<std::thread> threads;
   std::atomic<int> wrong{0};
+  threads.reserve(8);
   for (int number = 0; number < 8; ++number) {
     threads.emplace_back([number, &wrong] {
       for (int round = 0; round < 500; ++round) {

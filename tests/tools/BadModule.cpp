@@ -57,6 +57,8 @@ boost::shared_ptr<TestSuite> GetModuleTestSuite() {
   if (Wants("throws a number")) throw 7;
   if (Wants("exits")) std::exit(0);
   if (Wants("dies")) ::raise(SIGKILL);
-  while (Wants("hangs")) ::pause();
+  const bool stubborn = Wants("hangs whatever it is asked");
+  if (stubborn) ::signal(SIGTERM, SIG_IGN);
+  while (stubborn || Wants("hangs")) ::pause();
   return Tree();
 }

@@ -74,6 +74,14 @@ TEST(OxatestOnBadModules, EndsOneThatHangs) {
       << run.m_sError;
 }
 
+TEST(OxatestOnBadModules, KillsOneThatDoesntEndWhenItIsAsked) {
+  const RunResult run =
+      RunOxatest({BAD_MODULE, "--timeout=" HANG_LIMIT}, {"BAD_MODULE=hangs whatever it is asked"});
+  EXPECT_EQ(2, run.m_iStatus);
+  EXPECT_TRUE(run.Complains(": ended since it took more than " HANG_LIMIT " s in GetModuleTestSuite\n"))
+      << run.m_sError;
+}
+
 TEST(OxatestOnBadModules, BlamesNoTestForWhatIsBehindAll) {
   for (const char* const wanted : {"dies with its tree", "dies on unloading"}) {
     const RunResult run = RunOxatest({BAD_MODULE, sTIMEOUT}, {"BAD_MODULE=" + std::string(wanted)});

@@ -165,6 +165,18 @@ TEST(OxatestResults, KeepTheRightsAndTheLinkOfTheFile) {
   EXPECT_EQ("1", root.Attribute("tests"));
 }
 
+// A shell that becomes oxatest leaves it its children.
+TEST(OxatestSurroundings, ChildrenFromBeforeLiveOn) {
+  const TestSupport::TemporaryFolder folder;
+  const std::string child =
+      "(for i in $(seq 600); do [ -e \"$GO\" ] && { : > \"$GO.seen\"; exit; }; sleep 0.1; done) "
+      "< /dev/null > /dev/null 2>&1 & exec \"$0\" \"$@\"";
+  const RunResult run = RunOxatest({BAD_MODULE}, {"GO=" + folder.File("go")}, {"/bin/sh", "-c", child});
+  EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
+  folder.Write("go", "");
+  EXPECT_TRUE(TestSupport::Eventually([&] { return folder.Has("go.seen"); }));
+}
+
 TEST(OxatestResults, AreRefusedBeforeTheRun) {
   const TestSupport::TemporaryFolder folder;
   const TestSupport::ChildResult run = TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit", folder.Path()});

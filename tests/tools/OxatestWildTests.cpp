@@ -165,6 +165,19 @@ TEST(OxatestMessages, AreTakenWhole) {
   }
 }
 
+TEST(OxatestMessages, HoldTextsUpToALimitWithoutTheRestOfACharacter) {
+  const std::string longest(65536, 'a');
+  EXPECT_EQ(longest, OxaTest::Limited(longest));
+  EXPECT_EQ(longest + "\n[1 bytes left out]", OxaTest::Limited(longest + 'b'));
+  const std::string character = "\xF0\x9F\x98\x80";
+  for (const std::string::size_type in : {1U, 2U, 3U}) {
+    const std::string before(65536 - in, 'a');
+    EXPECT_EQ(before + "\n[4 bytes left out]", OxaTest::Limited(before + character)) << in;
+  }
+  const std::string before(65532, 'a');
+  EXPECT_EQ(before + character + "\n[1 bytes left out]", OxaTest::Limited(before + character + 'b'));
+}
+
 TEST(OxatestMessages, AreRefusedWhenDamaged) {
   const std::string whole = OxaTest::Encode(Result("test"));
   OxaTest::Message message;

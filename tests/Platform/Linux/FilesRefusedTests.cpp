@@ -36,11 +36,9 @@ void ExpectInAProcessOfItsOwn(const Operation& operation) {
 }
 
 void ListWhereNoEntriesAreTold() {
-  const TemporaryFolder folder;
-  folder.Write("one", "");
   Refuse(SYS_getdents64, EIO);
   std::vector<std::string> names = {"before"};
-  EXPECT_EQ(EIO, Platform::ListDirectory(folder.File("").c_str(), "*", names));
+  EXPECT_EQ(EIO, Platform::ListDirectory("/", "*", names));
   EXPECT_EQ(std::vector<std::string>{"before"}, names);
 }
 
