@@ -1,5 +1,6 @@
 // Memory that may not be there, read by the call of the system and, where a sandbox forbids that, in the other way.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -44,11 +45,13 @@ class Pages {
     return ReadSafely(reinterpret_cast<std::uintptr_t>(m_pPages + 2 * m_uPage - before), bytes.data(), size);
   }
 
-  // The lowest one: what is open stays so otherwise.
+  // The second lowest that is free, since a pipe has two ends: it is the same unless one has stayed open.
   static int FreeDescriptor() {
-    const int descriptor = ::dup(0);
-    ::close(descriptor);
-    return descriptor;
+    const int lowest = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int second = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(lowest);
+    ::close(second);
+    return second;
   }
 
   // The number of the first statement that doesn't hold; 0 if all do.
