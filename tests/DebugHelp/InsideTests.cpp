@@ -30,6 +30,7 @@
 #include "Support/ChildProcess.h"
 #include "Support/LeakDetector.h"
 #if __has_include(<elfutils/libdw.h>)
+#include "Platform/Linux/FrameView.h"
 #include "Platform/Linux/SymbolizedModule.h"
 #endif
 
@@ -240,6 +241,29 @@ TEST(CallStackXml, ShowsTheVariablesOfEachStackThoughTheirFramesAreTheSame) {
     EXPECT_EQ(ByWriter(alert), Oxa::Core::AlertXml::AsText(alert, ""));
   }
 }
+
+#if __has_include(<elfutils/libdw.h>)
+// Values on entry are found there.
+TEST_F(Reader, ShowsFramesWithTheirCallers) {
+  auto* const victim = Platform::OpenLibrary(VICTIM);
+  ASSERT_NE(nullptr, victim);
+  static Platform::SymbolReader* s_pReader;
+  static int s_iCallers;
+  s_pReader = m_pReader;
+  s_iCallers = 0;
+  const auto count = [](const Platform::StackFrame& frame, void*) {
+    if (frame.m_pModule == nullptr || std::string(frame.m_pModule) != "VictimO0") return true;
+    const Platform::FrameView* const caller = frame.m_pView != nullptr ? frame.m_pView->m_pCaller : nullptr;
+    if (caller != nullptr && caller->m_cfa > frame.m_pView->m_cfa) ++s_iCallers;
+    return true;
+  };
+  static Platform::FrameSink s_count;
+  s_count = count;
+  FunctionOf(victim)("descend", 3, [] { Platform::WalkStack(*s_pReader, nullptr, s_count, nullptr); });
+  Platform::CloseLibrary(victim);
+  EXPECT_LE(4, s_iCallers) << "each of the depths";
+}
+#endif
 
 TEST_F(Reader, ReadsModulesAgainAfterAShortageOfMemory) {
   ASSERT_GE(Walk().size(), 3U);
