@@ -20,7 +20,6 @@ namespace {
 using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
@@ -345,6 +344,15 @@ TEST(Fatal, PoliciesDifferInWhatTheyDump) {
   EXPECT_LT(sizes[2], sizes[3]);
 }
 
+// Its stack is there, too.
+void ExpectThreadAt(std::uint64_t place, const TestSupport::DumpReader& dump, unsigned id, const char* way) {
+  const auto thread = dump.ThreadOf(id);
+  EXPECT_EQ(place, thread.m_registers.m_uPlace) << way;
+  const std::uint64_t stack = thread.m_registers.m_general[4];
+  EXPECT_LE(thread.m_stack.m_uStart, stack) << way;
+  EXPECT_GT(thread.m_stack.m_uStart + thread.m_stack.m_uSize, stack) << way;
+}
+
 // Not at what carries exceptions, nor where the process ends.
 void ExpectFailingFrame(const char* way, unsigned code) {
   const TemporaryFolder folder;
@@ -364,11 +372,7 @@ void ExpectFailingFrame(const char* way, unsigned code) {
     constexpr unsigned uCALL = 0xE8;  // the last of its five bytes is the place
     EXPECT_EQ(uCALL, dump.Memory<std::uint8_t>(exception.m_uAddress - 4)) << way;
   }
-  const auto thread = dump.ThreadOf(process);
-  EXPECT_EQ(exception.m_registers.m_uPlace, thread.m_registers.m_uPlace) << way;
-  const std::uint64_t stack = thread.m_registers.m_general[4];
-  EXPECT_LE(thread.m_stack.m_uStart, stack) << way;
-  EXPECT_GT(thread.m_stack.m_uStart + thread.m_stack.m_uSize, stack) << way;
+  ExpectThreadAt(exception.m_uAddress, dump, process, way);
 }
 
 TEST(Fatal, DumpStandsAtTheFrameThatFailed) {

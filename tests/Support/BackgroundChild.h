@@ -18,6 +18,7 @@ class BackgroundChild {
  public:
   explicit BackgroundChild(const std::vector<std::string>& command) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     m_child = ::fork();

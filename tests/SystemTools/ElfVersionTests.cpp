@@ -53,7 +53,8 @@ TEST(ElfVersion, EveryKeyComesFromTheMemberOfItsName) {
                    {"LegalTrademarks", "7"}, {"OriginalFilename", "8"}, {"ProductName", "9"},
                    {"ProductVersion", "10"}, {"SpecialBuild", "11"}};
   std::string note = R"({"name":"n","version":"v","type":"deb","other":{"name":["x"]})";
-  for (const auto& [key, value] : all) note += ",\"" + key + "\":\"" + value + '"';
+  for (const auto& [key, value] : all)
+    note.append(",\"").append(key).append("\":\"").append(value).append("\"");
   ElfFile file = WithNote(note + '}');
   file.m_sOwnName = "libprobe.so.2";
   EXPECT_EQ(all, ContentOf(file.Make(), "libprobe.so.2.5"));

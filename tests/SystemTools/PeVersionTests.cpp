@@ -65,7 +65,7 @@ TEST(PeVersion, EveryKeyIsAskedFor) {
 
 TEST(PeVersion, PathAndNameAreTheCallers) {
   PeFile file = Probe();
-  file.m_tables[0].m_texts.push_back({u"PathName", u"elsewhere"});
+  file.m_tables[0].m_texts.emplace_back(u"PathName", u"elsewhere");
   const TemporaryFolder folder;
   Values values = VersionOf(folder.Write("probe.dll", file.Make()));
   EXPECT_EQ(folder.File("probe.dll"), values["PathName"]);
