@@ -2,14 +2,11 @@
 // stands still.
 #include "Platform/Linux/StackWalkRules.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
-#include <string>
 
-#include "Platform/Linux/SymbolizedProcess.h"
+#include "SymbolizedProcessTest.h"
 
 // The canonical frame address is rsp + 8 at the start, and the return address lies right below it. An escape is an
 // expression, byte by byte.
@@ -103,29 +100,18 @@ constexpr int iRIP = CONTEXT::iPLACE;
 constexpr std::uint64_t uREGISTER = 1000;  // register n has 1000 + n, but for the two that point to the stack
 constexpr std::uint64_t uSTACK = 2000;     // word n of the stack is 2000 + n
 
-class FrameRules : public testing::Test {
+class FrameRules : public SymbolizedProcessTest {
  protected:
   void SetUp() override {
-    m_library = ::dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
-    if (m_library == nullptr) GTEST_SKIP() << "libdw isn't there";
-    FindFunctions(m_dw, m_library);
-    m_dw.elf_version(EV_CURRENT);
-    m_process = std::make_unique<SymbolizedProcess>(
-        m_dw, "", [](const char* signature) { return std::string(signature); }, m_faulted);
-    m_process->Refresh();
+    SymbolizedProcessTest::SetUp();
     for (int number = 0; number < CONTEXT::iREGISTERS; ++number)
       m_from.Set(number, uREGISTER + static_cast<unsigned>(number));
     for (std::uint64_t& word : m_stack) word = uSTACK + static_cast<unsigned>(&word - m_stack);
     m_from.Set(iRSP, Address(4));
   }
 
-  void TearDown() override {
-    m_process.reset();
-    if (m_library != nullptr) ::dlclose(m_library);
-  }
-
   const StackWalkRules& RulesOf(void (*function)()) {
-    const AddressFacts& facts = m_process->GetFacts(reinterpret_cast<std::uintptr_t>(function));
+    const AddressFacts& facts = GetProcess().GetFacts(reinterpret_cast<std::uintptr_t>(function));
     EXPECT_TRUE(facts.m_bHasRules);
     return facts.m_rules;
   }
@@ -146,12 +132,6 @@ class FrameRules : public testing::Test {
   FrameRegisters m_caller;
   MemoryReader m_memory;
   std::uint64_t m_uCfa = 1;
-
- private:
-  void* m_library = nullptr;
-  Dw m_dw;
-  FaultedModules m_faulted;
-  std::unique_ptr<SymbolizedProcess> m_process;
 };
 
 TEST_F(FrameRules, WithoutAnyRegistersStayThatFunctionsKeep) {

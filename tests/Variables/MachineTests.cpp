@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "LocationText.h"
 #include "Platform/Linux/VariableMachine.h"
 
 namespace {
@@ -36,16 +37,8 @@ class Machine : public testing::Test {
     return machine.Run(operations.data(), operations.size()) ? machine.Result(size) : Location();
   }
 
-  // "none", or the address, or "=" and the bytes.
   std::string Shown(const std::vector<Dwarf_Op>& operations, std::uint64_t size = 8) {
-    const Location location = Find(operations, size);
-    if (location.m_ePlace == eVALUE_NOWHERE) return "none";
-    if (location.m_ePlace == eVALUE_IN_MEMORY)
-      return std::to_string(static_cast<std::int64_t>(location.m_uAddress));
-    std::string text = "=";
-    for (std::size_t at = 0; at < location.m_bytes.size(); ++at)
-      text += location.m_known[at] != 0 ? " " + std::to_string(location.m_bytes[at]) : " ?";
-    return text;
+    return TextOf(Find(operations, size));
   }
 
   std::string OfTwo(unsigned atom, std::int64_t left, std::int64_t right) {

@@ -1,14 +1,13 @@
 // From frame to frame of stacks that are made up: where no rules lead on, and where they lead astray.
 #include "Platform/Linux/StackWalkSteps.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
-#include <memory>
-#include <string>
 #include <vector>
+
+#include "SymbolizedProcessTest.h"
 
 // Something to be called from. The return address of its frame lies where its stack begins.
 asm(R"(
@@ -36,27 +35,16 @@ constexpr std::size_t uMOST_BETWEEN = 1024 * 1024 / uWORD;  // words of a frame 
 
 std::uint64_t Code() { return reinterpret_cast<std::uintptr_t>(&StackStepsCode) + 1; }
 
-class StackSteps : public testing::Test {
+class StackSteps : public SymbolizedProcessTest {
  protected:
   StackSteps() : m_stack(uMOST_BETWEEN + 16, uNOWHERE) {}
 
   void SetUp() override {
-    m_library = ::dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
-    if (m_library == nullptr) GTEST_SKIP() << "libdw isn't there";
-    FindFunctions(m_dw, m_library);
-    m_dw.elf_version(EV_CURRENT);
-    m_process = std::make_unique<SymbolizedProcess>(
-        m_dw, "", [](const char* signature) { return std::string(signature); }, m_faulted);
-    m_process->Refresh();
+    SymbolizedProcessTest::SetUp();
     m_context.m_registers[CONTEXT::iPLACE] = uNOWHERE;
     m_context.m_registers[CONTEXT::iSTACK] = At(2);
     m_context.m_registers[CONTEXT::iFRAME] = At(6);
     m_context.m_registers[3] = 1003;
-  }
-
-  void TearDown() override {
-    m_process.reset();
-    if (m_library != nullptr) ::dlclose(m_library);
   }
 
   std::uint64_t At(std::size_t word) const { return reinterpret_cast<std::uintptr_t>(&m_stack[word]); }
@@ -68,7 +56,7 @@ class StackSteps : public testing::Test {
   }
 
   void Walk() {
-    StackWalkSteps steps(*m_process, m_context);
+    StackWalkSteps steps(GetProcess(), m_context);
     NativeFrame frame;
     while (m_frames.size() < 5 && steps.Next(frame)) m_frames.push_back(frame);
   }
@@ -91,12 +79,6 @@ class StackSteps : public testing::Test {
   std::vector<std::uint64_t> m_stack;
   CONTEXT m_context{};
   std::vector<NativeFrame> m_frames;
-
- private:
-  void* m_library = nullptr;
-  Dw m_dw;
-  FaultedModules m_faulted;
-  std::unique_ptr<SymbolizedProcess> m_process;
 };
 
 TEST_F(StackSteps, ACallToNowhereHasLeftItsReturnAddress) {

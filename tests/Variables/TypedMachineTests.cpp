@@ -1,6 +1,7 @@
 // Operations of location expressions that lead to types, blocks and further expressions.
 #include <gtest/gtest.h>
 
+#include "LocationText.h"
 #include "MadeUpEntries.h"
 #include "Platform/Linux/VariableExpression.h"
 #include "Platform/Linux/VariableMachine.h"
@@ -25,16 +26,8 @@ class TypedMachine : public testing::Test {
     return machine.Run(operations.data(), operations.size()) ? machine.Result(size) : Location();
   }
 
-  // "none", or the address, or "=" and the bytes.
   std::string Shown(const Operations& operations, std::uint64_t size = 8) {
-    const Location location = Find(operations, size);
-    if (location.m_ePlace == eVALUE_NOWHERE) return "none";
-    if (location.m_ePlace == eVALUE_IN_MEMORY)
-      return std::to_string(static_cast<std::int64_t>(location.m_uAddress));
-    std::string text = "=";
-    for (std::size_t at = 0; at < location.m_bytes.size(); ++at)
-      text += location.m_known[at] != 0 ? " " + std::to_string(location.m_bytes[at]) : " ?";
-    return text;
+    return TextOf(Find(operations, size));
   }
 
   // As the number of the whole expression; -1 if it has none.
