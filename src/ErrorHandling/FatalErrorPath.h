@@ -40,8 +40,8 @@ bool TellFatalErrorFolder(const FatalErrorFolder& folder, std::string& path);
 /// Both. The warnings come with each call.
 bool CreateFatalErrorPath(std::string& path);
 
-/// Makes all folders of `path`, which ends in a separator, that are missing, as PathName::CreateDirectoryA does.
-/// Allocates nothing.
+/// Makes all folders of `path`, which ends in a separator, that are missing, as PathName::CreateDirectoryA does; behind
+/// a server those of the path itself, where that one makes others, as it loses the server. Allocates nothing.
 bool MakeFoldersOf(const char* path) noexcept;
 
 /// The working folder as an absolute path with a separator at its end; "./" if the system can't tell it. Allocates

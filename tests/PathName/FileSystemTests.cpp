@@ -153,6 +153,12 @@ TEST(PathNameOnDisk, WithoutABranchThereIsNothingToMake) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
 }
 
+TEST(PathNameOnDisk, FoldersOfAServerAreMadeWithoutIt) {
+  const TemporaryFolder folder;
+  EXPECT_TRUE(PathName("\\\\server" + WithBackslashes(folder.File("a/b/"))).CreateDirectoryA());
+  EXPECT_TRUE(IsFolder(folder.File("a/b")));
+}
+
 TEST(PathNameOnDisk, AFileInTheWayEndsTheMaking) {
   const TemporaryFolder folder;
   folder.Write("file", "kept");

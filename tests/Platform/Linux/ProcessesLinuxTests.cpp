@@ -210,7 +210,7 @@ TEST(MachineLinux, WithoutProcTheProgramIsNotToldAndTheRestIs) {
 }
 
 TEST(LibrariesLinux, WithoutProcAPathIsToldAsFarAsTheLoaderKnowsIt) {
-  const HINSTANCE library = Platform::OpenLibrary("libc.so.6");
+  HINSTANCE library = Platform::OpenLibrary("libc.so.6");
   ASSERT_NE(nullptr, library);
   std::string path;
   Platform::SetProcFolder("/no/such/folder");
