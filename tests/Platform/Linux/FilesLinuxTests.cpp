@@ -290,7 +290,10 @@ void CutIn(const Call& call, const Release& release) {
   });
   EXPECT_TRUE(TestSupport::Eventually([&] { return id != 0 && TestSupport::ThreadSleeps(id); }));
   pthread_kill(other.native_handle(), SIGUSR1);
+  // The thread sanitizer keeps the handler back while system calls go past it, as those of a write do.
+#if !defined(__SANITIZE_THREAD__)
   EXPECT_TRUE(TestSupport::Eventually([] { return s_iHeard == 1; }));
+#endif
   release();
   other.join();
   sigaction(SIGUSR1, &before, nullptr);
