@@ -18,6 +18,7 @@
 namespace {
 
 using namespace Oxa::Core;
+using LogTests::Eventually;
 using LogTests::GetLogger;
 using LogTests::TapeHandler;
 using LogTests::TapeService;
@@ -95,12 +96,19 @@ void RaiseAndWarn(int turn) {
 
 void SwitchBuffering(int turn) { Manager().SetBufferingMode(turn % 2 == 0); }
 
+// Said again until it is heard: what is written while the queue is still at its limit is rightly lost.
+bool IsAlive(const TapeHandler& handler) {
+  return Eventually([&handler] {
+    GetLogger("Stress.End")->WriteLog(eLOG_ERROR, "alive");
+    return !handler.Of("Stress.End").empty();
+  });
+}
+
 TEST(LogStress, HandlersServicesLoggersAndWritersComeAndGo) {
   RunAll({WriteALittle, WriteALittle, ComeAndGoAsHandler, ComeAndGoAsHandler, ComeAndGoAsService,
           ComeAndGoAsService, MakeAndForgetLoggers, RaiseAndWarn});
   TapeHandler handler;
-  GetLogger("Stress.End")->WriteLog(eLOG_ERROR, "alive");
-  EXPECT_EQ(1U, handler.Await("Stress.End", 1).size());
+  EXPECT_TRUE(IsAlive(handler));
 }
 
 TEST(LogStress, BufferingIsSwitchedMeanwhile) {
@@ -108,8 +116,7 @@ TEST(LogStress, BufferingIsSwitchedMeanwhile) {
           RaiseAndWarn, SwitchBuffering, SwitchBuffering});
   Manager().SetBufferingMode(true);
   TapeHandler handler;
-  GetLogger("Stress.End")->WriteLog(eLOG_ERROR, "alive");
-  EXPECT_EQ(1U, handler.Await("Stress.End", 1).size());
+  EXPECT_TRUE(IsAlive(handler));
 }
 
 // A handler asks for loggers while services change and other threads make loggers: none waits for the other.
@@ -123,8 +130,7 @@ TEST(LogStress, HandlersAskForLoggersWhileServicesChange) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
           },
           ComeAndGoAsService, MakeAndForgetLoggers, MakeAndForgetLoggers});
-  GetLogger("Stress.End")->WriteLog(eLOG_ERROR, "alive");
-  EXPECT_EQ(1U, asking.Await("Stress.End", 1).size());
+  EXPECT_TRUE(IsAlive(asking));
 }
 
 TEST(LogStress, NothingIsLostBelowTheLimit) {
