@@ -8,6 +8,7 @@
 #include <boost/shared_ptr.hpp>
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 
@@ -51,7 +52,10 @@ boost::shared_ptr<TestSuite> Tree() {
 
 extern "C" __attribute__((visibility("default"))) boost::shared_ptr<TestSuite> GetModuleTestSuite();
 boost::shared_ptr<TestSuite> GetModuleTestSuite() {
-  if (Wants("null")) return boost::shared_ptr<TestSuite>();
+  static bool s_again = false;
+  if (Wants("null") || (Wants("prints but once") && s_again)) return boost::shared_ptr<TestSuite>();
+  s_again = true;
+  if (Wants("prints") || Wants("prints but once")) std::cout << "a tree" << std::endl;
   if (Wants("raises")) OXA_RAISE_ERROR("Acme.Probe", InvalidParameter("channel"));
   if (Wants("throws")) throw std::runtime_error("of the language");
   if (Wants("throws a number")) throw 7;

@@ -7,8 +7,8 @@
 
 #include <filesystem>
 
+#include "HangingOxatest.h"
 #include "Oxatest.h"
-#include "Support/BackgroundChild.h"
 #include "Support/Eventually.h"
 
 using namespace OxatestTests;
@@ -87,25 +87,9 @@ std::string TheOneIn(const std::string& folder) {
   return "";
 }
 
-// Starts a test that hangs by a shell's script, with what is temporary in a folder for that alone.
-class Hanging {
- public:
-  Hanging(const TestSupport::TemporaryFolder& temporary, const std::string& script)
-      : m_oxatest({"/bin/sh", "-c", script, "/usr/bin/env", "TMPDIR=" + temporary.Path(),
-                   "SUITE_MODULE_FILE=" + m_files.File("runs"), OXATEST, SUITE_MODULE,
-                   "--only=Deadly/Hangs"}) {
-    TestSupport::ExpectDeaths();
-    const auto told = [this] { return m_files.Read("runs").find('\n') != std::string::npos; };
-    EXPECT_TRUE(TestSupport::Eventually(told));
-  }
-
-  TestSupport::TemporaryFolder m_files;
-  TestSupport::BackgroundChild m_oxatest;
-};
-
 TEST(OxatestSurroundings, MayHaveAnyMask) {
   const TestSupport::TemporaryFolder temporary;
-  Hanging hanging(temporary, "umask 300; exec \"$0\" \"$@\" > /dev/null");
+  HangingOxatest hanging(temporary, "umask 300; exec \"$0\" \"$@\" > /dev/null");
   struct stat status {};
   ASSERT_EQ(0, ::stat(TheOneIn(temporary.Path()).c_str(), &status));
   EXPECT_EQ(0700U, status.st_mode & 0777U);
@@ -135,7 +119,7 @@ class FullPipe {
 TEST(OxatestSurroundings, MayHaveAReaderThatStopsReading) {
   const TestSupport::TemporaryFolder temporary;
   const FullPipe pipe;
-  Hanging hanging(temporary, "exec \"$0\" \"$@\" > /dev/fd/" + std::to_string(pipe.Writer()));
+  HangingOxatest hanging(temporary, "exec \"$0\" \"$@\" > /dev/fd/" + std::to_string(pipe.Writer()));
   const pid_t oxatest = hanging.m_oxatest.Id();
   siginfo_t info{};
   const auto ends = [oxatest, &info] {
@@ -145,24 +129,6 @@ TEST(OxatestSurroundings, MayHaveAReaderThatStopsReading) {
   };
   EXPECT_TRUE(TestSupport::Eventually(ends));
   EXPECT_EQ(128 + SIGTERM, hanging.m_oxatest.Await());
-}
-
-TEST(OxatestResults, KeepTheRightsAndTheLinkOfTheFile) {
-  const TestSupport::TemporaryFolder folder;
-  const std::string file = folder.Write("results.xml", "of the run before");
-  ASSERT_EQ(0, ::chmod(file.c_str(), 0604));
-  std::filesystem::create_symlink("results.xml", folder.File("link.xml"));
-  const TestSupport::ChildResult run =
-      TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit", folder.File("link.xml")});
-  EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
-  EXPECT_EQ((std::set<std::string>{"link.xml", "results.xml"}), folder.Names());
-  EXPECT_TRUE(std::filesystem::is_symlink(folder.File("link.xml")));
-  struct stat status {};
-  ASSERT_EQ(0, ::stat(file.c_str(), &status));
-  EXPECT_EQ(0604U, status.st_mode & 0777U);
-  Element root;
-  EXPECT_TRUE(ReadJUnit(file, root));
-  EXPECT_EQ("1", root.Attribute("tests"));
 }
 
 // A shell that becomes oxatest leaves it its children.
@@ -175,27 +141,6 @@ TEST(OxatestSurroundings, ChildrenFromBeforeLiveOn) {
   EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
   folder.Write("go", "");
   EXPECT_TRUE(TestSupport::Eventually([&] { return folder.Has("go.seen"); }));
-}
-
-TEST(OxatestResults, AreRefusedBeforeTheRun) {
-  const TestSupport::TemporaryFolder folder;
-  const TestSupport::ChildResult run = TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit", folder.Path()});
-  EXPECT_EQ(2, run.m_iStatus);
-  EXPECT_EQ("oxatest: " + folder.Path() + ": is a folder\n", run.m_sError);
-  EXPECT_EQ("", run.m_sOutput);
-  const TestSupport::ChildResult output = TestSupport::RunChild({OXATEST, BAD_MODULE, "--junit=/dev/stdout"});
-  EXPECT_EQ(2, output.m_iStatus);
-  EXPECT_EQ("oxatest: /dev/stdout: takes the output already\n", output.m_sError);
-}
-
-TEST(OxatestResults, AreWrittenIntoAPipe) {
-  const TestSupport::TemporaryFolder folder;
-  const std::string name = folder.File("pipe");
-  ASSERT_EQ(0, ::mkfifo(name.c_str(), 0600));
-  const TestSupport::ChildResult run =
-      TestSupport::RunChild({"/bin/sh", "-c", "\"$0\" \"$1\" --junit \"$2\" > /dev/null & cat \"$2\"; wait",
-                             OXATEST, BAD_MODULE, name});
-  EXPECT_NE(std::string::npos, run.m_sOutput.find("</testsuites>"));
 }
 
 }  // namespace

@@ -171,6 +171,14 @@ TEST(Oxatest, TellsPatternsThatMatchNothing) {
   EXPECT_TRUE(run.Says("1 passed in "));
 }
 
+TEST(Oxatest, IsContentWithSeveralPatternsForOneTest) {
+  const RunResult run = RunOxatest({SUITE_MODULE, "--only=Good/Passes", "--only=Good/P*s", "--only=*asses",
+                                    "--disable=Good/Prints", "--disable=*Prints"});
+  EXPECT_EQ(0, run.m_iStatus);
+  EXPECT_EQ("", run.m_sError);
+  EXPECT_TRUE(run.Says("1 passed, 1 disabled in ")) << run.m_sOutput;
+}
+
 TEST(Oxatest, IsContentWithAMatchInOneModule) {
   const RunResult run = RunOxatest({SUITE_MODULE, BAD_MODULE, "--only", "Good/Passes"});
   EXPECT_EQ(0, run.m_iStatus) << run.m_sError;
@@ -197,6 +205,16 @@ TEST(Oxatest, RepeatsOnNewTrees) {
   EXPECT_TRUE(run.Says("1 passed, 2 failed in "));
   ASSERT_TRUE(run.m_bParsed);
   EXPECT_EQ(3U, run.m_junit.m_children.size());
+}
+
+// Those in which all went well are forgotten where no file is to tell of them.
+TEST(Oxatest, RemembersRepetitionsInWhichSomethingFailed) {
+  const TestSupport::ChildResult run =
+      TestSupport::RunChild({OXATEST, SUITE_MODULE, "--repeat", "3", "--only", "Once only"});
+  EXPECT_EQ(1, run.m_iStatus);
+  const std::string once = "  " SUITE_MODULE ": Once only\n";
+  EXPECT_NE(std::string::npos, run.m_sOutput.find("Did not pass:\n" + once + once + "1 passed, 2 failed in "))
+      << run.m_sOutput;
 }
 
 TEST(Oxatest, AnswersBadArguments) {

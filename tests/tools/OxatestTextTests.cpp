@@ -24,8 +24,9 @@ TEST(OxatestOnStrangeTexts, ReplacesWhatADocumentCannotHold) {
   const RunResult run = RunOxatest({SUITE_MODULE, "--only", "Strange*"});
   const std::string r = sREPLACED;
   const Element test = run.Case(r + "[31m \xC2\xB5s \xC2\xB5s \xE2\x82\xAC " + r);
-  EXPECT_EQ("]]&gt; " + r + " &lt;![CDATA[ \xC2\xB0 \xC3\xAD\xC2\xA0" + r + " &amp;amp;",
+  EXPECT_EQ("]]&gt;&#9;" + r + " &lt;![CDATA[ \xC2\xB0 \xC3\xAD\xC2\xA0" + r + " &amp;amp;",
             test.Child("failure").Attribute("message"));
+  EXPECT_EQ(0U, test.Child("failure").m_sText.find("]]&gt;\t")) << test.Child("failure").m_sText;
   EXPECT_EQ(r + r + "]]&gt;\nnext\nlast\xC3\xBF", test.Child("system-out").m_sText);
 }
 
@@ -34,6 +35,7 @@ TEST(OxatestOnStrangeTexts, ShowsThemHarmlessly) {
   const std::string r = sREPLACED;
   EXPECT_EQ(std::string::npos, run.m_sOutput.find('\x1B'));
   EXPECT_TRUE(run.Says(" s  Strange <names> & \"texts\"/two lines\n")) << run.m_sOutput;
+  EXPECT_TRUE(run.Says("      | next\n      | last\xC3\xBF\n  passed ")) << run.m_sOutput;
   EXPECT_TRUE(run.Says("/" + r + "[31m \xC2\xB5s \xC2\xB5s \xE2\x82\xAC " + r + "\n")) << run.m_sOutput;
 }
 

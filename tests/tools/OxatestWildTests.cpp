@@ -72,6 +72,12 @@ TEST(OxatestOnWildModules, EndsADaemon) {
   EXPECT_NE(0, ::kill(daemon, 0));
 }
 
+TEST(OxatestOnWildModules, EndsAProcessThatHasLeftItsGroup) {
+  const RunResult run = RunOxatest({WILD_MODULE, "--only=Handles/Leaves the group", "--timeout=" HANG_LIMIT});
+  EXPECT_EQ(1, run.m_iStatus) << run.m_sOutput;
+  EXPECT_EQ("hung", run.Case("Leaves the group").Child("error").Attribute("type"));
+}
+
 TEST(OxatestOnWildModules, EndsACopyThatComesOutOfATest) {
   const RunResult run =
       RunOxatest({WILD_MODULE, "--only=Handles/Comes out twice", "--only=Handles/After", "--timeout=20"});

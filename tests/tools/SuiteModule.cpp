@@ -128,7 +128,7 @@ SuitePtr Strange() {
   suite->With("two\nlines", &Nothing);
   suite->With("\x1B[31m \xB5s \xC2\xB5s \xE2\x82\xAC \xEF\xBF\xBF", [] {
     std::fwrite("\0\x01]]>\r\nnext\rlast\xFF", 1, 17, stdout);
-    OXA_TEST_ASSERT_MSG(false, "]]> \x01 <![CDATA[ \xB0 \xED\xA0\x80 &amp;");
+    OXA_TEST_ASSERT_MSG(false, "]]>\t\x01 <![CDATA[ \xB0 \xED\xA0\x80 &amp;");
     return "";
   });
   suite->With("", &Nothing);

@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/OxaCore.h>
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -54,12 +55,13 @@ const char* File() {
   return file == nullptr ? "/dev/null" : file;
 }
 
-// Leaves the group and the session, as services do.
+// Leaves the group and the session, as services do. Its name looks like the end of a name, with a state and a parent.
 std::string StartDaemon() {
   const pid_t between = ::fork();
   if (between == 0) {
     ::setsid();
     if (::fork() != 0) ::_exit(0);
+    ::prctl(PR_SET_NAME, "a) S 1 (b) S 1");
     ::alarm(120);  // it isn't to stay for ever if nobody ends it
     std::ofstream(File()) << ::getpid() << '\n';
     for (;;) ::pause();
@@ -68,6 +70,13 @@ std::string StartDaemon() {
   const auto isThere = [] { return std::ifstream(File()).peek() != EOF; };
   OXA_TEST_ASSERT(TestSupport::Eventually(isThere));
   return "";
+}
+
+// For that of its runner.
+[[noreturn]] std::string LeaveTheGroup() {
+  OXA_TEST_EQUALS(0, ::setpgid(0, ::getpgid(::getppid())));
+  ::alarm(120);
+  for (;;) ::pause();
 }
 
 std::string ComeOutTwice() {
@@ -172,6 +181,7 @@ SuitePtr Handles() {
     std::_Exit(0);
   });
   suite->With("Replaces pipes", &ReplacePipes).With("Tells signals", &TellSignals);
+  suite->With("Leaves the group", &LeaveTheGroup);
   suite->With("After", [] { return ""; });
   return suite;
 }
