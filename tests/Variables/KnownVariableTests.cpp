@@ -268,6 +268,7 @@ std::vector<Module> Modules() {
   modules.push_back({"gxx", KNOWN_BY_GXX, false, false});
   modules.push_back({"gxxOlder", KNOWN_BY_GXX_OLDER, false, false});
   modules.push_back({"gxxOptimised", KNOWN_BY_GXX_OPTIMISED, true, false});
+  modules.push_back({"gxxDebugFrame", KNOWN_BY_GXX_DEBUG_FRAME, true, false});
 #endif
 #ifdef KNOWN_BY_CLANG
   modules.push_back({"clang", KNOWN_BY_CLANG, false, true});

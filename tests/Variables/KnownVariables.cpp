@@ -206,6 +206,7 @@ extern "C" __attribute__((visibility("default"))) int RunKnownVariables(Known::L
   int one = 1;
   int* pOne = &one;
   char none[] = "not none";
+  Keep(none);
   std::string text = "text \"quoted\"\n";
   Sensor sensor;
   Fourth fourth;
