@@ -314,6 +314,7 @@ std::string OnTerminal(const std::vector<std::string>& command, unsigned short c
   const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
   if (child == 0) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     ::setenv("TERM", kind, 1);
