@@ -15,10 +15,15 @@ using Oxa::Core::HelperProcess;
 
 namespace {
 
+std::string PathVariable() {
+  const char* const value = ::getenv("PATH");
+  return value == nullptr ? "" : value;
+}
+
 // The folders that the system looks for programs in, while it stands.
 class ProgramFolders {
  public:
-  explicit ProgramFolders(const std::string& folders) : m_sBefore(::getenv("PATH")) {
+  explicit ProgramFolders(const std::string& folders) : m_sBefore(PathVariable()) {
     ::setenv("PATH", folders.c_str(), 1);
   }
   ~ProgramFolders() { ::setenv("PATH", m_sBefore.c_str(), 1); }

@@ -14,20 +14,20 @@ std::vector<std::string> s_deaths;
 ManagedGlobals* s_pUnderTest = nullptr;
 
 struct First {
-  ~First() { s_deaths.push_back("First"); }
+  ~First() { s_deaths.emplace_back("First"); }
 };
 
 struct Second {
   // Looks up an older global while it dies: no lock may be held then.
   ~Second() {
-    s_deaths.push_back(s_pUnderTest->Get<First>("First") != nullptr ? "Second, First alive" : "Second");
+    s_deaths.emplace_back(s_pUnderTest->Get<First>("First") != nullptr ? "Second, First alive" : "Second");
   }
 };
 
 // Adds another global while it is being built itself.
 struct Nesting {
   Nesting() { s_pUnderTest->Add<First>("Inner"); }
-  ~Nesting() { s_deaths.push_back("Nesting"); }
+  ~Nesting() { s_deaths.emplace_back("Nesting"); }
 };
 
 class GlobalsTest : public testing::Test {

@@ -48,9 +48,7 @@ TEST(Singleton, IsMadeAtFirstUseAndDestroyedByTheRegistry) {
 TEST(Singleton, ThreadsGetOneObject) {
   std::vector<std::thread> threads;
   std::vector<Counted*> seen(8);
-  for (std::size_t i = 0; i < seen.size(); ++i) {
-    threads.emplace_back([&seen, i] { seen[i] = Counted::Instance(); });
-  }
+  for (Counted*& one : seen) threads.emplace_back([&one] { one = Counted::Instance(); });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(1u, std::set<Counted*>(seen.begin(), seen.end()).size());
   EXPECT_EQ(1, Counted::s_iAlive);

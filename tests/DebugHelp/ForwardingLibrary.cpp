@@ -31,7 +31,8 @@ Dwarf_Line* RunOut(Dwarf_Die* /*unit*/, Dwarf_Addr /*address*/) {
   s_handler();
 }
 
-__attribute__((constructor)) void FindReal() {
+// A statement for each function.
+__attribute__((constructor)) void FindReal() {  // NOLINT(readability-function-size)
   void* const library = ::dlopen(std::getenv("REAL_LIBRARY"), RTLD_NOW | RTLD_LOCAL);
 #define OXACORE_DW_FUNCTION(name) real_##name = ::dlsym(library, #name);
   OXACORE_DW_FUNCTIONS(OXACORE_DW_FUNCTION)

@@ -211,46 +211,50 @@ extern "C" __attribute__((visibility("default"))) void CallbackOfHost() {
   other.detach();
 }
 
+void TakeStep(const std::string& step, char** argv, Run& run) {
+  if (step == "initialize") InitializeOxaCore();
+  if (step == "twice") RunAndPrint(run, argv[2], std::atoi(argv[3]));
+  if (step.rfind("replace=", 0) == 0) std::rename(step.substr(8).c_str(), argv[1]);
+  if (step.rfind("damage=", 0) == 0) Damage(run, step.substr(7), std::atoi(argv[3]));
+  if (step.rfind("threads=", 0) == 0) RaiseOnThreads(run, std::atoi(step.substr(8).c_str()));
+  if (step == "fork") RaiseInChild(run);
+  if (step.rfind("walk=", 0) == 0) s_callback = &Walk, s_iMaxFrames = std::atoi(step.substr(5).c_str());
+  if (step.rfind("change=", 0) == 0) StackHost::Change(step.substr(7));
+  if (step == "base") PrintBase(reinterpret_cast<void*>(run));
+  if (step.rfind("load=", 0) == 0) run = LoadInstead(step.substr(5).c_str());
+  if (step == "log") StackHost::ShowLog();
+  if (step == "first-use-short") StackHost::FirstUseShortOfMemory();
+  if (step == "anew-short") StackHost::BeginAnewShortOfMemory();
+  if (step == "trap") StackHost::SetDenormalTrap();
+  if (step == "whose") RaiseAtOnePlace(run);
+  if (step == "unavailable") std::cout << "unavailable " << DebugHelp::IsUnavailable() << "\n";
+}
+
+void PrintXML(Run run, const char* what) {
+  try {
+    run(what, 0, &Raise);
+  } catch (Error& error) {
+    XMLWriter writer(XMLFormatter::CreateCompact());
+    std::ostringstream text;
+    error.ToXML(writer, text, "");
+    std::cout << text.str() << "\n";
+  }
+}
+
 int main(int argc, char** argv) {
   if (argc < 4) return 2;
   Listener listener;
   AlertManager::Instance()->AddAlertListener(listener);
-  for (int i = 4; i < argc; ++i)
-    if (std::string(argv[i]).rfind("folder=", 0) == 0) System::Instance()->SetProcessPath(argv[i] + 7);
+  const std::vector<std::string> steps(argv + 4, argv + argc);
+  for (const std::string& step : steps)
+    if (step.rfind("folder=", 0) == 0) System::Instance()->SetProcessPath(step.substr(7));
   Run run = Load(argv[1]);
   if (run == nullptr) return 2;
-  for (int i = 4; i < argc; ++i) {
-    const std::string step = argv[i];
-    if (step == "initialize") InitializeOxaCore();
-    if (step == "twice") RunAndPrint(run, argv[2], std::atoi(argv[3]));
-    if (step.rfind("replace=", 0) == 0) std::rename(step.substr(8).c_str(), argv[1]);
-    if (step.rfind("damage=", 0) == 0) Damage(run, step.substr(7), std::atoi(argv[3]));
-    if (step.rfind("threads=", 0) == 0) RaiseOnThreads(run, std::atoi(step.substr(8).c_str()));
-    if (step == "fork") RaiseInChild(run);
-    if (step.rfind("walk=", 0) == 0) s_callback = &Walk, s_iMaxFrames = std::atoi(step.substr(5).c_str());
-    if (step.rfind("change=", 0) == 0) StackHost::Change(step.substr(7));
-    if (step == "base") PrintBase(reinterpret_cast<void*>(run));
-    if (step.rfind("load=", 0) == 0) run = LoadInstead(step.substr(5).c_str());
-    if (step == "log") StackHost::ShowLog();
-    if (step == "first-use-short") StackHost::FirstUseShortOfMemory();
-    if (step == "anew-short") StackHost::BeginAnewShortOfMemory();
-    if (step == "trap") StackHost::SetDenormalTrap();
-    if (step == "whose") RaiseAtOnePlace(run);
-    if (step == "unavailable") std::cout << "unavailable " << DebugHelp::IsUnavailable() << "\n";
-  }
+  for (const std::string& step : steps) TakeStep(step, argv, run);
   if (argv[2][0] != '-') RunAndPrint(run, argv[2], std::atoi(argv[3]));
   if (StackHost::HasDenormalTrap()) std::cout << "the trap is on\n";
-  for (int i = 4; i < argc; ++i)
-    if (std::string(argv[i]) == "xml") {
-      try {
-        run(argv[2], 0, &Raise);
-      } catch (Error& error) {
-        XMLWriter writer(XMLFormatter::CreateCompact());
-        std::ostringstream text;
-        error.ToXML(writer, text, "");
-        std::cout << text.str() << "\n";
-      }
-    }
+  for (const std::string& step : steps)
+    if (step == "xml") PrintXML(run, argv[2]);
   AlertManager::Instance()->RemoveAlertListener(listener);
   ShutdownOxaCore();
   return 0;

@@ -79,7 +79,7 @@ void TakeFaults() {
 OXA_FAULT_SITE int MeasureAndDie(int* where, int count) {
   Reading reading = {7, 3.25, "pressure"};
   int doubled = 2 * count;
-  *where = doubled + reading.m_iChannel;
+  *where = doubled + reading.m_iChannel;  // NOLINT(clang-analyzer-core.NullDereference): that is the fault
   return reading.m_iChannel + doubled;
 }
 
@@ -132,7 +132,7 @@ int ByOverflow() {
 OXA_FAULT_SITE int ThroughNull() {
   TakeFaults();
   int (*volatile function)() = nullptr;
-  return function() + 1;
+  return function() + 1;  // NOLINT(clang-analyzer-core.CallAndMessage): that is the fault
 }
 
 int ByException() { return RaiseUncaught(1); }
@@ -285,19 +285,19 @@ int main(int argc, char** argv) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 extern "C" {
 void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void* __libc_realloc(void* memory, size_t size);
+void* __libc_calloc(size_t nmemb, size_t size);
+void* __libc_realloc(void* ptr, size_t size);
 void* malloc(size_t size) {
   ++g_allocations;
   return __libc_malloc(size);
 }
-void* calloc(size_t count, size_t size) {
+void* calloc(size_t nmemb, size_t size) {
   ++g_allocations;
-  return __libc_calloc(count, size);
+  return __libc_calloc(nmemb, size);
 }
-void* realloc(void* memory, size_t size) {
+void* realloc(void* ptr, size_t size) {
   ++g_allocations;
-  return __libc_realloc(memory, size);
+  return __libc_realloc(ptr, size);
 }
 }
 #endif

@@ -16,7 +16,6 @@ namespace {
 using namespace TestSupport;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsSupersetOf;
 
 constexpr unsigned uLINUX = 0x47670000;
 constexpr unsigned uREQUESTED = 0xffffffff;
