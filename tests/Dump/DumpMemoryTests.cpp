@@ -7,6 +7,7 @@
 
 #include "Dump/DumpScene.h"
 #include "ErrorHandling/MicrosoftDebugHelpDump.h"
+#include "Platform/Linux/FaultContext.h"
 
 // Memory that was freed stays in the process under the address sanitizer, and comes into the dumps: old dumps in it.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
@@ -84,6 +85,36 @@ TEST(DumpMemory, WhatLiesAroundReferencedMemoryIsThereToo) {
   const volatile std::uint64_t pointer = memory.Touched() + 1024;
   const DumpReader dump = DumpNow(uPOLICY_1);
   EXPECT_TRUE(dump.HasMemory(pointer - 64, 512));
+}
+
+TEST(DumpMemory, WhatRegistersAndTheFaultPointAtIsReferencedToo) {
+  const Sparse first(uMEGABYTE);
+  const Sparse second(uMEGABYTE);
+  const Sparse readable(uMEGABYTE, PROT_READ);
+  CONTEXT context = {};
+  _EXCEPTION_RECORD record = {};
+  // Complemented on the stack of this thread, which is left out: its pointer is nowhere.
+  const volatile std::uint64_t hidden[] = {~first.Touched(), ~second.Touched(), ~readable.Touched()};
+  context.m_registers[3] = ~hidden[0] + 100;
+  context.m_registers[12] = ~hidden[2];
+  record.m_uTouched = ~hidden[1] + 200;
+  const _EXCEPTION_POINTERS pointers = {&record, &context};
+  const DumpReader dump = DumpNow(uPOLICY_1, &pointers);
+  EXPECT_EQ(first.In(dump), 512U);
+  EXPECT_TRUE(dump.HasMemory(first.Touched() + 100, 400));
+  EXPECT_EQ(second.In(dump), 512U);
+  EXPECT_TRUE(dump.HasMemory(second.Touched() + 200, 400));
+  EXPECT_EQ(readable.In(dump), 0U) << "what can't be written is in its file";
+}
+
+TEST(DumpMemory, DataOfModulesAloneIsNoHeap) {
+  const KnownThread thread("known", 7);
+  const Sparse writable(uMEGABYTE);
+  const DumpReader dump = DumpNow(Platform::eDUMP_WITH_DATA_SEGS);
+  EXPECT_EQ(dump.Memory(s_variable), s_variable);
+  EXPECT_EQ(dump.Memory<std::uint64_t>(thread.Mark()), KnownThread::uMARK + 7);
+  EXPECT_FALSE(dump.HasMemory(thread.Behind()));
+  EXPECT_EQ(writable.In(dump), 0U);
 }
 
 TEST(DumpMemory, PrivateMemoryIsAllThatTheProcessCanWrite) {
@@ -201,6 +232,30 @@ TEST(DumpFilter, LeavesOutWhatItRefuses) {
     EXPECT_FALSE(dump.Modules().empty());
     EXPECT_EQ(dump.Threads().size(), 1U) << "the one that asks stays in";
   }
+}
+
+// Takes the flag away from everything of one kind.
+struct Denied {
+  unsigned m_uCallback;
+  unsigned m_uFlag;
+};
+
+bool Deny(unsigned callback, unsigned& flags, void* parameter) {
+  const Denied& denied = *static_cast<const Denied*>(parameter);
+  if (callback == denied.m_uCallback) flags &= ~denied.m_uFlag;
+  return true;
+}
+
+TEST(DumpFilter, LeavesOutWhatItTakesTheFlagsOf) {
+  const KnownThread thread("known");
+  Denied threads = {1, 0x1};
+  EXPECT_EQ(DumpNow(0, nullptr, &Deny, &threads).Threads().size(), 1U);
+  Denied modules = {0, 0x1};
+  EXPECT_TRUE(DumpNow(0, nullptr, &Deny, &modules).Modules().empty());
+  Denied buildIds = {0, 0x8};
+  const std::vector<DumpReader::Module> without = DumpNow(0, nullptr, &Deny, &buildIds).Modules();
+  EXPECT_GT(without.size(), 3U);
+  for (const DumpReader::Module& module : without) EXPECT_EQ(module.m_sBuildId, "") << module.m_sName;
 }
 
 TEST(DumpFilter, ScanningTellsWhichModulesAreReferenced) {

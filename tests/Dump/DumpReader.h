@@ -26,7 +26,8 @@ class DumpReader {
   struct Registers {
     std::uint32_t m_uFlags;
     std::uint32_t m_uMxcsr;
-    std::uint16_t m_uCode;        // cs
+    std::uint16_t m_segments[6];  // cs ds es fs gs ss
+    std::uint32_t m_uFlagsRegister;
     std::uint64_t m_general[16];  // rax rcx rdx rbx rsp rbp rsi rdi r8 ... r15
     std::uint64_t m_uPlace;
     std::string m_sFloating;
@@ -53,6 +54,8 @@ class DumpReader {
   };
   struct Region {
     std::uint64_t m_uBase;
+    std::uint64_t m_uAllocation;
+    std::uint32_t m_uAllocationProtection;
     std::uint64_t m_uSize;
     std::uint32_t m_uState;
     std::uint32_t m_uProtection;
@@ -68,6 +71,7 @@ class DumpReader {
       const std::uint32_t type = At<std::uint32_t>(directory + 12 * i);
       const Place place = {At<std::uint32_t>(directory + 12 * i + 4),
                            At<std::uint32_t>(directory + 12 * i + 8)};
+      Expect(place.m_uPosition % 8 == 0, "a stream that isn't aligned");
       Expect(std::uint64_t{place.m_uPosition} + place.m_uSize <= m_bytes.size(), "a stream beyond the end");
       Expect(m_streams.emplace(type, place).second, "a stream twice");
     }
@@ -174,7 +178,8 @@ class DumpReader {
     std::vector<Region> regions;
     for (std::uint64_t i = 0; i < At<std::uint64_t>(at + 8); ++i) {
       const std::uint64_t entry = at + 16 + 48 * i;
-      regions.push_back({At<std::uint64_t>(entry), At<std::uint64_t>(entry + 24),
+      regions.push_back({At<std::uint64_t>(entry), At<std::uint64_t>(entry + 8),
+                         At<std::uint32_t>(entry + 16), At<std::uint64_t>(entry + 24),
                          At<std::uint32_t>(entry + 32), At<std::uint32_t>(entry + 36),
                          At<std::uint32_t>(entry + 40)});
     }
@@ -240,9 +245,10 @@ class DumpReader {
   Registers RegistersAt(std::uint64_t location) const {
     Expect(At<std::uint32_t>(location) == 1232, "the size of registers");
     const std::uint64_t at = At<std::uint32_t>(location + 4);
-    Registers registers = {At<std::uint32_t>(at + 48),  At<std::uint32_t>(at + 52),
-                           At<std::uint16_t>(at + 56),  {},
-                           At<std::uint64_t>(at + 248), Text(at + 256, 512)};
+    Registers registers = {
+        At<std::uint32_t>(at + 48),  At<std::uint32_t>(at + 52), {}, At<std::uint32_t>(at + 68), {},
+        At<std::uint64_t>(at + 248), Text(at + 256, 512)};
+    for (std::uint64_t i = 0; i < 6; ++i) registers.m_segments[i] = At<std::uint16_t>(at + 56 + 2 * i);
     for (std::uint64_t i = 0; i < 16; ++i) registers.m_general[i] = At<std::uint64_t>(at + 120 + 8 * i);
     return registers;
   }

@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <link.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/utsname.h>
 
 #include <cstring>
 #include <ctime>
 
 #include "Dump/DumpScene.h"
+#include "Dump/OpenFile.h"
 #include "Platform/Linux/FaultContext.h"
 
 namespace {
@@ -69,6 +72,29 @@ TEST(DumpStreams, TheSystem) {
   EXPECT_EQ(dump.At<std::uint32_t>(at + 40), c);
 }
 
+TEST(DumpStreams, TheProcessorIsToldByFamilyModelAndStepping) {
+  const DumpReader dump = DumpNow(0);
+  const std::uint64_t at = dump.Stream(7).m_uPosition;
+  unsigned a = 0, b = 0, c = 0, d = 0;
+  ASSERT_NE(__get_cpuid(1, &a, &b, &c, &d), 0);
+  EXPECT_EQ(dump.At<std::uint32_t>(at + 44), a);
+  EXPECT_EQ(dump.At<std::uint32_t>(at + 48), d);
+  // As the system has them; its list of processors has one to a line.
+  std::map<std::string, unsigned> facts;
+  std::istringstream lines(dump.Bytes(uLINUX + 3));
+  for (std::string line; std::getline(lines, line) && !line.empty();) {
+    const std::string name = line.substr(0, line.find_first_of("\t:"));
+    if (name == "cpu family" || name == "model" || name == "stepping")
+      facts[name] = static_cast<unsigned>(std::stoul(line.substr(line.find(':') + 1)));
+  }
+  ASSERT_EQ(facts.size(), 3U);
+  EXPECT_EQ(dump.At<std::uint16_t>(at + 2), facts["cpu family"]);
+  EXPECT_EQ(dump.At<std::uint16_t>(at + 4), facts["model"] * 256 + facts["stepping"]);
+  ASSERT_NE(__get_cpuid(0x80000001U, &a, &b, &c, &d), 0);
+  EXPECT_EQ(dump.At<std::uint32_t>(at + 52), d);
+  EXPECT_EQ(dump.At<std::uint8_t>(at + 7), 1) << "no server";
+}
+
 TEST(DumpStreams, TheProcess) {
   const DumpReader dump = DumpNow(0);
   const std::uint64_t at = dump.Stream(15).m_uPosition;
@@ -76,6 +102,21 @@ TEST(DumpStreams, TheProcess) {
   EXPECT_EQ(dump.At<std::uint32_t>(at + 4), 3U);
   EXPECT_EQ(dump.At<std::uint32_t>(at + 8), static_cast<unsigned>(::getpid()));
   EXPECT_NEAR(dump.At<std::uint32_t>(at + 12), static_cast<double>(std::time(nullptr)), 300);
+}
+
+// In whole seconds.
+TEST(DumpStreams, TimesOfTheProcess) {
+  rusage before = {};
+  for (volatile unsigned work = 0; before.ru_utime.tv_sec <= before.ru_stime.tv_sec; work = work + 1)
+    if (work % 1000000 == 0) ::getrusage(RUSAGE_SELF, &before);
+  const DumpReader dump = DumpNow(0);
+  rusage after = {};
+  ::getrusage(RUSAGE_SELF, &after);
+  const std::uint64_t at = dump.Stream(15).m_uPosition;
+  EXPECT_LE(before.ru_utime.tv_sec, dump.At<std::uint32_t>(at + 16));
+  EXPECT_GE(after.ru_utime.tv_sec, dump.At<std::uint32_t>(at + 16));
+  EXPECT_LE(before.ru_stime.tv_sec, dump.At<std::uint32_t>(at + 20));
+  EXPECT_GE(after.ru_stime.tv_sec, dump.At<std::uint32_t>(at + 20));
 }
 
 TEST(DumpStreams, AllThreadsWithTheirNames) {
@@ -119,6 +160,9 @@ class Spinning {
     m_iEnd = 1;
     m_thread.join();
   }
+  // Of the thread's own: the C library takes its address for the thread's handle.
+  std::uint64_t Storage() { return m_thread.native_handle(); }
+
   std::atomic<unsigned> m_uId{0};
 
  private:
@@ -144,7 +188,9 @@ TEST(DumpStreams, TheRegistersOfARunningThread) {
   Spinning spinning;
   DumpReader::Registers registers;
   const auto spins = [&] {
-    registers = DumpNow(0).ThreadOf(spinning.m_uId).m_registers;
+    const DumpReader::Thread thread = DumpNow(0).ThreadOf(spinning.m_uId);
+    registers = thread.m_registers;
+    EXPECT_EQ(thread.m_uEnvironment, spinning.Storage());
     return registers.m_general[12] == 0x1111;
   };
   ASSERT_TRUE(Eventually(spins));
@@ -156,7 +202,8 @@ TEST(DumpStreams, TheRegistersOfARunningThread) {
   EXPECT_EQ(general[6], 0x7777U);
   EXPECT_EQ(general[7], 0x8888U);
   EXPECT_EQ(registers.m_uFlags, 0x0010000fU);
-  EXPECT_EQ(registers.m_uCode, 0x33);
+  EXPECT_THAT(registers.m_segments, ElementsAre(0x33, 0, 0, 0, 0, 0x2b));
+  EXPECT_EQ(registers.m_uFlagsRegister & 0x202U, 0x202U) << "interrupts, and a bit that is always set";
   EXPECT_EQ(registers.m_uMxcsr & 0x1f80U, 0x1f80U);
   std::uint64_t fifth = 0;
   std::memcpy(&fifth, registers.m_sFloating.data() + 160 + 16 * 5, sizeof fifth);
@@ -165,16 +212,21 @@ TEST(DumpStreams, TheRegistersOfARunningThread) {
 
 struct Known {
   std::uint64_t m_uBase;
+  std::uint64_t m_uEnd;
   std::string m_sName;
   std::string m_sBuildId;
 };
 
 int TakeModule(dl_phdr_info* info, size_t /*size*/, void* modules) {
-  Known known = {~0ULL, info->dlpi_name, ""};
+  constexpr std::uint64_t uPAGE = 4096;
+  Known known = {~0ULL, 0, info->dlpi_name, ""};
   for (int i = 0; i < info->dlpi_phnum; ++i) {
     const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-    if (segment.p_type == PT_LOAD)
-      known.m_uBase = std::min<std::uint64_t>(known.m_uBase, info->dlpi_addr + segment.p_vaddr);
+    const std::uint64_t start = info->dlpi_addr + segment.p_vaddr;
+    if (segment.p_type == PT_LOAD) {
+      known.m_uBase = std::min(known.m_uBase, start);
+      known.m_uEnd = std::max(known.m_uEnd, (start + segment.p_memsz + uPAGE - 1) / uPAGE * uPAGE);
+    }
     if (segment.p_type != PT_NOTE) continue;
     const char* at = reinterpret_cast<const char*>(info->dlpi_addr + segment.p_vaddr);
     const char* const end = at + segment.p_memsz;
@@ -201,7 +253,7 @@ TEST(DumpStreams, AllModulesWithTheirBuildIds) {
                                     [&](const auto& module) { return module.m_uBase == one.m_uBase; });
     ASSERT_NE(found, modules.end()) << one.m_sName;
     EXPECT_EQ(found->m_sBuildId, one.m_sBuildId) << one.m_sName;
-    EXPECT_GT(found->m_uSize, 0U);
+    EXPECT_EQ(found->m_uSize, one.m_uEnd - one.m_uBase) << one.m_sName;
     if (!one.m_sName.empty() && one.m_sName.front() == '/') {
       EXPECT_TRUE(std::filesystem::equivalent(found->m_sName, one.m_sName)) << found->m_sName;
     }
@@ -215,7 +267,7 @@ class Fault {
   Fault() {
     getcontext(&m_full);
     m_full.uc_mcontext.gregs[REG_EFL] = 0x246;
-    m_full.uc_mcontext.gregs[REG_CSGSFS] = 0x2b000000000033;
+    m_full.uc_mcontext.gregs[REG_CSGSFS] = 0x2b005300630033;
     for (int i = 0; i < CONTEXT::iREGISTERS; ++i)
       m_context.m_registers[i] = 0x1000U + static_cast<unsigned>(i);
     m_context.m_registers[CONTEXT::iSTACK] = AddressOf(const_cast<const std::uint64_t*>(&m_mark));
@@ -253,6 +305,13 @@ TEST(DumpStreams, TheFault) {
             0xfeedfacecafebeefULL);
 }
 
+TEST(DumpStreams, AFaultThatOnlyRead) {
+  Fault fault;
+  fault.m_record.m_bWrite = false;
+  EXPECT_THAT(DumpNow(0, fault.Pointers()).TheException().m_parameters,
+              ElementsAre(0, 0x123456789abcULL, 0xC0000006));
+}
+
 TEST(DumpStreams, TheRegistersOfTheFaultAreThoseOfItsThread) {
   Fault fault;
   const DumpReader dump = DumpNow(0, fault.Pointers());
@@ -265,7 +324,8 @@ TEST(DumpStreams, TheRegistersOfTheFaultAreThoseOfItsThread) {
                             0x1005, 0x1008, 0x1009, 0x100a, 0x100b, 0x100c, 0x100d, 0x100e, 0x100f));
     EXPECT_EQ(registers.m_uPlace, fault.Place());
     EXPECT_EQ(registers.m_uFlags, 0x0010000fU);
-    EXPECT_EQ(registers.m_uCode, 0x33);
+    EXPECT_THAT(registers.m_segments, ElementsAre(0x33, 0, 0, 0x53, 0x63, 0x2b));
+    EXPECT_EQ(registers.m_uFlagsRegister, 0x246U);
   }
 }
 
@@ -318,7 +378,12 @@ TEST(DumpStreams, TheListOfTheDynamicLinker) {
   EXPECT_EQ(count, expected);
   EXPECT_EQ(dump.At<std::uint64_t>(at + 20), _r_debug.r_ldbase);
   EXPECT_EQ(dump.At<std::uint64_t>(at + 28), AddressOf(_r_debug.r_map->l_ld));
-  EXPECT_GT(dump.Stream(uLINUX + 10).m_uSize, 36U);
+  const char* const dynamic = reinterpret_cast<const char*>(_r_debug.r_map->l_ld);
+  std::size_t bytes = 0;
+  for (const ElfW(Dyn)* part = _r_debug.r_map->l_ld; bytes == 0 || part[-1].d_tag != DT_NULL; ++part)
+    bytes += sizeof *part;
+  ASSERT_GE(dump.Stream(uLINUX + 10).m_uSize, 36 + bytes);
+  EXPECT_EQ(dump.Text(at + 36, bytes), std::string(dynamic, bytes));
 }
 
 TEST(DumpStreams, RegionsAreThoseOfTheSystemsTable) {
@@ -331,6 +396,8 @@ TEST(DumpStreams, RegionsAreThoseOfTheSystemsTable) {
     const std::uint64_t start = std::stoull(line, nullptr, 16);
     const std::uint64_t end = std::stoull(line.substr(line.find('-') + 1), nullptr, 16);
     EXPECT_EQ(regions[at].m_uBase, start);
+    EXPECT_EQ(regions[at].m_uAllocation, start);
+    EXPECT_EQ(regions[at].m_uAllocationProtection, regions[at].m_uProtection);
     EXPECT_EQ(regions[at].m_uSize, end - start);
     const std::string rights = line.substr(line.find(' ') + 1, 4);
     if (rights == "rw-p") {
@@ -346,25 +413,74 @@ TEST(DumpStreams, RegionsAreThoseOfTheSystemsTable) {
   EXPECT_EQ(at, regions.size());
 }
 
+TEST(DumpStreams, RegionsHaveTheProtectionsOfTheFormat) {
+  struct {
+    int m_iRights;
+    unsigned m_uProtection;
+    void* m_pMemory;
+  } regions[] = {{PROT_NONE, 0x01, nullptr},
+                 {PROT_READ, 0x02, nullptr},
+                 {PROT_WRITE, 0x04, nullptr},
+                 {PROT_READ | PROT_WRITE, 0x04, nullptr},
+                 {PROT_EXEC, 0x10, nullptr},
+                 {PROT_READ | PROT_EXEC, 0x20, nullptr},
+                 {PROT_WRITE | PROT_EXEC, 0x40, nullptr},
+                 {PROT_READ | PROT_WRITE | PROT_EXEC, 0x40, nullptr}};
+  for (auto& region : regions)
+    region.m_pMemory = ::mmap(nullptr, 4096, region.m_iRights, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  const DumpReader dump = DumpNow(0);
+  for (const auto& region : regions) {
+    const std::uint64_t address = AddressOf(region.m_pMemory);
+    ::munmap(region.m_pMemory, 4096);
+    const auto all = dump.Regions();
+    const auto found = std::find_if(all.begin(), all.end(), [address](const DumpReader::Region& one) {
+      return one.m_uBase <= address && address < one.m_uBase + one.m_uSize;
+    });
+    ASSERT_NE(found, all.end()) << region.m_iRights;
+    EXPECT_EQ(found->m_uProtection, region.m_uProtection) << region.m_iRights;
+  }
+}
+
 TEST(DumpStreams, OpenFilesOnlyWhereTheyAreAskedFor) {
   const TemporaryFolder folder;
   const std::string name = folder.Write("measured.txt", "1");
   const int handle = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  int ends[2] = {};
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
   const DumpReader dump = DumpNow(uPOLICY_2);
-  ::close(handle);
+  for (const int open : {handle, ends[0], ends[1]}) ::close(open);
   const std::uint64_t at = dump.Stream(12).m_uPosition;
   std::map<std::uint64_t, std::string> names;
-  for (std::uint64_t i = 0; i < dump.At<std::uint32_t>(at + 8); ++i)
-    names[dump.At<std::uint64_t>(at + 16 + 32 * i)] =
-        dump.NarrowText(dump.At<std::uint32_t>(at + 28 + 32 * i));
+  for (std::uint64_t i = 0; i < dump.At<std::uint32_t>(at + 8); ++i) {
+    const std::uint64_t entry = at + 16 + 32 * i;
+    const std::string target = dump.NarrowText(dump.At<std::uint32_t>(entry + 12));
+    EXPECT_TRUE(names.emplace(dump.At<std::uint64_t>(entry), target).second) << target;
+    EXPECT_EQ(dump.NarrowText(dump.At<std::uint32_t>(entry + 8)), target.front() == '/' ? "File" : "Other");
+  }
   EXPECT_EQ(names[static_cast<unsigned>(handle)], name);
+  EXPECT_EQ(names[static_cast<unsigned>(ends[0])].substr(0, 6), "pipe:[");
+}
+
+TEST(DumpStreams, OfVeryManyOpenFilesTheFirst) {
+  constexpr std::uint32_t uMOST = 4096;
+  std::vector<std::unique_ptr<OpenFile>> files;
+  for (std::uint32_t i = 0; i < uMOST + 10; ++i) {
+    files.push_back(std::make_unique<OpenFile>("/dev/null"));
+    if (files.back()->Get() < 0) GTEST_SKIP() << "the system gives no more";
+  }
+  const DumpReader dump = DumpNow(Platform::eDUMP_WITH_HANDLE_DATA);
+  const std::uint64_t at = dump.Stream(12).m_uPosition;
+  EXPECT_EQ(dump.At<std::uint32_t>(at + 8), uMOST);
+  EXPECT_EQ(dump.Stream(12).m_uSize, 16 + 32 * uMOST);
+  EXPECT_EQ(dump.At<std::uint64_t>(at + 16 + 32 * (uMOST - 1)), std::uint64_t{uMOST - 1});
 }
 
 // Of this thread, in units of 100 ns: in its own code, and in the system's.
 std::pair<std::uint64_t, std::uint64_t> TimesNow() {
-  std::istringstream stat(ReadFile("/proc/thread-self/stat"));
+  const std::string all = ReadFile("/proc/thread-self/stat");
+  std::istringstream stat(all.substr(all.rfind(')') + 1));
   std::string word;
-  for (int i = 0; i < 13; ++i) stat >> word;
+  for (int i = 0; i < 11; ++i) stat >> word;
   std::uint64_t user = 0;
   std::uint64_t kernel = 0;
   stat >> user >> kernel;
@@ -372,6 +488,7 @@ std::pair<std::uint64_t, std::uint64_t> TimesNow() {
 }
 
 TEST(DumpStreams, TimesOfThreads) {
+  pthread_setname_np(pthread_self(), "a) S 1 (2) 3");  // a name may have everything
   while (TimesNow().first == 0 || TimesNow().second == 0) {
   }
   const auto before = TimesNow();
@@ -389,6 +506,9 @@ TEST(DumpStreams, TimesOfThreads) {
   EXPECT_LE(before.second, kernel);
   EXPECT_GE(after.second, kernel);
   const std::uint64_t unloaded = dump.Stream(14).m_uPosition;
+  EXPECT_EQ(dump.Stream(14).m_uSize, 12U);
+  EXPECT_EQ(dump.At<std::uint32_t>(unloaded), 12U);
+  EXPECT_EQ(dump.At<std::uint32_t>(unloaded + 4), 24U);
   EXPECT_EQ(dump.At<std::uint32_t>(unloaded + 8), 0U);
 }
 
