@@ -30,6 +30,16 @@ TEST_F(MemoryReaderTests, WhatWasReadIsKept) {
   EXPECT_EQ(12u, Read(1));
 }
 
+TEST_F(MemoryReaderTests, WhatWasReadElsewhereIsKeptBesideIt) {
+  static volatile std::uint64_t s_elsewhere = 5;
+  std::uint64_t other = 0;
+  EXPECT_EQ(12u, Read(1));
+  EXPECT_TRUE(m_reader.Read(AddressOf(&s_elsewhere), &other, sizeof other));
+  m_words[1] = 22;
+  EXPECT_EQ(12u, Read(1));
+  EXPECT_EQ(5u, other);
+}
+
 TEST_F(MemoryReaderTests, TrustedWordsAreReadWhereTheyAre) {
   m_reader.Trust(AddressOf(&m_words[1]), AddressOf(&m_words[3]));
   for (const int word : {0, 1, 2, 3}) EXPECT_EQ(11u + static_cast<unsigned>(word), Read(word));

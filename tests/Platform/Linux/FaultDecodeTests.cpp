@@ -44,6 +44,24 @@ TEST(FaultDecode, OfTheSecondTableTheseAreTheKernels) {
         << byte;
 }
 
+// A byte that is a prefix, or begins the second table, says nothing by itself.
+TEST(FaultDecode, OfTheFirstTableTheseAreTheKernels) {
+  const std::set<unsigned> privileged = {0x6C, 0x6D, 0x6E, 0x6F, 0xE4, 0xE5, 0xE6, 0xE7,
+                                         0xEC, 0xED, 0xEE, 0xEF, 0xF4, 0xFA, 0xFB};
+  for (unsigned byte = 0; byte < 256; ++byte)
+    EXPECT_EQ(privileged.count(byte) != 0, IsPrivileged({static_cast<unsigned char>(byte), 0x90, 0x90}))
+        << byte;
+}
+
+TEST(FaultDecode, OfTheSystemsGroupTheseAreTheKernels) {
+  for (unsigned modifier = 0; modifier < 256; ++modifier) {
+    const unsigned row = modifier / 8 * 8;
+    const bool privileged =
+        modifier < 0xC8 || row == 0xD8 || row == 0xE0 || row == 0xF0 || modifier == 0xD1 || modifier == 0xF8;
+    EXPECT_EQ(privileged, IsPrivileged({0x0F, 0x01, static_cast<unsigned char>(modifier)})) << modifier;
+  }
+}
+
 TEST(FaultDecode, OthersAreNot) {
   EXPECT_FALSE(IsPrivileged({0x8B, 0x07}));        // mov
   EXPECT_FALSE(IsPrivileged({0x0F, 0x28, 0x07}));  // movaps
@@ -99,6 +117,65 @@ TEST(FaultDecode, EachCodeOfTheSystemHasItsNumber) {
   EXPECT_EQ(ePRIV_INSTRUCTION, CodeOf(SIGILL, ILL_PRVOPC));
   EXPECT_EQ(ePRIV_INSTRUCTION, CodeOf(SIGILL, ILL_PRVREG));
   EXPECT_EQ(eILLEGAL_INSTRUCTION, CodeOf(SIGILL, ILL_ILLTRP));
+}
+
+constexpr greg_t iX87 = 16;
+constexpr greg_t iVECTORS = 19;
+constexpr unsigned uDENORMAL = 0x02;
+constexpr unsigned uSTACK = 0x40;
+
+// Flags of both units and what they mask, as the kernel leaves them.
+unsigned CodeOfFloat(int code, greg_t trap, unsigned flags, unsigned masks, unsigned control) {
+  _libc_fpstate state = {};
+  state.swd = static_cast<std::uint16_t>(flags);
+  state.cwd = static_cast<std::uint16_t>(masks);
+  state.mxcsr = control;
+  siginfo_t signal = {};
+  signal.si_signo = SIGFPE;
+  signal.si_code = code;
+  ucontext_t context = {};
+  context.uc_mcontext.gregs[REG_TRAPNO] = trap;
+  context.uc_mcontext.fpregs = &state;
+  _EXCEPTION_RECORD record = {};
+  DecodeFault(record, signal, context, {0, 0});
+  return record.m_uCode;
+}
+
+TEST(FaultDecode, ADenormalOperandIsToldByTheUnitThatMetIt) {
+  EXPECT_EQ(eFLT_DENORMAL_OPERAND, CodeOfFloat(FPE_FLTUND, iX87, uDENORMAL, 0, 0));
+  EXPECT_EQ(eFLT_UNDERFLOW, CodeOfFloat(FPE_FLTUND, iX87, uDENORMAL, uDENORMAL, 0)) << "masked";
+  EXPECT_EQ(eFLT_UNDERFLOW, CodeOfFloat(FPE_FLTUND, iX87, 0, 0, uDENORMAL)) << "the other unit's";
+  EXPECT_EQ(eFLT_DENORMAL_OPERAND, CodeOfFloat(FPE_FLTUND, iVECTORS, 0, 0, uDENORMAL));
+  EXPECT_EQ(eFLT_UNDERFLOW, CodeOfFloat(FPE_FLTUND, iVECTORS, 0, 0, uDENORMAL | uDENORMAL << 7)) << "masked";
+  EXPECT_EQ(eFLT_UNDERFLOW, CodeOfFloat(FPE_FLTUND, iVECTORS, uDENORMAL, 0, 0)) << "the other unit's";
+}
+
+TEST(FaultDecode, OnlyTheX87UnitHasAStackThatOverflows) {
+  EXPECT_EQ(eFLT_STACK_CHECK, CodeOfFloat(FPE_FLTINV, iX87, uSTACK, 0, 0));
+  EXPECT_EQ(eFLT_INVALID_OPERATION, CodeOfFloat(FPE_FLTINV, iX87, 0, 0, 0));
+  EXPECT_EQ(eFLT_INVALID_OPERATION, CodeOfFloat(FPE_FLTINV, iVECTORS, uSTACK, 0, 0));
+}
+
+TEST(FaultDecode, OnlyMemoryIsTouched) {
+  constexpr greg_t iPAGE_FAULT = 14;
+  constexpr greg_t iWRITE = 2;
+  for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    siginfo_t signal = {};
+    signal.si_signo = number;
+    signal.si_code = 1;
+    signal.si_addr = reinterpret_cast<void*>(0x1234);
+    ucontext_t context = {};
+    context.uc_mcontext.gregs[REG_TRAPNO] = iPAGE_FAULT;
+    context.uc_mcontext.gregs[REG_ERR] = iWRITE;
+    context.uc_mcontext.gregs[REG_RIP] = 0x5678;
+    _EXCEPTION_RECORD record = {};
+    DecodeFault(record, signal, context, {0, 0});
+    const bool memory = number == SIGSEGV || number == SIGBUS;
+    EXPECT_EQ(memory ? 0x1234u : 0u, record.m_uTouched) << number;
+    EXPECT_EQ(memory, record.m_bWrite) << number;
+    EXPECT_EQ(0x5678u, record.m_uPlace) << number;
+    EXPECT_EQ(number, record.m_signal.si_signo);
+  }
 }
 
 TEST(FaultTables, AnEntryCoversItsInstructions) {
