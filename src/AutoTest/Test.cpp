@@ -22,12 +22,14 @@ void RecordWithoutMemory(Results& results) noexcept {
   results.emplace_back(std::string(), Test::Result::eERROR, std::string());
 }
 
+// A cancellation waits: while an exception is being handled none may meet a catch clause that takes everything, as
+// there are some on the way to a host's copy of its error.
 template <class... Outcome>
 void Record(Results& results, const std::string& name, const Outcome&... outcome) {
+  const Platform::HoldCancellation hold;
   try {
     results.emplace_back(name, outcome...);
   } catch (...) {
-    Platform::LetCancellationPass();
     RecordWithoutMemory(results);
   }
 }

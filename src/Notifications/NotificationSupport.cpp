@@ -34,8 +34,10 @@ class FirstFailure {
   std::exception_ptr m_failure;
 };
 
-// A listener failed with `message`; `error` is what it threw, if that was an Error.
+// A listener failed with `message`; `error` is what it threw, if that was an Error. It is being handled still, and a
+// cancellation waits until it isn't: those who are told in turn stand behind clauses that catch everything.
 void TellFailure(const char* message, Error* error) {
+  const Platform::HoldCancellation hold;
   const FailureGuard guard;
   ListenerErrorOnNotification warning(message);
   if (!guard.IsInner()) {

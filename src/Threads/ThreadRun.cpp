@@ -133,7 +133,10 @@ void Thread::RunTask(Task& task) {
   }
 }
 
+// While what ended the task is being handled, here and below: a cancellation that a listener let in would meet clauses
+// that catch everything, and end the process. It comes too late, as a kill does.
 void Thread::FailBy(Error& error, const char* cause) {
+  const Platform::HoldCancellation hold;
   SetLastError(error, true);
   SetState(eTHREAD_ERROR);
   if (IsLibraryUnloading()) return;
@@ -141,6 +144,7 @@ void Thread::FailBy(Error& error, const char* cause) {
 }
 
 void Thread::FailByUnknown(const char* cause) {
+  const Platform::HoldCancellation hold;
   UnknownError error(sTHREAD + CopyOfName() + cause);
   SetLastError(error, true);
   SetState(eTHREAD_ERROR);

@@ -406,7 +406,9 @@ TEST(TestMethod, OfAnObjectThatIsOwnedElsewhere) {
 
 TEST(TestMethod, WithoutObjectOrMethodIsAnError) {
   TestMethod<Rig> noObject("Lamp", boost::shared_ptr<Rig>(), &Rig::Lamp);
+  Alerts alerts;
   EXPECT_EQ(Result::eERROR, noObject.RunTest());
+  EXPECT_EQ("Oxa.Core.Test", alerts.m_sLogName);
   EXPECT_THAT(ResultsOf(noObject), ElementsAre("-1 Lamp: NULL pointer variable named object"));
   void (Rig::*none)(std::string&) = nullptr;
   TestMethod<Rig> noMethod("Lamp", boost::make_shared<Rig>(), none);

@@ -230,6 +230,45 @@ TEST(RunTrouble, CancellationOfTheThreadPassesAtEveryStep) {
   }
 }
 
+// A host's, which can be cancelled, or leave its thread, when it is copied.
+class Leaving : public ErrorClass<Leaving, LogicError> {
+ public:
+  explicit Leaving(void (*leave)()) : ErrorClass(AlertMessage("leaving")), m_pLeave(leave) {}
+  boost::shared_ptr<Error> Clone() override {
+    m_pLeave();
+    return ErrorClass::Clone();
+  }
+
+ private:
+  void (*m_pLeave)();
+};
+
+TEST(RunTrouble, CancellationOfTheThreadWaitsUntilTheErrorIsRecorded) {
+  Probe probe("Probe", []() -> Result { throw Leaving(&pthread_testcancel); });
+  bool ran = false;
+  bool cameBack = false;
+  std::thread([&] {
+    pthread_cancel(pthread_self());
+    probe.RunTest();
+    ran = true;
+    pthread_testcancel();
+    cameBack = true;
+  }).join();
+  EXPECT_TRUE(ran);
+  EXPECT_FALSE(cameBack);
+  EXPECT_THAT(ResultsOf(probe), ElementsAre("-1 Probe: leaving"));
+}
+
+TEST(RunTrouble, CancellationOfTheThreadPassesAResultOfAHost) {
+  const Leaving error([] { pthread_exit(nullptr); });
+  bool cameBack = false;
+  std::thread([&] {
+    const Result result("Probe", error);
+    cameBack = true;
+  }).join();
+  EXPECT_FALSE(cameBack);
+}
+
 // Whatever allocation fails: the run ends, tears down, and is not told passed when its test wasn't.
 TEST(RunTrouble, WithoutMemoryAFailingTestIsNeverToldPassed) {
   bool happened = true;
@@ -250,6 +289,30 @@ TEST(RunTrouble, WithoutMemoryAFailingTestIsNeverToldPassed) {
     ++runs;
   }
   EXPECT_GT(runs, 10);
+}
+
+// Its error takes the place of a result that says passed.
+TEST(RunTrouble, WithoutMemoryASuiteThatFailsBehindItsChildrenIsNeverToldPassed) {
+  class FailingBehind : public TestSuite {
+   public:
+    FailingBehind() : TestSuite("Suite") { AddTest(Ending("One", Result::ePASSED)); }
+
+   protected:
+    Result Execute() override {
+      TestSuite::Execute();
+      throw 1;
+    }
+  };
+  bool happened = true;
+  int runs = 0;
+  for (unsigned long number = 1; happened; ++number) {
+    FailingBehind suite;
+    const TestSupport::FailAllocation failing(number);
+    EXPECT_EQ(Result::eERROR, suite.RunTest()) << number;
+    happened = failing.Happened();
+    ++runs;
+  }
+  EXPECT_GT(runs, 3);
 }
 
 // More listeners than a broadcast reaches without an allocation.

@@ -61,7 +61,7 @@ void ExpectTold(const std::function<void()>& fail, const std::string& text) {
   EXPECT_THAT(warnings.m_messages, ElementsAre(message, message));
 }
 
-// Fails at every warning that it hears.
+// Fails at every warning that it hears, or does what else it is told to.
 class BadWarningListener : public AlertListener {
  public:
   explicit BadWarningListener(const std::function<void()>& fail) : m_fail(fail) {
@@ -221,6 +221,9 @@ TEST(NotificationFailures, RefusedAdditionLeavesTheListAsItWas) {
   Refusing refusing;
   EXPECT_THROW(support.AddListener(refusing), std::runtime_error);
   EXPECT_EQ(1, support.GetNumListeners());
+  Listener next;
+  support.AddListener(next);
+  EXPECT_EQ(2, support.GetNumListeners());
 }
 
 TEST(NotificationFailures, ListenerThatFailsAtItsRemovalIsRemoved) {
@@ -308,6 +311,47 @@ TEST(NotificationFailures, CancellationOfTheThreadPasses) {
   three.m_listeners[1].m_onEvent = nullptr;
   three.Broadcast();
   EXPECT_EQ(1, three.m_listeners[2].m_iHeard);
+}
+
+// A listener's failure is being handled while it is told of.
+TEST(NotificationFailures, CancellationOfTheThreadWaitsUntilAFailureIsTold) {
+  BadWarningListener cancellable(&pthread_testcancel);
+  ThreeListeners three([] {
+    pthread_cancel(pthread_self());
+    throw std::runtime_error("refused");
+  });
+  bool told = false;
+  bool cameBack = false;
+  std::thread([&] {
+    three.Broadcast();
+    told = true;
+    pthread_testcancel();
+    cameBack = true;
+  }).join();
+  EXPECT_TRUE(told);
+  EXPECT_FALSE(cameBack);
+  EXPECT_EQ(1, cancellable.m_iHeard);
+  three.ExpectOnlyTheOthersHeard();
+}
+
+// A cancellation may come at any call of the system that a listener makes when it hears of its removal.
+TEST(NotificationFailures, CancellationOfTheThreadWaitsUntilAllAreRemoved) {
+  ThreeListeners three(nullptr);
+  for (Listener& listener : three.m_listeners)
+    listener.m_onSourceRemoved = [](const NotificationSupport&) { pthread_testcancel(); };
+  bool removed = false;
+  bool cameBack = false;
+  std::thread([&] {
+    pthread_cancel(pthread_self());
+    three.m_support.RemoveAllListeners();
+    removed = true;
+    pthread_testcancel();
+    cameBack = true;
+  }).join();
+  EXPECT_TRUE(removed);
+  EXPECT_FALSE(cameBack);
+  EXPECT_FALSE(three.m_support.HasListeners());
+  for (const Listener& listener : three.m_listeners) EXPECT_EQ(1, listener.m_iSourcesRemoved);
 }
 
 }  // namespace

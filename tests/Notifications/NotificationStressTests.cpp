@@ -100,6 +100,31 @@ TEST(NotificationStress, ListenersComeAndGoDuringBroadcasts) {
   EXPECT_GT(broadcasts, 0);
 }
 
+// Nobody is passed over nor told twice by a broadcast that meets a list in which everybody moves up by one.
+TEST(NotificationStress, WhoMovesUpInTheListHearsEachBroadcastOnce) {
+  NotificationSupport support(NotificationSupport::eFIRST_ADDED_FIRST);
+  Counter passing[6];
+  Counter staying;
+  long broadcasts = 0;
+  long misses = 0;
+  const auto broadcast = [&](std::minstd_rand&) {
+    support.RemoveListener(staying);
+    support.AddListener(staying);
+    Tick tick;
+    support.Broadcast(tick);
+    misses += staying.m_lHeard != ++broadcasts;
+    broadcasts = staying.m_lHeard;
+  };
+  const auto change = [&](std::minstd_rand& random) {
+    Counter& counter = passing[random() % 6];
+    support.RemoveListener(counter);
+    support.AddListener(counter);
+  };
+  RunTogether({broadcast, change});
+  EXPECT_EQ(0, misses);
+  EXPECT_GT(broadcasts, 0);
+}
+
 // What an event finds out of one thread's listeners isn't taken for that of another's.
 TEST(NotificationStress, OneEventIsBroadcastByManyThreads) {
   TypedTick tick;

@@ -1,4 +1,5 @@
 // What conditions and semaphores do when the system has nothing for them.
+#include <Infrastructure/OxaCore/AlertManager.h>
 #include <Infrastructure/OxaCore/Condition.h>
 #include <Infrastructure/OxaCore/Semaphore.h>
 
@@ -27,12 +28,12 @@ std::atomic<bool> s_bAllFail{false};
 
 const std::string sNO_OBJECT = std::strerror(EINVAL);
 
-template <class Object, class Argument>
-std::string ToldOfMaking(std::unique_ptr<Object>& object, int failing, Argument argument) {
+template <class Object, class... Arguments>
+std::string ToldOfMaking(std::unique_ptr<Object>& object, int failing, Arguments... arguments) {
   testing::internal::CaptureStderr();
   void* const room = std::malloc(sizeof(Object));
   s_iUntilFailure = failing;
-  object.reset(::new (room) Object(argument));
+  object.reset(::new (room) Object(arguments...));
   s_iUntilFailure = 0;
   return testing::internal::GetCapturedStderr();
 }
@@ -45,6 +46,19 @@ std::string RaisedBy(const std::function<void()>& action) {
   }
   return "nothing";
 }
+
+// Does something on the raising thread, while the raise is told.
+class WhileTold : public AlertListener {
+ public:
+  explicit WhileTold(std::function<void()> action) : m_action(action) {
+    AlertManager::Instance()->AddAlertListener(*this);
+  }
+  ~WhileTold() override { AlertManager::Instance()->RemoveAlertListener(*this); }
+  void ErrorRaised(Error&) override { m_action(); }
+
+ private:
+  const std::function<void()> m_action;
+};
 
 bool Tells(const std::string& told, const std::string& assertion) {
   return told.find("): Failed Assertion(" + assertion + ")") != std::string::npos;
@@ -146,4 +160,28 @@ TEST(NoMemory, ASemaphoreHasItsAssertion) {
   EXPECT_TRUE(Tells(ToldOfMaking(semaphore, 1, 2u), "0 != m_hSemaphore"));
   EXPECT_EQ(2u, semaphore->GetCount());
   EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { semaphore->Wait(); }));
+}
+
+// Other threads may use the gate meanwhile.
+TEST(NoMemory, AGateWithoutASemaphoreRaisesWithItsMutexFree) {
+  std::unique_ptr<MultiWait> gate;
+  EXPECT_TRUE(Tells(ToldOfMaking(gate, 1), "0 != m_hSemaphore"));
+  std::atomic<bool> released{false};
+  std::thread other;
+  bool inTime = false;
+  {
+    const WhileTold listener([&] {
+      other = std::thread([&] {
+        gate->releaseWaiters();
+        released = true;
+      });
+      inTime = Eventually([&] { return released.load(); });
+    });
+    EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { gate->wait(nullptr); }));
+  }
+  other.join();
+  EXPECT_TRUE(inTime);
+  EXPECT_EQ(1u, gate->GetCount());
+  Elapse timeout(1);
+  EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { gate->wait(&timeout); }));
 }

@@ -10,6 +10,7 @@
 #include "Threads/ThreadTestSupport.h"
 
 using namespace ThreadTests;
+using Oxa::Core::LogicError;
 
 namespace {
 
@@ -56,6 +57,34 @@ TEST(ThreadGone, ACancelledThread) {
   ASSERT_EQ(0, pthread_cancel(self));
   ExpectFoundGone(thread);
   EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+}
+
+// What ended the task is being handled then: whatever the cancellation met would take it for an exception.
+TEST(ThreadGone, ACancellationWhileAFailureIsToldComesTooLate) {
+  class Cancellable : public Thread::Listener {
+   public:
+    void OnThreadError(SharedThread, Error&) override {
+      ++m_iTold;
+      pthread_testcancel();
+    }
+    std::atomic<int> m_iTold{0};
+  };
+  for (const bool known : {true, false}) {
+    const SharedThread thread = Thread::Create("Cancelled late");
+    Cancellable cancellable;
+    thread->AddListener(cancellable);
+    ASSERT_TRUE(thread->Start(Do([known](TaskDirective&) -> int {
+      pthread_cancel(pthread_self());
+      if (known) throw LogicError("dark");
+      throw 1;
+    })));
+    ASSERT_TRUE(thread->TimedWaitForState(Thread::eTHREAD_ERROR, Elapse(30)));
+    EXPECT_STREQ(
+        known ? "dark" : "Thread Cancelled late terminated due to an unknown error thrown from Task Run()",
+        thread->GetLastError()->what());
+    EXPECT_EQ(1, cancellable.m_iTold);
+    EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+  }
 }
 
 TEST(ThreadGone, StopFindsItAndItCanBeStartedAgain) {
