@@ -79,7 +79,7 @@ void TakeFaults() {
 OXA_FAULT_SITE int MeasureAndDie(int* where, int count) {
   Reading reading = {7, 3.25, "pressure"};
   int doubled = 2 * count;
-  *where = doubled + reading.m_iChannel;  // NOLINT(clang-analyzer-core.NullDereference): that is the fault
+  *where = doubled + reading.m_iChannel;
   return reading.m_iChannel + doubled;
 }
 
@@ -132,7 +132,7 @@ int ByOverflow() {
 OXA_FAULT_SITE int ThroughNull() {
   TakeFaults();
   int (*volatile function)() = nullptr;
-  return function() + 1;  // NOLINT(clang-analyzer-core.CallAndMessage): that is the fault
+  return function() + 1;
 }
 
 int ByException() { return RaiseUncaught(1); }

@@ -61,7 +61,8 @@ std::ostream& operator<<(std::ostream&, const Unprintable&) { throw std::runtime
 class OwnCopy : public ErrorClass<OwnCopy, LogicError> {
  public:
   OwnCopy() : ErrorClass(std::string("own copy")) {}
-  OwnCopy(const OwnCopy& other) : ErrorClass(other) {}
+  OwnCopy(const OwnCopy& other)
+      : ErrorClass(other) {}  // NOLINT(modernize-use-equals-default): written on purpose
 };
 
 std::string Inheritance(const std::initializer_list<const char*>& names) {

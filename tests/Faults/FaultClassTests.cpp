@@ -4,7 +4,6 @@
 #include <Infrastructure/OxaCore/MicrosoftSEHAdapter.h>
 
 #include <fenv.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -17,10 +16,7 @@ using namespace MSWindows;
 using Oxa::Core::AlertInfo;
 using Oxa::Core::CodeContext;
 using Oxa::Core::Error;
-using Oxa::Core::OSError;
 using Oxa::Core::UnknownError;
-using testing::EndsWith;
-using testing::StartsWith;
 
 constexpr std::uint64_t uPLACE = 0x123456789abcdef0;
 constexpr std::uint64_t uTOUCHED = 0x7edcba9876543210;

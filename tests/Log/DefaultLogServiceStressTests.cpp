@@ -115,7 +115,8 @@ class Worker {
 
   void TakeHandler() {
     if (!m_spHandler)
-      m_spHandler.reset(new RestlessHandler(m_service, static_cast<unsigned int>(m_random() % 1000)));
+      m_spHandler =
+          std::make_unique<RestlessHandler>(m_service, static_cast<unsigned int>(m_random() % 1000));
     m_service.RegisterHandler(m_spHandler.get());
   }
 

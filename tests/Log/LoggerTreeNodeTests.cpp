@@ -25,7 +25,7 @@ class LoggerTreeNodeTest : public testing::Test {
  protected:
   LoggerTreeNodeTest() {
     s_asserts.clear();
-    Platform::SetDebuggerSink([](const char* text) { s_asserts.push_back(text); });
+    Platform::SetDebuggerSink([](const char* text) { s_asserts.emplace_back(text); });
   }
   ~LoggerTreeNodeTest() override { Platform::SetDebuggerSink(nullptr); }
 

@@ -13,7 +13,6 @@ using Platform::Deadline;
 using Platform::Event;
 using Platform::EWaitEnd;
 using TestSupport::Eventually;
-using TestSupport::Holder;
 using TestSupport::MillisecondsOf;
 
 namespace {

@@ -32,7 +32,7 @@ bool NobodyIsAwaited() { return TestSupport::MillisecondsOf(&AwaitAlertsInFlight
 
 // A thread that raises and is kept by the listener.
 SharedThread StartTelling(const Hanging& listener) {
-  const SharedThread thread = Thread::Create("Raising");
+  SharedThread thread = Thread::Create("Raising");
   EXPECT_TRUE(thread->Start(Do([](TaskDirective&) -> int {
     TestSupport::ForgiveLeaks();  // who is killed leaves its error behind
     OXA_RAISE_ERROR("Test", LogicError("hangs"));

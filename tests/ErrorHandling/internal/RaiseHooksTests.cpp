@@ -96,26 +96,26 @@ TEST_F(RaiseHooks, FramesAreAppendedToAStackThatIsThere) {
 
 TEST_F(RaiseHooks, StepsComeInTheirOrder) {
   TheHooks().walkStack = [](int frames) {
-    s_calls.push_back("walk");
+    s_calls.emplace_back("walk");
     return OneFrame(frames);
   };
   TheHooks().errorRaised = [](Error& error) {
-    s_calls.push_back("raised " + error.GetData(AlertInfo::sLOG_NAME) + " " +
-                      std::to_string(error.GetUnwindStack()->size()) +
-                      std::to_string(error.GetCallStack()->size()));
+    s_calls.emplace_back("raised " + error.GetData(AlertInfo::sLOG_NAME) + " " +
+                         std::to_string(error.GetUnwindStack()->size()) +
+                         std::to_string(error.GetCallStack()->size()));
   };
   TheHooks().settleInPlace = [](Error&) {
-    s_calls.push_back("settle");
+    s_calls.emplace_back("settle");
     return false;
   };
-  TheHooks().errorHandled = [](Error&) { s_calls.push_back("handled"); };
+  TheHooks().errorHandled = [](Error&) { s_calls.emplace_back("handled"); };
   EXPECT_THROW(OXA_RAISE_ERROR_IN_PLACE("Test.Order", LogicError("x")), LogicError);
   EXPECT_EQ((std::vector<std::string>{"walk", "raised Test.Order 11", "settle", "handled"}), s_calls);
 }
 
 TEST_F(RaiseHooks, OnlyRaisesInPlaceAskForAHandler) {
   TheHooks().settleInPlace = [](Error&) {
-    s_calls.push_back("settle");
+    s_calls.emplace_back("settle");
     return true;
   };
   EXPECT_THROW(OXA_RAISE_ERROR("Test", LogicError("x")), LogicError);
@@ -133,7 +133,7 @@ TEST_F(RaiseHooks, WarningThatMayNotSpeakIsNotTold) {
     s_calls.push_back(className);
     return false;
   };
-  TheHooks().warningRaised = [](Warning&) { s_calls.push_back("told"); };
+  TheHooks().warningRaised = [](Warning&) { s_calls.emplace_back("told"); };
   OXA_RAISE_WARNING("Test", Quiet());
   EXPECT_EQ(std::vector<std::string>{typeid(Quiet).name()}, s_calls);
 }
@@ -151,7 +151,7 @@ TEST_F(RaiseHooks, OnlyTheLogFormOfAFailedAssertReachesTheLog) {
 
 TEST_F(RaiseHooks, ListenerThatCopiesAHandledErrorIsToldOnce) {
   TheHooks().errorHandled = [](Error& error) {
-    s_calls.push_back("handled");
+    s_calls.emplace_back("handled");
     const Error copy(error);
     const boost::shared_ptr<Error> clone = error.Clone();
   };
@@ -161,7 +161,7 @@ TEST_F(RaiseHooks, ListenerThatCopiesAHandledErrorIsToldOnce) {
 
 TEST_F(RaiseHooks, ListenerThatRaisesWhenItHearsOfAHandledErrorComesToAnEnd) {
   TheHooks().errorHandled = [](Error&) {
-    s_calls.push_back("handled");
+    s_calls.emplace_back("handled");
     try {
       OXA_RAISE_ERROR("Test", LogicError("again"));
     } catch (LogicError&) {
@@ -208,9 +208,9 @@ TEST_F(RaiseHooksDeathTest, WhileExitingAfterAFatalErrorRaisesReturnAndWarningsA
   };
   EXPECT_EXIT(
       {
-        TheHooks().errorRaised = [](Error&) { s_calls.push_back("raised"); };
-        TheHooks().errorHandled = [](Error&) { s_calls.push_back("handled"); };
-        TheHooks().warningRaised = [](Warning&) { s_calls.push_back("warned"); };
+        TheHooks().errorRaised = [](Error&) { s_calls.emplace_back("raised"); };
+        TheHooks().errorHandled = [](Error&) { s_calls.emplace_back("handled"); };
+        TheHooks().warningRaised = [](Warning&) { s_calls.emplace_back("warned"); };
         std::atexit([] {
           const bool returned = Returns();
           OXA_RAISE_WARNING("Test", Told());
@@ -226,10 +226,10 @@ TEST_F(RaiseHooksDeathTest, WhileExitingAfterAFatalErrorRaisesReturnAndWarningsA
 TEST_F(RaiseHooksDeathTest, WhileUnloadingNothingIsTold) {
   EXPECT_EXIT(
       {
-        TheHooks().errorRaised = [](Error&) { s_calls.push_back("raised"); };
-        TheHooks().errorHandled = [](Error&) { s_calls.push_back("handled"); };
-        TheHooks().warningRaised = [](Warning&) { s_calls.push_back("warned"); };
-        TheHooks().logFailedAssert = [](AssertionFailure&) { s_calls.push_back("assert"); };
+        TheHooks().errorRaised = [](Error&) { s_calls.emplace_back("raised"); };
+        TheHooks().errorHandled = [](Error&) { s_calls.emplace_back("handled"); };
+        TheHooks().warningRaised = [](Warning&) { s_calls.emplace_back("warned"); };
+        TheHooks().logFailedAssert = [](AssertionFailure&) { s_calls.emplace_back("assert"); };
         SetLibraryUnloading();
         LogAssertFailed("x", CodeContext("a.cpp", 1, "", "", ""));
         std::_Exit(Returns() && s_calls.empty() ? 0 : 1);

@@ -116,7 +116,7 @@ TEST(SharedFileLinux, AnotherProcessIsKeptOutUntilTheWriterIsKilled) {
   const pid_t child = fork();
   if (child == 0) {
     int code = -1;
-    const FileHandle writer = Open(name, WRITES, code);  // NOLINT(clang-analyzer-deadcode.DeadStores)
+    const FileHandle writer = Open(name, WRITES, code);
     opened.Say();
     pause();
     _exit(code);
