@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -54,6 +55,12 @@ class Library {
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
   ~Library() { ::dlclose(m_pHandle); }
+
+  void* (*Find(const char* name) const)() {
+    void* const found = ::dlsym(m_pHandle, name);
+    Expect(found != nullptr, name);
+    return reinterpret_cast<void* (*)()>(found);
+  }
 
  private:
   void* m_pHandle;
@@ -223,6 +230,24 @@ void NothingIsLeft(const char* plugin) {
   Expect(GuardPages() <= pages + 2, "stacks are left");
 }
 
+// Its end is not to lead into code that is gone.
+void ThreadOutlivesTheUnload(const char* plugin) {
+  std::atomic<int> step{0};
+  std::thread thread;
+  {
+    const Library library(plugin);
+    thread = std::thread([&] {
+      Expect(library.Find("_ZN9MSWindows25InstallSEHErrorTranslatorEv")() == nullptr,
+             "the thread had a translator before");
+      step = 1;
+      while (step == 1) std::this_thread::yield();
+    });
+    while (step == 0) std::this_thread::yield();
+  }
+  step = 2;
+  thread.join();
+}
+
 // With a use of the adapter too many, which only the unload overrules.
 void UsedOnceTooOften(const char* plugin) {
   stack_t before;
@@ -253,6 +278,7 @@ int main(int argc, char** argv) {
   if (scenario == "handler-comes-back") HandlerComesBack(plugin);
   if (scenario == "later-handler-stays") LaterHandlerStays(plugin);
   if (scenario == "nothing-is-left") NothingIsLeft(plugin);
+  if (scenario == "thread-outlives-unload") ThreadOutlivesTheUnload(plugin);
   if (scenario == "used-once-too-often") UsedOnceTooOften(plugin);
   return 0;
 }

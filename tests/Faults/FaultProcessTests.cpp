@@ -165,6 +165,11 @@ TEST(FaultProcess, TheUnloadLeavesNothingBehind) {
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
 }
 
+TEST(FaultProcess, AThreadThatIsKnownMayOutliveTheUnload) {
+  const ChildResult result = Load("thread-outlives-unload");
+  EXPECT_EQ(0, result.m_iStatus) << result.m_sError;
+}
+
 TEST(FaultProcess, TheUnloadLeavesNothingBehindWhateverTheUseCountSays) {
   const ChildResult result = Load("used-once-too-often");
   EXPECT_EQ(0, result.m_iStatus) << result.m_sError;

@@ -6,6 +6,7 @@
 #include <malloc.h>
 #include <unwind.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -16,7 +17,8 @@ namespace Oxa::Core::Platform {
 
 namespace {
 
-constexpr int iALLOCATOR_DEPTH = 10;  // how deep below its entry the allocator faults
+constexpr int iALLOCATOR_DEPTH = 10;              // how deep below its entry the allocator faults
+constexpr std::uintptr_t uALLOCATOR = 64 * 1024;  // more than the code of its functions takes
 constexpr int iDEEPEST = 4096;
 constexpr int iKEPT_REGISTERS[] = {3, 6, 12, 13, 14, 15};  // those that calls leave alone
 
@@ -42,6 +44,15 @@ bool IsAllocator(std::uintptr_t function) noexcept {
          function == AddressOf(static_cast<New>(&::operator new[])) ||
          function == AddressOf(static_cast<Delete>(&::operator delete)) ||
          function == AddressOf(static_cast<Delete>(&::operator delete[]));
+}
+
+// The aligned ones are gone before they fault: they jump to a function that has no name, and stands among them.
+bool StandsInAllocator(std::uintptr_t function) noexcept {
+  const std::uintptr_t one = AddressOf(&std::malloc);
+  const std::uintptr_t other = AddressOf(&::posix_memalign);
+  const std::uintptr_t low = std::min(one, other);
+  const std::uintptr_t high = std::max(one, other);
+  return high - low <= uALLOCATOR && function >= low && function <= high;
 }
 
 struct Part {
@@ -97,7 +108,8 @@ class Search {
     const std::uintptr_t stack = _Unwind_GetCFA(&context);
     if (m_iDepth == 0 && !IsInterrupted(place, stack)) return true;
     ++m_iDepth;
-    if (m_iDepth <= iALLOCATOR_DEPTH && IsAllocator(_Unwind_GetRegionStart(&context))) {
+    const std::uintptr_t function = _Unwind_GetRegionStart(&context);
+    if (m_iDepth <= iALLOCATOR_DEPTH && (IsAllocator(function) || StandsInAllocator(function))) {
       m_bAllocator = true;
       return false;
     }
