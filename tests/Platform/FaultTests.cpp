@@ -90,6 +90,7 @@ TEST_F(FaultTests, OverflowsLeakNothing) {
 #endif
 
 #if defined(__x86_64__)
+// NOLINTNEXTLINE(readability-non-const-parameter): it is written to
 __attribute__((noinline)) void WriteWithDirectionFlag(int* place) {
   asm volatile("std\n\tmovl $1, (%0)\n\tcld" : : "r"(place) : "cc", "memory");
 }

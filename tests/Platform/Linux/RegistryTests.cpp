@@ -29,9 +29,9 @@ std::function<int(int file)> s_onSync;
 }  // namespace
 
 // In place of the system's.
-extern "C" int fsync(int file) {
-  if (!s_onSync) return static_cast<int>(::syscall(SYS_fsync, file));
-  errno = s_onSync(file);
+extern "C" int fsync(int fd) {
+  if (!s_onSync) return static_cast<int>(::syscall(SYS_fsync, fd));
+  errno = s_onSync(fd);
   return errno == 0 ? 0 : -1;
 }
 
