@@ -168,8 +168,32 @@ int WithoutTracing() {
 int Sandboxed(int number, unsigned action) {
   const std::string thread = StartThread();
   if (!TestSupport::AnswerSystemCall(number, action)) _exit(iCANNOT);
-  const int code = DumpNow();
+  constexpr int iBEFORE = 12345;
+  constexpr int iCHANGED = 7;
+  errno = iBEFORE;
+  const int dumped = DumpNow();
+  const int code = errno == iBEFORE ? dumped : iCHANGED;
   std::printf("%s\n", thread.c_str());
+  return code;
+}
+
+// The first thread is held by the system, which doesn't let it stop before its child has gone.
+int WithAThreadThatDoesNotStop() {
+  static std::atomic<int> id{0};
+  static std::atomic<int> child{0};
+  std::thread([] {
+    id = static_cast<int>(syscall(SYS_gettid));
+    const auto wait = [](void*) -> int {
+      child = static_cast<int>(syscall(SYS_getpid));
+      for (;;) syscall(SYS_pause);
+    };
+    static char stack[16384];
+    clone(wait, stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, nullptr);
+  }).detach();
+  while (child == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  const int code = Platform::WriteDump(s_file, nullptr, s_contents, nullptr, nullptr, 2000);
+  kill(child, SIGKILL);
+  std::printf("%d\n", id.load());
   return code;
 }
 
@@ -259,6 +283,7 @@ const std::map<std::string, std::function<int()>> s_ways = {
     {"ptrace-kills", [] { return Sandboxed(SYS_ptrace, SECCOMP_RET_KILL_PROCESS); }},
     {"clone-fails", [] { return Sandboxed(SYS_clone, SECCOMP_RET_ERRNO | EPERM); }},
     {"reading-fails", [] { return Sandboxed(SYS_process_vm_readv, SECCOMP_RET_ERRNO | ENOSYS); }},
+    {"thread-does-not-stop", &WithAThreadThatDoesNotStop},
     {"no-proc", &WithoutProc},
     {"full-disk", &OnFullDisk},
     {"file-limit", &AtFileLimit},

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "Dump/DumpScene.h"
+#include "Platform/Ending.h"
 #include "Platform/Faults.h"
 #include "Support/ChildProcess.h"
 
@@ -111,6 +112,86 @@ TEST(DumpTrouble, WhatHangsIsCutShortAndTheThreadsGoOn) {
   EXPECT_LT(took, 20000);
   const std::uint64_t rounds = thread.Rounds();
   EXPECT_TRUE(Eventually([&] { return thread.Rounds() > rounds + 2; }));
+}
+
+// The first helper dies while the threads stand still.
+bool KillOnce(unsigned /*callback*/, unsigned& /*flags*/, void* parameter) {
+  std::atomic<bool>& killed = *static_cast<std::atomic<bool>*>(parameter);
+  if (!killed.exchange(true)) ::syscall(SYS_kill, ::syscall(SYS_getpid), SIGKILL);
+  return true;
+}
+
+// Whether the dump has the place of the thread, which may just be on its way.
+bool HasPlaceWithoutFirstHelper(const KnownThread& thread) {
+  std::atomic<bool> killed{false};
+  const TemporaryFolder folder;
+  EXPECT_EQ(WriteTo(folder.File("x.dmp"), &KillOnce, &killed), 0);
+  EXPECT_TRUE(killed);
+  const DumpReader::Registers registers = ReadDump(folder.File("x.dmp")).ThreadOf(thread.Id()).m_registers;
+  EXPECT_EQ(registers.m_uFlags, 0x00100001U) << "not more than that";
+  return registers.m_uPlace != 0;
+}
+
+TEST(DumpTrouble, AHelperThatIsKilledIsFollowedByAnotherThatLetsTheThreadsRun) {
+  const KnownThread thread("known", 7);
+  EXPECT_TRUE(Eventually([&thread] { return HasPlaceWithoutFirstHelper(thread); }));
+  const std::uint64_t rounds = thread.Rounds();
+  EXPECT_TRUE(Eventually([&] { return thread.Rounds() > rounds + 2; }));
+}
+
+bool HangAtModules(unsigned callback, unsigned& flags, void* parameter) {
+  constexpr unsigned uINCLUDE_MODULE = 4;
+  return callback != uINCLUDE_MODULE || Hang(callback, flags, parameter);
+}
+
+TEST(DumpTrouble, WhatHangsLaterLeavesWhatCameFirst) {
+  const KnownThread thread("known", 7);
+  const TemporaryFolder folder;
+  EXPECT_EQ(WriteTo(folder.File("x.dmp"), &HangAtModules, nullptr, 500), 0);
+  const DumpReader dump = ReadDump(folder.File("x.dmp"));
+  EXPECT_THAT(dump.Types(), testing::ElementsAre(3, 6, 7, 15));
+  EXPECT_EQ(dump.ThreadOf(thread.Id()).m_registers.m_uFlags, 0x0010000fU);
+  EXPECT_EQ(dump.TheException().m_uThread, dump.Threads().front().m_uId);
+}
+
+// It writes who it is where the test can read that, and waits for ever.
+bool TellAndHang(unsigned /*callback*/, unsigned& /*flags*/, void* parameter) {
+  const auto helper = static_cast<pid_t>(::syscall(SYS_getpid));
+  if (::syscall(SYS_write, *static_cast<int*>(parameter), &helper, sizeof helper) < 0) return false;
+  for (;;) ::syscall(SYS_pause);
+}
+
+// Gone, or nothing but an entry that whoever is responsible for orphans hasn't cleared away.
+bool IsDead(pid_t process) {
+  const std::string stat = ReadFile("/proc/" + std::to_string(process) + "/stat");
+  return stat.empty() || stat.find(") Z") != std::string::npos || stat.find(") X") != std::string::npos;
+}
+
+TEST(DumpTrouble, NoHelperOutlivesWhoAskedForIt) {
+  const TemporaryFolder folder;
+  int ends[2] = {};
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t asking = ::fork();
+  if (asking == 0) ::_exit(WriteTo(folder.File("x.dmp"), &TellAndHang, &ends[1], 600000));
+  pid_t helper = 0;
+  ASSERT_EQ(::read(ends[0], &helper, sizeof helper), static_cast<ssize_t>(sizeof helper));
+  EXPECT_NE(helper, asking);
+  EXPECT_FALSE(IsDead(helper));
+  ::kill(asking, SIGKILL);
+  AwaitChild(asking, std::chrono::seconds(60));
+  EXPECT_TRUE(Eventually([helper] { return IsDead(helper); }));
+  for (const int end : ends) ::close(end);
+}
+
+TEST(DumpTrouble, TheWatchOfADeathRunsOn) {
+  const TemporaryFolder folder;
+  const pid_t dying = ::fork();
+  if (dying == 0) {
+    Platform::StartDeathWatch(500, 9);
+    WriteTo(folder.File("x.dmp"), &Hang, nullptr, 600000);
+    ::_exit(1);
+  }
+  EXPECT_EQ(AwaitChild(dying, std::chrono::seconds(60)), 9);
 }
 
 TEST(DumpTrouble, ThreadsStandStillMeanwhileAndGoOn) {
@@ -243,6 +324,15 @@ TEST(DumpTrouble, TracingForbiddenByASandbox) {
 TEST(DumpTrouble, TracingKillsWhoTriesIt) {
   RUN_OR_SKIP(outcome, "ptrace-kills");
   ExpectPlaceOf(outcome, true);
+}
+
+// The time goes into the memory all the same.
+TEST(DumpTrouble, AThreadThatDoesNotStop) {
+  RUN_OR_SKIP(outcome, "thread-does-not-stop", uPOLICY_1);
+  ExpectPlaceOf(outcome, false);
+  const DumpReader dump(outcome.m_sDump);
+  EXPECT_GT(dump.Modules().size(), 3U);
+  EXPECT_TRUE(dump.HasMemory(dump.Threads().front().m_registers.m_general[4]));
 }
 
 TEST(DumpTrouble, NoHelperToBeHad) {

@@ -27,6 +27,9 @@ extern "C" {
 /// Puts marks where a function without calls keeps its variables, and in a register of the vector unit; then faults.
 void FaultWithMarks(void* nowhere);
 
+/// Pushes with a stack pointer of 16.
+void FaultOffItsStack();
+
 /// Changes all registers that calls leave alone, and faults. Its table says that nothing gets out of it.
 void FaultInAFrameThatIsPassedOver(void* nowhere);
 }
@@ -43,6 +46,16 @@ asm(".text\n"
     "ret\n"
     ".cfi_endproc\n"
     ".size FaultWithMarks, .-FaultWithMarks\n");
+
+asm(".text\n"
+    ".type FaultOffItsStack, @function\n"
+    "FaultOffItsStack:\n"
+    ".cfi_startproc\n"
+    "movl $16, %esp\n"
+    "pushq %rax\n"
+    "ud2\n"
+    ".cfi_endproc\n"
+    ".size FaultOffItsStack, .-FaultOffItsStack\n");
 
 #define OXA_PUSH(name, place) \
   "pushq %" name "\n.cfi_adjust_cfa_offset 8\n.cfi_offset " name ", " place "\nmovq $-1, %" name "\n"
@@ -201,10 +214,17 @@ OXA_FAULT_SITE int RecurseWithCleanUps(volatile int* depth) {
 
 // Clean-ups of the frames nearest to the end would meet it once more.
 TEST_F(FaultState, AnOverflowIsRaisedWhereCleanUpsHaveRoom) {
-  for (int i = 0; i < 3; ++i) {
+  static int s_iTranslated;
+  s_iTranslated = 0;
+  SetFaultTranslator([](unsigned int code, _EXCEPTION_POINTERS* pointers) {
+    ++s_iTranslated;
+    Translate(code, pointers);
+  });
+  for (int i = 1; i <= 3; ++i) {
     volatile int depth = 0;
     EXPECT_THROW(RecurseWithCleanUps(&depth), Caught);
     EXPECT_GT(depth, 100);
+    EXPECT_EQ(i, s_iTranslated);
   }
 }
 
@@ -254,11 +274,7 @@ TEST_F(FaultState, AFaultOnAStackThatLeadsNowhereIsToldAsItWas) {
   const auto die = [] {
     SetLastChance(
         [](_EXCEPTION_POINTERS* pointers) -> long { ::_exit(FactsOf(*pointers).m_uTouched == 8 ? 9 : 10); });
-    try {
-      asm volatile("movl $16, %%esp\n\tpushq %%rax" ::: "memory");
-    } catch (const Caught& caught) {
-      ::_exit(caught.m_facts.m_uTouched == 8 ? 9 : 11);
-    }
+    FaultOffItsStack();
   };
   EXPECT_EXIT(die(), testing::ExitedWithCode(9), "");
 }
