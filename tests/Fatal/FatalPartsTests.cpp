@@ -369,6 +369,72 @@ TEST(FatalDump, FirstWordsComeFirst) {
 
 // --- The place of what nobody caught
 
+}  // namespace
+
+extern "C" {
+/// Calls `function` with marks in the registers that calls leave alone: 0x1003 in rbx, and so on by their numbers.
+void CallWithMarks(void (*function)());
+extern const char CallWithMarksAt[];  // behind the call
+}
+
+#if defined(__x86_64__)
+#define OXA_MARK(name, place, mark) \
+  "pushq %" name "\n.cfi_adjust_cfa_offset 8\n.cfi_offset " name ", " place "\nmovq $" mark ", %" name "\n"
+#define OXA_UNMARK(name) "popq %" name "\n.cfi_adjust_cfa_offset -8\n.cfi_restore " name "\n"
+
+asm(".text\n"
+    ".type CallWithMarks, @function\n"
+    "CallWithMarks:\n"
+    ".cfi_startproc\n" OXA_MARK("rbx", "-16", "0x1003") OXA_MARK("rbp", "-24", "0x1006")
+        OXA_MARK("r12", "-32", "0x100c") OXA_MARK("r13", "-40", "0x100d") OXA_MARK("r14", "-48", "0x100e")
+            OXA_MARK("r15", "-56", "0x100f") "subq $8, %rsp\n"
+                                             ".cfi_adjust_cfa_offset 8\n"
+                                             "call *%rdi\n"
+                                             ".globl CallWithMarksAt\n"
+                                             "CallWithMarksAt:\n"
+                                             "addq $8, %rsp\n"
+                                             ".cfi_adjust_cfa_offset -8\n" OXA_UNMARK("r15") OXA_UNMARK("r14")
+                                                 OXA_UNMARK("r13") OXA_UNMARK("r12") OXA_UNMARK("rbp")
+                                                     OXA_UNMARK("rbx") "ret\n"
+                                                                       ".cfi_endproc\n"
+                                                                       ".size CallWithMarks, .-CallWithMarks\n");
+#endif
+
+namespace {
+
+#if defined(__x86_64__)
+CONTEXT s_found;
+
+__attribute__((noinline)) void AskForThePlace() {
+  static const void* const s_carriers[] = {reinterpret_cast<const void*>(&AskForThePlace)};
+  Platform::WithUncaughtPlace(
+      s_carriers, 1,
+      [](_EXCEPTION_POINTERS& pointers, void* found) {
+        *static_cast<CONTEXT*>(found) = *pointers.ContextRecord;
+        EXPECT_EQ(pointers.ContextRecord->m_registers[CONTEXT::iPLACE], pointers.ExceptionRecord->m_uPlace);
+        EXPECT_EQ(SIGABRT, Platform::SignalOf(pointers));
+      },
+      &s_found);
+  asm volatile("" ::: "memory");  // no jump: this is to be a frame
+}
+
+TEST(Uncaught, ThePlaceHasTheRegistersOfItsFrame) {
+  CallWithMarks(&AskForThePlace);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(CallWithMarksAt) - 1, s_found.m_registers[CONTEXT::iPLACE]);
+  for (const unsigned number : {3U, 6U, 12U, 13U, 14U, 15U})
+    EXPECT_EQ(0x1000 + number, s_found.m_registers[number]) << number;
+  EXPECT_EQ(nullptr, s_found.m_pFull);
+}
+#endif
+
+TEST(Uncaught, ARecordWithoutASignalIsThatOfAnAbort) {
+  _EXCEPTION_RECORD record = {};
+  const _EXCEPTION_POINTERS pointers = {&record, nullptr};
+  EXPECT_EQ(SIGABRT, Platform::SignalOf(pointers));
+  record.m_signal.si_signo = SIGFPE;
+  EXPECT_EQ(SIGFPE, Platform::SignalOf(pointers));
+}
+
 TEST(Uncaught, FaultStandsUntilItIsCaught) {
   const auto fault = [] {
     volatile int* volatile nowhere = nullptr;

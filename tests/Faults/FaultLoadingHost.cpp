@@ -73,6 +73,8 @@ OXA_FAULT_SITE void Fault() {
 
 void ExpectNothingLeft(const stack_t& before) {
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) Expect(IsDefault(signal), "a handler is left");
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal)
+    Expect(IsDefault(signal), "a handler of kills is left");
   stack_t stack;
   ::sigaltstack(nullptr, &stack);
   Expect(stack.ss_sp == before.ss_sp && (stack.ss_flags & SS_DISABLE) == (before.ss_flags & SS_DISABLE),

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -31,6 +33,25 @@ class TakenSignal {
   const int m_iSignal;
   struct sigaction m_before = {};
 };
+
+// A victim's calls go on where its kill has to wait, nothing else cuts in, and its stack may be at its end.
+TEST(KillSignal, IsHandledOnTheAlternateStackWithAllOthersHeldBack) {
+  struct sigaction action = {};
+  ASSERT_EQ(0, ::sigaction(CheckedKillSignal(), nullptr, &action));
+  EXPECT_EQ(SA_RESTART | SA_ONSTACK, action.sa_flags & (SA_RESTART | SA_ONSTACK | SA_SIGINFO | SA_NODEFER));
+  for (const int signal : {SIGINT, SIGSEGV, SIGUSR1, SIGALRM, SIGRTMIN})
+    EXPECT_EQ(1, ::sigismember(&action.sa_mask, signal)) << signal;
+}
+
+TEST(KillSignal, IsAnyThatIsFree) {
+  std::vector<std::unique_ptr<TakenSignal>> taken;
+  for (int signal = SIGRTMIN + 1; signal <= SIGRTMAX; ++signal)
+    taken.push_back(std::make_unique<TakenSignal>(signal));
+  EXPECT_EQ(SIGRTMIN, CheckedKillSignal());
+  EXPECT_EQ(SIGRTMIN, KillSignal());
+  const TakenSignal last(SIGRTMIN);
+  EXPECT_EQ(0, CheckedKillSignal());
+}
 
 TEST(KillSignal, ThatTheHostTakesGivesWayToAnother) {
   const int first = CheckedKillSignal();
