@@ -56,6 +56,15 @@ TEST(CountingSemaphore, CountsDownToZeroAndNoFurther) {
   EXPECT_EQ(0u, semaphore->Value());
 }
 
+TEST(CountingSemaphore, WhoStandsInLineIsNoNegativeValue) {
+  const Owned semaphore = Make(0);
+  std::thread waiter = StandInLine(*semaphore, [] {});
+  EXPECT_EQ(0u, semaphore->Value());
+  semaphore->Post(1);
+  waiter.join();
+  EXPECT_EQ(0u, semaphore->Value());
+}
+
 TEST(CountingSemaphore, GivesSeveralAtOnceButNoMoreThanThereAre) {
   const Owned semaphore = Make(5);
   EXPECT_EQ(2u, semaphore->TryTakeSome(2));

@@ -160,6 +160,11 @@ TEST(NoMemory, ASemaphoreHasItsAssertion) {
   EXPECT_TRUE(Tells(ToldOfMaking(semaphore, 1, 2u), "0 != m_hSemaphore"));
   EXPECT_EQ(2u, semaphore->GetCount());
   EXPECT_EQ(sNO_OBJECT, RaisedBy([&] { semaphore->Wait(); }));
+  EXPECT_EQ(0u, semaphore->TryWaitForSome(2));
+  testing::internal::CaptureStderr();
+  semaphore->Post(0);
+  EXPECT_TRUE(Tells(testing::internal::GetCapturedStderr(), "amount > 0"));
+  EXPECT_EQ(2u, semaphore->GetCount());
 }
 
 // Other threads may use the gate meanwhile.

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <ctime>
@@ -332,8 +333,27 @@ TEST_F(ProcessMutexTest, TryLockOfATakenOne) {
   Recorder recorder;
   EXPECT_FALSE(m_mutex.TryLock());
   EXPECT_FALSE(m_mutex.TryLock(Elapse(-1)));
+  EXPECT_FALSE(m_mutex.TryLock(Elapse(-93000000000000000, Elapse::TimerTicks)));  // too much for nanoseconds
   EXPECT_LE(100.0, MillisecondsOf([&] { EXPECT_FALSE(m_mutex.TryLock(Elapse(100, Elapse::MilliSeconds))); }));
   EXPECT_TRUE(recorder.m_heard.empty());
+}
+
+// Longer than nanoseconds can count. Whoever begins late only makes the test weaker.
+TEST_F(ProcessMutexTest, TryLockWithTheLongestLimitGetsWhatIsUnlocked) {
+  std::atomic<bool> begun{false}, locked{false};
+  std::thread waiter;
+  {
+    Holder holder = HoldByOtherThread();
+    waiter = std::thread([&] {
+      begun = true;
+      locked = m_mutex.TryLock(Elapse(LLONG_MAX, Elapse::TimerTicks));
+      if (locked) m_mutex.Unlock();
+    });
+    EXPECT_TRUE(Eventually([&] { return begun.load(); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  waiter.join();
+  EXPECT_TRUE(locked);
 }
 
 TEST_F(ProcessMutexTest, TryLockWithALimitPollsWithoutAPause) {

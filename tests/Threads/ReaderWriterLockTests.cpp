@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
+#include <utility>
 
+#include "Threads/ReadersWriterEither.h"
 #include "Threads/ReadersWriterTrace.h"
 
 namespace Oxa::Core::Testing {
@@ -19,6 +22,32 @@ class ReaderWriterLockTest : public ::testing::Test {
   ReadersWriterMutex m_mutex;
   ReadersWriterMutex m_otherMutex;
 };
+
+void Ignore(const std::pair<unsigned long, unsigned long>&, const ReadersWriterMutex::ReaderCounts&, int, int,
+            const char*, const char*) {}
+
+// What the guard held before is free, and what it didn't get isn't given back.
+template <class Guard>
+void ExpectNothingHeldAfterARefusal(ReadersWriterMutex& mutex, const std::string& codes) {
+  ReadersWriterMutex refusing(&Ignore);                     // without slots: everybody goes by the monitor
+  std::thread([&] { MonitorOf(refusing).Lock(); }).join();  // whoever is next is told that the owner has died
+  testing::internal::CaptureStderr();
+  {
+    Guard guard(mutex);
+    EXPECT_THROW(guard.Reset(refusing), OSError);
+    EXPECT_EQ(codes, Trace::Codes());
+  }
+  EXPECT_EQ(codes, Trace::Codes());
+  EXPECT_EQ(std::string::npos, testing::internal::GetCapturedStderr().find("Failed Assertion"));
+}
+
+TEST_F(ReaderWriterLockTest, AReaderLockThatIsRefusedItsNextMutexHoldsNothing) {
+  ExpectNothingHeldAfterARefusal<ReaderLock>(m_mutex, "RW> RW+ RL-");
+}
+
+TEST_F(ReaderWriterLockTest, AWriterLockThatIsRefusedItsNextMutexHoldsNothing) {
+  ExpectNothingHeldAfterARefusal<WriterLock>(m_mutex, "WW> WW+ WL-");
+}
 
 TEST_F(ReaderWriterLockTest, AReaderLockHoldsForItsScope) {
   {

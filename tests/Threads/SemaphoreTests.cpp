@@ -183,6 +183,14 @@ TEST(Semaphore, AboveTheMaximumConstructionFailsTheAssertionAndWaitsRaise) {
   EXPECT_EQ(0x80000001u, semaphore->GetCount());
 }
 
+TEST(MultiWait, ALimitBelowZeroHasPassed) {
+  MultiWait gate;
+  Elapse limit(-30);
+  bool through = true;
+  EXPECT_LT(MillisecondsOf([&] { through = gate.wait(&limit); }), 15000);
+  EXPECT_FALSE(through);
+}
+
 TEST(MultiWait, OneReleaseLetsAllThrough) {
   MultiWait gate;
   Crowd crowd(gate, 10);

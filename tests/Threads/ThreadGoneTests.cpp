@@ -59,6 +59,32 @@ TEST(ThreadGone, ACancelledThread) {
   EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
 }
 
+// The last reference goes with its end, and nobody may get a new one.
+TEST(ThreadGone, OneThatDiesOfItsEndIsHandedToNobody) {
+  class Surviving : public Thread::Listener {
+   public:
+    void OnThreadComplete(SharedThread) override { ++m_iTold; }
+    void OnThreadError(SharedThread, Error&) override { ++m_iTold; }
+    std::atomic<int> m_iTold{0};
+    std::atomic<bool> m_bSourceGone{false};
+
+   protected:
+    void NotificationSourceIsRemoved(const Oxa::Core::NotificationSupport&) override { m_bSourceGone = true; }
+  };
+  Surviving surviving;
+  std::atomic<bool> alone{false};
+  SharedThread thread = Thread::Create("Dying");
+  thread->AddListener(surviving);
+  ASSERT_TRUE(thread->Start(Do([&alone](TaskDirective&) -> int {
+    Eventually([&alone] { return alone.load(); });
+    pthread_exit(nullptr);
+  })));
+  thread.reset();
+  alone = true;
+  EXPECT_TRUE(Eventually([&] { return surviving.m_bSourceGone.load(); }));
+  EXPECT_EQ(0, surviving.m_iTold);
+}
+
 // What ended the task is being handled then: whatever the cancellation met would take it for an exception.
 TEST(ThreadGone, ACancellationWhileAFailureIsToldComesTooLate) {
   class Cancellable : public Thread::Listener {

@@ -459,6 +459,37 @@ TEST_F(Kills, AThreadThatIsStartingIsSpared) {
   EXPECT_STREQ("Attempted to run thread Victim with a NULL Task pointer", m_victim->GetLastError()->what());
 }
 
+// What the listeners of a failed thread do then is done to its end.
+TEST_F(Kills, AThreadThatTellsItsFailureIsSpared) {
+  class Slow : public Thread::Listener {
+   public:
+    void OnThreadError(SharedThread, Error&) override {
+      ++m_iBegun;
+      m_bDone = Eventually([this] { return m_bGoOn.load(); });
+    }
+    std::atomic<int> m_iBegun{0};
+    std::atomic<bool> m_bGoOn{false}, m_bDone{false};
+  };
+  for (const bool known : {true, false}) {
+    Slow slow;
+    const SharedThread thread = Thread::Create("Failed");
+    thread->AddListener(slow);
+    ASSERT_TRUE(thread->Start(Do([known](TaskDirective&) -> int {
+      if (known) throw Oxa::Core::LogicError("dark");
+      throw 1;
+    })));
+    ASSERT_TRUE(Eventually([&] { return slow.m_iBegun == 1; }));
+    EXPECT_TRUE(thread->Kill(Elapse(0)));
+    slow.m_bGoOn = true;
+    EXPECT_TRUE(Eventually([&] { return thread.use_count() == 1; }));
+    EXPECT_TRUE(slow.m_bDone);
+    EXPECT_EQ(1, slow.m_iBegun);
+    EXPECT_EQ(Thread::eTHREAD_ERROR, thread->GetState());
+    EXPECT_STREQ(known ? "dark" : "Thread Failed terminated due to an unknown error thrown from Task Run()",
+                 thread->GetLastError()->what());
+  }
+}
+
 TEST_F(Kills, TwoAtOnceTellOneEnd) {
   for (int i = 0; i != 30; ++i) {
     const SharedThread thread = m_victim;

@@ -92,6 +92,24 @@ TEST(Thread, TellsListenersThatItCompletedAndNothingElse) {
   EXPECT_EQ(nullptr, thread->GetLastError());
 }
 
+// It has come to its end when it is told complete, and hasn't when its error is told.
+TEST(Thread, IsTheCurrentOneForListenersAsLongAsItRuns) {
+  class Asking : public Thread::Listener {
+   public:
+    void OnThreadComplete(SharedThread thread) override { m_iCurrent = thread->IsCurrentThread(); }
+    void OnThreadError(SharedThread thread, Error&) override { m_iCurrent = thread->IsCurrentThread(); }
+    std::atomic<int> m_iCurrent{-1};
+  };
+  Asking completed, failed;
+  const SharedThread completing = Thread::Create(""), failing = Thread::Create("");
+  completing->AddListener(completed);
+  failing->AddListener(failed);
+  RunToItsEnd(completing, Give(0));
+  RunToItsEnd(failing, Do([](TaskDirective&) -> int { throw 1; }));
+  EXPECT_EQ(0, completed.m_iCurrent);
+  EXPECT_EQ(1, failed.m_iCurrent);
+}
+
 TEST(Thread, TellsListenersOfAnErrorAndNotOfACompletion) {
   Hearing hearing;
   const SharedThread thread = Thread::Create("Error Thread");
@@ -406,6 +424,24 @@ TEST(Thread, ARunningOneIsNotToBeStartedAgain) {
     EXPECT_TRUE(Eventually([&thread] { return thread.use_count() == 1; }));
   });
   EXPECT_LE(1, CountOf("Failed Assertion(IsState(eTHREAD_NOT_RUNNING))", told)) << told;
+}
+
+// A task that runs on although it shouldn't isn't destroyed under its thread.
+TEST(Thread, TheTaskThatAWrongStartReplacesLivesOn) {
+  const SharedThread thread = Thread::Create("");
+  SharedTask task = UntilStopped();
+  const boost::weak_ptr<Task> replaced(task);
+  ASSERT_TRUE(thread->Start(task, Elapse(30)));
+  task.reset();
+  ToldBy([&] {
+    thread->Start(UntilStopped());
+    EXPECT_FALSE(replaced.expired());
+    EXPECT_TRUE(Eventually([&thread] {
+      thread->Stop();
+      return thread.use_count() == 1;
+    }));
+  });
+  EXPECT_FALSE(replaced.expired());
 }
 
 TEST(Thread, AnErrorThatANewRunReplacesStaysWithItsReader) {

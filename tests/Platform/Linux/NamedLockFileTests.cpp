@@ -110,6 +110,13 @@ TEST(LockFileNameTest, EverythingElseIsEscaped) {
   EXPECT_EQ("oxacore.lock...%2F..", FileName("../.."));
 }
 
+// Programs of different versions have to find the same file.
+TEST(LockFileNameTest, NamesThatAreJustShortEnoughStandInFull) {
+  EXPECT_EQ("oxacore.lock." + std::string(200, 'n'), FileName(std::string(200, 'n')));
+  EXPECT_EQ("oxacore.lock." + std::string(120, 'n') + "%-bb0933049d34cd95d10cb4228da04c03.201",
+            FileName(std::string(201, 'n')));
+}
+
 TEST(LockFileNameTest, LongNamesEndInADigest) {
   std::set<std::string> files;
   for (const std::size_t length : {199u, 200u, 201u, 254u, 255u, 256u, 3000u}) {
