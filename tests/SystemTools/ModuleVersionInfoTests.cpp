@@ -135,7 +135,7 @@ TEST(ModuleVersionInfo, HandlesThatAreNoneAreNull) {
   EXPECT_FALSE(ModuleVersionInfo::Create(reinterpret_cast<HINSTANCE>(&no_library)));
   EXPECT_FALSE(ModuleVersionInfo::Create(reinterpret_cast<HINSTANCE>(1)));
   boost::shared_ptr<SystemLibrary> library = SystemLibrary::Load(PathName(PLUGIN));
-  const HINSTANCE gone = library->GetModuleHandleA();
+  HINSTANCE gone = library->GetModuleHandleA();
   library.reset();
   EXPECT_FALSE(ModuleVersionInfo::Create(gone));
 }

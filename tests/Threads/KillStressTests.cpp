@@ -14,7 +14,6 @@
 using namespace ThreadTests;
 namespace Platform = Oxa::Core::Platform;
 using Oxa::Core::Condition;
-using Oxa::Core::Lock;
 using Oxa::Core::MultiWait;
 using Oxa::Core::Mutex;
 using Oxa::Core::OSError;

@@ -33,7 +33,7 @@ class RecordingMutex : public IMutex {
     return true;
   }
   void Unlock() override {
-    m_calls.push_back("Unlock");
+    m_calls.emplace_back("Unlock");
     if (m_bRefuseUnlock) OXA_RAISE_ERROR("Test.Lock", LogicError("stuck"));
   }
 

@@ -15,7 +15,6 @@
 
 using namespace ThreadTests;
 using Oxa::Core::Condition;
-using Oxa::Core::IMutex;
 using Oxa::Core::Lock;
 using Oxa::Core::MultiWait;
 using Oxa::Core::Mutex;

@@ -22,15 +22,15 @@ std::string NameOf(int policy) {
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) int sched_setscheduler(
-    pid_t, int policy, const sched_param* parameters) noexcept {
-  s_policy = NameOf(policy) + " " + std::to_string(parameters->sched_priority);
+extern "C" __attribute__((visibility("default"))) int sched_setscheduler(pid_t, int policy,
+                                                                         const sched_param* param) noexcept {
+  s_policy = NameOf(policy) + " " + std::to_string(param->sched_priority);
   return 0;
 }
 
 extern "C" __attribute__((visibility("default"))) int setpriority(__priority_which_t, id_t,
-                                                                  int nice) noexcept {
-  s_nice = std::to_string(nice);
+                                                                  int prio) noexcept {
+  s_nice = std::to_string(prio);
   errno = EACCES;
   return -1;
 }

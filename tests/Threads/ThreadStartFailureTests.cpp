@@ -21,11 +21,11 @@ std::atomic<bool> s_bRefuse{false};
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
-                                                                     const pthread_attr_t* attributes,
-                                                                     void* (*routine)(void*),
-                                                                     void* argument) {
+                                                                     const pthread_attr_t* attr,
+                                                                     void* (*start_routine)(void*),
+                                                                     void* arg) {
   static const auto next = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-  return s_bRefuse ? EAGAIN : next(thread, attributes, routine, argument);
+  return s_bRefuse ? EAGAIN : next(thread, attr, start_routine, arg);
 }
 
 namespace {

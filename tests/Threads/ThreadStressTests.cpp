@@ -65,7 +65,7 @@ TEST(ThreadStress, DropWhatRuns) {
   std::vector<boost::weak_ptr<Thread>> dropped;
   for (int i = 0; i != 50; ++i) {
     SharedThread thread = Thread::Create("");
-    dropped.push_back(thread);
+    dropped.emplace_back(thread);
     ASSERT_TRUE(thread->Start(Do([&runs](TaskDirective& directive) {
       directive.TimedWaitForStopRequest(Elapse(1, Elapse::MilliSeconds));
       return ++runs;

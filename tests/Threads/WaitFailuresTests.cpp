@@ -30,6 +30,7 @@ struct Row {
 
 void PrintTo(const Row& row, std::ostream* out) { *out << row.m_pName; }
 
+// NOLINTNEXTLINE(cppcoreguidelines-interfaces-global-init): of the texts only the places are taken
 const Row rows[] = {
     {"Condition::Lock", g_conditionLockTexts, "Oxa.Core.Condition", "Attempt to acquire lock abandoned",
      "Attempt to acquire lock timed out", false, "Attemt to acquire lock ended by unkown error"},
