@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <signal.h>
+#include <sys/mman.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -228,6 +230,23 @@ TEST_F(FaultState, AnOverflowIsRaisedWhereCleanUpsHaveRoom) {
   }
 }
 
+// What the handlers of signals run on; null for none.
+void UseAlternate(char* memory, std::size_t size) {
+  stack_t stack = {};
+  stack.ss_sp = memory;
+  stack.ss_size = size;
+  stack.ss_flags = memory == nullptr ? SS_DISABLE : 0;
+  if (::sigaltstack(&stack, nullptr) != 0) ::_exit(2);
+}
+
+TEST_F(FaultState, WithoutAnAlternateStackARaiseTakesPlaceWhereTheFaultDid) {
+  stack_t before = {};
+  ASSERT_EQ(0, ::sigaltstack(nullptr, &before));
+  UseAlternate(nullptr, 0);
+  EXPECT_THROW(WriteTo(nullptr), Caught);
+  EXPECT_EQ(0, ::sigaltstack(&before, nullptr));
+}
+
 // --- What goes to the last chance. Each in a process of its own.
 
 template <class Site>
@@ -252,6 +271,24 @@ void SpoilAFreeBlock() {
   reinterpret_cast<volatile std::uintptr_t*>(place)[1] = 0x1000;
 }
 
+// On one that has no room for a raise. What is thrown there ends the process otherwise.
+void FaultOnASmallStack() {
+  constexpr std::size_t uPAGE = 4096;
+  constexpr std::size_t uSIZE = 8 * uPAGE;
+  void* const memory =
+      ::mmap(nullptr, uSIZE + uPAGE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ::mprotect(memory, uPAGE, PROT_NONE);
+  ucontext_t here;
+  ucontext_t there;
+  ::getcontext(&there);
+  there.uc_stack.ss_sp = static_cast<char*>(memory) + uPAGE;
+  there.uc_stack.ss_size = uSIZE;
+  there.uc_link = &here;
+  ::makecontext(
+      &there, [] { WriteTo(nullptr); }, 0);
+  ::swapcontext(&here, &there);
+}
+
 #define EXPECT_LAST_CHANCE(...) \
   EXPECT_EXIT(DieBy([] { __VA_ARGS__; }), testing::ExitedWithCode(9), "") << #__VA_ARGS__
 
@@ -266,6 +303,40 @@ TEST_F(FaultState, NothingIsRaisedInAnyFunctionOfTheAllocator) {
   EXPECT_LAST_CHANCE(SpoilAFreeBlock(); void* block = nullptr;
                      if (::posix_memalign(&block, 256, 2000) == 0) s_result = block);
   EXPECT_LAST_CHANCE(SpoilAFreeBlock(); ::malloc_trim(0));
+}
+
+TEST_F(FaultState, NothingIsRaisedWhereThereIsNoRoomForIt) {
+  static char s_small[16384];
+  EXPECT_LAST_CHANCE(UseAlternate(nullptr, 0); FaultOnASmallStack());
+  EXPECT_LAST_CHANCE(UseAlternate(s_small, sizeof s_small); FaultOnASmallStack());
+}
+
+// More than an alternate stack has.
+TEST_F(FaultState, TheLastChanceHasRoom) {
+  const auto die = [] {
+    SetFaultTranslator(nullptr);
+    SetLastChance([](_EXCEPTION_POINTERS*) -> long {
+      volatile char room[512 * 1024];
+      for (volatile char& c : room) c = 1;
+      ::_exit(9);
+    });
+    WriteTo(nullptr);
+  };
+  EXPECT_EXIT(die(), testing::ExitedWithCode(9), "");
+}
+
+TEST_F(FaultState, WhatIsLeftToTheSystemEndsByTheSignalWhoeverBlocksIt) {
+  const auto die = [] {
+    SetFaultTranslator([](unsigned int, _EXCEPTION_POINTERS*) {});
+    SetLastChance([](_EXCEPTION_POINTERS*) -> long {
+      sigset_t blocked;
+      ::sigemptyset(&blocked);
+      ::sigaddset(&blocked, SIGSEGV);
+      return ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    });
+    WriteTo(nullptr);
+  };
+  EXPECT_EXIT(die(), testing::KilledBySignal(SIGSEGV), "");
 }
 #endif
 
