@@ -43,6 +43,8 @@ std::string LevelText(std::uint32_t peak, std::uint32_t hardLimit) {
 }  // namespace
 
 void ReportQueueWatermark(const std::string& queueName, std::uint32_t peak, std::uint32_t hardLimit) {
+  const Platform::HoldCancellation
+      hold;  // in the middle of a text it would leave the stream failed for all others
   try {
     const std::ios_base::Init streams;  // queues of static objects may fill up before main and behind exit
     const std::string time = TimePrefix();
@@ -51,7 +53,6 @@ void ReportQueueWatermark(const std::string& queueName, std::uint32_t peak, std:
               << std::flush;
   } catch (...) {
     // The queue works on without its report.
-    Platform::LetCancellationPass();
   }
 }
 

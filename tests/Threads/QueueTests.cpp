@@ -3,6 +3,7 @@
 #include <Infrastructure/OxaCore/System.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
@@ -17,6 +18,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -228,6 +230,25 @@ TEST_F(QueueNamed, ReportsAt1000At1100AndAtTheHardLimit) {
   ExpectReport(PushAndListen(queue, 1),
                Report("Entries", "high watermark (3000 items) reached hard limit (3000 items)\n\n"));
   EXPECT_EQ("", ToldBy([&] { EXPECT_FALSE(queue.Push(1)); }));
+}
+
+// A stream that a cancellation is let into takes nothing more, from anybody.
+TEST_F(QueueNamed, ReportsAreWholeAlsoWhereTheThreadIsCancelled) {
+  Queue<int> queue("Entries", nullptr, 1, 1, 10);
+  bool pushed = false;
+  bool cameBack = false;
+  const std::string told = ToldBy([&] {
+    std::thread([&] {
+      pthread_cancel(pthread_self());
+      pushed = queue.Push(1);
+      pthread_testcancel();
+      cameBack = true;
+    }).join();
+  });
+  ExpectReport(told, Report("Entries", "new high watermark (1 items)\n"));
+  EXPECT_TRUE(pushed);
+  EXPECT_FALSE(cameBack);
+  ExpectReport(PushAndListen(queue, 1), Report("Entries", "new high watermark (2 items)\n"));
 }
 
 TEST_F(QueueNamed, ReportsTheHardLimitBetweenTwoSteps) {

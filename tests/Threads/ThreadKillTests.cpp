@@ -458,6 +458,33 @@ TEST_F(Kills, AThreadThatIsStartingIsSpared) {
   EXPECT_STREQ("Attempted to run thread Victim with a NULL Task pointer", m_victim->GetLastError()->what());
 }
 
+// Who finds a thread gone holds its state while it tells so.
+TEST_F(Kills, AThreadThatTheVictimFoundGoneCanStillBeAsked) {
+  class Stopping : public Thread::Listener {
+   public:
+    void OnThreadError(SharedThread, Error&) override {
+      if (++m_iTold == 1) Spin();
+    }
+    std::atomic<int> m_iTold{0};
+  };
+  ForgiveLeaks();  // the victim holds the thread that it tells of
+  Stopping stopping;
+  const SharedThread gone = Thread::Create("Gone");
+  gone->AddListener(stopping);
+  ASSERT_TRUE(gone->Start(Do([](TaskDirective&) -> int { pthread_exit(nullptr); })));
+  ASSERT_TRUE(Eventually([&gone] { return gone.use_count() == 1; }));
+  const SharedThread victim = Thread::Create("Victim");
+  ASSERT_TRUE(victim->Start(Do([&gone](TaskDirective&) {
+    ForgiveLeaks();
+    return gone->IsAlive() ? 1 : 0;
+  })));
+  ASSERT_TRUE(Eventually([&stopping] { return stopping.m_iTold == 1; }));
+  EXPECT_TRUE(victim->Kill(Elapse(60)));
+  EXPECT_NO_THROW(EXPECT_FALSE(gone->IsAlive()));
+  EXPECT_EQ(2, stopping.m_iTold);
+  EXPECT_EQ(Thread::eTHREAD_ERROR, gone->GetState());
+}
+
 // What the listeners of a failed thread do then is done to its end.
 TEST_F(Kills, AThreadThatTellsItsFailureIsSpared) {
   class Slow : public Thread::Listener {
