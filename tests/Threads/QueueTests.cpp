@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
@@ -24,6 +25,7 @@
 #include <vector>
 
 #include "Support/Allocations.h"
+#include "Support/Eventually.h"
 #include "Support/SecondsNow.h"
 
 using namespace Oxa::Core;
@@ -391,6 +393,26 @@ class QueueCleanup : public testing::Test {
  protected:
   void SetUp() override { g_cleaned.clear(); }
 };
+
+// It may wait for another thread that uses the queue.
+TEST(Queue, IsFreeWhileAnItemIsCleanedUp) {
+  static Queue<int>* s_pQueue;
+  static bool s_bFree;
+  Queue<int> queue(
+      "asked",
+      [](int&) {
+        std::atomic<bool> asked{false};
+        std::thread asking([&asked] { asked = s_pQueue->GetCount() == 0; });
+        s_bFree = TestSupport::Eventually([&asked] { return asked.load(); });
+        if (!s_bFree) std::abort();  // the other one waits for this thread, and can't be joined
+        asking.join();
+      },
+      uNEVER, 1, uNEVER);
+  s_pQueue = &queue;
+  EXPECT_TRUE(queue.Push(1));
+  queue.Drain();
+  EXPECT_TRUE(s_bFree);
+}
 
 TEST_F(QueueCleanup, DrainGivesEachItemToTheCleanup) {
   Queue<int> queue("cleaned", &Clean, uNEVER, 1, uNEVER);

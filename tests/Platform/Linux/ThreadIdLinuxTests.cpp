@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
 
+#include "Platform/NativeThread.h"
 #include "Platform/Threads.h"
 
 namespace Platform = Oxa::Core::Platform;
@@ -42,4 +44,11 @@ TEST(ThreadIdOnLinux, LocksWorkInAForkedChild) {
   int status = -1;
   ASSERT_EQ(child, waitpid(child, &status, 0));
   EXPECT_EQ(0, status);
+}
+
+// For the system its id would be that of whoever asks.
+TEST(ThreadIdOnLinux, AThreadThatHasNoneYetLeavesTheCallersPriorityAlone) {
+  const int policy = ::sched_getscheduler(0);
+  Platform::NativeThread::Create()->SetPriority(-15);
+  EXPECT_EQ(policy, ::sched_getscheduler(0));
 }
