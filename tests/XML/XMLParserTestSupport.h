@@ -110,7 +110,7 @@ inline Outcome ParsePieces(const std::string& text, std::size_t size) {
 /// Parses a text, and the same as a stream, whole, in single characters and in pieces: the verdicts and the
 /// events have to be the same.
 inline Outcome ParseAllWays(const std::string& text) {
-  const Outcome outcome = ParseText(text);
+  Outcome outcome = ParseText(text);
   std::istringstream stream(text);
   const Outcome streamed = ParseStream(stream);
   EXPECT_EQ(outcome.full, streamed.full) << text;

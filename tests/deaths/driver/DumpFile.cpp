@@ -104,7 +104,7 @@ std::string FunctionAt(const Place& place) try {
   for (std::uint64_t index = 0; index < header.e_shnum; ++index) {
     const Elf64_Shdr symbols = section(index);
     if (symbols.sh_type != SHT_SYMTAB && symbols.sh_type != SHT_DYNSYM) continue;
-    const std::string found = Lookup(file, symbols, section(symbols.sh_link), place.m_uOffset);
+    std::string found = Lookup(file, symbols, section(symbols.sh_link), place.m_uOffset);
     if (!found.empty()) return found;
   }
   return "";

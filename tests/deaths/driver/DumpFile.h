@@ -8,8 +8,8 @@
 namespace Deaths {
 
 /// The function that the failing instruction lies in, by the symbols of the module's file; "" if it lies in none.
-/// Begins with "!" if the dump makes no sense, with what is wrong.
-std::string FunctionOnTop(const std::filesystem::path& dump);
+/// Begins with "!" if the dump at `path` makes no sense, with what is wrong.
+std::string FunctionOnTop(const std::filesystem::path& path);
 
 }  // namespace Deaths
 
