@@ -35,7 +35,7 @@ struct Scale {
 // Its alert isn't its first base.
 class ScaleBroken : public Scale, public ProbeGone {
  public:
-  ScaleBroken() : ProbeGone(4) {}
+  ScaleBroken() : ProbeGone(4) {}  // NOLINT(bugprone-throw-keyword-missing): a base
 };
 
 }  // namespace Host

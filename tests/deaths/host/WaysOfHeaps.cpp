@@ -44,19 +44,19 @@ void LimitMemory() {
 
 // The list of free blocks that a thread keeps for itself; its links are mixed with the address of the block.
 DEATHS_SITE void DieInMalloc() {
-  const Words first = Allocate(uSMALL);
-  const Words second = Allocate(uSMALL);
+  Words first = Allocate(uSMALL);
+  Words second = Allocate(uSMALL);
   Free(first);
-  const Words block = Free(second);
+  Words block = Free(second);
   block[0] = uWILD ^ (reinterpret_cast<std::uintptr_t>(block) >> 12U);
   for (int times = 0; times < 4; ++times) s_pKept = std::malloc(uSMALL);
 }
 
 // The list that all threads share, under its lock.
 DEATHS_SITE void DieInMallocWithTheLock() {
-  const Words block = Allocate(uLARGE);
+  Words block = Allocate(uLARGE);
   s_pKept = std::malloc(uLARGE);  // keeps the block from joining the rest
-  const Words freed = Free(block);
+  Words freed = Free(block);
   freed[1] = uWILD;
   s_pKept = std::malloc(uLARGE * 2);
 }
@@ -75,7 +75,7 @@ DEATHS_SITE void DieByFreeingTheStack() {
 }
 
 DEATHS_SITE void DieByFreeingTwice() {
-  const Words block = Allocate(uSMALL);
+  Words block = Allocate(uSMALL);
   Free(Free(block));
   s_pKept = nullptr;
 }

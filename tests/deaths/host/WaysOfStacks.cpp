@@ -34,14 +34,14 @@ DEATHS_SITE void DieByReturnToNowhere() { static_cast<Words>(__builtin_frame_add
 DEATHS_SITE void DieByReturnToNull() { static_cast<Words>(__builtin_frame_address(0))[1] = 0; }
 
 DEATHS_SITE void DieOnACorruptedStack() {
-  const Words frame = static_cast<Words>(__builtin_frame_address(0));
+  Words frame = static_cast<Words>(__builtin_frame_address(0));
   for (int word = 0; word < 48; ++word) frame[word] = uRUBBISH;
   *Deaths::g_pNull = 1;
 }
 
 // Every frame leads back to itself.
 DEATHS_SITE void DieOnAStackThatLoops() {
-  const Words frame = static_cast<Words>(__builtin_frame_address(0));
+  Words frame = static_cast<Words>(__builtin_frame_address(0));
   frame[0] = reinterpret_cast<std::uintptr_t>(frame);
   *Deaths::g_pNull = 1;
 }
