@@ -12,7 +12,6 @@ namespace {
 
 using Oxa::Core::eLOG_DEBUG;
 using Oxa::Core::LogManager;
-using Oxa::Core::TaskDirective;
 using Station::SystemClock;
 using StationTests::Elapse;
 using StationTests::FakeDirective;

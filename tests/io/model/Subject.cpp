@@ -101,7 +101,8 @@ template <>
 Bytes ToBytes<std::wstring>(const std::wstring& value) {
   Bytes units;
   for (const wchar_t character : value) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const auto code =
+        static_cast<std::uint32_t>(character);  // NOLINT(bugprone-signed-char-misuse): any value
     if (code > 0xFFFF) units += ToBytes(static_cast<std::uint16_t>(0xD800 + ((code - 0x10000) >> 10U)));
     units += ToBytes(static_cast<std::uint16_t>(code > 0xFFFF ? 0xDC00 + (code & 0x3FFU) : code));
   }
@@ -189,10 +190,10 @@ std::vector<Bytes> TakeWarningsOfThread() {
 
 Subject::Subject(const Store& store, const std::string& folder) : m_sFolder(folder) {
   if (store.m_bPipe) {
-    m_pipe.reset(
-        new BinaryPipe(store.m_ulPipeSize, TimeOut(store.m_bReaderWaits), TimeOut(store.m_bWriterWaits)));
+    m_pipe = std::make_unique<BinaryPipe>(store.m_ulPipeSize, TimeOut(store.m_bReaderWaits),
+                                          TimeOut(store.m_bWriterWaits));
   } else {
-    m_file.reset(new BinaryFileStream());
+    m_file = std::make_unique<BinaryFileStream>();
   }
 }
 
