@@ -26,7 +26,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
-using TestSupport::bSANITIZED;
 using TestSupport::ChildResult;
 using TestSupport::RunChild;
 

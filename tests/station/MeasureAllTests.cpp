@@ -27,7 +27,6 @@ using Station::Progress;
 using Station::ReadPlan;
 using Station::SystemClock;
 using StationTests::Elapse;
-using StationTests::Micro;
 using StationTests::TestLog;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -24,7 +24,7 @@ std::string WhyUnreadable(const std::string& file) {
 
 TEST(PlanFile, IsReadByteByByte) {
   const TemporaryFolder folder;
-  const std::string text("a 1s\r\n\0\xB5 no end", 16);
+  const std::string text("a 1s\r\n\0\xB5 no end", 15);
   EXPECT_EQ(text, ReadPlanFile(folder.Write("plan", text)));
   EXPECT_EQ("", ReadPlanFile(folder.Write("empty", "")));
 }

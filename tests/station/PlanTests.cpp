@@ -242,9 +242,9 @@ class Witness : public AlertListener {
  public:
   Witness() { AlertManager::Instance()->AddAlertListener(*this); }
   ~Witness() override { AlertManager::Instance()->RemoveAlertListener(*this); }
-  void ErrorRaised(Error& error) override { m_raised.push_back(error.what()); }
+  void ErrorRaised(Error& error) override { m_raised.emplace_back(error.what()); }
   void ErrorHandled(Error& error) override {
-    m_handled.push_back(error.what());
+    m_handled.emplace_back(error.what());
     m_places = *error.GetUnwindStack();
   }
 

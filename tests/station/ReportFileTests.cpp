@@ -72,7 +72,7 @@ TEST(ReportFile, IsNoneWithoutAName) {
 
 TEST(ReportFile, MustBePossible) {
   try {
-    ReportFile("/nowhere/\xB5");
+    const ReportFile file("/nowhere/\xB5");
     FAIL() << "it is";
   } catch (const Station::ReportImpossible& error) {
     EXPECT_STREQ("The report \"/nowhere/\\xB5\" can't be written: No such file or directory", error.what());

@@ -31,7 +31,7 @@ const Series MILLISECONDS{"ms", Micro(1000), 10, Micro(0), 1};
 const Elapse START(1000);
 
 boost::shared_ptr<RetryMissedSample> AddHandler(Sampler& sampler, unsigned long limit) {
-  const auto handler = boost::make_shared<RetryMissedSample>(sampler, limit);
+  auto handler = boost::make_shared<RetryMissedSample>(sampler, limit);
   AlertManager::Instance()->AddErrorHandler(typeid(SampleMissed).name(), handler);
   return handler;
 }

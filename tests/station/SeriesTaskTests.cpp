@@ -15,7 +15,6 @@ namespace {
 
 using Oxa::Core::AlertManager;
 using Oxa::Core::eLOG_INFORMATIONAL;
-using Oxa::Core::Error;
 using Oxa::Core::ErrorRecord;
 using Oxa::Core::SSortErrors;
 using Station::Sample;

@@ -21,7 +21,6 @@ using testing::AllOf;
 using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 using TestSupport::AwaitChild;
 using TestSupport::ChildResult;
