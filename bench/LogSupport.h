@@ -147,7 +147,8 @@ double BurstOf(Log& log, int threads) {
   for (std::thread& other : others) other.join();
   double sum = 0;
   for (const double second : seconds) sum += second;
-  return sum / threads / (iBURST / threads);
+  const int ofEach = iBURST / threads;
+  return sum / threads / ofEach;
 }
 
 /// What one call costs those who write a burst and don't wait for the disk.

@@ -57,7 +57,7 @@ class Std {
   Item Pop() {
     std::unique_lock<std::mutex> lock(m_mutex);
     m_filled.wait(lock, [this] { return !m_items.empty(); });
-    const Item item = m_items.front();
+    Item item = m_items.front();
     m_items.pop_front();
     return item;
   }

@@ -26,7 +26,6 @@
 
 namespace {
 
-using Oxa::Core::Elapse;
 using Oxa::Core::Time;
 
 constexpr long long g_i1970 = 116444736000000000;

@@ -38,6 +38,7 @@ class Writer {
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     std::vector<std::string> words{OXA_BENCH_FOLDER "/" + program, folder, name, std::to_string(lines)};
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     if (posix_spawn(&m_child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) m_child = 0;
