@@ -7,10 +7,12 @@
 #include <thread>
 
 #include "Platform/Faults.h"
+#include "Support/FaultDeath.h"
 #include "Support/FaultSite.h"
 #include "Support/ThreadSanitizer.h"
 
 using namespace Oxa::Core::Platform;
+using TestSupport::DieBy;
 
 namespace {
 
@@ -195,16 +197,6 @@ TEST_F(FaultTests, TheStackOfAKnownThreadEndsAboveAndNowhereElse) {
   EXPECT_EQ(0u, unknown);
   EXPECT_NE(0u, known);
   EXPECT_NE(end, known);
-}
-
-// In a process of its own: the last chance ends it.
-template <class Site>
-void DieBy(const Site& site) {
-  SetLastChance([](_EXCEPTION_POINTERS* pointers) -> long {
-    ::_exit(FactsOf(*pointers).m_uCode == eACCESS_VIOLATION ? 9 : 10);
-  });
-  site();
-  ::_exit(1);
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

@@ -18,11 +18,13 @@
 #include "Platform/Faults.h"
 #include "Platform/Linux/FaultContext.h"
 #include "Platform/Linux/SafeMemory.h"
+#include "Support/FaultDeath.h"
 #include "Support/FaultSite.h"
 #include "Support/GuardPages.h"
 #include "Support/ThreadSanitizer.h"
 
 using namespace Oxa::Core::Platform;
+using TestSupport::DieBy;
 using TestSupport::GuardPages;
 
 extern "C" {
@@ -248,15 +250,6 @@ TEST_F(FaultState, WithoutAnAlternateStackARaiseTakesPlaceWhereTheFaultDid) {
 }
 
 // --- What goes to the last chance. Each in a process of its own.
-
-template <class Site>
-void DieBy(const Site& site) {
-  SetLastChance([](_EXCEPTION_POINTERS* pointers) -> long {
-    ::_exit(FactsOf(*pointers).m_uCode == eACCESS_VIOLATION ? 9 : 10);
-  });
-  site();
-  ::_exit(1);
-}
 
 void* volatile s_result;
 void* const volatile s_noBlock = reinterpret_cast<void*>(64);
