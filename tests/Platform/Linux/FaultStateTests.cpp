@@ -95,7 +95,7 @@ class FaultState : public testing::Test {
   void TearDown() override { RemoveFaultHandling(); }
 };
 
-OXA_FAULT_SITE void WriteTo(volatile int* place) { *place = 1; }
+[[maybe_unused]] OXA_FAULT_SITE void WriteTo(volatile int* place) { *place = 1; }
 
 TEST_F(FaultState, WhatLiesBelowTheStackPointerAndInTheVectorUnitIsThereForWhoLooks) {
   static std::uint64_t s_seen[3];
