@@ -42,9 +42,9 @@ std::string LevelText(std::uint32_t peak, std::uint32_t hardLimit) {
 
 }  // namespace
 
+// A cancellation in the middle of a text would leave the stream failed for all others: it waits.
 void ReportQueueWatermark(const std::string& queueName, std::uint32_t peak, std::uint32_t hardLimit) {
-  const Platform::HoldCancellation
-      hold;  // in the middle of a text it would leave the stream failed for all others
+  const Platform::HoldCancellation hold;
   try {
     const std::ios_base::Init streams;  // queues of static objects may fill up before main and behind exit
     const std::string time = TimePrefix();

@@ -14,6 +14,7 @@
 
 #include "AutoTest/Fakes.h"
 #include "Support/Allocations.h"
+#include "Support/Cancelled.h"
 
 namespace {
 
@@ -245,17 +246,10 @@ class Leaving : public ErrorClass<Leaving, LogicError> {
 
 TEST(RunTrouble, CancellationOfTheThreadWaitsUntilTheErrorIsRecorded) {
   Probe probe("Probe", []() -> Result { throw Leaving(&pthread_testcancel); });
-  bool ran = false;
-  bool cameBack = false;
-  std::thread([&] {
+  EXPECT_TRUE(TestSupport::IsCancelledBehind([&] {
     pthread_cancel(pthread_self());
     probe.RunTest();
-    ran = true;
-    pthread_testcancel();
-    cameBack = true;
-  }).join();
-  EXPECT_TRUE(ran);
-  EXPECT_FALSE(cameBack);
+  }));
   EXPECT_THAT(ResultsOf(probe), ElementsAre("-1 Probe: leaving"));
 }
 

@@ -12,6 +12,7 @@
 
 #include "Notifications/TestListeners.h"
 #include "Support/Allocations.h"
+#include "Support/Cancelled.h"
 
 namespace {
 
@@ -320,16 +321,7 @@ TEST(NotificationFailures, CancellationOfTheThreadWaitsUntilAFailureIsTold) {
     pthread_cancel(pthread_self());
     throw std::runtime_error("refused");
   });
-  bool told = false;
-  bool cameBack = false;
-  std::thread([&] {
-    three.Broadcast();
-    told = true;
-    pthread_testcancel();
-    cameBack = true;
-  }).join();
-  EXPECT_TRUE(told);
-  EXPECT_FALSE(cameBack);
+  EXPECT_TRUE(TestSupport::IsCancelledBehind([&] { three.Broadcast(); }));
   EXPECT_EQ(1, cancellable.m_iHeard);
   three.ExpectOnlyTheOthersHeard();
 }
@@ -339,17 +331,10 @@ TEST(NotificationFailures, CancellationOfTheThreadWaitsUntilAllAreRemoved) {
   ThreeListeners three(nullptr);
   for (Listener& listener : three.m_listeners)
     listener.m_onSourceRemoved = [](const NotificationSupport&) { pthread_testcancel(); };
-  bool removed = false;
-  bool cameBack = false;
-  std::thread([&] {
+  EXPECT_TRUE(TestSupport::IsCancelledBehind([&] {
     pthread_cancel(pthread_self());
     three.m_support.RemoveAllListeners();
-    removed = true;
-    pthread_testcancel();
-    cameBack = true;
-  }).join();
-  EXPECT_TRUE(removed);
-  EXPECT_FALSE(cameBack);
+  }));
   EXPECT_FALSE(three.m_support.HasListeners());
   for (const Listener& listener : three.m_listeners) EXPECT_EQ(1, listener.m_iSourcesRemoved);
 }
